@@ -4,6 +4,10 @@
 #pragma once
 
 #include <Python.h>
+#include <cstdint>
+
+// Error-building paths: kept out of line so the callers' fast paths stay compact.
+#define PySh_COLD __attribute__((cold, noinline))
 
 // ---- error builders: each leaves exactly one exception pending, chained onto a pending one
 void PyShlErr_ChainFormat(PyObject* exc_type, const char* format, ...);
@@ -45,9 +49,10 @@ struct PyShVersionObject {
 };
 // The version type of this extension module; its tp_name names the module that owns it.
 PyTypeObject* PyShVersion_Type();
-// Sets the version type's full name ("quorix.pyhold._ModuleVersionType") before it is readied.
+// Sets the version type's full name ("quorix.pyhold._ModuleVersionType") before it is readied;
+// the text is kept by pointer and must outlive the type (a literal). No effect once readied.
 void PyShVersion_SetTypeName(const char* tp_name);
-// New version object, or NULL.
+// New version object, or NULL; readies the type on first use. A NULL text shows the numbers.
 PyObject* PyShVersionAttr_Create(int major, int minor, int patch, int sub, const char* text);
 // -1, 0 or 1 for a < b; b's fields are read without a type check.
 int PyShVersionAttr_Compare(const int a[4], PyObject* b);
