@@ -1,0 +1,82 @@
+using System.Runtime.InteropServices;
+
+namespace Quorix.WrpGen.Interop;
+
+/// <summary>
+/// The native callbacks handed over at start-up. Every call into them happens on the Python
+/// thread that called into managed code, with the interpreter lock held.
+/// </summary>
+public static unsafe class PyRuntime
+{
+    internal static delegate* unmanaged<IntPtr, IntPtr, IntPtr> OnException;
+    internal static delegate* unmanaged<IntPtr*, PyStringArg*, int> CatchAndClearError;
+    internal static delegate* unmanaged<char*, int, IntPtr> U16BufferBuilder;
+    internal static delegate* unmanaged<char*, int, IntPtr> StrBuilder;
+    internal static delegate* unmanaged<char*, int, IntPtr> UnraisableStrBuilder;
+    internal static delegate* unmanaged<byte*, int, IntPtr> BytesBuilder;
+    internal static IntPtr* ObjApiCallbacks;
+    internal static IntPtr* StaticCallbacks;
+    internal static IntPtr* GenericCallbacks;
+    internal static IntPtr* ReglTpFunctions;
+
+    internal static bool IsComplete =>
+        OnException != null && CatchAndClearError != null && U16BufferBuilder != null && StrBuilder != null &&
+        UnraisableStrBuilder != null && BytesBuilder != null && ObjApiCallbacks != null &&
+        StaticCallbacks != null && GenericCallbacks != null && ReglTpFunctions != null;
+
+    /// <summary>A new Python str (owned reference), or zero with a Python error set.</summary>
+    public static IntPtr NewPyString(string? text)
+    {
+        if (text is null)
+            return IntPtr.Zero;
+        fixed (char* data = text)
+            return StrBuilder(data, text.Length);
+    }
+
+    /// <summary>A new Python bytearray (owned reference), or zero with a Python error set.</summary>
+    public static IntPtr NewPyBytes(ReadOnlySpan<byte> bytes)
+    {
+        fixed (byte* data = bytes)
+            return BytesBuilder(data, bytes.Length);
+    }
+
+    /// <summary>Raises the managed exception in Python as RuntimeError "Proxy error(T): m".</summary>
+    public static void Raise(Exception exception)
+    {
+        if (OnException == null)
+            return;  // nothing to report to before start-up; the caller's failure result stands
+        var inner = exception is System.Reflection.TargetInvocationException { InnerException: { } e } ? e : exception;
+        IntPtr typeName = NewPyString(inner.GetType().FullName);
+        IntPtr message = NewPyString(inner.Message);
+        OnException(typeName, message);
+    }
+
+    /// <summary>
+    /// Takes the pending Python error, if any, as text; afterwards no Python error is pending.
+    /// Null when nothing was pending or no text could be made.
+    /// </summary>
+    public static string? CatchAndClearPythonError()
+    {
+        IntPtr slot = IntPtr.Zero;
+        PyStringArg text = default;
+        if (CatchAndClearError(&slot, &text) != 0)
+            return null;
+        try
+        {
+            return text.ToManaged();
+        }
+        finally
+        {
+            DecRef(slot);
+        }
+    }
+
+    public static void DecRef(IntPtr pyObject)
+    {
+        if (pyObject != IntPtr.Zero && ObjApiCallbacks != null)
+            ((delegate* unmanaged<IntPtr, void>)ObjApiCallbacks[2])(pyObject);
+    }
+}
+
+/// <summary>A Python exception that crossed into managed code as its formatted traceback text.</summary>
+public sealed class PythonException(string message) : Exception(message);

@@ -1,0 +1,2 @@
+# quorix.pyfund is self-contained native code; the package itself is all it needs.
+hiddenimports = ["quorix"]
