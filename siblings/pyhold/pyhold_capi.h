@@ -48,5 +48,10 @@ struct PySafeTargetHandleObject {
 inline const PyHoldCApi*
 PyHoldCApi_Import()
 {
+    // The capsule lookup walks attributes from the top package: the submodule must be imported.
+    PyObject* module = PyImport_ImportModule("quorix.pyhold");
+    if (module == NULL)
+        return NULL;
+    Py_DECREF(module);
     return static_cast<const PyHoldCApi*>(PyCapsule_Import(PYHOLD_CAPSULE_NAME, 0));
 }
