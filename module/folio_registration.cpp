@@ -1,0 +1,57 @@
+#include "module/folio_registration.h"
+
+#include "builtins/buffer_view.h"
+#include "module/ids.h"
+#include "module/pysh.h"
+#include "objects/host_markattr.h"
+
+namespace {
+
+[[gnu::cold]] int fail_type(int code, const char* name) {
+    PyShlErr_TypeInitializationInternalError(code, name);
+    return -1;
+}
+
+[[gnu::cold]] int fail_type(int code, const char* module_name, const char* type_name) {
+    PyShlErr_TypeInitializationInternalError(code, module_name, type_name);
+    return -1;
+}
+
+// 0, or -1 with the -1014 error; the module takes the reference given.
+int add_to_module(PyObject* module, PyTypeObject* type, const char* name) {
+    Py_INCREF(type);
+    if (PyModule_AddObject(module, name, reinterpret_cast<PyObject*>(type)) < 0) {
+        Py_DECREF(type);
+        return fail_type(-1014, PyModule_GetName(module), type->tp_name);
+    }
+    return 0;
+}
+
+}  // namespace
+
+// 0, or -1 with an ImportError: a static type of the binding readied, marked as a host type,
+// given the inline-handle marker and added to its module.
+int register_static_class_type(PyObject* module, PyTypeObject* type, const char* name) {
+    if (PyType_Ready(type) < 0)
+        return fail_type(-1015, type->tp_name);
+    if (!fn_set_obj_type_host_markattr(type))
+        return fail_type(-1016, type->tp_name);
+    if (PyObject_GenericSetAttr(reinterpret_cast<PyObject*>(type), PyWrpIdMarkattr_Handle, Py_Ellipsis) != 0)
+        return fail_type(-1022, type->tp_name);
+    return add_to_module(module, type, name);
+}
+
+// 0, or -1 with an ImportError: the built-in protocol types of quorix.folio._wrpgen._interop.
+int wrpPyj_mlof_FFFFFFFF_interop_wrappers(PyObject* module) {
+    // The buffer view is no managed type: readied and added only.
+    PyTypeObject* view = PyShlBufferView_Type();
+    if (PyType_Ready(view) < 0)
+        return fail_type(-1015, view->tp_name);
+    return add_to_module(module, view, "_ShlBufferView");
+}
+
+int register_folio_types(PyObject* /*root*/) {
+    if (wrpPyj_mlof_FFFFFFFF_interop_wrappers(folio_submodule(FolioSubmodule_Interop)) < 0)
+        return -1;
+    return 0;
+}
