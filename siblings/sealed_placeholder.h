@@ -9,15 +9,24 @@
 #include "siblings/pyhold/pyhold_capi.h"
 #include "siblings/sibling_support.h"
 
-// This extension module's view of the quorix.pyhold table, set by PySibSealed_Init.
+// This extension module's view of the quorix.pyhold table, taken on first need: importing
+// it eagerly would make this module fail whenever quorix.pyhold does.
 inline const PyHoldCApi* sealed_placeholder_capi = nullptr;
 
-// Imports the handle interface; 0, or -1 with an ImportError.
-inline int
-PySibSealed_Init()
+// The handle interface, or NULL with the import error reported as unraisable.
+inline const PyHoldCApi*
+PySibSealed_Capi()
 {
-    sealed_placeholder_capi = PyHoldCApi_Import();
-    return sealed_placeholder_capi != nullptr ? 0 : -1;
+    if (sealed_placeholder_capi == nullptr) {
+        PyObject *type, *value, *traceback;
+        PyErr_Fetch(&type, &value, &traceback);
+        sealed_placeholder_capi = PyHoldCApi_Import();
+        if (sealed_placeholder_capi == nullptr) {
+            PyErr_WriteUnraisable(nullptr);
+        }
+        PyErr_Restore(type, value, traceback);
+    }
+    return sealed_placeholder_capi;
 }
 
 inline void
@@ -27,7 +36,10 @@ PySibSealed_tp_dealloc(PyObject* self)
     void* handle = wrapper->handle;
     wrapper->handle = nullptr;
     if (handle != nullptr) {
-        sealed_placeholder_capi->target_handle_free(handle);
+        // Without the interface the handle cannot be freed: kept rather than crash.
+        if (const PyHoldCApi* capi = PySibSealed_Capi()) {
+            capi->target_handle_free(handle);
+        }
     }
     Py_TYPE(self)->tp_free(self);
 }

@@ -36,9 +36,6 @@ static PyModuleDef pygfx_module = {
 PyMODINIT_FUNC
 PyInit_pygfx(void)
 {
-    if (PySibSealed_Init() < 0) {
-        return nullptr;
-    }
     PyShRef module(PyModule_Create(&pygfx_module));
     if (!module) {
         return nullptr;

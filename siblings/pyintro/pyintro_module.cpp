@@ -22,9 +22,6 @@ static PyModuleDef pyintro_module = {
 PyMODINIT_FUNC
 PyInit_pyintro(void)
 {
-    if (PySibSealed_Init() < 0) {
-        return nullptr;
-    }
     PyShRef module(PyModule_Create(&pyintro_module));
     if (!module) {
         return nullptr;
