@@ -50,7 +50,8 @@ test-cpp:
 	cd $(CMAKE_DIR) && ctest --output-on-failure -j $(JOBS)
 
 test-managed:
-	@if [ -d managed/Quorix.Folio.Tests ]; then \
+	$(DOTNET) test managed/WrpInterop.Quorix.Folio.Tests/WrpInterop.Quorix.Folio.Tests.csproj $(DOTNET_OPTS)
+	@if [ -f managed/Quorix.Folio.Tests/Quorix.Folio.Tests.csproj ]; then \
 	    $(DOTNET) test managed/Quorix.Folio.Tests/Quorix.Folio.Tests.csproj $(DOTNET_OPTS); fi
 
 test-python:
