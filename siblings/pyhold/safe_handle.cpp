@@ -2,6 +2,10 @@
 // the releaser the runtime's owner installed, when it is deallocated.
 #include "siblings/pyhold/pyhold.h"
 
+#include <cinttypes>
+#include <cstdint>
+#include <cstdio>
+
 #include "siblings/sibling_support.h"
 
 // Process-wide: one runtime, one way to free its handles.
@@ -84,11 +88,15 @@ static PyObject*
 safe_handle_repr(PyObject* self)
 {
     PySafeTargetHandleObject* sh = as_safe_handle(self);
+    // %p would spell a null handle as "(nil)"; the hex text stays uniform instead.
+    char handle_text[2 + 2 * sizeof(void*) + 1];
+    std::snprintf(handle_text, sizeof handle_text, "0x%" PRIxPTR,
+                  reinterpret_cast<uintptr_t>(sh->handle));
     if (sh->type == nullptr) {
-        return PyUnicode_FromFormat("<%s handle=%p>", Py_TYPE(self)->tp_name, sh->handle);
+        return PyUnicode_FromFormat("<%s handle=%s>", Py_TYPE(self)->tp_name, handle_text);
     }
-    return PyUnicode_FromFormat("<%s handle=%p for '%s'>", Py_TYPE(self)->tp_name,
-                                sh->handle, sh->type->tp_name);
+    return PyUnicode_FromFormat("<%s handle=%s for '%s'>", Py_TYPE(self)->tp_name, handle_text,
+                                sh->type->tp_name);
 }
 
 static PyObject*
