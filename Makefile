@@ -57,6 +57,7 @@ test-managed:
 test-python:
 	$(DOTNET) build tests/fixtures/IncompleteInterop/IncompleteInterop.csproj $(DOTNET_OPTS) \
 	    -o $(BUILD)/fixtures/incomplete-interop
+	$(DOTNET) build tests/fixtures/HostFixture/HostFixture.csproj $(DOTNET_OPTS) -o $(BUILD)/fixtures/host-fixture
 	QRX_BUILD_DIR=$(abspath $(BUILD)) PYTHONPATH=$(BUILD)/python $(PYTHON) -m pytest -q tests/python
 
 bench: build

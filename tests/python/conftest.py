@@ -16,6 +16,8 @@ PKG = PYROOT / "quorix"
 RUNTIME_ROOT = PKG / "runtime"
 ASSEMBLY_ROOT = PKG / "assemblies"
 
+FIXTURE_ASSEMBLIES = BUILD / "fixtures" / "host-fixture"
+
 _HOST_VARIABLES = ("COREHOST_TRACE", "NETCORE_WRAPPER_NETCORE_DIR_quorix", "NETCORE_WRAPPER_ASSEMBLY_DIR_quorix")
 
 
@@ -58,6 +60,22 @@ def link_tree(src: pathlib.Path, dst: pathlib.Path, skip=()):
         if item.name not in skip:
             (dst / item.name).symlink_to(item.resolve() if item.is_symlink() else item)
     return dst
+
+
+def _session_assembly_root() -> pathlib.Path:
+    """The product assemblies plus the test fixture assembly, for the runtime of this process."""
+    root = BUILD / "fixtures" / "assembly-root"
+    if root.exists():
+        subprocess.run(["rm", "-rf", str(root)], check=True)
+    link_tree(ASSEMBLY_ROOT / "folio", root / "folio")
+    if FIXTURE_ASSEMBLIES.exists():
+        link_tree(FIXTURE_ASSEMBLIES, root / "hostfixture")
+    return root
+
+
+# Set before any test imports quorix.folio in this process; subprocesses start from a clean slate.
+if (ASSEMBLY_ROOT / "folio").exists():
+    os.environ["NETCORE_WRAPPER_ASSEMBLY_DIR_quorix"] = str(_session_assembly_root())
 
 
 @pytest.fixture
