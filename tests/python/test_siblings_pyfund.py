@@ -99,7 +99,11 @@ class AgainstBytesIO(RuleBasedStateMachine):
 
 
 AgainstBytesIO.TestCase.settings = settings(
-    max_examples=300, stateful_step_count=40, deadline=None, suppress_health_check=[HealthCheck.too_slow]
+    max_examples=300,
+    stateful_step_count=40,
+    deadline=None,
+    database=None,  # no example cache left in the working tree
+    suppress_health_check=[HealthCheck.too_slow],
 )
 TestAgainstBytesIO = AgainstBytesIO.TestCase
 
