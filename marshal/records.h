@@ -60,3 +60,34 @@ static_assert(sizeof(PyBytesArg) == 32 && offsetof(PyBytesArg, view) == 8 &&
               offsetof(PyBytesArg, data) == 16 && offsetof(PyBytesArg, length) == 24, "PyBytesArg layout");
 static_assert(sizeof(VariantArg) == 16 && offsetof(VariantArg, value) == 8, "VariantArg layout");
 static_assert(sizeof(Py_buffer) == 80, "the managed side sizes buffer views as 80 bytes");
+
+// Managed DateTime / DateTimeOffset: ticks in bits 0-61, kind in bits 62-63 (0 unspecified,
+// 1 UTC, 2 local), and the UTC offset in ticks for local values and every DateTimeOffset.
+struct PyDateTimeArg {
+    uint64_t ticks_and_kind;
+    int64_t offset;
+};
+
+// Managed System.Decimal in its own memory order: flags (scale in bits 16-23, sign in bit 31),
+// then the 96-bit mantissa as its high 32 bits and low 64 bits.
+struct PyDecimalArg {
+    int32_t flags;
+    uint32_t hi32;
+    uint64_t lo64;
+};
+
+// Managed System.Version: count 2..4 of the components major, minor, build, revision; -1 for null.
+struct PySysVersionArg {
+    int32_t count;
+    int32_t parts[4];
+};
+
+// Managed System.Guid: 16 bytes in the managed in-memory order (uuid.UUID.bytes_le).
+struct PyGuidArg {
+    uint8_t bytes[16];
+};
+
+static_assert(sizeof(PyDateTimeArg) == 16, "PyDateTimeArg layout");
+static_assert(sizeof(PyDecimalArg) == 16 && offsetof(PyDecimalArg, lo64) == 8, "PyDecimalArg layout");
+static_assert(sizeof(PySysVersionArg) == 20, "PySysVersionArg layout");
+static_assert(sizeof(PyGuidArg) == 16, "PyGuidArg layout");
