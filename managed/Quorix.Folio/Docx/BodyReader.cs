@@ -1,0 +1,367 @@
+using System.Text;
+using System.Xml;
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Fields;
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Notes;
+using Quorix.Folio.Package;
+using Quorix.Folio.Tables;
+
+namespace Quorix.Folio.Docx;
+
+/// <summary>Reads paragraphs, runs and tables of any story part into nodes.</summary>
+internal static class BodyReader
+{
+    public static void ReadDocument(Document doc, ReadContext ctx)
+    {
+        using var r = DocxReader.Open(ctx.Pkg.Get(ctx.Part)!);
+        doc.Docx.Roots[ctx.Part] = DocxReader.Root(r, "document", ctx.Part);
+        var headerCache = new Dictionary<string, HeaderFooter>(StringComparer.OrdinalIgnoreCase);
+        bool sawBody = false;
+        if (r.IsEmptyElement) throw new FileCorruptedException("The document part has no body.");
+        r.Read();
+        while (r.NodeType != XmlNodeType.EndElement && !r.EOF)
+        {
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (r.LocalName == "body" && r.NamespaceURI == Ns.W)
+            {
+                sawBody = true;
+                ReadBody(doc, r, ctx, headerCache);
+            }
+            else
+            {
+                // Background and other document-level elements are kept as they are.
+                doc.Docx.BodyTail = PropElement.Read(r);
+            }
+        }
+        if (!sawBody) throw new FileCorruptedException("The document part has no body.");
+    }
+
+    private static void ReadBody(Document doc, XmlReader r, ReadContext ctx, Dictionary<string, HeaderFooter> headers)
+    {
+        var body = new Body(doc);
+        if (r.IsEmptyElement)
+        {
+            r.Read();
+            FinishSection(doc, body, new PropBag(PropOrder.Section), ctx, headers);
+            return;
+        }
+        int depth = r.Depth;
+        r.Read();
+        PropBag? finalSectPr = null;
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of the body.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (r.NamespaceURI == Ns.W && r.LocalName == "p")
+            {
+                var p = ReadParagraph(r, ctx, out var sectPr);
+                body.LinkLast(p);
+                if (sectPr != null)
+                {
+                    FinishSection(doc, body, sectPr, ctx, headers);
+                    body = new Body(doc);
+                }
+            }
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") body.LinkLast(ReadTable(r, ctx));
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "sectPr") finalSectPr = PropBag.Read(r, PropOrder.Section);
+            else body.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Block));
+        }
+        r.Read();
+        FinishSection(doc, body, finalSectPr ?? new PropBag(PropOrder.Section), ctx, headers);
+    }
+
+    private static void FinishSection(Document doc, Body body, PropBag sectPr, ReadContext ctx, Dictionary<string, HeaderFooter> headers)
+    {
+        var section = new Section(doc, sectPr);
+        doc.LinkLast(section);
+        section.LinkLast(body);
+        foreach (var e in sectPr.Items.ToArray())
+        {
+            if (e.Ns != Ns.W || (e.Local != "headerReference" && e.Local != "footerReference")) continue;
+            sectPr.RemoveAll(x => x == e);
+            var id = e.Get("id", Ns.R);
+            if (id == null || !ctx.Rels.TryGetValue(id, out var rel) || rel.External) continue;
+            var part = OpcPackage.Resolve(ctx.Part, rel.Target);
+            var type = HeaderFooter.FromXml(e.Local == "headerReference", e.Get("type"));
+            if (section.HeadersFooters[type] != null) continue;
+            if (!headers.TryGetValue(part, out var proto))
+            {
+                proto = ReadHeaderFooter(doc, ctx, part, type);
+                if (proto == null) continue;
+                headers[part] = proto;
+                section.LinkLast(proto);
+                continue;
+            }
+            // One part shared by several sections: each section gets its own copy.
+            var copy = new HeaderFooter(doc, type) { PartName = null };
+            proto.CloneChildrenInto(copy, doc);
+            section.LinkLast(copy);
+        }
+    }
+
+    private static HeaderFooter? ReadHeaderFooter(Document doc, ReadContext parent, string part, HeaderFooterType type)
+    {
+        var bytes = parent.Pkg.Get(part);
+        if (bytes == null) return null;
+        var ctx = new ReadContext(doc, parent.Pkg, part, parent.Notes);
+        using var r = DocxReader.Open(bytes);
+        bool header = type is HeaderFooterType.HeaderPrimary or HeaderFooterType.HeaderFirst or HeaderFooterType.HeaderEven;
+        doc.Docx.Roots[part] = DocxReader.Root(r, header ? "hdr" : "ftr", part);
+        var hf = new HeaderFooter(doc, type) { PartName = part };
+        ReadBlocks(r, hf, ctx);
+        return hf;
+    }
+
+    /// <summary>Reads the block children of the element the reader stands on into the container.</summary>
+    public static void ReadBlocks(XmlReader r, CompositeNode container, ReadContext ctx)
+    {
+        if (r.IsEmptyElement) { r.Read(); return; }
+        int depth = r.Depth;
+        r.Read();
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of content.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (r.NamespaceURI == Ns.W && r.LocalName == "p") container.LinkLast(ReadParagraph(r, ctx, out _));
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") container.LinkLast(ReadTable(r, ctx));
+            else container.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Block));
+        }
+        r.Read();
+    }
+
+    public static OpaqueNode Opaque(XmlReader r, DocumentBase doc, OpaqueKind kind, PropBag? rPr = null)
+    {
+        var xml = r.ReadOuterXml();
+        return new OpaqueNode(doc, kind, xml, rPr, VisibleText(xml));
+    }
+
+    // Inserted runs and content controls still show text; deleted text does not.
+    private static string VisibleText(string xml)
+    {
+        if (!xml.Contains("<w:t", StringComparison.Ordinal) && !xml.Contains(":t>", StringComparison.Ordinal) && !xml.Contains(":t ", StringComparison.Ordinal)) return "";
+        var sb = new StringBuilder();
+        try
+        {
+            using var r = XmlReader.Create(new StringReader(xml), DocxReader.Settings);
+            while (r.Read())
+            {
+                if (r.NodeType != XmlNodeType.Element || r.NamespaceURI != Ns.W) continue;
+                if (r.LocalName == "t") sb.Append(r.ReadElementContentAsString());
+                else if (r.LocalName == "p" && sb.Length > 0) sb.Append('\r');
+                else if (r.LocalName == "tab") sb.Append('\t');
+            }
+        }
+        catch (XmlException) { }
+        return sb.ToString();
+    }
+
+    public static Paragraph ReadParagraph(XmlReader r, ReadContext ctx, out PropBag? sectPr)
+    {
+        sectPr = null;
+        var p = new Paragraph(ctx.Doc, new PropBag(PropOrder.Paragraph));
+        if (r.IsEmptyElement) { r.Read(); return p; }
+        int depth = r.Depth;
+        r.Read();
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of a paragraph.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (r.NamespaceURI == Ns.W && r.LocalName == "pPr")
+            {
+                p.PPr = PropBag.Read(r, PropOrder.Paragraph);
+                var sp = p.PPr.Find("sectPr");
+                if (sp != null)
+                {
+                    p.PPr.Remove("sectPr");
+                    sectPr = new PropBag(PropOrder.Section, sp.Children ?? new List<PropElement>());
+                }
+                continue;
+            }
+            ReadInline(r, p, ctx);
+        }
+        r.Read();
+        return p;
+    }
+
+    /// <summary>One child of a paragraph (or of a link inside it).</summary>
+    private static void ReadInline(XmlReader r, Paragraph p, ReadContext ctx)
+    {
+        if (r.NamespaceURI != Ns.W)
+        {
+            p.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Inline));
+            return;
+        }
+        switch (r.LocalName)
+        {
+            case "r":
+                RunReader.ReadRun(r, p, ctx);
+                return;
+            case "hyperlink":
+                ReadHyperlink(r, p, ctx);
+                return;
+            case "fldSimple":
+                ReadSimpleField(r, p, ctx);
+                return;
+            case "bookmarkStart":
+            {
+                var name = r.GetAttribute("name", Ns.W);
+                var id = r.GetAttribute("id", Ns.W);
+                if (string.IsNullOrEmpty(name) || id == null) break;
+                ctx.BookmarkNames[id] = name;
+                p.LinkLast(new BookmarkStart(ctx.Doc, name));
+                r.Skip();
+                return;
+            }
+            case "bookmarkEnd":
+            {
+                var id = r.GetAttribute("id", Ns.W);
+                if (id == null || !ctx.BookmarkNames.TryGetValue(id, out var name)) break;
+                p.LinkLast(new BookmarkEnd(ctx.Doc, name));
+                r.Skip();
+                return;
+            }
+            case "commentRangeStart":
+            case "commentRangeEnd":
+            {
+                var id = Units.ParseInt(r.GetAttribute("id", Ns.W));
+                if (id == null) break;
+                p.LinkLast(r.LocalName == "commentRangeStart" ? new CommentRangeStart(ctx.Doc, id.Value) : new CommentRangeEnd(ctx.Doc, id.Value));
+                r.Skip();
+                return;
+            }
+        }
+        p.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Inline));
+    }
+
+    // A link element becomes the field a word processor would build for it, so both kinds look alike.
+    private static void ReadHyperlink(XmlReader r, Paragraph p, ReadContext ctx)
+    {
+        var relId = r.GetAttribute("id", Ns.R);
+        var anchor = r.GetAttribute("anchor", Ns.W);
+        string? code = null;
+        if (relId != null && ctx.ExternalTarget(relId) is { } url)
+            code = $"HYPERLINK \"{url}\"" + (anchor != null ? $" \\l \"{anchor}\"" : "");
+        else if (anchor != null) code = $"HYPERLINK \\l \"{anchor}\"";
+        if (code == null || r.IsEmptyElement)
+        {
+            if (code == null) { p.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Inline)); return; }
+            r.Read();
+            return;
+        }
+        p.LinkLast(new FieldStart(ctx.Doc, new PropBag(PropOrder.Run)));
+        p.LinkLast(new Run(ctx.Doc, " " + code + " ", new PropBag(PropOrder.Run)));
+        p.LinkLast(new FieldSeparator(ctx.Doc, new PropBag(PropOrder.Run)));
+        int depth = r.Depth;
+        r.Read();
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of a link.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            ReadInline(r, p, ctx);
+        }
+        r.Read();
+        p.LinkLast(new FieldEnd(ctx.Doc, new PropBag(PropOrder.Run)));
+    }
+
+    private static void ReadSimpleField(XmlReader r, Paragraph p, ReadContext ctx)
+    {
+        var instr = r.GetAttribute("instr", Ns.W) ?? "";
+        p.LinkLast(new FieldStart(ctx.Doc, new PropBag(PropOrder.Run)));
+        p.LinkLast(new Run(ctx.Doc, " " + instr.Trim() + " ", new PropBag(PropOrder.Run)));
+        p.LinkLast(new FieldSeparator(ctx.Doc, new PropBag(PropOrder.Run)));
+        if (!r.IsEmptyElement)
+        {
+            int depth = r.Depth;
+            r.Read();
+            while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+            {
+                if (r.EOF) throw new XmlException("Unexpected end of a field.");
+                if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+                ReadInline(r, p, ctx);
+            }
+        }
+        r.Read();
+        p.LinkLast(new FieldEnd(ctx.Doc, new PropBag(PropOrder.Run)));
+    }
+
+    public static Table ReadTable(XmlReader r, ReadContext ctx)
+    {
+        var t = new Table(ctx.Doc, new PropBag(PropOrder.Table));
+        if (r.IsEmptyElement) { r.Read(); return t; }
+        int depth = r.Depth;
+        r.Read();
+        var tblPr = (PropBag?)null;
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of a table.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (r.NamespaceURI == Ns.W && r.LocalName == "tblPr") tblPr = PropBag.Read(r, PropOrder.Table);
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "tblGrid")
+            {
+                var g = PropElement.Read(r);
+                t.GridExtra = g.Attrs;
+                foreach (var c in g.Children ?? new List<PropElement>())
+                    if (c.Local == "gridCol") t.Grid.Add(Units.ParseInt(c.Get("w")) ?? 0);
+            }
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "tr") t.LinkLast(ReadRow(r, ctx));
+            else t.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Block));
+        }
+        r.Read();
+        if (tblPr != null) t.TblPr.MergeFrom(tblPr);
+        return t;
+    }
+
+    private static Row ReadRow(XmlReader r, ReadContext ctx)
+    {
+        PropBag? trPr = null, ex = null;
+        var cells = new List<Node>();
+        if (!r.IsEmptyElement)
+        {
+            int depth = r.Depth;
+            r.Read();
+            while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+            {
+                if (r.EOF) throw new XmlException("Unexpected end of a table row.");
+                if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+                if (r.NamespaceURI == Ns.W && r.LocalName == "trPr") trPr = PropBag.Read(r, PropOrder.TableRow);
+                else if (r.NamespaceURI == Ns.W && r.LocalName == "tblPrEx") ex = PropBag.Read(r, PropOrder.Table);
+                else if (r.NamespaceURI == Ns.W && r.LocalName == "tc") cells.Add(ReadCell(r, ctx));
+                else cells.Add(Opaque(r, ctx.Doc, OpaqueKind.Block));
+            }
+        }
+        r.Read();
+        var row = new Row(ctx.Doc, trPr ?? new PropBag(PropOrder.TableRow)) { TblPrEx = ex };
+        foreach (var c in cells) row.LinkLast(c);
+        return row;
+    }
+
+    private static Cell ReadCell(XmlReader r, ReadContext ctx)
+    {
+        var cell = new Cell(ctx.Doc, new PropBag(PropOrder.TableCell));
+        if (r.IsEmptyElement) { r.Read(); return cell; }
+        int depth = r.Depth;
+        r.Read();
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of a table cell.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (r.NamespaceURI == Ns.W && r.LocalName == "tcPr")
+            {
+                var bag = PropBag.Read(r, PropOrder.TableCell);
+                var h = bag.Find("hMerge");
+                if (h != null)
+                {
+                    cell.HMerge = h.Get("val") == "restart" ? CellMerge.First : CellMerge.Previous;
+                    bag.Remove("hMerge");
+                }
+                cell.TcPr.MergeFrom(bag);
+            }
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "p") cell.LinkLast(ReadParagraph(r, ctx, out _));
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") cell.LinkLast(ReadTable(r, ctx));
+            else cell.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Block));
+        }
+        r.Read();
+        return cell;
+    }
+}

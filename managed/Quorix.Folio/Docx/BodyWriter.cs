@@ -1,0 +1,340 @@
+using System.Globalization;
+using System.Text;
+using System.Xml;
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Fields;
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Notes;
+using Quorix.Folio.Tables;
+
+namespace Quorix.Folio.Docx;
+
+/// <summary>Writes paragraphs, runs and tables of any story.</summary>
+internal static class BodyWriter
+{
+    public static void WriteBlocks(XmlWriter w, CompositeNode container, PartWriter pw, Action<XmlWriter>? firstParagraphPrefix = null)
+    {
+        bool lastWasParagraph = false;
+        for (var n = container.first; n != null; n = n.next)
+        {
+            switch (n)
+            {
+                case Paragraph p:
+                    WriteParagraph(w, p, pw, null, firstParagraphPrefix);
+                    firstParagraphPrefix = null;
+                    lastWasParagraph = true;
+                    break;
+                case Table t:
+                    WriteTable(w, t, pw);
+                    lastWasParagraph = false;
+                    break;
+                case OpaqueNode o:
+                    w.WriteRaw(o.Xml);
+                    lastWasParagraph = o.Xml.StartsWith("<w:p", StringComparison.Ordinal) && !o.Xml.StartsWith("<w:pPr", StringComparison.Ordinal);
+                    break;
+            }
+        }
+        // Cells, notes and comments must end with a paragraph to be valid.
+        if (!lastWasParagraph && container is not Body)
+        {
+            w.WriteStartElement("p", Ns.W);
+            firstParagraphPrefix?.Invoke(w);
+            w.WriteEndElement();
+        }
+    }
+
+    public static void WriteParagraph(XmlWriter w, Paragraph p, PartWriter pw, Action<XmlWriter>? sectPr, Action<XmlWriter>? prefix = null)
+    {
+        w.WriteStartElement("p", Ns.W);
+        if (p.PPr.Count > 0 || sectPr != null)
+        {
+            w.WriteStartElement("pPr", Ns.W);
+            bool sectDone = sectPr == null;
+            foreach (var e in p.PPr.Items)
+            {
+                // Section properties sit before the paragraph-change record at the end.
+                if (!sectDone && e.Ns == Ns.W && e.Local == "pPrChange") { sectPr!(w); sectDone = true; }
+                e.Write(w);
+            }
+            if (!sectDone) sectPr!(w);
+            w.WriteEndElement();
+        }
+        prefix?.Invoke(w);
+        for (var n = p.first; n != null; n = n.next) WriteInline(w, n, pw);
+        w.WriteEndElement();
+    }
+
+    private static void WriteInline(XmlWriter w, Node n, PartWriter pw)
+    {
+        switch (n)
+        {
+            case Run r:
+                WriteRun(w, r.RPr, r.Text, pw.InFieldCode);
+                break;
+            case FieldStart fs:
+                StartRun(w, fs.RPr);
+                if (fs.Raw != null) fs.Raw.Write(w);
+                else
+                {
+                    w.WriteStartElement("fldChar", Ns.W);
+                    w.WriteAttributeString("fldCharType", Ns.W, "begin");
+                    w.WriteEndElement();
+                }
+                w.WriteEndElement();
+                pw.Fields.Push(true);
+                break;
+            case FieldSeparator sep:
+                WriteFieldChar(w, sep.RPr, "separate");
+                if (pw.Fields.Count > 0) { pw.Fields.Pop(); pw.Fields.Push(false); }
+                break;
+            case FieldEnd end:
+                WriteFieldChar(w, end.RPr, "end");
+                if (pw.Fields.Count > 0) pw.Fields.Pop();
+                break;
+            case BookmarkStart bs:
+            {
+                int id = pw.State.BookmarkId++;
+                pw.BookmarkIds[bs.Name] = id;
+                w.WriteStartElement("bookmarkStart", Ns.W);
+                w.WriteAttributeString("id", Ns.W, Units.Str(id));
+                w.WriteAttributeString("name", Ns.W, bs.Name);
+                w.WriteEndElement();
+                break;
+            }
+            case BookmarkEnd be:
+            {
+                if (!pw.BookmarkIds.Remove(be.Name, out var id)) break;
+                w.WriteStartElement("bookmarkEnd", Ns.W);
+                w.WriteAttributeString("id", Ns.W, Units.Str(id));
+                w.WriteEndElement();
+                break;
+            }
+            case CommentRangeStart cs:
+                w.WriteStartElement("commentRangeStart", Ns.W);
+                w.WriteAttributeString("id", Ns.W, Units.Str(cs.Id));
+                w.WriteEndElement();
+                break;
+            case CommentRangeEnd ce:
+                w.WriteStartElement("commentRangeEnd", Ns.W);
+                w.WriteAttributeString("id", Ns.W, Units.Str(ce.Id));
+                w.WriteEndElement();
+                break;
+            case Comment c:
+            {
+                int id = c.Id >= 0 && !pw.State.CommentIds.Contains(c.Id) ? c.Id : NextFree(pw.State.CommentIds);
+                c.Id = id;
+                pw.State.CommentIds.Add(id);
+                pw.State.Comments.Add(c);
+                StartRun(w, c.RPr);
+                w.WriteStartElement("commentReference", Ns.W);
+                w.WriteAttributeString("id", Ns.W, Units.Str(id));
+                w.WriteEndElement();
+                w.WriteEndElement();
+                break;
+            }
+            case Footnote f:
+            {
+                var list = f.FootnoteType == FootnoteType.Footnote ? pw.State.Footnotes : pw.State.Endnotes;
+                int id = list.Count + (f.FootnoteType == FootnoteType.Footnote ? pw.State.FootnoteBase : pw.State.EndnoteBase);
+                list.Add((id, f));
+                StartRun(w, f.RPr);
+                w.WriteStartElement(f.FootnoteType == FootnoteType.Footnote ? "footnoteReference" : "endnoteReference", Ns.W);
+                if (!f.IsAuto) w.WriteAttributeString("customMarkFollows", Ns.W, "1");
+                w.WriteAttributeString("id", Ns.W, Units.Str(id));
+                w.WriteEndElement();
+                if (!f.IsAuto) WriteText(w, f.ReferenceMark, false);
+                w.WriteEndElement();
+                break;
+            }
+            case Shape s:
+                StartRun(w, s.RPr);
+                DrawingWriter.Write(w, s, pw);
+                w.WriteEndElement();
+                break;
+            case OpaqueNode o:
+                if (o.Kind == OpaqueKind.RunContent)
+                {
+                    StartRun(w, o.RPr);
+                    w.WriteRaw(o.Xml);
+                    w.WriteEndElement();
+                }
+                else w.WriteRaw(o.Xml);
+                break;
+        }
+    }
+
+    private static int NextFree(HashSet<int> used)
+    {
+        int i = 0;
+        while (used.Contains(i)) i++;
+        return i;
+    }
+
+    private static void StartRun(XmlWriter w, PropBag? rPr)
+    {
+        w.WriteStartElement("r", Ns.W);
+        rPr?.Write(w, "rPr");
+    }
+
+    private static void WriteFieldChar(XmlWriter w, PropBag rPr, string type)
+    {
+        StartRun(w, rPr);
+        w.WriteStartElement("fldChar", Ns.W);
+        w.WriteAttributeString("fldCharType", Ns.W, type);
+        w.WriteEndElement();
+        w.WriteEndElement();
+    }
+
+    public static void WriteRun(XmlWriter w, PropBag rPr, string text, bool code)
+    {
+        StartRun(w, rPr);
+        WriteText(w, text, code);
+        w.WriteEndElement();
+    }
+
+    /// <summary>Run text with tabs, breaks and hyphens turned back into their elements.</summary>
+    private static void WriteText(XmlWriter w, string text, bool code)
+    {
+        int start = 0;
+        for (int i = 0; i < text.Length; i++)
+        {
+            char c = text[i];
+            if (c >= 0x20 && !char.IsSurrogate(c) && c != '\uFFFE' && c != '\uFFFF') continue;
+            if (char.IsSurrogate(c) && char.IsHighSurrogate(c) && i + 1 < text.Length && char.IsLowSurrogate(text[i + 1])) { i++; continue; }
+            Chunk(w, text, start, i, code);
+            start = i + 1;
+            switch (c)
+            {
+                case '\t': Empty(w, "tab"); break;
+                case ControlChar.LineBreakChar:
+                case '\n':
+                case '\r':
+                    Empty(w, "br");
+                    break;
+                case ControlChar.PageBreakChar: Break(w, "page"); break;
+                case ControlChar.ColumnBreakChar: Break(w, "column"); break;
+                case RunReader.NoBreakHyphen: Empty(w, "noBreakHyphen"); break;
+                case RunReader.SoftHyphen: Empty(w, "softHyphen"); break;
+                // Other control characters and broken surrogates cannot be stored in XML: dropped.
+            }
+        }
+        Chunk(w, text, start, text.Length, code);
+    }
+
+    private static void Chunk(XmlWriter w, string text, int from, int to, bool code)
+    {
+        if (to <= from) return;
+        var s = from == 0 && to == text.Length ? text : text.Substring(from, to - from);
+        w.WriteStartElement(code ? "instrText" : "t", Ns.W);
+        if (s[0] == ' ' || s[^1] == ' ' || s.Contains("  ", StringComparison.Ordinal))
+            w.WriteAttributeString("xml", "space", Ns.Xml, "preserve");
+        w.WriteString(s);
+        w.WriteEndElement();
+    }
+
+    private static void Empty(XmlWriter w, string local)
+    {
+        w.WriteStartElement(local, Ns.W);
+        w.WriteEndElement();
+    }
+
+    private static void Break(XmlWriter w, string type)
+    {
+        w.WriteStartElement("br", Ns.W);
+        w.WriteAttributeString("type", Ns.W, type);
+        w.WriteEndElement();
+    }
+
+    public static void WriteTable(XmlWriter w, Table t, PartWriter pw)
+    {
+        if (t.FirstRow == null) return;
+        w.WriteStartElement("tbl", Ns.W);
+        w.WriteStartElement("tblPr", Ns.W);
+        if (!t.TblPr.Has("tblW")) t.TblPr.GetOrAdd("tblW").Set("w", "0").Set("type", "auto");
+        foreach (var e in t.TblPr.Items) e.Write(w);
+        w.WriteEndElement();
+        int cols = Math.Max(1, t.GridColumns());
+        var grid = t.Grid.Count == cols ? t.Grid : EvenGrid(t, cols);
+        w.WriteStartElement("tblGrid", Ns.W);
+        foreach (var g in grid)
+        {
+            w.WriteStartElement("gridCol", Ns.W);
+            w.WriteAttributeString("w", Ns.W, Units.Str(g));
+            w.WriteEndElement();
+        }
+        w.WriteEndElement();
+        for (var n = t.first; n != null; n = n.next)
+        {
+            if (n is Row row) WriteRow(w, row, pw);
+            else if (n is OpaqueNode o) w.WriteRaw(o.Xml);
+        }
+        w.WriteEndElement();
+    }
+
+    private static List<int> EvenGrid(Table t, int cols)
+    {
+        var section = t.GetAncestor(NodeType.Section) as Section;
+        var ps = section?.PageSetup;
+        double textWidth = ps != null ? ps.PageWidth - ps.LeftMargin - ps.RightMargin : 468;
+        // Take the widths of a row whose cells all have widths and span one column each.
+        for (var n = t.first; n != null; n = n.next)
+        {
+            if (n is not Row r || r.GridWidth() != cols) continue;
+            var widths = new List<int>();
+            for (var c = r.first; c != null; c = c.next)
+                if (c is Cell cell && cell.Span == 1 && cell.HMerge == CellMerge.None && cell.CellFormat.Width > 0)
+                    widths.Add((int)Math.Round(cell.CellFormat.Width * 20));
+            if (widths.Count == cols) return widths;
+        }
+        int each = (int)Math.Max(1, Math.Round(Math.Max(72, textWidth) * 20 / cols));
+        return Enumerable.Repeat(each, cols).ToList();
+    }
+
+    private static void WriteRow(XmlWriter w, Row row, PartWriter pw)
+    {
+        w.WriteStartElement("tr", Ns.W);
+        row.TblPrEx?.Write(w, "tblPrEx");
+        row.TrPr.Write(w, "trPr");
+        bool any = false;
+        for (var n = row.first; n != null;)
+        {
+            if (n is OpaqueNode o) { w.WriteRaw(o.Xml); n = n.next; continue; }
+            if (n is not Cell cell) { n = n.next; continue; }
+            // A horizontally merged group is written as one cell spanning the group's columns.
+            int span = cell.Span;
+            var after = n.next;
+            if (cell.HMerge == CellMerge.First)
+            {
+                while (after is Cell c2 && c2.HMerge == CellMerge.Previous)
+                {
+                    span += c2.Span;
+                    after = after.next;
+                }
+            }
+            WriteCell(w, cell, span, pw);
+            any = true;
+            n = after;
+        }
+        if (!any)
+        {
+            w.WriteStartElement("tc", Ns.W);
+            Empty(w, "p");
+            w.WriteEndElement();
+        }
+        w.WriteEndElement();
+    }
+
+    private static void WriteCell(XmlWriter w, Cell cell, int span, PartWriter pw)
+    {
+        w.WriteStartElement("tc", Ns.W);
+        var tcPr = cell.TcPr;
+        if (span != cell.Span)
+        {
+            tcPr = tcPr.Clone();
+            tcPr.SetVal("gridSpan", Units.Str(span));
+        }
+        tcPr.Write(w, "tcPr");
+        WriteBlocks(w, cell, pw);
+        w.WriteEndElement();
+    }
+}

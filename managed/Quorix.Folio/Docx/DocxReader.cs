@@ -1,0 +1,165 @@
+using System.IO.Compression;
+using System.Xml;
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Loading;
+using Quorix.Folio.Package;
+
+namespace Quorix.Folio.Docx;
+
+/// <summary>Loads a DOCX package into the model; every failure becomes one of the engine's load exceptions.</summary>
+internal static class DocxReader
+{
+    public static readonly XmlReaderSettings Settings = new()
+    {
+        DtdProcessing = DtdProcessing.Prohibit,
+        XmlResolver = null,
+        IgnoreComments = true,
+        IgnoreProcessingInstructions = true,
+        IgnoreWhitespace = true,
+        MaxCharactersFromEntities = 1024,
+        CloseInput = true,
+    };
+
+    public static void Load(Document doc, Stream input, LoadOptions options)
+    {
+        var stream = Seekable(input, options.MaxTotalSize);
+        switch (FormatSniffer.Sniff(stream))
+        {
+            case SniffedKind.Docx:
+                break;
+            case SniffedKind.EncryptedOoxml:
+                throw new IncorrectPasswordException(string.IsNullOrEmpty(options.Password)
+                    ? "The document is password protected; open it with the password in the load options."
+                    : "The password is incorrect, or the document uses an encryption this engine cannot open.");
+            case SniffedKind.LegacyCompound:
+                throw new UnsupportedFileFormatException("The file is a legacy binary word-processing document; only DOCX can be loaded.");
+            case SniffedKind.Empty:
+                throw new FileCorruptedException("The file is empty.");
+            default:
+                throw new UnsupportedFileFormatException("The file is not a DOCX document; its format is not recognised.");
+        }
+        OpcPackage pkg;
+        try
+        {
+            pkg = OpcPackage.Read(stream, options.MaxPartSize, options.MaxTotalSize);
+        }
+        catch (FileCorruptedException) { throw; }
+        catch (Exception e) when (e is InvalidDataException or EndOfStreamException or IOException or XmlException or NotSupportedException or ArgumentException)
+        {
+            throw new FileCorruptedException("The file is not a readable DOCX package: " + e.Message, e);
+        }
+        try
+        {
+            Parse(doc, pkg);
+        }
+        catch (FileCorruptedException) { throw; }
+        catch (XmlException e)
+        {
+            throw new FileCorruptedException("The document contains malformed XML: " + e.Message, e);
+        }
+        catch (Exception e) when (e is not OutOfMemoryException)
+        {
+            throw new FileCorruptedException("The document structure is invalid: " + e.Message, e);
+        }
+    }
+
+    private static Stream Seekable(Stream s, long limit)
+    {
+        if (s.CanSeek) return s;
+        var ms = new MemoryStream();
+        var buf = new byte[81920];
+        int n;
+        while ((n = s.Read(buf, 0, buf.Length)) > 0)
+        {
+            if (ms.Length + n > limit) throw new FileCorruptedException("The input is larger than the size limit.");
+            ms.Write(buf, 0, n);
+        }
+        ms.Position = 0;
+        return ms;
+    }
+
+    private static void Parse(Document doc, OpcPackage pkg)
+    {
+        var rootRels = pkg.RelsOf("", Settings);
+        var mainRel = rootRels.Find(r => r.Type == Ns.RelOfficeDocument || r.Type.EndsWith("/officeDocument", StringComparison.Ordinal));
+        string main = mainRel != null ? OpcPackage.Resolve("", mainRel.Target) : "word/document.xml";
+        if (pkg.Get(main) == null) throw new FileCorruptedException("The package has no main document part.");
+        var ct = pkg.ContentTypeOf(main);
+        if (ct != null && ct != Ns.CtDocument && ct != Ns.CtDocumentMacro && ct != Ns.CtTemplate && !ct.Contains("wordprocessingml", StringComparison.Ordinal) && !ct.Contains("ms-word", StringComparison.Ordinal))
+            throw new UnsupportedFileFormatException($"The package is not a word-processing document (its main part is '{ct}').");
+        doc.Source = pkg;
+        doc.MainPartName = main;
+        var notes = new SharedNotes();
+        var ctx = new ReadContext(doc, pkg, main, notes);
+        foreach (var rel in ctx.Rels.Values)
+        {
+            if (rel.External) continue;
+            var part = OpcPackage.Resolve(main, rel.Target);
+            switch (rel.Type)
+            {
+                case Ns.RelStyles: ReadStyles(doc, pkg, part); break;
+                case Ns.RelNumbering: ReadNumbering(doc, pkg, part); break;
+            }
+        }
+        if (doc.Styles.Count == 0) doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Normal);
+        foreach (var rel in ctx.Rels.Values)
+        {
+            if (rel.External) continue;
+            var part = OpcPackage.Resolve(main, rel.Target);
+            switch (rel.Type)
+            {
+                case Ns.RelFootnotes: NotesReader.ReadNotes(doc, pkg, part, notes, false); break;
+                case Ns.RelEndnotes: NotesReader.ReadNotes(doc, pkg, part, notes, true); break;
+                case Ns.RelComments: NotesReader.ReadComments(doc, pkg, part, notes); break;
+            }
+        }
+        BodyReader.ReadDocument(doc, ctx);
+        doc.Changed();
+    }
+
+    public static XmlReader Open(byte[] bytes) => XmlReader.Create(new MemoryStream(bytes, false), Settings);
+
+    /// <summary>Moves to the root element and checks its name.</summary>
+    public static RootInfo Root(XmlReader r, string local, string part)
+    {
+        if (r.MoveToContent() != XmlNodeType.Element || r.LocalName != local || r.NamespaceURI != Ns.W)
+            throw new FileCorruptedException($"The part '{part}' does not start with the expected '{local}' element.");
+        return RootInfo.Read(r);
+    }
+
+    private static void ReadStyles(Document doc, OpcPackage pkg, string part)
+    {
+        var bytes = pkg.Get(part);
+        if (bytes == null) return;
+        using var r = Open(bytes);
+        doc.Docx.Roots[part] = Root(r, "styles", part);
+        var root = PropElement.Read(r);
+        foreach (var e in root.Children ?? new List<PropElement>())
+        {
+            if (e.Local == "style" && e.Ns == Ns.W) doc.Styles.AddLoaded(e);
+            else doc.Styles.Head.Add(e);
+        }
+    }
+
+    private static void ReadNumbering(Document doc, OpcPackage pkg, string part)
+    {
+        var bytes = pkg.Get(part);
+        if (bytes == null) return;
+        using var r = Open(bytes);
+        doc.Docx.Roots[part] = Root(r, "numbering", part);
+        var root = PropElement.Read(r);
+        var nums = new List<PropElement>();
+        foreach (var e in root.Children ?? new List<PropElement>())
+        {
+            if (e.Ns != Ns.W) { doc.Lists.Head.Add(e); continue; }
+            switch (e.Local)
+            {
+                case "abstractNum": doc.Lists.Abstracts.Add(e); break;
+                case "num": nums.Add(e); break;
+                case "numIdMacAtCleanup": doc.Lists.Tail.Add(e); break;
+                default: doc.Lists.Head.Add(e); break;
+            }
+        }
+        foreach (var n in nums) doc.Lists.AddLoaded(n);
+    }
+}

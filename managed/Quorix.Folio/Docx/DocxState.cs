@@ -1,0 +1,21 @@
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio.Docx;
+
+/// <summary>What a loaded file had that the model does not show but the next save must repeat.</summary>
+internal sealed class DocxState
+{
+    public readonly Dictionary<string, RootInfo> Roots = new(StringComparer.OrdinalIgnoreCase);
+    public readonly List<PropElement> FootnoteSpecials = new();
+    public readonly List<PropElement> EndnoteSpecials = new();
+    public PropElement? BodyTail;
+
+    public DocxState Clone()
+    {
+        var c = new DocxState();
+        foreach (var kv in Roots) c.Roots[kv.Key] = kv.Value;
+        c.FootnoteSpecials.AddRange(FootnoteSpecials.Select(e => e.Clone()));
+        c.EndnoteSpecials.AddRange(EndnoteSpecials.Select(e => e.Clone()));
+        return c;
+    }
+}

@@ -1,0 +1,392 @@
+using System.IO.Compression;
+using System.Text;
+using System.Xml;
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Notes;
+using Quorix.Folio.Package;
+using Quorix.Folio.Saving;
+
+namespace Quorix.Folio.Docx;
+
+/// <summary>Saves the model as a DOCX package; parts the model does not own are copied from the source file.</summary>
+internal static class DocxWriter
+{
+    private static readonly XmlWriterSettings Settings = new()
+    {
+        Encoding = new UTF8Encoding(false),
+        Indent = false,
+        CloseOutput = false,
+    };
+
+    private static readonly HashSet<string> Owned = new()
+    {
+        Ns.RelHeader, Ns.RelFooter, Ns.RelComments, Ns.RelFootnotes, Ns.RelEndnotes,
+    };
+
+    public static void Save(Document doc, Stream output, OoxmlSaveOptions options)
+    {
+        doc.EnsureMinimum();
+        var pkg = doc.Source?.CloneShallow() ?? new OpcPackage();
+        string main = doc.MainPartName ?? "word/document.xml";
+        var state = new SaveState(doc, pkg);
+        var mainRels = new RelScope(main, doc.Source != null ? pkg.RelsOf(main, DocxReader.Settings) : new List<Relationship>());
+
+        // Parts the model regenerates: forget the old ones, keeping header relationships for reuse.
+        var oldPartRels = new Dictionary<string, List<Relationship>>(StringComparer.OrdinalIgnoreCase);
+        foreach (var rel in mainRels.Rels.Where(r => Owned.Contains(r.Type) && !r.External).ToList())
+        {
+            var part = OpcPackage.Resolve(main, rel.Target);
+            oldPartRels[part] = pkg.RelsOf(part, DocxReader.Settings);
+            RemovePart(pkg, part);
+            mainRels.Rels.Remove(rel);
+        }
+
+        EnsureReferencedStyles(doc);
+        state.FootnoteBase = NextId(doc.Docx.FootnoteSpecials);
+        state.EndnoteBase = NextId(doc.Docx.EndnoteSpecials);
+
+        var mainWriter = new PartWriter(state, mainRels);
+        var headerParts = new List<(HeaderFooter Hf, string Part, string RelId)>();
+        var usedHeaderParts = new HashSet<string>(StringComparer.OrdinalIgnoreCase);
+        foreach (Section s in doc.Sections)
+        {
+            foreach (HeaderFooter hf in s.HeadersFooters)
+            {
+                string part = hf.PartName != null && oldPartRels.ContainsKey(hf.PartName) && usedHeaderParts.Add(hf.PartName)
+                    ? hf.PartName
+                    : NewPartName(pkg, usedHeaderParts, hf.IsHeader ? "word/header" : "word/footer");
+                usedHeaderParts.Add(part);
+                var relId = mainRels.Add(hf.IsHeader ? Ns.RelHeader : Ns.RelFooter, DrawingWriter.Relative(main, part));
+                headerParts.Add((hf, part, relId));
+            }
+        }
+        var hfRelIds = headerParts.ToDictionary(h => h.Hf, h => h.RelId);
+
+        pkg.Parts[main] = Render(w => DocumentPart(w, doc, main, mainWriter, hfRelIds));
+        pkg.Overrides["/" + main] = pkg.Overrides.TryGetValue("/" + main, out var mct) ? mct : Ns.CtDocument;
+
+        foreach (var (hf, part, _) in headerParts)
+        {
+            var scope = new RelScope(part, oldPartRels.TryGetValue(part, out var old) ? old : new List<Relationship>());
+            var pw = new PartWriter(state, scope);
+            pkg.Parts[part] = Render(w =>
+            {
+                RootInfo.WriteStart(w, hf.IsHeader ? "hdr" : "ftr", doc.Docx.Roots.GetValueOrDefault(hf.PartName ?? ""));
+                BodyWriter.WriteBlocks(w, hf, pw);
+                w.WriteEndElement();
+            });
+            pkg.Overrides["/" + part] = hf.IsHeader ? Ns.CtHeader : Ns.CtFooter;
+            WriteRels(pkg, scope);
+        }
+
+        if (state.Footnotes.Count > 0 || doc.Docx.FootnoteSpecials.Count > 0)
+            NotesPart(pkg, state, mainRels, oldPartRels, false);
+        if (state.Endnotes.Count > 0 || doc.Docx.EndnoteSpecials.Count > 0)
+            NotesPart(pkg, state, mainRels, oldPartRels, true);
+        if (state.Comments.Count > 0) CommentsPart(pkg, state, mainRels, oldPartRels);
+
+        var stylesPart = PartOf(mainRels, main, Ns.RelStyles) ?? AddPart(mainRels, main, Ns.RelStyles, "word/styles.xml");
+        pkg.Parts[stylesPart] = Render(w => StylesPart(w, doc, stylesPart));
+        pkg.Overrides["/" + stylesPart] = Ns.CtStyles;
+
+        if (doc.Lists.Count > 0 || doc.Lists.Abstracts.Count > 0 || PartOf(mainRels, main, Ns.RelNumbering) != null)
+        {
+            var numPart = PartOf(mainRels, main, Ns.RelNumbering) ?? AddPart(mainRels, main, Ns.RelNumbering, "word/numbering.xml");
+            pkg.Parts[numPart] = Render(w => NumberingPart(w, doc, numPart));
+            pkg.Overrides["/" + numPart] = Ns.CtNumbering;
+        }
+
+        WriteRels(pkg, mainRels, force: true);
+        if (pkg.Get("_rels/.rels") == null)
+        {
+            var root = new RelScope("", new List<Relationship>());
+            root.Add(Ns.RelOfficeDocument, main);
+            WriteRels(pkg, root, force: true);
+        }
+        pkg.Defaults.TryAdd("rels", Ns.CtRels);
+        pkg.Defaults.TryAdd("xml", "application/xml");
+        pkg.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, pkg));
+        Zip(pkg, output, options.CompressionLevel);
+    }
+
+    private static int NextId(List<PropElement> specials)
+    {
+        int max = 0;
+        foreach (var e in specials) max = Math.Max(max, Units.ParseInt(e.Get("id")) ?? 0);
+        return max + 1;
+    }
+
+    // Notes and comments made by code name reference styles that may not exist yet.
+    private static void EnsureReferencedStyles(Document doc)
+    {
+        if (doc.GetChildNodes(NodeType.Comment, true).Count > 0)
+        {
+            doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.CommentReference);
+            doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.CommentText);
+        }
+    }
+
+    private static void RemovePart(OpcPackage pkg, string part)
+    {
+        pkg.Parts.Remove(part);
+        pkg.Parts.Remove(OpcPackage.RelsNameOf(part));
+        pkg.Overrides.Remove("/" + part);
+    }
+
+    private static string NewPartName(OpcPackage pkg, HashSet<string> used, string stem)
+    {
+        for (int i = 1; ; i++)
+        {
+            var name = stem + i + ".xml";
+            if (!pkg.Parts.ContainsKey(name) && !used.Contains(name)) return name;
+        }
+    }
+
+    private static string? PartOf(RelScope rels, string main, string type)
+    {
+        var rel = rels.Rels.Find(r => r.Type == type && !r.External);
+        return rel == null ? null : OpcPackage.Resolve(main, rel.Target);
+    }
+
+    private static string AddPart(RelScope rels, string main, string type, string part)
+    {
+        rels.Add(type, DrawingWriter.Relative(main, part));
+        return part;
+    }
+
+    public static byte[] Render(Action<XmlWriter> body)
+    {
+        var ms = new MemoryStream();
+        using (var w = XmlWriter.Create(ms, Settings))
+        {
+            w.WriteStartDocument(true);
+            body(w);
+            w.WriteEndDocument();
+        }
+        return ms.ToArray();
+    }
+
+    private static void WriteRels(OpcPackage pkg, RelScope scope, bool force = false)
+    {
+        var name = OpcPackage.RelsNameOf(scope.Part);
+        if (scope.Rels.Count == 0 && !force)
+        {
+            pkg.Parts.Remove(name);
+            return;
+        }
+        var ms = new MemoryStream();
+        using (var w = XmlWriter.Create(ms, Settings)) scope.Write(w);
+        pkg.Parts[name] = ms.ToArray();
+    }
+
+    private static void DocumentPart(XmlWriter w, Document doc, string main, PartWriter pw, Dictionary<HeaderFooter, string> hfRelIds)
+    {
+        RootInfo.WriteStart(w, "document", doc.Docx.Roots.GetValueOrDefault(main));
+        doc.Docx.BodyTail?.Write(w);
+        w.WriteStartElement("body", Ns.W);
+        var sections = doc.Sections.ToArray();
+        for (int i = 0; i < sections.Length; i++)
+        {
+            var s = sections[i];
+            bool lastSection = i == sections.Length - 1;
+            Action<XmlWriter> sectPr = x => SectPr(x, s, hfRelIds);
+            var body = s.Body;
+            Node? lastBlock = body?.last;
+            while (lastBlock is OpaqueNode) lastBlock = lastBlock.prev;
+            if (body != null)
+            {
+                for (var n = body.first; n != null; n = n.next)
+                {
+                    switch (n)
+                    {
+                        case Paragraph p:
+                            BodyWriter.WriteParagraph(w, p, pw, !lastSection && n == lastBlock ? sectPr : null);
+                            break;
+                        case Tables.Table t:
+                            BodyWriter.WriteTable(w, t, pw);
+                            break;
+                        case OpaqueNode o:
+                            w.WriteRaw(o.Xml);
+                            break;
+                    }
+                }
+            }
+            if (!lastSection && lastBlock is not Paragraph)
+            {
+                w.WriteStartElement("p", Ns.W);
+                w.WriteStartElement("pPr", Ns.W);
+                sectPr(w);
+                w.WriteEndElement();
+                w.WriteEndElement();
+            }
+            if (lastSection) sectPr(w);
+        }
+        w.WriteEndElement();
+        w.WriteEndElement();
+    }
+
+    private static void SectPr(XmlWriter w, Section s, Dictionary<HeaderFooter, string> hfRelIds)
+    {
+        w.WriteStartElement("sectPr", Ns.W);
+        foreach (HeaderFooter hf in s.HeadersFooters)
+        {
+            if (!hfRelIds.TryGetValue(hf, out var id)) continue;
+            w.WriteStartElement(hf.IsHeader ? "headerReference" : "footerReference", Ns.W);
+            w.WriteAttributeString("type", Ns.W, HeaderFooter.XmlType(hf.HeaderFooterType));
+            w.WriteAttributeString("id", Ns.R, id);
+            w.WriteEndElement();
+        }
+        foreach (var e in s.SectPr.Items) e.Write(w);
+        w.WriteEndElement();
+    }
+
+    private static void NotesPart(OpcPackage pkg, SaveState state, RelScope mainRels, Dictionary<string, List<Relationship>> old, bool endnotes)
+    {
+        var doc = state.Doc;
+        var main = mainRels.Part;
+        var previous = old.Keys.FirstOrDefault(k => k.EndsWith(endnotes ? "endnotes.xml" : "footnotes.xml", StringComparison.OrdinalIgnoreCase));
+        var part = previous ?? (endnotes ? "word/endnotes.xml" : "word/footnotes.xml");
+        mainRels.Add(endnotes ? Ns.RelEndnotes : Ns.RelFootnotes, DrawingWriter.Relative(main, part));
+        var scope = new RelScope(part, previous != null ? old[previous] : new List<Relationship>());
+        var pw = new PartWriter(state, scope);
+        var specials = endnotes ? doc.Docx.EndnoteSpecials : doc.Docx.FootnoteSpecials;
+        if (specials.Count == 0) specials.AddRange(DefaultSeparators(endnotes));
+        var list = endnotes ? state.Endnotes : state.Footnotes;
+        var refStyle = doc.Styles.FindById(endnotes ? "EndnoteReference" : "FootnoteReference")?.StyleId;
+        pkg.Parts[part] = Render(w =>
+        {
+            RootInfo.WriteStart(w, endnotes ? "endnotes" : "footnotes", doc.Docx.Roots.GetValueOrDefault(part));
+            foreach (var e in specials) e.Write(w);
+            // Notes met while writing notes (rare nesting) are appended as the list grows.
+            for (int i = 0; i < list.Count; i++)
+            {
+                var (id, note) = list[i];
+                w.WriteStartElement(endnotes ? "endnote" : "footnote", Ns.W);
+                w.WriteAttributeString("id", Ns.W, Units.Str(id));
+                BodyWriter.WriteBlocks(w, note, pw, x => MarkRun(x, refStyle, note.IsAuto ? (endnotes ? "endnoteRef" : "footnoteRef") : null));
+                w.WriteEndElement();
+            }
+            w.WriteEndElement();
+        });
+        pkg.Overrides["/" + part] = endnotes ? Ns.CtEndnotes : Ns.CtFootnotes;
+        WriteRels(pkg, scope);
+    }
+
+    private static IEnumerable<PropElement> DefaultSeparators(bool endnotes)
+    {
+        string el = endnotes ? "endnote" : "footnote";
+        foreach (var (type, id) in new[] { ("separator", "-1"), ("continuationSeparator", "0") })
+        {
+            var run = new PropElement("r") { Children = new List<PropElement> { new PropElement(type) } };
+            var p = new PropElement("p") { Children = new List<PropElement> { run } };
+            var note = new PropElement(el).Set("type", type).Set("id", id);
+            note.Children = new List<PropElement> { p };
+            yield return note;
+        }
+    }
+
+    private static void MarkRun(XmlWriter w, string? style, string? mark)
+    {
+        if (mark == null) return;
+        w.WriteStartElement("r", Ns.W);
+        if (style != null)
+        {
+            w.WriteStartElement("rPr", Ns.W);
+            w.WriteStartElement("rStyle", Ns.W);
+            w.WriteAttributeString("val", Ns.W, style);
+            w.WriteEndElement();
+            w.WriteEndElement();
+        }
+        w.WriteStartElement(mark, Ns.W);
+        w.WriteEndElement();
+        w.WriteEndElement();
+    }
+
+    private static void CommentsPart(OpcPackage pkg, SaveState state, RelScope mainRels, Dictionary<string, List<Relationship>> old)
+    {
+        var doc = state.Doc;
+        var previous = old.Keys.FirstOrDefault(k => k.EndsWith("comments.xml", StringComparison.OrdinalIgnoreCase));
+        var part = previous ?? "word/comments.xml";
+        mainRels.Add(Ns.RelComments, DrawingWriter.Relative(mainRels.Part, part));
+        var scope = new RelScope(part, previous != null ? old[previous] : new List<Relationship>());
+        var pw = new PartWriter(state, scope);
+        var refStyle = doc.Styles.FindById("CommentReference")?.StyleId;
+        pkg.Parts[part] = Render(w =>
+        {
+            RootInfo.WriteStart(w, "comments", doc.Docx.Roots.GetValueOrDefault(part));
+            foreach (var c in state.Comments)
+            {
+                w.WriteStartElement("comment", Ns.W);
+                w.WriteAttributeString("id", Ns.W, Units.Str(c.Id));
+                w.WriteAttributeString("author", Ns.W, c.Author);
+                if (c.DateTime != DateTime.MinValue)
+                    w.WriteAttributeString("date", Ns.W, c.DateTime.ToUniversalTime().ToString("yyyy-MM-dd'T'HH:mm:ss'Z'", System.Globalization.CultureInfo.InvariantCulture));
+                if (c.Initial.Length > 0) w.WriteAttributeString("initials", Ns.W, c.Initial);
+                BodyWriter.WriteBlocks(w, c, pw, x => MarkRun(x, refStyle, "annotationRef"));
+                w.WriteEndElement();
+            }
+            w.WriteEndElement();
+        });
+        pkg.Overrides["/" + part] = Ns.CtComments;
+        WriteRels(pkg, scope);
+    }
+
+    private static void StylesPart(XmlWriter w, Document doc, string part)
+    {
+        RootInfo.WriteStart(w, "styles", doc.Docx.Roots.GetValueOrDefault(part));
+        foreach (var e in doc.Styles.Head) e.Write(w);
+        foreach (var s in doc.Styles.All) s.Element.Write(w);
+        w.WriteEndElement();
+    }
+
+    private static void NumberingPart(XmlWriter w, Document doc, string part)
+    {
+        RootInfo.WriteStart(w, "numbering", doc.Docx.Roots.GetValueOrDefault(part));
+        foreach (var e in doc.Lists.Head) e.Write(w);
+        foreach (var e in doc.Lists.Abstracts) e.Write(w);
+        foreach (var l in doc.Lists.Lists) l.Num.Write(w);
+        foreach (var e in doc.Lists.Tail) e.Write(w);
+        w.WriteEndElement();
+    }
+
+    private static void ContentTypes(XmlWriter w, OpcPackage pkg)
+    {
+        w.WriteStartElement("Types", Ns.ContentTypes);
+        foreach (var (ext, ct) in pkg.Defaults)
+        {
+            w.WriteStartElement("Default", Ns.ContentTypes);
+            w.WriteAttributeString("Extension", ext);
+            w.WriteAttributeString("ContentType", ct);
+            w.WriteEndElement();
+        }
+        foreach (var (part, ct) in pkg.Overrides)
+        {
+            if (!pkg.Parts.ContainsKey(part.TrimStart('/'))) continue;
+            w.WriteStartElement("Override", Ns.ContentTypes);
+            w.WriteAttributeString("PartName", part);
+            w.WriteAttributeString("ContentType", ct);
+            w.WriteEndElement();
+        }
+        w.WriteEndElement();
+    }
+
+    private static void Zip(OpcPackage pkg, Stream output, Saving.CompressionLevel level)
+    {
+        var zl = level switch
+        {
+            Saving.CompressionLevel.Maximum => System.IO.Compression.CompressionLevel.SmallestSize,
+            Saving.CompressionLevel.Fast or Saving.CompressionLevel.SuperFast => System.IO.Compression.CompressionLevel.Fastest,
+            _ => System.IO.Compression.CompressionLevel.Optimal,
+        };
+        using var zip = new ZipArchive(output, ZipArchiveMode.Create, leaveOpen: true);
+        var order = new List<string> { "[Content_Types].xml", "_rels/.rels" };
+        order.AddRange(pkg.Parts.Keys.Where(k => k != "[Content_Types].xml" && k != "_rels/.rels"));
+        foreach (var name in order)
+        {
+            if (!pkg.Parts.TryGetValue(name, out var data)) continue;
+            var entry = zip.CreateEntry(name, zl);
+            using var es = entry.Open();
+            es.Write(data);
+        }
+    }
+}

@@ -1,0 +1,167 @@
+using System.Text;
+using System.Xml;
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Fields;
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio.Docx;
+
+/// <summary>Splits one run element into model nodes: text runs, field markers, notes, pictures.</summary>
+internal static class RunReader
+{
+    // Characters the model uses for elements that stand inside run text.
+    internal const char NoBreakHyphen = '\u001e';
+    internal const char SoftHyphen = '\u001f';
+
+    public static void ReadRun(XmlReader r, Paragraph p, ReadContext ctx)
+    {
+        var doc = ctx.Doc;
+        PropBag rPr = new(PropOrder.Run);
+        bool emitted = false;
+        var text = new StringBuilder();
+        bool inCode = false;
+
+        PropBag Props()
+        {
+            var b = emitted ? rPr.Clone() : rPr;
+            emitted = true;
+            return b;
+        }
+
+        void Flush()
+        {
+            if (text.Length == 0) return;
+            p.LinkLast(new Run(doc, text.ToString(), Props()));
+            text.Clear();
+        }
+
+        if (r.IsEmptyElement) { r.Read(); p.LinkLast(new Run(doc, "", rPr)); return; }
+        int depth = r.Depth;
+        r.Read();
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of a run.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (r.NamespaceURI != Ns.W)
+            {
+                Flush();
+                p.LinkLast(BodyReader.Opaque(r, doc, OpaqueKind.RunContent, Props()));
+                continue;
+            }
+            switch (r.LocalName)
+            {
+                case "rPr":
+                    rPr = PropBag.Read(r, PropOrder.Run);
+                    break;
+                case "t":
+                    if (inCode) { Flush(); inCode = false; }
+                    text.Append(r.ReadElementContentAsString());
+                    break;
+                case "instrText":
+                    // Field code gets runs of its own, so the writer can tell code from result.
+                    if (!inCode) { Flush(); inCode = true; }
+                    text.Append(r.ReadElementContentAsString());
+                    break;
+                case "tab":
+                    text.Append('\t');
+                    r.Skip();
+                    break;
+                case "br":
+                    text.Append(r.GetAttribute("type", Ns.W) switch
+                    {
+                        "page" => ControlChar.PageBreakChar,
+                        "column" => ControlChar.ColumnBreakChar,
+                        _ => ControlChar.LineBreakChar,
+                    });
+                    r.Skip();
+                    break;
+                case "cr":
+                    text.Append(ControlChar.LineBreakChar);
+                    r.Skip();
+                    break;
+                case "noBreakHyphen":
+                    text.Append(NoBreakHyphen);
+                    r.Skip();
+                    break;
+                case "softHyphen":
+                    text.Append(SoftHyphen);
+                    r.Skip();
+                    break;
+                case "lastRenderedPageBreak":
+                case "footnoteRef":
+                case "endnoteRef":
+                case "annotationRef":
+                    // Layout hints and note marks: the writer puts the marks back itself.
+                    r.Skip();
+                    break;
+                case "fldChar":
+                {
+                    Flush();
+                    inCode = false;
+                    var e = PropElement.Read(r);
+                    switch (e.Get("fldCharType"))
+                    {
+                        case "begin":
+                            p.LinkLast(new FieldStart(doc, Props()) { Raw = e });
+                            break;
+                        case "separate":
+                            p.LinkLast(new FieldSeparator(doc, Props()));
+                            break;
+                        case "end":
+                            p.LinkLast(new FieldEnd(doc, Props()));
+                            break;
+                    }
+                    break;
+                }
+                case "footnoteReference":
+                case "endnoteReference":
+                {
+                    Flush();
+                    var id = r.GetAttribute("id", Ns.W) ?? "";
+                    var map = r.LocalName == "footnoteReference" ? ctx.Notes.Footnotes : ctx.Notes.Endnotes;
+                    if (map.Remove(id, out var note))
+                    {
+                        note.RPr = Props();
+                        p.LinkLast(note);
+                        r.Skip();
+                    }
+                    else p.LinkLast(BodyReader.Opaque(r, doc, OpaqueKind.RunContent, Props()));
+                    break;
+                }
+                case "commentReference":
+                {
+                    Flush();
+                    var id = r.GetAttribute("id", Ns.W) ?? "";
+                    if (ctx.Notes.Comments.Remove(id, out var comment))
+                    {
+                        comment.RPr = Props();
+                        p.LinkLast(comment);
+                        r.Skip();
+                    }
+                    else p.LinkLast(BodyReader.Opaque(r, doc, OpaqueKind.RunContent, Props()));
+                    break;
+                }
+                case "drawing":
+                {
+                    Flush();
+                    var xml = r.ReadOuterXml();
+                    var shape = DrawingReader.TryPicture(xml, ctx);
+                    if (shape != null)
+                    {
+                        shape.RPr = Props();
+                        p.LinkLast(shape);
+                    }
+                    else p.LinkLast(new OpaqueNode(doc, OpaqueKind.RunContent, xml, Props()));
+                    break;
+                }
+                default:
+                    Flush();
+                    p.LinkLast(BodyReader.Opaque(r, doc, OpaqueKind.RunContent, Props()));
+                    break;
+            }
+        }
+        r.Read();
+        Flush();
+        if (!emitted) p.LinkLast(new Run(doc, "", rPr));
+    }
+}

@@ -1,0 +1,108 @@
+using System.Xml;
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Notes;
+using Quorix.Folio.Package;
+
+namespace Quorix.Folio.Docx;
+
+/// <summary>Relationships of one part being written, with fresh identifiers for what the save adds.</summary>
+internal sealed class RelScope
+{
+    public readonly string Part;
+    public readonly List<Relationship> Rels;
+    private int next;
+    public bool Dirty;
+
+    public RelScope(string part, List<Relationship> rels)
+    {
+        Part = part;
+        Rels = rels;
+        foreach (var r in rels)
+            if (r.Id.StartsWith("rId", StringComparison.Ordinal) && int.TryParse(r.Id.AsSpan(3), out var n)) next = Math.Max(next, n);
+    }
+
+    public string Add(string type, string target, bool external = false)
+    {
+        var id = "rId" + (++next);
+        while (Rels.Exists(r => r.Id == id)) id = "rId" + (++next);
+        Rels.Add(new Relationship { Id = id, Type = type, Target = target, External = external });
+        Dirty = true;
+        return id;
+    }
+
+    public bool Has(string id) => Rels.Exists(r => r.Id == id);
+
+    public void Write(XmlWriter w)
+    {
+        w.WriteStartDocument(true);
+        w.WriteStartElement("Relationships", Ns.PkgRels);
+        foreach (var r in Rels)
+        {
+            w.WriteStartElement("Relationship", Ns.PkgRels);
+            w.WriteAttributeString("Id", r.Id);
+            w.WriteAttributeString("Type", r.Type);
+            w.WriteAttributeString("Target", r.Target);
+            if (r.External) w.WriteAttributeString("TargetMode", "External");
+            w.WriteEndElement();
+        }
+        w.WriteEndElement();
+        w.WriteEndDocument();
+    }
+}
+
+/// <summary>Everything shared by the parts of one save.</summary>
+internal sealed class SaveState
+{
+    public readonly Document Doc;
+    public readonly OpcPackage Pkg;
+    public readonly List<(int Id, Footnote Note)> Footnotes = new();
+    public readonly List<(int Id, Footnote Note)> Endnotes = new();
+    public readonly List<Comment> Comments = new();
+    public readonly HashSet<int> CommentIds = new();
+    public readonly Dictionary<byte[], string> MediaParts = new(ReferenceEqualityComparer.Instance);
+    public readonly HashSet<string> ImageExtensions = new(StringComparer.OrdinalIgnoreCase);
+    public int FootnoteBase = 1;
+    public int EndnoteBase = 1;
+    public int DocPrId = 1000;
+    public int BookmarkId;
+    public int MediaCounter;
+
+    public SaveState(Document doc, OpcPackage pkg)
+    {
+        Doc = doc;
+        Pkg = pkg;
+    }
+
+    /// <summary>The part holding the picture, written once per save however often it is used.</summary>
+    public string MediaPart(byte[] bytes, ImageInfo info)
+    {
+        if (MediaParts.TryGetValue(bytes, out var part)) return part;
+        string name;
+        do name = $"word/media/qimage{++MediaCounter}.{info.Extension}";
+        while (Pkg.Parts.ContainsKey(name));
+        Pkg.Parts[name] = bytes;
+        ImageExtensions.Add(info.Extension);
+        Pkg.Defaults.TryAdd(info.Extension, info.ContentType);
+        MediaParts[bytes] = name;
+        return name;
+    }
+}
+
+/// <summary>Per-part writing state: relationships and the open fields' code/result state.</summary>
+internal sealed class PartWriter
+{
+    public readonly SaveState State;
+    public readonly RelScope Rels;
+    public readonly Dictionary<string, int> BookmarkIds = new();
+    // One entry per open field: true while its code is being written.
+    public readonly Stack<bool> Fields = new();
+
+    public PartWriter(SaveState state, RelScope rels)
+    {
+        State = state;
+        Rels = rels;
+    }
+
+    public bool InFieldCode => Fields.Count > 0 && Fields.Peek();
+}

@@ -1,0 +1,150 @@
+using System.Text;
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio.Drawing;
+
+public enum ImageType
+{
+    NoImage = 0,
+    Unknown = 1,
+    Emf = 2,
+    Wmf = 3,
+    Pict = 4,
+    Jpeg = 5,
+    Png = 6,
+    Bmp = 7,
+    Gif = 8,
+    Tiff = 9,
+    Svg = 10,
+}
+
+/// <summary>Base of drawing objects placed in the text.</summary>
+public abstract class ShapeBase : CompositeNode
+{
+    internal PropBag RPr = new(PropOrder.Run);
+
+    private protected ShapeBase(DocumentBase? doc) : base(doc) { }
+
+    public Paragraph? ParentParagraph => parent as Paragraph;
+
+    public Font Font => new Font(RPr, doc);
+
+    internal override bool CanHold(Node child) => false;
+}
+
+/// <summary>An inline picture. Other drawings are kept as read but not modelled.</summary>
+public sealed class Shape : ShapeBase
+{
+    private double width;
+    private double height;
+    internal readonly ImageData imageData;
+    // The drawing as read; written back unchanged while picture and size are untouched.
+    internal string? RawXml;
+    internal string? RelId;
+
+    public Shape(DocumentBase doc) : base(doc) { imageData = new ImageData(this); }
+
+    public override NodeType NodeType => NodeType.Shape;
+
+    public ImageData ImageData => imageData;
+
+    public bool HasImage => imageData.HasImage;
+
+    /// <summary>Size in points.</summary>
+    public double Width
+    {
+        get => width;
+        set
+        {
+            Units.CheckRange(value, 0, 22000, nameof(value));
+            width = value;
+            RawXml = null;
+        }
+    }
+
+    public double Height
+    {
+        get => height;
+        set
+        {
+            Units.CheckRange(value, 0, 22000, nameof(value));
+            height = value;
+            RawXml = null;
+        }
+    }
+
+    public string AlternativeText { get; set; } = "";
+
+    public string Title { get; set; } = "";
+
+    internal void SetSizeNoReset(double w, double h)
+    {
+        width = w;
+        height = h;
+    }
+
+    public override string GetText() => "";
+
+    internal override void AppendText(StringBuilder sb) { }
+
+    internal override Node CloneTo(DocumentBase? target, bool deep)
+    {
+        var s = new Shape(target!)
+        {
+            width = width,
+            height = height,
+            AlternativeText = AlternativeText,
+            Title = Title,
+            RPr = RPr.Clone(),
+        };
+        s.imageData.CopyFrom(imageData);
+        // The raw drawing names a relationship of this document only.
+        if (target == doc) { s.RawXml = RawXml; s.RelId = RelId; }
+        return s;
+    }
+}
+
+/// <summary>The picture of a shape.</summary>
+public sealed class ImageData
+{
+    private readonly Shape owner;
+    private byte[]? bytes;
+
+    internal ImageData(Shape owner) { this.owner = owner; }
+
+    internal void CopyFrom(ImageData other) => bytes = other.bytes;
+
+    internal void Load(byte[] data) => bytes = data;
+
+    public bool HasImage => bytes != null && bytes.Length > 0;
+
+    public byte[]? ImageBytes
+    {
+        get => bytes;
+        set => SetImage(value ?? Array.Empty<byte>());
+    }
+
+    public ImageType ImageType => ImageInfo.Detect(bytes).Type;
+
+    public void SetImage(byte[] imageBytes)
+    {
+        ArgumentNullException.ThrowIfNull(imageBytes);
+        bytes = imageBytes;
+        owner.RawXml = null;
+        owner.RelId = null;
+    }
+
+    public void SetImage(Stream stream)
+    {
+        ArgumentNullException.ThrowIfNull(stream);
+        using var ms = new MemoryStream();
+        stream.CopyTo(ms);
+        SetImage(ms.ToArray());
+    }
+
+    public void SetImage(string fileName) => SetImage(File.ReadAllBytes(fileName));
+
+    public void Save(string fileName) => File.WriteAllBytes(fileName, bytes ?? throw new InvalidOperationException("The shape has no image."));
+
+    public void Save(Stream stream) => stream.Write(bytes ?? throw new InvalidOperationException("The shape has no image."));
+}

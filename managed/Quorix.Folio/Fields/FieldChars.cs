@@ -1,0 +1,77 @@
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio.Fields;
+
+public enum FieldType
+{
+    FieldNone = 0,
+    FieldRef = 3,
+    FieldIndexEntry = 4,
+    FieldTOC = 13,
+    FieldNumPages = 26,
+    FieldDate = 31,
+    FieldTime = 32,
+    FieldPage = 33,
+    FieldSeq = 12,
+    FieldMergeField = 59,
+    FieldPageRef = 37,
+    FieldHyperlink = 88,
+    FieldUnknown = 1000,
+}
+
+/// <summary>A field marker: start, separator or end.</summary>
+public abstract class FieldChar : SpecialChar
+{
+    private protected FieldChar(DocumentBase? doc, PropBag? rPr) : base(doc, rPr) { }
+
+    public FieldType FieldType => GetField()?.Type ?? FieldType.FieldNone;
+
+    /// <summary>The field this marker belongs to, found by pairing markers in document order.</summary>
+    public Field? GetField()
+    {
+        var start = this as FieldStart ?? FieldPairing.FindStart(this);
+        return start == null ? null : FieldPairing.Complete(start);
+    }
+}
+
+public sealed class FieldStart : FieldChar
+{
+    public FieldStart(DocumentBase doc) : base(doc, null) { }
+
+    internal FieldStart(DocumentBase? doc, PropBag rPr) : base(doc, rPr) { }
+
+    public override NodeType NodeType => NodeType.FieldStart;
+
+    internal override char Char => ControlChar.FieldStartChar;
+
+    // The begin marker as read: locks, dirty flags and form-field data the model does not interpret.
+    internal PropElement? Raw;
+
+    internal override Node CloneTo(DocumentBase? target, bool deep) => new FieldStart(target, RPr.Clone()) { Raw = Raw?.Clone() };
+}
+
+public sealed class FieldSeparator : FieldChar
+{
+    public FieldSeparator(DocumentBase doc) : base(doc, null) { }
+
+    internal FieldSeparator(DocumentBase? doc, PropBag rPr) : base(doc, rPr) { }
+
+    public override NodeType NodeType => NodeType.FieldSeparator;
+
+    internal override char Char => ControlChar.FieldSeparatorChar;
+
+    internal override Node CloneTo(DocumentBase? target, bool deep) => new FieldSeparator(target, RPr.Clone());
+}
+
+public sealed class FieldEnd : FieldChar
+{
+    public FieldEnd(DocumentBase doc) : base(doc, null) { }
+
+    internal FieldEnd(DocumentBase? doc, PropBag rPr) : base(doc, rPr) { }
+
+    public override NodeType NodeType => NodeType.FieldEnd;
+
+    internal override char Char => ControlChar.FieldEndChar;
+
+    internal override Node CloneTo(DocumentBase? target, bool deep) => new FieldEnd(target, RPr.Clone());
+}

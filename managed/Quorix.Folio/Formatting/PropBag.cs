@@ -1,0 +1,160 @@
+using System.Globalization;
+using System.Xml;
+
+namespace Quorix.Folio.Formatting;
+
+/// <summary>An ordered set of property elements (run, paragraph, table, section properties).</summary>
+internal sealed class PropBag
+{
+    private readonly List<PropElement> items;
+    public readonly PropOrder Order;
+
+    public PropBag(PropOrder order, List<PropElement>? items = null)
+    {
+        Order = order;
+        this.items = items ?? new List<PropElement>(4);
+    }
+
+    public int Count => items.Count;
+
+    public IReadOnlyList<PropElement> Items => items;
+
+    public PropElement? Find(string local)
+    {
+        foreach (var e in items)
+            if (e.Local == local && e.Ns == Docx.Ns.W) return e;
+        return null;
+    }
+
+    public bool Has(string local) => Find(local) != null;
+
+    public string? Val(string local) => Find(local)?.Get("val");
+
+    /// <summary>Adds the element at its place in the schema order so the output stays valid.</summary>
+    public PropElement GetOrAdd(string local)
+    {
+        var e = Find(local);
+        if (e != null) return e;
+        e = new PropElement(local);
+        int rank = Order.Rank(local);
+        int at = items.Count;
+        for (int i = 0; i < items.Count; i++)
+        {
+            if (items[i].Ns == Docx.Ns.W && Order.Rank(items[i].Local) > rank) { at = i; break; }
+        }
+        items.Insert(at, e);
+        return e;
+    }
+
+    public void Remove(string local) => items.RemoveAll(e => e.Local == local && e.Ns == Docx.Ns.W);
+
+    public void RemoveAll(Predicate<PropElement> match) => items.RemoveAll(match);
+
+    public void Add(PropElement e) => items.Add(e);
+
+    public void SetVal(string local, string? value)
+    {
+        if (value == null) Remove(local);
+        else GetOrAdd(local).Set("val", value);
+    }
+
+    public bool? Toggle(string local)
+    {
+        var e = Find(local);
+        if (e == null) return null;
+        var v = e.Get("val");
+        return v == null || !(v == "0" || v == "false" || v == "off");
+    }
+
+    public void SetToggle(string local, bool value)
+    {
+        var e = GetOrAdd(local);
+        e.Attrs = null;
+        if (!value) e.Set("val", "0");
+    }
+
+    public int? Int(string local, string attr = "val")
+    {
+        var v = Find(local)?.Get(attr);
+        return v != null && int.TryParse(v, NumberStyles.Integer, CultureInfo.InvariantCulture, out var i) ? i : null;
+    }
+
+    public PropBag Clone() => new PropBag(Order, items.ConvertAll(e => e.Clone()));
+
+    public void Clear() => items.Clear();
+
+    public void MergeFrom(PropBag other)
+    {
+        foreach (var e in other.items)
+        {
+            if (e.Ns == Docx.Ns.W) Remove(e.Local);
+            var copy = e.Clone();
+            int rank = Order.Rank(copy.Local);
+            int at = items.Count;
+            for (int i = 0; i < items.Count; i++)
+                if (items[i].Ns == Docx.Ns.W && Order.Rank(items[i].Local) > rank) { at = i; break; }
+            items.Insert(at, copy);
+        }
+    }
+
+    public static PropBag Read(XmlReader r, PropOrder order)
+    {
+        var e = PropElement.Read(r);
+        return new PropBag(order, e.Children ?? new List<PropElement>());
+    }
+
+    public void Write(XmlWriter w, string local, bool skipEmpty = true)
+    {
+        if (skipEmpty && items.Count == 0) return;
+        w.WriteStartElement(local, Docx.Ns.W);
+        foreach (var e in items) e.Write(w);
+        w.WriteEndElement();
+    }
+}
+
+/// <summary>The child order a property element's schema requires; unknown names sort last.</summary>
+internal sealed class PropOrder
+{
+    private readonly Dictionary<string, int> rank = new();
+
+    private PropOrder(string names)
+    {
+        var parts = names.Split(' ', StringSplitOptions.RemoveEmptyEntries);
+        for (int i = 0; i < parts.Length; i++) rank[parts[i]] = i;
+    }
+
+    public int Rank(string local) => rank.TryGetValue(local, out var i) ? i : 10_000;
+
+    public static readonly PropOrder Run = new(
+        "rStyle rFonts b bCs i iCs caps smallCaps strike dstrike outline shadow emboss imprint noProof snapToGrid vanish webHidden " +
+        "color spacing w kern position sz szCs highlight u effect bdr shd fitText vertAlign rtl cs em lang eastAsianLayout specVanish oMath rPrChange");
+
+    public static readonly PropOrder Paragraph = new(
+        "pStyle keepNext keepLines pageBreakBefore framePr widowControl numPr suppressLineNumbers pBdr shd tabs suppressAutoHyphens " +
+        "kinsoku wordWrap overflowPunct topLinePunct autoSpaceDE autoSpaceDN bidi adjustRightInd snapToGrid spacing ind contextualSpacing " +
+        "mirrorIndents suppressOverlap jc textDirection textAlignment textboxTightWrap outlineLvl divId cnfStyle rPr sectPr pPrChange");
+
+    public static readonly PropOrder Section = new(
+        "headerReference footerReference footnotePr endnotePr type pgSz pgMar paperSrc pgBorders lnNumType pgNumType cols formProt vAlign " +
+        "noEndnote titlePg textDirection bidi rtlGutter docGrid printerSettings sectPrChange");
+
+    public static readonly PropOrder Table = new(
+        "tblStyle tblpPr tblOverlap bidiVisual tblStyleRowBandSize tblStyleColBandSize tblW jc tblCellSpacing tblInd tblBorders shd " +
+        "tblLayout tblCellMar tblLook tblCaption tblDescription tblPrChange");
+
+    public static readonly PropOrder TableRow = new(
+        "cnfStyle divId gridBefore gridAfter wBefore wAfter cantSplit trHeight tblHeader tblCellSpacing jc hidden ins del trPrChange");
+
+    public static readonly PropOrder TableCell = new(
+        "cnfStyle tcW gridSpan hMerge vMerge tcBorders shd noWrap tcMar textDirection tcFitText vAlign hideMark headers cellIns cellDel cellMerge tcPrChange");
+
+    public static readonly PropOrder Borders = new("top left start bottom right end insideH insideV between bar tl2br tr2bl");
+
+    public static readonly PropOrder Style = new(
+        "name aliases basedOn next link autoRedefine hidden uiPriority semiHidden unhideWhenUsed qFormat locked personal personalCompose " +
+        "personalReply rsid pPr rPr tblPr trPr tcPr tblStylePr");
+
+    public static readonly PropOrder Level = new("start numFmt lvlRestart pStyle isLgl suff lvlText lvlPicBulletId legacy lvlJc pPr rPr");
+
+    public static readonly PropOrder Any = new("");
+}

@@ -1,0 +1,116 @@
+using System.Xml;
+using Quorix.Folio.Docx;
+
+namespace Quorix.Folio.Formatting;
+
+/// <summary>One property element kept exactly as read, so that unknown properties survive a round trip.</summary>
+internal sealed class PropElement
+{
+    internal readonly record struct Attr(string Ns, string Local, string Value);
+
+    public string Ns;
+    public string Local;
+    public List<Attr>? Attrs;
+    public List<PropElement>? Children;
+    public string? Text;
+
+    public PropElement(string local, string ns = Docx.Ns.W)
+    {
+        Local = local;
+        Ns = ns;
+    }
+
+    public string? Get(string local, string ns = Docx.Ns.W)
+    {
+        if (Attrs == null) return null;
+        foreach (var a in Attrs)
+            if (a.Local == local && a.Ns == ns) return a.Value;
+        return null;
+    }
+
+    public PropElement Set(string local, string? value, string ns = Docx.Ns.W)
+    {
+        Attrs ??= new List<Attr>(2);
+        for (int i = 0; i < Attrs.Count; i++)
+        {
+            if (Attrs[i].Local != local || Attrs[i].Ns != ns) continue;
+            if (value == null) Attrs.RemoveAt(i);
+            else Attrs[i] = new Attr(ns, local, value);
+            return this;
+        }
+        if (value != null) Attrs.Add(new Attr(ns, local, value));
+        return this;
+    }
+
+    public PropElement? Child(string local)
+    {
+        if (Children == null) return null;
+        foreach (var c in Children)
+            if (c.Local == local && c.Ns == Docx.Ns.W) return c;
+        return null;
+    }
+
+    public PropElement Clone()
+    {
+        var c = new PropElement(Local, Ns) { Text = Text };
+        if (Attrs != null) c.Attrs = new List<Attr>(Attrs);
+        if (Children != null) c.Children = Children.ConvertAll(x => x.Clone());
+        return c;
+    }
+
+    /// <summary>Reads the element the reader stands on, with its subtree; leaves the reader after it.</summary>
+    public static PropElement Read(XmlReader r)
+    {
+        var e = new PropElement(r.LocalName, r.NamespaceURI);
+        if (r.HasAttributes)
+        {
+            e.Attrs = new List<Attr>(r.AttributeCount);
+            while (r.MoveToNextAttribute())
+            {
+                if (r.NamespaceURI == Docx.Ns.Xmlns) continue;
+                e.Attrs.Add(new Attr(r.NamespaceURI, r.LocalName, r.Value));
+            }
+            r.MoveToElement();
+        }
+        if (r.IsEmptyElement)
+        {
+            r.Read();
+            return e;
+        }
+        int depth = r.Depth;
+        r.Read();
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            switch (r.NodeType)
+            {
+                case XmlNodeType.Element:
+                    (e.Children ??= new List<PropElement>()).Add(Read(r));
+                    break;
+                case XmlNodeType.Text:
+                case XmlNodeType.CDATA:
+                case XmlNodeType.SignificantWhitespace:
+                    e.Text += r.Value;
+                    r.Read();
+                    break;
+                default:
+                    if (r.EOF) throw new XmlException("Unexpected end of XML.");
+                    r.Read();
+                    break;
+            }
+        }
+        r.Read();
+        return e;
+    }
+
+    public void Write(XmlWriter w)
+    {
+        w.WriteStartElement(Local, Ns);
+        if (Attrs != null)
+            foreach (var a in Attrs)
+                w.WriteAttributeString(a.Local, a.Ns.Length == 0 ? null : a.Ns, a.Value);
+        if (Text != null) w.WriteString(Text);
+        if (Children != null)
+            foreach (var c in Children) c.Write(w);
+        w.WriteEndElement();
+    }
+}

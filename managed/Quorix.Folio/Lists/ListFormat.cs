@@ -1,0 +1,96 @@
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio.Lists;
+
+/// <summary>A paragraph's membership of a list, and its level there.</summary>
+public sealed class ListFormat
+{
+    private readonly Func<Paragraph?> paragraph;
+    private readonly Func<PropBag> pPr;
+    private readonly DocumentBase doc;
+
+    internal ListFormat(Paragraph p) : this(p.Document!, () => p, () => p.PPr) { }
+
+    internal ListFormat(DocumentBase doc, Func<Paragraph?> paragraph, Func<PropBag> pPr)
+    {
+        this.doc = doc;
+        this.paragraph = paragraph;
+        this.pPr = pPr;
+    }
+
+    private PropElement? NumPr()
+    {
+        var own = pPr().Find("numPr");
+        if (own != null) return own;
+        // A list style (for example "List Bullet") may carry the numbering for the paragraph.
+        var p = paragraph();
+        if (p == null) return null;
+        foreach (var b in p.StyleChain())
+            if (b.Find("numPr") is { } e) return e;
+        return null;
+    }
+
+    public bool IsListItem => List != null;
+
+    public List? List
+    {
+        get
+        {
+            var id = Units.ParseInt(NumPr()?.Child("numId")?.Get("val"));
+            return id is null or 0 ? null : doc.Lists.GetListByListId(id.Value);
+        }
+        set
+        {
+            if (value == null) { RemoveNumbers(); return; }
+            if (value.Owner != doc.Lists) throw new ArgumentException("The list belongs to another document.", nameof(value));
+            var numPr = pPr().GetOrAdd("numPr");
+            numPr.Children ??= new List<PropElement>();
+            var lvl = numPr.Child("ilvl") ?? Add(numPr, new PropElement("ilvl").Set("val", "0"), 0);
+            var id = numPr.Child("numId") ?? Add(numPr, new PropElement("numId"), numPr.Children.Count);
+            id.Set("val", Units.Str(value.ListId));
+        }
+    }
+
+    private static PropElement Add(PropElement parent, PropElement child, int at)
+    {
+        parent.Children!.Insert(Math.Min(at, parent.Children.Count), child);
+        return child;
+    }
+
+    /// <summary>0 to 8.</summary>
+    public int ListLevelNumber
+    {
+        get => Units.ParseInt(NumPr()?.Child("ilvl")?.Get("val")) ?? 0;
+        set
+        {
+            if (value < 0 || value > 8) throw new ArgumentOutOfRangeException(nameof(value), "The list level must be from 0 to 8.");
+            var numPr = pPr().GetOrAdd("numPr");
+            numPr.Children ??= new List<PropElement>();
+            (numPr.Child("ilvl") ?? Add(numPr, new PropElement("ilvl"), 0)).Set("val", Units.Str(value));
+        }
+    }
+
+    public ListLevel? ListLevel => List?.Level(ListLevelNumber);
+
+    public void ApplyBulletDefault() => Apply(ListTemplate.BulletDefault);
+
+    public void ApplyNumberDefault() => Apply(ListTemplate.NumberDefault);
+
+    private void Apply(ListTemplate t)
+    {
+        List = doc.Lists.Add(t);
+        ListLevelNumber = 0;
+    }
+
+    public void RemoveNumbers() => pPr().Remove("numPr");
+
+    public void ListIndent()
+    {
+        if (IsListItem && ListLevelNumber < 8) ListLevelNumber += 1;
+    }
+
+    public void ListOutdent()
+    {
+        if (IsListItem && ListLevelNumber > 0) ListLevelNumber -= 1;
+    }
+}

@@ -1,0 +1,174 @@
+using System.Collections;
+using System.Text;
+
+namespace Quorix.Folio;
+
+/// <summary>A node that holds child nodes.</summary>
+public abstract class CompositeNode : Node, IEnumerable<Node>
+{
+    internal Node? first;
+    internal Node? last;
+
+    private protected CompositeNode(DocumentBase? doc) : base(doc) { }
+
+    public override bool IsComposite => true;
+
+    public bool HasChildNodes => FirstChild != null;
+
+    public Node? FirstChild
+    {
+        get
+        {
+            var n = first;
+            while (n != null && n.IsOpaque) n = n.next;
+            return n;
+        }
+    }
+
+    public Node? LastChild
+    {
+        get
+        {
+            var n = last;
+            while (n != null && n.IsOpaque) n = n.prev;
+            return n;
+        }
+    }
+
+    public NodeCollection ChildNodes => new NodeCollection(this, NodeType.Any, false);
+
+    public NodeCollection GetChildNodes(NodeType nodeType, bool isDeep) => new NodeCollection(this, nodeType, isDeep);
+
+    public Node? GetChild(NodeType nodeType, int index, bool isDeep) => GetChildNodes(nodeType, isDeep).ElementAtOrNull(index);
+
+    public int IndexOf(Node child)
+    {
+        int i = 0;
+        for (var n = first; n != null; n = n.next)
+        {
+            if (n.IsOpaque) continue;
+            if (n == child) return i;
+            i++;
+        }
+        return -1;
+    }
+
+    public override string GetText()
+    {
+        var sb = new StringBuilder();
+        AppendText(sb);
+        return sb.ToString();
+    }
+
+    internal override void AppendText(StringBuilder sb)
+    {
+        for (var n = first; n != null; n = n.next) n.AppendText(sb);
+    }
+
+    /// <summary>Throws when the child may not live in this container; the tree must stay writable.</summary>
+    internal abstract bool CanHold(Node child);
+
+    public Node AppendChild(Node newChild) => InsertAfter(newChild, last);
+
+    public Node PrependChild(Node newChild) => InsertBefore(newChild, first);
+
+    public Node InsertAfter(Node newChild, Node? refChild)
+    {
+        Check(newChild, refChild);
+        newChild.parent?.Unlink(newChild);
+        if (refChild == null) LinkFirst(newChild);
+        else LinkAfter(newChild, refChild);
+        return newChild;
+    }
+
+    public Node InsertBefore(Node newChild, Node? refChild)
+    {
+        Check(newChild, refChild);
+        newChild.parent?.Unlink(newChild);
+        if (refChild == null) LinkLast(newChild);
+        else if (refChild.prev == null) LinkFirst(newChild);
+        else LinkAfter(newChild, refChild.prev);
+        return newChild;
+    }
+
+    public Node RemoveChild(Node oldChild)
+    {
+        ArgumentNullException.ThrowIfNull(oldChild);
+        if (oldChild.parent != this) throw new ArgumentException("The node is not a child of this node.", nameof(oldChild));
+        Unlink(oldChild);
+        return oldChild;
+    }
+
+    public void RemoveAllChildren()
+    {
+        while (first != null) Unlink(first);
+    }
+
+    private void Check(Node newChild, Node? refChild)
+    {
+        ArgumentNullException.ThrowIfNull(newChild);
+        if (refChild != null && refChild.parent != this)
+            throw new ArgumentException("The reference node is not a child of this node.", nameof(refChild));
+        if (newChild.doc != doc && doc != null)
+            throw new ArgumentException("The newNode was created from a different document than the one that created this node; import it first.", nameof(newChild));
+        for (Node? p = this; p != null; p = p.parent)
+            if (p == newChild) throw new ArgumentException("A node cannot be inserted into itself or its descendants.", nameof(newChild));
+        if (!CanHold(newChild))
+            throw new ArgumentException($"Cannot insert a node of type {newChild.NodeType} into a node of type {NodeType}.", nameof(newChild));
+    }
+
+    // Raw links skip validation: the reader builds trees it has already checked.
+    internal void LinkLast(Node child)
+    {
+        child.parent = this;
+        child.prev = last;
+        child.next = null;
+        if (last == null) first = child; else last.next = child;
+        last = child;
+        Touch();
+    }
+
+    private void LinkFirst(Node child)
+    {
+        child.parent = this;
+        child.prev = null;
+        child.next = first;
+        if (first == null) last = child; else first.prev = child;
+        first = child;
+        Touch();
+    }
+
+    private void LinkAfter(Node child, Node after)
+    {
+        child.parent = this;
+        child.prev = after;
+        child.next = after.next;
+        if (after.next == null) last = child; else after.next.prev = child;
+        after.next = child;
+        Touch();
+    }
+
+    internal void Unlink(Node child)
+    {
+        if (child.prev == null) first = child.next; else child.prev.next = child.next;
+        if (child.next == null) last = child.prev; else child.next.prev = child.prev;
+        child.parent = null;
+        child.prev = child.next = null;
+        Touch();
+    }
+
+    internal void CloneChildrenInto(CompositeNode copy, DocumentBase? target)
+    {
+        for (var n = first; n != null; n = n.next) copy.LinkLast(n.CloneTo(target, true));
+    }
+
+    /// <summary>All descendants in document order, opaque ones included, for writers.</summary>
+    internal IEnumerable<Node> RawChildren()
+    {
+        for (var n = first; n != null; n = n.next) yield return n;
+    }
+
+    public IEnumerator<Node> GetEnumerator() => ChildNodes.GetEnumerator();
+
+    IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();
+}

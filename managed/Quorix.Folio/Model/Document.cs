@@ -1,0 +1,175 @@
+using Quorix.Folio.Docx;
+using Quorix.Folio.Loading;
+using Quorix.Folio.Package;
+using Quorix.Folio.Saving;
+using Quorix.Folio.Text;
+
+namespace Quorix.Folio;
+
+/// <summary>A word-processing document: create it empty, or load it from a file or stream.</summary>
+public sealed class Document : DocumentBase
+{
+    // Parts read from the source file, written back unchanged unless the model owns them.
+    internal OpcPackage? Source;
+    internal string? MainPartName;
+    internal DocxState Docx = new();
+
+    /// <summary>An empty document: one section with one empty paragraph and the basic styles.</summary>
+    public Document()
+    {
+        Styles.GetOrCreateBuiltIn(StyleIdentifier.Normal);
+        Styles.GetOrCreateBuiltIn(StyleIdentifier.DefaultParagraphFont);
+        Styles.GetOrCreateBuiltIn(StyleIdentifier.TableNormal);
+        Styles.GetOrCreateBuiltIn(StyleIdentifier.NoList);
+        Styles.DefaultFont.Name = "Times New Roman";
+        Styles.DefaultFont.Size = 12;
+        var section = new Section(this);
+        section.PageSetup.ApplyDefaults();
+        LinkLast(section);
+        section.LinkLast(new Body(this));
+        section.Body!.LinkLast(new Paragraph(this));
+        OriginalLoadFormat = LoadFormat.Docx;
+    }
+
+    public Document(string fileName) : this(fileName, null) { }
+
+    public Document(string fileName, LoadOptions? loadOptions)
+    {
+        ArgumentException.ThrowIfNullOrEmpty(fileName);
+        using var fs = new FileStream(fileName, FileMode.Open, FileAccess.Read, FileShare.Read, 1 << 16);
+        Load(fs, loadOptions);
+        OriginalFileName = Path.GetFullPath(fileName);
+    }
+
+    public Document(Stream stream) : this(stream, null) { }
+
+    public Document(Stream stream, LoadOptions? loadOptions)
+    {
+        ArgumentNullException.ThrowIfNull(stream);
+        Load(stream, loadOptions);
+    }
+
+    private void Load(Stream stream, LoadOptions? options)
+    {
+        options ??= new LoadOptions();
+        DocxReader.Load(this, stream, options);
+        OriginalLoadFormat = LoadFormat.Docx;
+    }
+
+    public override NodeType NodeType => NodeType.Document;
+
+    public string? OriginalFileName { get; private set; }
+
+    public LoadFormat OriginalLoadFormat { get; private set; }
+
+    public SectionCollection Sections => new SectionCollection(this);
+
+    public Section? FirstSection => (Section?)GetChild(NodeType.Section, 0, false);
+
+    public Section? LastSection => (Section?)GetChild(NodeType.Section, -1, false);
+
+    public CommentCollection Comments => new CommentCollection(this);
+
+    internal override bool CanHold(Node child) => child is Section;
+
+    public SaveOutputParameters Save(string fileName) =>
+        Save(fileName, SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(fileName))));
+
+    public SaveOutputParameters Save(string fileName, SaveFormat saveFormat) => Save(fileName, SaveOptions.CreateSaveOptions(saveFormat));
+
+    public SaveOutputParameters Save(string fileName, SaveOptions saveOptions)
+    {
+        ArgumentException.ThrowIfNullOrEmpty(fileName);
+        ArgumentNullException.ThrowIfNull(saveOptions);
+        // Written beside the target first, so a failed save never leaves half a file behind.
+        var full = Path.GetFullPath(fileName);
+        var tmp = full + ".tmp" + Environment.ProcessId;
+        try
+        {
+            SaveOutputParameters result;
+            using (var fs = new FileStream(tmp, FileMode.Create, FileAccess.ReadWrite, FileShare.None, 1 << 16))
+                result = SaveTo(fs, saveOptions, full);
+            File.Move(tmp, full, true);
+            return result;
+        }
+        finally
+        {
+            if (File.Exists(tmp)) File.Delete(tmp);
+        }
+    }
+
+    public SaveOutputParameters Save(Stream stream, SaveFormat saveFormat) => Save(stream, SaveOptions.CreateSaveOptions(saveFormat));
+
+    public SaveOutputParameters Save(Stream stream, SaveOptions saveOptions)
+    {
+        ArgumentNullException.ThrowIfNull(stream);
+        ArgumentNullException.ThrowIfNull(saveOptions);
+        return SaveTo(stream, saveOptions, null);
+    }
+
+    private SaveOutputParameters SaveTo(Stream stream, SaveOptions options, string? path)
+    {
+        switch (options)
+        {
+            case OoxmlSaveOptions o:
+                DocxWriter.Save(this, stream, o);
+                return new SaveOutputParameters("application/vnd.openxmlformats-officedocument.wordprocessingml.document");
+            case MarkdownSaveOptions m:
+                MarkdownWriter.Save(this, stream, m, path);
+                return new SaveOutputParameters("text/markdown");
+            case TxtSaveOptions t:
+                PlainTextWriter.Save(this, stream, t);
+                return new SaveOutputParameters("text/plain");
+            default:
+                throw new ArgumentException($"Saving to {options.SaveFormat} is not supported.", nameof(options));
+        }
+    }
+
+    /// <summary>A deep copy, independent of this document.</summary>
+    public Document Clone() => (Document)CloneTo(null, true);
+
+    internal override Node CloneTo(DocumentBase? target, bool deep)
+    {
+        var copy = new Document(empty: true) { Source = Source, MainPartName = MainPartName, Docx = Docx.Clone(), OriginalFileName = OriginalFileName, OriginalLoadFormat = OriginalLoadFormat };
+        foreach (var e in Styles.Head) copy.Styles.Head.Add(e.Clone());
+        foreach (var s in Styles.All) copy.Styles.AddLoaded(s.Element.Clone());
+        foreach (var e in Lists.Head) copy.Lists.Head.Add(e.Clone());
+        foreach (var e in Lists.Tail) copy.Lists.Tail.Add(e.Clone());
+        foreach (var a in Lists.Abstracts) copy.Lists.Abstracts.Add(a.Clone());
+        foreach (var l in Lists.Lists) copy.Lists.AddLoaded(l.Num.Clone());
+        if (deep)
+            for (var n = first; n != null; n = n.next) copy.LinkLast(n.CloneTo(copy, true));
+        return copy;
+    }
+
+    private Document(bool empty) { }
+
+    internal static Document CreateEmptyForLoad() => new Document(empty: true);
+
+    /// <summary>Adds the sections of another document at the end of this one.</summary>
+    public void AppendDocument(Document srcDoc, ImportFormatMode importFormatMode)
+    {
+        ArgumentNullException.ThrowIfNull(srcDoc);
+        if (srcDoc == this) srcDoc = srcDoc.Clone();
+        var importer = new NodeImporterCore(srcDoc, this, importFormatMode);
+        foreach (var s in srcDoc.Sections.ToArray())
+        {
+            var copy = s.CloneTo(this, true);
+            importer.Fix(copy);
+            LinkLast(copy);
+        }
+    }
+
+    /// <summary>Adds what an empty document needs to be saved: a section, a body and a paragraph.</summary>
+    public void EnsureMinimum()
+    {
+        var s = LastSection;
+        if (s == null)
+        {
+            s = new Section(this);
+            s.PageSetup.ApplyDefaults();
+            LinkLast(s);
+        }
+        s.EnsureMinimum();
+    }
+}

@@ -1,0 +1,129 @@
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Lists;
+
+namespace Quorix.Folio;
+
+/// <summary>Owner of a node tree: its styles, lists and the nodes created for it.</summary>
+public abstract class DocumentBase : CompositeNode
+{
+    internal int version;
+    private readonly StyleCollection styles;
+    private readonly ListCollection lists;
+
+    private protected DocumentBase() : base(null)
+    {
+        doc = this;
+        styles = new StyleCollection(this);
+        lists = new ListCollection(this);
+    }
+
+    public StyleCollection Styles => styles;
+
+    public ListCollection Lists => lists;
+
+    internal void Changed() => version++;
+
+    /// <summary>Copies a node of another document into this one, bringing the styles and lists it uses.</summary>
+    public Node ImportNode(Node srcNode, bool isImportChildren) => ImportNode(srcNode, isImportChildren, ImportFormatMode.UseDestinationStyles);
+
+    public Node ImportNode(Node srcNode, bool isImportChildren, ImportFormatMode importFormatMode)
+    {
+        ArgumentNullException.ThrowIfNull(srcNode);
+        if (srcNode is DocumentBase) throw new ArgumentException("A whole document cannot be imported as a node.", nameof(srcNode));
+        return Import(srcNode, isImportChildren, importFormatMode);
+    }
+
+    internal Node Import(Node src, bool deep, ImportFormatMode mode)
+    {
+        var copy = src.CloneTo(this, deep);
+        if (src.Document == this || src.Document == null) return copy;
+        new NodeImporterCore(src.Document, this, mode).Fix(copy);
+        return copy;
+    }
+}
+
+/// <summary>Carries style and list references across documents.</summary>
+internal sealed class NodeImporterCore
+{
+    private readonly DocumentBase src;
+    private readonly DocumentBase dst;
+    private readonly ImportFormatMode mode;
+    private readonly Dictionary<string, string> styleMap = new();
+    private readonly Dictionary<int, int> listMap = new();
+
+    public NodeImporterCore(DocumentBase src, DocumentBase dst, ImportFormatMode mode)
+    {
+        this.src = src;
+        this.dst = dst;
+        this.mode = mode;
+    }
+
+    public void Fix(Node root)
+    {
+        for (Node? n = root; n != null; n = n.NextPreOrder(root))
+        {
+            switch (n)
+            {
+                case Paragraph p:
+                    Remap(p.PPr, "pStyle");
+                    FixList(p.PPr);
+                    break;
+                case Inline i:
+                    Remap(i.RPr, "rStyle");
+                    break;
+                case Tables.Table t:
+                    Remap(t.TblPr, "tblStyle");
+                    break;
+            }
+        }
+    }
+
+    private void Remap(PropBag bag, string local)
+    {
+        var id = bag.Val(local);
+        if (id == null) return;
+        bag.SetVal(local, MapStyle(id));
+    }
+
+    private string MapStyle(string id)
+    {
+        if (styleMap.TryGetValue(id, out var mapped)) return mapped;
+        var s = src.Styles.FindById(id);
+        if (s == null) return styleMap[id] = id;
+        var existing = dst.Styles[s.Name];
+        if (existing != null && existing.Type == s.Type &&
+            (mode == ImportFormatMode.UseDestinationStyles || s.BuiltIn))
+            return styleMap[id] = existing.StyleId;
+        // The source look is kept under a name the destination does not use yet.
+        var e = s.Element.Clone();
+        string name = s.Name, newId = s.StyleId;
+        for (int i = 1; dst.Styles[name] != null || dst.Styles.FindById(newId) != null; i++)
+        {
+            name = s.Name + "_" + i;
+            newId = s.StyleId + "_" + i;
+        }
+        e.Set("styleId", newId);
+        e.Set("default", null);
+        styleMap[id] = newId;
+        dst.Styles.AddLoaded(e);
+        var copy = dst.Styles.FindById(newId)!;
+        copy.Bag.SetVal("name", name);
+        foreach (var link in new[] { "basedOn", "next", "link" })
+            if (copy.Bag.Val(link) is { } target) copy.Bag.SetVal(link, MapStyle(target));
+        return newId;
+    }
+
+    private void FixList(PropBag pPr)
+    {
+        var idEl = pPr.Find("numPr")?.Child("numId");
+        var id = Units.ParseInt(idEl?.Get("val"));
+        if (idEl == null || id is null or 0) return;
+        if (!listMap.TryGetValue(id.Value, out var newId))
+        {
+            var list = src.Lists.GetListByListId(id.Value);
+            newId = list == null ? 0 : dst.Lists.AddCopy(list).ListId;
+            listMap[id.Value] = newId;
+        }
+        idEl.Set("val", Units.Str(newId));
+    }
+}

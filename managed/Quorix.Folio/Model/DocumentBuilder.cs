@@ -1,0 +1,422 @@
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Fields;
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Lists;
+using Quorix.Folio.Notes;
+using Quorix.Folio.Tables;
+
+namespace Quorix.Folio;
+
+/// <summary>Writes content at a cursor: text, paragraphs, tables, links, bookmarks, pictures and fields.</summary>
+public sealed class DocumentBuilder
+{
+    private readonly Document doc;
+    private Paragraph paragraph;
+    // Inline node the next insertion goes before; null means the end of the paragraph.
+    private Node? cursor;
+    private readonly PropBag runProps = new(PropOrder.Run);
+    private readonly Stack<TableState> tables = new();
+    private readonly Cell cellProto;
+    private readonly Row rowProto;
+
+    private sealed class TableState
+    {
+        public Table Table = null!;
+        public Row? Row;
+        public Paragraph After = null!;
+    }
+
+    public DocumentBuilder() : this(new Document()) { }
+
+    public DocumentBuilder(Document doc)
+    {
+        this.doc = doc ?? throw new ArgumentNullException(nameof(doc));
+        cellProto = new Cell(doc);
+        rowProto = new Row(doc);
+        doc.EnsureMinimum();
+        paragraph = doc.FirstSection!.Body!.FirstParagraph ?? doc.FirstSection.EnsureMinimum();
+        cursor = paragraph.first;
+    }
+
+    public Document Document => doc;
+
+    public Font Font => new Font(runProps, doc, () => paragraph.RunStyleChain());
+
+    public ParagraphFormat ParagraphFormat => paragraph.ParagraphFormat;
+
+    public ListFormat ListFormat => paragraph.ListFormat;
+
+    public CellFormat CellFormat => cellProto.CellFormat;
+
+    public RowFormat RowFormat => rowProto.RowFormat;
+
+    public PageSetup PageSetup => CurrentSection.PageSetup;
+
+    public bool Bold { get => Font.Bold; set => Font.Bold = value; }
+
+    public bool Italic { get => Font.Italic; set => Font.Italic = value; }
+
+    public Underline Underline { get => Font.Underline; set => Font.Underline = value; }
+
+    public Paragraph CurrentParagraph => paragraph;
+
+    public Node? CurrentNode => cursor;
+
+    public Section CurrentSection => paragraph.ParentSection ?? doc.LastSection!;
+
+    public Story? CurrentStory => paragraph.ParentStory;
+
+    public bool IsAtStartOfParagraph => cursor == paragraph.first;
+
+    public bool IsAtEndOfParagraph => cursor == null;
+
+    private Node Insert(Node n)
+    {
+        if (cursor == null) paragraph.AppendChild(n);
+        else paragraph.InsertBefore(n, cursor);
+        return n;
+    }
+
+    private Run NewRun(string text) => new Run(doc, text, runProps.Clone());
+
+    /// <summary>Inserts text; line feeds and carriage returns start new paragraphs.</summary>
+    public void Write(string text)
+    {
+        ArgumentNullException.ThrowIfNull(text);
+        int start = 0;
+        for (int i = 0; i < text.Length; i++)
+        {
+            char c = text[i];
+            if (c != '\r' && c != '\n') continue;
+            if (i > start) Insert(NewRun(text.Substring(start, i - start)));
+            InsertParagraph();
+            if (c == '\r' && i + 1 < text.Length && text[i + 1] == '\n') i++;
+            start = i + 1;
+        }
+        if (start < text.Length) Insert(NewRun(start == 0 ? text : text.Substring(start)));
+    }
+
+    public void Writeln(string text)
+    {
+        Write(text);
+        InsertParagraph();
+    }
+
+    public void Writeln() => InsertParagraph();
+
+    /// <summary>Ends the current paragraph at the cursor; returns the paragraph that was ended.</summary>
+    public Paragraph InsertParagraph()
+    {
+        var ended = paragraph;
+        var pPr = ended.PPr.Clone();
+        pPr.Remove("sectPr");
+        // A heading is usually followed by body text: the style's next style says which.
+        var style = ended.ParagraphStyle;
+        if (style != null && style.Bag.Val("next") is { } next && next != style.StyleId)
+            pPr.SetVal("pStyle", next == "Normal" && doc.Styles.FindById("Normal")?.StyleIdentifier == StyleIdentifier.Normal ? null : next);
+        var fresh = new Paragraph(doc, pPr);
+        ended.ParentNode!.InsertAfter(fresh, ended);
+        for (var n = cursor; n != null;)
+        {
+            var nx = n.next;
+            ended.Unlink(n);
+            fresh.LinkLast(n);
+            n = nx;
+        }
+        paragraph = fresh;
+        cursor = fresh.first;
+        return ended;
+    }
+
+    public void InsertBreak(BreakType breakType)
+    {
+        switch (breakType)
+        {
+            case BreakType.ParagraphBreak: InsertParagraph(); break;
+            case BreakType.LineBreak: Insert(NewRun(ControlChar.LineBreak)); break;
+            case BreakType.PageBreak: Insert(NewRun(ControlChar.PageBreak)); break;
+            case BreakType.ColumnBreak: Insert(NewRun(ControlChar.ColumnBreak)); break;
+            case BreakType.SectionBreakContinuous: BreakSection(SectionStart.Continuous); break;
+            case BreakType.SectionBreakNewColumn: BreakSection(SectionStart.NewColumn); break;
+            case BreakType.SectionBreakNewPage: BreakSection(SectionStart.NewPage); break;
+            case BreakType.SectionBreakEvenPage: BreakSection(SectionStart.EvenPage); break;
+            case BreakType.SectionBreakOddPage: BreakSection(SectionStart.OddPage); break;
+            default: throw new ArgumentOutOfRangeException(nameof(breakType));
+        }
+    }
+
+    private void BreakSection(SectionStart start)
+    {
+        if (paragraph.ParentNode is not Body body)
+            throw new InvalidOperationException("A section break can only be inserted in the main text.");
+        InsertParagraph();
+        var old = body.ParentSection!;
+        var section = new Section(doc, old.SectPr.Clone());
+        section.PageSetup.SectionStart = start;
+        doc.InsertAfter(section, old);
+        var newBody = new Body(doc);
+        section.LinkLast(newBody);
+        for (Node? n = paragraph; n != null;)
+        {
+            var nx = n.next;
+            body.Unlink(n);
+            newBody.LinkLast(n);
+            n = nx;
+        }
+    }
+
+    public Table StartTable()
+    {
+        var t = new Table(doc);
+        paragraph.ParentNode!.InsertBefore(t, paragraph);
+        tables.Push(new TableState { Table = t, After = paragraph });
+        return t;
+    }
+
+    public Cell InsertCell()
+    {
+        if (tables.Count == 0) throw new InvalidOperationException("Start a table before inserting cells.");
+        var st = tables.Peek();
+        if (st.Row == null)
+        {
+            st.Row = new Row(doc);
+            st.Table.AppendChild(st.Row);
+        }
+        var cell = new Cell(doc);
+        cell.CellFormat.CopyFrom(cellProto.CellFormat);
+        var p = new Paragraph(doc);
+        cell.LinkLast(p);
+        st.Row.AppendChild(cell);
+        paragraph = p;
+        cursor = null;
+        return cell;
+    }
+
+    public Row EndRow()
+    {
+        if (tables.Count == 0 || tables.Peek().Row == null) throw new InvalidOperationException("There is no row to end.");
+        var st = tables.Peek();
+        var row = st.Row!;
+        row.RowFormat.CopyFrom(rowProto.RowFormat);
+        st.Row = null;
+        return row;
+    }
+
+    public Table EndTable()
+    {
+        if (tables.Count == 0) throw new InvalidOperationException("There is no table to end.");
+        var st = tables.Peek();
+        if (st.Row != null) EndRow();
+        if (!st.Table.HasChildNodes) throw new InvalidOperationException("A table needs at least one row; insert a cell before ending it.");
+        tables.Pop();
+        paragraph = st.After;
+        cursor = paragraph.first;
+        return st.Table;
+    }
+
+    public BookmarkStart StartBookmark(string bookmarkName) => (BookmarkStart)Insert(new BookmarkStart(doc, bookmarkName));
+
+    public BookmarkEnd EndBookmark(string bookmarkName) => (BookmarkEnd)Insert(new BookmarkEnd(doc, bookmarkName));
+
+    /// <summary>A field with the given code; its result is left empty.</summary>
+    public Field InsertField(string fieldCode) => InsertField(fieldCode, "");
+
+    public Field InsertField(string fieldCode, string fieldValue)
+    {
+        ArgumentException.ThrowIfNullOrEmpty(fieldCode);
+        var start = (FieldStart)Insert(new FieldStart(doc, runProps.Clone()));
+        Insert(NewRun(" " + fieldCode.Trim() + " "));
+        var sep = (FieldSeparator)Insert(new FieldSeparator(doc, runProps.Clone()));
+        if (!string.IsNullOrEmpty(fieldValue)) Insert(NewRun(fieldValue));
+        var end = (FieldEnd)Insert(new FieldEnd(doc, runProps.Clone()));
+        return new Field(start, sep, end);
+    }
+
+    /// <summary>A link to a web address or, with isBookmark, to a bookmark of this document.</summary>
+    public Field InsertHyperlink(string displayText, string urlOrBookmark, bool isBookmark)
+    {
+        ArgumentNullException.ThrowIfNull(displayText);
+        ArgumentException.ThrowIfNullOrEmpty(urlOrBookmark);
+        var quoted = urlOrBookmark.Replace("\"", "%22");
+        var code = isBookmark ? $"HYPERLINK \\l \"{quoted}\"" : $"HYPERLINK \"{quoted}\"";
+        var start = (FieldStart)Insert(new FieldStart(doc, runProps.Clone()));
+        Insert(NewRun(" " + code + " "));
+        var sep = (FieldSeparator)Insert(new FieldSeparator(doc, runProps.Clone()));
+        var result = NewRun(displayText);
+        result.RPr.SetVal("rStyle", doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Hyperlink).StyleId);
+        Insert(result);
+        var end = (FieldEnd)Insert(new FieldEnd(doc, runProps.Clone()));
+        return new Field(start, sep, end);
+    }
+
+    public Footnote InsertFootnote(FootnoteType footnoteType, string footnoteText)
+    {
+        var note = new Footnote(doc, footnoteType);
+        note.RPr = runProps.Clone();
+        note.RPr.SetVal("rStyle", doc.Styles.GetOrCreateBuiltIn(footnoteType == FootnoteType.Footnote
+            ? StyleIdentifier.FootnoteReference : StyleIdentifier.EndnoteReference).StyleId);
+        var p = new Paragraph(doc);
+        p.PPr.SetVal("pStyle", doc.Styles.GetOrCreateBuiltIn(footnoteType == FootnoteType.Footnote
+            ? StyleIdentifier.FootnoteText : StyleIdentifier.EndnoteText).StyleId);
+        p.LinkLast(new Run(doc, footnoteText ?? ""));
+        note.LinkLast(p);
+        Insert(note);
+        return note;
+    }
+
+    public Shape InsertImage(string fileName) => InsertImage(File.ReadAllBytes(fileName));
+
+    public Shape InsertImage(Stream stream)
+    {
+        ArgumentNullException.ThrowIfNull(stream);
+        using var ms = new MemoryStream();
+        stream.CopyTo(ms);
+        return InsertImage(ms.ToArray());
+    }
+
+    public Shape InsertImage(byte[] imageBytes) => InsertImage(imageBytes, -1, -1);
+
+    public Shape InsertImage(string fileName, double width, double height) => InsertImage(File.ReadAllBytes(fileName), width, height);
+
+    public Shape InsertImage(Stream stream, double width, double height)
+    {
+        ArgumentNullException.ThrowIfNull(stream);
+        using var ms = new MemoryStream();
+        stream.CopyTo(ms);
+        return InsertImage(ms.ToArray(), width, height);
+    }
+
+    /// <summary>Negative sizes mean the picture's own size at 96 dots per inch.</summary>
+    public Shape InsertImage(byte[] imageBytes, double width, double height)
+    {
+        ArgumentNullException.ThrowIfNull(imageBytes);
+        var info = ImageInfo.Detect(imageBytes);
+        if (info.Type is ImageType.NoImage or ImageType.Unknown)
+            throw new ArgumentException("The data is not an image in a known format.", nameof(imageBytes));
+        var shape = new Shape(doc) { RPr = runProps.Clone() };
+        shape.ImageData.SetImage(imageBytes);
+        double w = width >= 0 ? width : info.Width > 0 ? info.Width * 0.75 : 100;
+        double h = height >= 0 ? height : info.Height > 0 ? info.Height * 0.75 : 100;
+        shape.Width = w;
+        shape.Height = h;
+        Insert(shape);
+        return shape;
+    }
+
+    public void MoveToDocumentStart()
+    {
+        doc.EnsureMinimum();
+        MoveToParagraphNode(doc.FirstSection!.Body!.FirstParagraph ?? doc.FirstSection.EnsureMinimum(), true);
+    }
+
+    public void MoveToDocumentEnd()
+    {
+        doc.EnsureMinimum();
+        MoveToParagraphNode(doc.LastSection!.Body!.LastParagraph ?? doc.LastSection.EnsureMinimum(), false);
+    }
+
+    public void MoveToSection(int sectionIndex)
+    {
+        var s = (Section?)doc.GetChild(NodeType.Section, sectionIndex, false) ?? throw new ArgumentOutOfRangeException(nameof(sectionIndex));
+        MoveToParagraphNode(s.EnsureMinimum() is var last && s.Body!.FirstParagraph is { } f ? f : last, true);
+    }
+
+    /// <summary>Moves into a header or footer of the current section, creating it when missing.</summary>
+    public void MoveToHeaderFooter(HeaderFooterType headerFooterType)
+    {
+        var section = CurrentSection;
+        var hf = section.HeadersFooters[headerFooterType];
+        if (hf == null)
+        {
+            hf = new HeaderFooter(doc, headerFooterType);
+            var p = new Paragraph(doc);
+            p.PPr.SetVal("pStyle", doc.Styles.GetOrCreateBuiltIn(hf.IsHeader ? StyleIdentifier.Header : StyleIdentifier.Footer).StyleId);
+            hf.LinkLast(p);
+            section.AppendChild(hf);
+            if (headerFooterType is HeaderFooterType.HeaderFirst or HeaderFooterType.FooterFirst)
+                section.PageSetup.DifferentFirstPageHeaderFooter = true;
+        }
+        MoveToParagraphNode(hf.FirstParagraph ?? hf.EnsureMinimum(), true);
+    }
+
+    public bool MoveToBookmark(string bookmarkName) => MoveToBookmark(bookmarkName, false, true);
+
+    public bool MoveToBookmark(string bookmarkName, bool isStart, bool isAfter)
+    {
+        var bm = doc.Range.Bookmarks[bookmarkName];
+        if (bm == null) return false;
+        Node? marker = isStart ? bm.BookmarkStart : bm.BookmarkEnd;
+        if (marker?.ParentNode is not Paragraph p) return false;
+        paragraph = p;
+        cursor = isAfter ? marker.next : marker;
+        return true;
+    }
+
+    /// <summary>Moves before an inline node, or to the end of a paragraph.</summary>
+    public void MoveTo(Node node)
+    {
+        ArgumentNullException.ThrowIfNull(node);
+        if (node.Document != doc) throw new ArgumentException("The node belongs to another document.", nameof(node));
+        switch (node)
+        {
+            case Paragraph p: MoveToParagraphNode(p, false); break;
+            case Story or Cell or Comment or Footnote:
+                var c = (CompositeNode)node;
+                MoveToParagraphNode((Paragraph?)c.GetChild(NodeType.Paragraph, -1, false) ?? (Paragraph)c.AppendChild(new Paragraph(doc)), false);
+                break;
+            default:
+                if (node.ParentNode is not Paragraph parentPara) throw new ArgumentException("The builder can only move to paragraphs and nodes inside them.", nameof(node));
+                paragraph = parentPara;
+                cursor = node;
+                break;
+        }
+    }
+
+    /// <summary>Character index -1 means the end of the paragraph.</summary>
+    public void MoveToParagraph(int paragraphIndex, int characterIndex)
+    {
+        var story = CurrentStory ?? doc.FirstSection!.Body!;
+        var p = (Paragraph?)story.GetChild(NodeType.Paragraph, paragraphIndex, true) ?? throw new ArgumentOutOfRangeException(nameof(paragraphIndex));
+        MoveToCharacter(p, characterIndex);
+    }
+
+    public void MoveToCell(int tableIndex, int rowIndex, int columnIndex, int characterIndex)
+    {
+        var story = CurrentStory ?? doc.FirstSection!.Body!;
+        var t = (Table?)story.GetChild(NodeType.Table, tableIndex, true) ?? throw new ArgumentOutOfRangeException(nameof(tableIndex));
+        var r = (Row?)t.GetChild(NodeType.Row, rowIndex, false) ?? throw new ArgumentOutOfRangeException(nameof(rowIndex));
+        var c = (Cell?)r.GetChild(NodeType.Cell, columnIndex, false) ?? throw new ArgumentOutOfRangeException(nameof(columnIndex));
+        MoveToCharacter(c.FirstParagraph ?? c.EnsureMinimum(), characterIndex);
+    }
+
+    private void MoveToCharacter(Paragraph p, int characterIndex)
+    {
+        if (characterIndex == -1) { MoveToParagraphNode(p, false); return; }
+        if (characterIndex < 0) throw new ArgumentOutOfRangeException(nameof(characterIndex));
+        paragraph = p;
+        int pos = 0;
+        for (var n = p.first; n != null; n = n.next)
+        {
+            int len = n is Run r ? r.Text.Length : n is SpecialChar ? 1 : 0;
+            if (characterIndex == pos) { cursor = n; return; }
+            if (characterIndex < pos + len && n is Run run)
+            {
+                // Split the run so the cursor can sit between its halves.
+                var tail = new Run(doc, run.Text.Substring(characterIndex - pos), run.RPr.Clone());
+                run.Text = run.Text.Substring(0, characterIndex - pos);
+                p.InsertAfter(tail, run);
+                cursor = tail;
+                return;
+            }
+            pos += len;
+        }
+        if (characterIndex > pos) throw new ArgumentOutOfRangeException(nameof(characterIndex));
+        cursor = null;
+    }
+
+    private void MoveToParagraphNode(Paragraph p, bool atStart)
+    {
+        paragraph = p;
+        cursor = atStart ? p.first : null;
+    }
+}

@@ -1,0 +1,67 @@
+using Quorix.Folio.Package;
+
+namespace Quorix.Folio;
+
+public sealed class FileFormatInfo
+{
+    internal FileFormatInfo(LoadFormat loadFormat, bool isEncrypted)
+    {
+        LoadFormat = loadFormat;
+        IsEncrypted = isEncrypted;
+    }
+
+    public LoadFormat LoadFormat { get; }
+
+    public bool IsEncrypted { get; }
+}
+
+/// <summary>Recognises formats from content and maps between formats and file extensions.</summary>
+public static class FileFormatUtil
+{
+    public static FileFormatInfo DetectFileFormat(string fileName)
+    {
+        using var fs = new FileStream(fileName, FileMode.Open, FileAccess.Read, FileShare.Read);
+        return DetectFileFormat(fs);
+    }
+
+    public static FileFormatInfo DetectFileFormat(Stream stream)
+    {
+        ArgumentNullException.ThrowIfNull(stream);
+        var kind = FormatSniffer.Sniff(stream);
+        return kind switch
+        {
+            SniffedKind.Docx => new FileFormatInfo(LoadFormat.Docx, false),
+            SniffedKind.EncryptedOoxml => new FileFormatInfo(LoadFormat.Docx, true),
+            SniffedKind.Text => new FileFormatInfo(LoadFormat.Text, false),
+            _ => new FileFormatInfo(LoadFormat.Unknown, false),
+        };
+    }
+
+    public static SaveFormat ExtensionToSaveFormat(string extension)
+    {
+        var e = (extension ?? "").TrimStart('.').ToLowerInvariant();
+        return e switch
+        {
+            "docx" or "docm" or "dotx" => SaveFormat.Docx,
+            "txt" or "text" => SaveFormat.Text,
+            "md" or "markdown" => SaveFormat.Markdown,
+            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .txt or .md, or give the format."),
+        };
+    }
+
+    public static string SaveFormatToExtension(SaveFormat saveFormat) => saveFormat switch
+    {
+        SaveFormat.Docx => ".docx",
+        SaveFormat.Text => ".txt",
+        SaveFormat.Markdown => ".md",
+        _ => throw new ArgumentException($"{saveFormat} has no file extension.", nameof(saveFormat)),
+    };
+
+    public static SaveFormat LoadFormatToSaveFormat(LoadFormat loadFormat) => loadFormat switch
+    {
+        LoadFormat.Docx => SaveFormat.Docx,
+        LoadFormat.Text => SaveFormat.Text,
+        LoadFormat.Markdown => SaveFormat.Markdown,
+        _ => throw new ArgumentException($"{loadFormat} has no matching save format.", nameof(loadFormat)),
+    };
+}

@@ -1,0 +1,68 @@
+using System.Text;
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio;
+
+/// <summary>A node inside a paragraph that carries character formatting.</summary>
+public abstract class Inline : Node
+{
+    internal PropBag RPr;
+
+    private protected Inline(DocumentBase? doc, PropBag? rPr) : base(doc) { RPr = rPr ?? new PropBag(PropOrder.Run); }
+
+    public Font Font => new Font(RPr, doc, InheritedRunBags);
+
+    public Paragraph? ParentParagraph => parent as Paragraph;
+
+    internal IEnumerable<PropBag> InheritedRunBags()
+    {
+        var cs = doc?.Styles.FindById(RPr.Val("rStyle"));
+        if (cs != null)
+            foreach (var b in cs.InheritedBags("rPr", PropOrder.Run, true)) yield return b;
+        if (parent is Paragraph p)
+            foreach (var b in p.RunStyleChain()) yield return b;
+        else if (doc?.Styles.DefaultsFor("rPr") is { } d) yield return d;
+    }
+}
+
+/// <summary>A piece of text with one formatting. Tabs and breaks are kept as their control characters.</summary>
+public sealed class Run : Inline
+{
+    private string text;
+
+    public Run(DocumentBase doc) : this(doc, "") { }
+
+    public Run(DocumentBase doc, string text) : base(doc, null) { this.text = text ?? ""; }
+
+    internal Run(DocumentBase? doc, string text, PropBag rPr) : base(doc, rPr) { this.text = text; }
+
+    public override NodeType NodeType => NodeType.Run;
+
+    public string Text
+    {
+        get => text;
+        set
+        {
+            text = value ?? "";
+            Touch();
+        }
+    }
+
+    public override string GetText() => text;
+
+    internal override void AppendText(StringBuilder sb) => sb.Append(text);
+
+    internal override Node CloneTo(DocumentBase? target, bool deep) => new Run(target, text, RPr.Clone());
+}
+
+/// <summary>A single special character: the field markers.</summary>
+public abstract class SpecialChar : Inline
+{
+    private protected SpecialChar(DocumentBase? doc, PropBag? rPr) : base(doc, rPr) { }
+
+    internal abstract char Char { get; }
+
+    public override string GetText() => Char.ToString();
+
+    internal override void AppendText(StringBuilder sb) => sb.Append(Char);
+}

@@ -1,0 +1,40 @@
+using System.Text;
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio;
+
+internal enum OpaqueKind
+{
+    Block,
+    Inline,
+    // One child of a run, written back inside a run with the run's properties.
+    RunContent,
+}
+
+/// <summary>Content the engine does not model, kept as the XML it was read from.</summary>
+internal sealed class OpaqueNode : Node
+{
+    public readonly OpaqueKind Kind;
+    public readonly string Xml;
+    public readonly PropBag? RPr;
+    // Text a reader would see in it (deleted/inserted runs, content controls), for plain-text output.
+    public readonly string VisibleText;
+
+    public OpaqueNode(DocumentBase? doc, OpaqueKind kind, string xml, PropBag? rPr = null, string visibleText = "") : base(doc)
+    {
+        Kind = kind;
+        Xml = xml;
+        RPr = rPr;
+        VisibleText = visibleText;
+    }
+
+    public override NodeType NodeType => NodeType.Any;
+
+    internal override bool IsOpaque => true;
+
+    public override string GetText() => "";
+
+    internal override void AppendText(StringBuilder sb) { }
+
+    internal override Node CloneTo(DocumentBase? target, bool deep) => new OpaqueNode(target, Kind, Xml, RPr?.Clone(), VisibleText);
+}

@@ -1,0 +1,111 @@
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio;
+
+/// <summary>Page size, margins and section start of one section; measures in points.</summary>
+public sealed class PageSetup
+{
+    private readonly PropBag bag;
+
+    internal PageSetup(PropBag sectPr) { bag = sectPr; }
+
+    private double Get(string local, string attr, double fallback)
+    {
+        var v = Units.ParseInt(bag.Find(local)?.Get(attr));
+        return v.HasValue ? Units.TwipsToPoints(v.Value) : fallback;
+    }
+
+    private void Set(string local, string attr, double points, double min = 0)
+    {
+        Units.CheckRange(points, min, 1584, attr);
+        bag.GetOrAdd(local).Set(attr, Units.PointsToTwips(points));
+    }
+
+    public double PageWidth { get => Get("pgSz", "w", 612); set => Set("pgSz", "w", value, 1); }
+
+    public double PageHeight { get => Get("pgSz", "h", 792); set => Set("pgSz", "h", value, 1); }
+
+    public Orientation Orientation
+    {
+        get => bag.Find("pgSz")?.Get("orient") == "landscape" ? Orientation.Landscape : Orientation.Portrait;
+        set
+        {
+            if (value == Orientation) return;
+            // Turning the page swaps its sides, as word processors do.
+            double w = PageWidth, h = PageHeight;
+            var e = bag.GetOrAdd("pgSz");
+            e.Set("orient", value == Orientation.Landscape ? "landscape" : null);
+            PageWidth = h;
+            PageHeight = w;
+        }
+    }
+
+    public double TopMargin { get => Get("pgMar", "top", 72); set => Set("pgMar", "top", value, -1584); }
+
+    public double BottomMargin { get => Get("pgMar", "bottom", 72); set => Set("pgMar", "bottom", value, -1584); }
+
+    public double LeftMargin { get => Get("pgMar", "left", 90); set => Set("pgMar", "left", value); }
+
+    public double RightMargin { get => Get("pgMar", "right", 90); set => Set("pgMar", "right", value); }
+
+    public double HeaderDistance { get => Get("pgMar", "header", 36); set => Set("pgMar", "header", value); }
+
+    public double FooterDistance { get => Get("pgMar", "footer", 36); set => Set("pgMar", "footer", value); }
+
+    public double Gutter { get => Get("pgMar", "gutter", 0); set => Set("pgMar", "gutter", value); }
+
+    public SectionStart SectionStart
+    {
+        get => bag.Val("type") switch
+        {
+            "continuous" => SectionStart.Continuous,
+            "nextColumn" => SectionStart.NewColumn,
+            "evenPage" => SectionStart.EvenPage,
+            "oddPage" => SectionStart.OddPage,
+            _ => SectionStart.NewPage,
+        };
+        set => bag.SetVal("type", value switch
+        {
+            SectionStart.Continuous => "continuous",
+            SectionStart.NewColumn => "nextColumn",
+            SectionStart.EvenPage => "evenPage",
+            SectionStart.OddPage => "oddPage",
+            SectionStart.NewPage => "nextPage",
+            _ => throw new ArgumentOutOfRangeException(nameof(value)),
+        });
+    }
+
+    public bool DifferentFirstPageHeaderFooter
+    {
+        get => bag.Toggle("titlePg") ?? false;
+        set { if (value) bag.SetToggle("titlePg", true); else bag.Remove("titlePg"); }
+    }
+
+    public bool RestartPageNumbering
+    {
+        get => bag.Find("pgNumType")?.Get("start") != null;
+        set
+        {
+            if (value) { if (!RestartPageNumbering) bag.GetOrAdd("pgNumType").Set("start", "1"); }
+            else bag.Find("pgNumType")?.Set("start", null);
+        }
+    }
+
+    public int PageStartingNumber
+    {
+        get => Units.ParseInt(bag.Find("pgNumType")?.Get("start")) ?? 1;
+        set
+        {
+            if (value < 0) throw new ArgumentOutOfRangeException(nameof(value));
+            bag.GetOrAdd("pgNumType").Set("start", Units.Str(value));
+        }
+    }
+
+    internal void ApplyDefaults()
+    {
+        if (!bag.Has("pgSz")) bag.GetOrAdd("pgSz").Set("w", "12240").Set("h", "15840");
+        if (!bag.Has("pgMar"))
+            bag.GetOrAdd("pgMar").Set("top", "1440").Set("right", "1440").Set("bottom", "1440").Set("left", "1440")
+                .Set("header", "720").Set("footer", "720").Set("gutter", "0");
+    }
+}

@@ -1,0 +1,107 @@
+using System.Text;
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Fields;
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Lists;
+using Quorix.Folio.Notes;
+using Quorix.Folio.Tables;
+
+namespace Quorix.Folio;
+
+/// <summary>A paragraph: runs and other inline nodes, ended by a paragraph mark.</summary>
+public sealed class Paragraph : CompositeNode
+{
+    internal PropBag PPr;
+
+    public Paragraph(DocumentBase doc) : this(doc, new PropBag(PropOrder.Paragraph)) { }
+
+    internal Paragraph(DocumentBase? doc, PropBag pPr) : base(doc) { PPr = pPr; }
+
+    public override NodeType NodeType => NodeType.Paragraph;
+
+    public RunCollection Runs => new RunCollection(this);
+
+    public ParagraphFormat ParagraphFormat => new ParagraphFormat(PPr, doc, StyleChain);
+
+    public ListFormat ListFormat => new ListFormat(this);
+
+    /// <summary>Formatting of the paragraph mark itself.</summary>
+    public Font ParagraphBreakFont
+    {
+        get
+        {
+            var e = PPr.GetOrAdd("rPr");
+            e.Children ??= new List<PropElement>();
+            return new Font(new PropBag(PropOrder.Run, e.Children), doc);
+        }
+    }
+
+    internal Style? ParagraphStyle => doc?.Styles.FindById(PPr.Val("pStyle")) ?? doc?.Styles.DefaultOf(StyleType.Paragraph);
+
+    internal IEnumerable<PropBag> StyleChain()
+    {
+        var s = ParagraphStyle;
+        if (s != null)
+            foreach (var b in s.InheritedBags("pPr", PropOrder.Paragraph, true)) yield return b;
+        else if (doc?.Styles.DefaultsFor("pPr") is { } d) yield return d;
+    }
+
+    internal IEnumerable<PropBag> RunStyleChain()
+    {
+        var s = ParagraphStyle;
+        if (s != null)
+            foreach (var b in s.InheritedBags("rPr", PropOrder.Run, true)) yield return b;
+        else if (doc?.Styles.DefaultsFor("rPr") is { } d) yield return d;
+    }
+
+    public Section? ParentSection => GetAncestor(NodeType.Section) as Section;
+
+    public Story? ParentStory => GetAncestor(NodeType.Body) as Story ?? GetAncestor(NodeType.HeaderFooter) as Story;
+
+    public bool IsInCell => parent is Cell;
+
+    public bool IsEndOfCell => parent is Cell && NextSibling == null;
+
+    public bool IsEndOfSection => parent is Body && NextSibling == null;
+
+    public bool IsListItem => ListFormat.IsListItem;
+
+    internal override bool CanHold(Node child) =>
+        child is Inline || child is BookmarkStart || child is BookmarkEnd || child is CommentRangeStart ||
+        child is CommentRangeEnd || child is Comment || child is Footnote || child is Shape ||
+        (child is OpaqueNode o && o.Kind == OpaqueKind.Inline);
+
+    public override string GetText()
+    {
+        var sb = new StringBuilder();
+        AppendText(sb);
+        return sb.ToString();
+    }
+
+    internal override void AppendText(StringBuilder sb)
+    {
+        for (var n = first; n != null; n = n.next)
+            if (n is not InlineStory) n.AppendText(sb);
+        if (IsEndOfCell) sb.Append(ControlChar.CellChar);
+        else if (IsEndOfSection) sb.Append(ControlChar.SectionBreakChar);
+        else sb.Append(ControlChar.ParagraphBreakChar);
+    }
+
+    /// <summary>Appends a field whose result stays as given; nothing is computed.</summary>
+    public Field AppendField(string fieldCode, string fieldValue)
+    {
+        var start = (FieldStart)AppendChild(new FieldStart(doc!));
+        AppendChild(new Run(doc!, " " + fieldCode.Trim() + " "));
+        var sep = (FieldSeparator)AppendChild(new FieldSeparator(doc!));
+        AppendChild(new Run(doc!, fieldValue));
+        var end = (FieldEnd)AppendChild(new FieldEnd(doc!));
+        return new Field(start, sep, end);
+    }
+
+    internal override Node CloneTo(DocumentBase? target, bool deep)
+    {
+        var p = new Paragraph(target, PPr.Clone());
+        if (deep) CloneChildrenInto(p, target);
+        return p;
+    }
+}

@@ -1,0 +1,126 @@
+namespace Quorix.Folio.Saving;
+
+public enum CompressionLevel
+{
+    Normal = 0,
+    Maximum = 1,
+    Fast = 2,
+    SuperFast = 3,
+}
+
+public enum TxtExportHeadersFootersMode
+{
+    None = 0,
+    PrimaryOnly = 1,
+    AllAtEnd = 2,
+}
+
+public enum TableContentAlignment
+{
+    Auto = 0,
+    Left = 1,
+    Center = 2,
+    Right = 3,
+}
+
+public enum MarkdownListExportMode
+{
+    MarkdownSyntax = 0,
+    PlainText = 1,
+}
+
+/// <summary>What to save and how; each format has its own subclass.</summary>
+public abstract class SaveOptions
+{
+    public abstract SaveFormat SaveFormat { get; set; }
+
+    public static SaveOptions CreateSaveOptions(SaveFormat saveFormat) => saveFormat switch
+    {
+        SaveFormat.Docx => new OoxmlSaveOptions(),
+        SaveFormat.Text => new TxtSaveOptions(),
+        SaveFormat.Markdown => new MarkdownSaveOptions(),
+        _ => throw new ArgumentException($"Saving to {saveFormat} is not supported.", nameof(saveFormat)),
+    };
+
+    public static SaveOptions CreateSaveOptions(string fileName) => CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(fileName)));
+}
+
+public sealed class OoxmlSaveOptions : SaveOptions
+{
+    public OoxmlSaveOptions() { }
+
+    public OoxmlSaveOptions(SaveFormat saveFormat) { SaveFormat = saveFormat; }
+
+    public override SaveFormat SaveFormat
+    {
+        get => SaveFormat.Docx;
+        set
+        {
+            if (value != SaveFormat.Docx) throw new ArgumentException("OoxmlSaveOptions saves DOCX only.", nameof(value));
+        }
+    }
+
+    public CompressionLevel CompressionLevel { get; set; } = CompressionLevel.Normal;
+}
+
+public abstract class TxtSaveOptionsBase : SaveOptions
+{
+    /// <summary>Written between paragraphs; CRLF by default.</summary>
+    public string ParagraphBreak { get; set; } = ControlChar.CrLf;
+
+    public TxtExportHeadersFootersMode ExportHeadersFootersMode { get; set; } = TxtExportHeadersFootersMode.PrimaryOnly;
+}
+
+public sealed class TxtSaveOptions : TxtSaveOptionsBase
+{
+    public override SaveFormat SaveFormat
+    {
+        get => SaveFormat.Text;
+        set
+        {
+            if (value != SaveFormat.Text) throw new ArgumentException("TxtSaveOptions saves plain text only.", nameof(value));
+        }
+    }
+
+    /// <summary>List labels become plain "1." and "*" instead of the document's own.</summary>
+    public bool SimplifyListLabels { get; set; }
+
+    /// <summary>Spaces prefixed per list level.</summary>
+    public int ListIndentationCount { get; set; } = 0;
+}
+
+public sealed class MarkdownSaveOptions : TxtSaveOptionsBase
+{
+    public MarkdownSaveOptions()
+    {
+        ParagraphBreak = ControlChar.Lf;
+        ExportHeadersFootersMode = TxtExportHeadersFootersMode.None;
+    }
+
+    public override SaveFormat SaveFormat
+    {
+        get => SaveFormat.Markdown;
+        set
+        {
+            if (value != SaveFormat.Markdown) throw new ArgumentException("MarkdownSaveOptions saves Markdown only.", nameof(value));
+        }
+    }
+
+    public TableContentAlignment TableContentAlignment { get; set; } = TableContentAlignment.Auto;
+
+    public MarkdownListExportMode ListExportMode { get; set; } = MarkdownListExportMode.MarkdownSyntax;
+
+    /// <summary>Where pictures are written; beside the output file when empty.</summary>
+    public string ImagesFolder { get; set; } = "";
+
+    /// <summary>Embed pictures as data URIs instead of writing files.</summary>
+    public bool ExportImagesAsBase64 { get; set; }
+}
+
+/// <summary>What a save produced.</summary>
+public sealed class SaveOutputParameters
+{
+    internal SaveOutputParameters(string contentType) { ContentType = contentType; }
+
+    public string ContentType { get; }
+}

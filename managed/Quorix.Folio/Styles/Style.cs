@@ -1,0 +1,116 @@
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio;
+
+/// <summary>A named set of formatting that paragraphs, runs and tables refer to.</summary>
+public sealed class Style
+{
+    internal readonly PropElement Element;
+    internal readonly PropBag Bag;
+    private readonly StyleCollection owner;
+
+    internal Style(StyleCollection owner, PropElement element)
+    {
+        this.owner = owner;
+        Element = element;
+        element.Children ??= new List<PropElement>();
+        Bag = new PropBag(PropOrder.Style, element.Children);
+    }
+
+    internal string StyleId
+    {
+        get => Element.Get("styleId") ?? "";
+        set => Element.Set("styleId", value);
+    }
+
+    public StyleCollection Styles => owner;
+
+    public DocumentBase Document => owner.Document;
+
+    public string Name
+    {
+        get => Bag.Val("name") ?? StyleId;
+        set
+        {
+            ArgumentException.ThrowIfNullOrEmpty(value);
+            if (owner[value] is { } other && other != this)
+                throw new ArgumentException($"A style named '{value}' already exists.", nameof(value));
+            Bag.SetVal("name", value);
+        }
+    }
+
+    public StyleType Type => Element.Get("type") switch
+    {
+        "character" => StyleType.Character,
+        "table" => StyleType.Table,
+        "numbering" => StyleType.List,
+        _ => StyleType.Paragraph,
+    };
+
+    public StyleIdentifier StyleIdentifier
+    {
+        get
+        {
+            var d = BuiltInStyles.ByName(Name);
+            return d != null && d.Type == Type ? d.Sti : StyleIdentifier.User;
+        }
+    }
+
+    public bool BuiltIn => StyleIdentifier != StyleIdentifier.User;
+
+    public bool IsHeading => StyleIdentifier is >= StyleIdentifier.Heading1 and <= StyleIdentifier.Heading9;
+
+    public string BaseStyleName
+    {
+        get => owner.NameOfId(Bag.Val("basedOn")) ?? "";
+        set => Bag.SetVal("basedOn", string.IsNullOrEmpty(value) ? null : RequireStyle(value).StyleId);
+    }
+
+    public string NextParagraphStyleName
+    {
+        get => owner.NameOfId(Bag.Val("next")) ?? "";
+        set => Bag.SetVal("next", string.IsNullOrEmpty(value) ? null : RequireStyle(value).StyleId);
+    }
+
+    private Style RequireStyle(string name) =>
+        owner[name] ?? throw new ArgumentException($"There is no style named '{name}'.", nameof(name));
+
+    internal Style? BaseStyle => owner.FindById(Bag.Val("basedOn"));
+
+    internal PropBag Sub(string local, PropOrder order)
+    {
+        var e = Bag.GetOrAdd(local);
+        e.Children ??= new List<PropElement>();
+        return new PropBag(order, e.Children);
+    }
+
+    internal PropBag? SubOrNull(string local, PropOrder order)
+    {
+        var e = Bag.Find(local);
+        return e?.Children == null ? null : new PropBag(order, e.Children);
+    }
+
+    /// <summary>The style chain above this one, guarded against loops in damaged files.</summary>
+    internal IEnumerable<Style> Ancestors()
+    {
+        var seen = new HashSet<Style> { this };
+        for (var s = BaseStyle; s != null && seen.Add(s); s = s.BaseStyle) yield return s;
+    }
+
+    internal IEnumerable<PropBag> InheritedBags(string local, PropOrder order, bool self)
+    {
+        if (self && SubOrNull(local, order) is { } own) yield return own;
+        foreach (var s in Ancestors())
+            if (s.SubOrNull(local, order) is { } b) yield return b;
+        if (owner.DefaultsFor(local) is { } d) yield return d;
+    }
+
+    public Font Font => new Font(Sub("rPr", PropOrder.Run), owner.Document, () => InheritedBags("rPr", PropOrder.Run, false));
+
+    public ParagraphFormat ParagraphFormat =>
+        new ParagraphFormat(Sub("pPr", PropOrder.Paragraph), owner.Document, () => InheritedBags("pPr", PropOrder.Paragraph, false));
+
+    public void Remove() => owner.Remove(this);
+
+    public override string ToString() => Name;
+}

@@ -1,0 +1,330 @@
+using System.Text;
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Notes;
+using Quorix.Folio.Saving;
+using Quorix.Folio.Tables;
+
+namespace Quorix.Folio.Text;
+
+/// <summary>Saves the document as Markdown: headings from outline levels, emphasis, lists, pipe tables, links, pictures.</summary>
+internal sealed class MarkdownWriter
+{
+    private readonly Document doc;
+    private readonly MarkdownSaveOptions options;
+    private readonly string? outputPath;
+    private readonly StringBuilder sb = new(1 << 16);
+    private readonly ListLabeler labels;
+    private readonly List<Footnote> notes = new();
+    private readonly Dictionary<byte[], string> images = new(ReferenceEqualityComparer.Instance);
+    private bool lastWasListItem;
+    private bool any;
+
+    private MarkdownWriter(Document doc, MarkdownSaveOptions options, string? outputPath)
+    {
+        this.doc = doc;
+        this.options = options;
+        this.outputPath = outputPath;
+        labels = new ListLabeler(doc);
+    }
+
+    public static void Save(Document doc, Stream output, MarkdownSaveOptions options, string? path)
+    {
+        var w = new MarkdownWriter(doc, options, path);
+        w.WriteDocument();
+        var text = w.sb.ToString();
+        if (options.ParagraphBreak != "\n") text = text.Replace("\n", options.ParagraphBreak ?? "\n");
+        output.Write(new UTF8Encoding(false).GetBytes(text));
+    }
+
+    private void WriteDocument()
+    {
+        foreach (Section s in doc.Sections)
+        {
+            if (options.ExportHeadersFootersMode == TxtExportHeadersFootersMode.PrimaryOnly && s.HeadersFooters[HeaderFooterType.HeaderPrimary] is { } h)
+                Blocks(h);
+            if (s.Body != null) Blocks(s.Body);
+            if (options.ExportHeadersFootersMode == TxtExportHeadersFootersMode.PrimaryOnly && s.HeadersFooters[HeaderFooterType.FooterPrimary] is { } f)
+                Blocks(f);
+        }
+        for (int i = 0; i < notes.Count; i++)
+        {
+            Separate(false);
+            sb.Append("[^").Append(i + 1).Append("]: ");
+            bool first = true;
+            foreach (Paragraph p in notes[i].Paragraphs)
+            {
+                if (!first) sb.Append("\n\n    ");
+                first = false;
+                sb.Append(Inline(p, false));
+            }
+            sb.Append('\n');
+        }
+    }
+
+    private void Separate(bool listItem)
+    {
+        if (any && !(listItem && lastWasListItem)) sb.Append('\n');
+        any = true;
+        lastWasListItem = listItem;
+    }
+
+    private void Blocks(CompositeNode container)
+    {
+        for (var n = container.first; n != null; n = n.next)
+        {
+            if (n is Paragraph p) Paragraph(p);
+            else if (n is Table t) Table(t);
+        }
+    }
+
+    private void Paragraph(Paragraph p)
+    {
+        var label = options.ListExportMode == MarkdownListExportMode.MarkdownSyntax ? labels.Next(p) : null;
+        var text = Inline(p, false);
+        if (label is { } l)
+        {
+            Separate(true);
+            sb.Append(' ', 4 * l.Level);
+            if (l.IsBullet) sb.Append("- ");
+            else sb.Append(l.Number).Append(". ");
+            sb.Append(text).Append('\n');
+            return;
+        }
+        if (text.Trim().Length == 0) return;
+        Separate(false);
+        int level = HeadingLevel(p);
+        if (level > 0)
+        {
+            sb.Append('#', level).Append(' ').Append(text.Replace("\\\n", " ")).Append('\n');
+            return;
+        }
+        var style = p.ParagraphStyle?.StyleIdentifier;
+        if (style is StyleIdentifier.Quote or StyleIdentifier.IntenseQuote)
+        {
+            sb.Append("> ").Append(text.Replace("\n", "\n> ")).Append('\n');
+            return;
+        }
+        if (text.Length > 0 && (char.IsDigit(text[0]) || text[0] is '-' or '+' or '#' or '=' or '>'))
+            text = EscapeLineStart(text);
+        sb.Append(text).Append('\n');
+    }
+
+    private static int HeadingLevel(Paragraph p)
+    {
+        var ol = p.ParagraphFormat.OutlineLevel;
+        if (ol is >= OutlineLevel.Level1 and <= OutlineLevel.Level9) return Math.Min(6, (int)ol + 1);
+        var sti = p.ParagraphStyle?.StyleIdentifier;
+        if (sti is >= StyleIdentifier.Heading1 and <= StyleIdentifier.Heading9) return Math.Min(6, sti.Value - StyleIdentifier.Heading1 + 1);
+        if (sti == StyleIdentifier.Title) return 1;
+        return 0;
+    }
+
+    private static string EscapeLineStart(string text)
+    {
+        if (text[0] is '-' or '+' or '#' or '=' or '>') return "\\" + text;
+        int i = 0;
+        while (i < text.Length && char.IsDigit(text[i])) i++;
+        if (i < text.Length && (text[i] == '.' || text[i] == ')')) return text[..i] + "\\" + text[i..];
+        return text;
+    }
+
+    private readonly record struct Emphasis(bool Bold, bool Italic, bool Strike);
+
+    private Emphasis EmphasisOf(Inline r)
+    {
+        bool? bold = r.RPr.Toggle("b"), italic = r.RPr.Toggle("i"), strike = r.RPr.Toggle("strike");
+        // Character styles count; paragraph styles (a bold heading) do not.
+        if (doc.Styles.FindById(r.RPr.Val("rStyle")) is { } cs)
+        {
+            foreach (var b in cs.InheritedBags("rPr", PropOrder.Run, true))
+            {
+                if (b == doc.Styles.DefaultsFor("rPr")) break;
+                bold ??= b.Toggle("b");
+                italic ??= b.Toggle("i");
+                strike ??= b.Toggle("strike");
+            }
+        }
+        return new Emphasis(bold ?? false, italic ?? false, strike ?? false);
+    }
+
+    private string Inline(Paragraph p, bool inTable)
+    {
+        var outp = new StringBuilder();
+        var pending = new StringBuilder();
+        var current = new Emphasis();
+        string? linkTarget = null;
+        StringBuilder? linkText = null;
+
+        void FlushRun()
+        {
+            if (pending.Length == 0) return;
+            var target = linkText ?? outp;
+            var s = pending.ToString();
+            pending.Clear();
+            string marks = (current.Bold ? "**" : "") + (current.Italic ? "*" : "");
+            string open = (current.Strike ? "~~" : "") + marks, close = Reverse(marks) + (current.Strike ? "~~" : "");
+            if (open.Length == 0 || s.Trim().Length == 0) { target.Append(s); return; }
+            // Markers must hug the text: spaces stay outside them.
+            int lead = s.Length - s.TrimStart().Length, trail = s.Length - s.TrimEnd().Length;
+            target.Append(s, 0, lead).Append(open).Append(s, lead, s.Length - lead - trail).Append(close).Append(s, s.Length - trail, trail);
+        }
+
+        foreach (var piece in InlineText.Walk(p))
+        {
+            switch (piece.Kind)
+            {
+                case InlineText.Kind.Text:
+                {
+                    var e = piece.Node is Inline i ? EmphasisOf(i) : new Emphasis();
+                    if (e != current) { FlushRun(); current = e; }
+                    pending.Append(Escape(piece.Text, inTable));
+                    break;
+                }
+                case InlineText.Kind.LinkStart:
+                    FlushRun();
+                    linkTarget = piece.IsBookmark ? "#" + piece.Target : piece.Target;
+                    linkText = new StringBuilder();
+                    break;
+                case InlineText.Kind.LinkEnd:
+                    FlushRun();
+                    if (linkText != null)
+                    {
+                        outp.Append('[').Append(linkText).Append("](").Append(UrlEscape(linkTarget ?? "")).Append(')');
+                        linkText = null;
+                    }
+                    break;
+                case InlineText.Kind.Note:
+                    FlushRun();
+                    notes.Add((Footnote)piece.Node);
+                    (linkText ?? outp).Append("[^").Append(notes.Count).Append(']');
+                    break;
+                case InlineText.Kind.Image:
+                    FlushRun();
+                    (linkText ?? outp).Append("![").Append(Escape(piece.Text, inTable)).Append("](").Append(ImageRef((Shape)piece.Node)).Append(')');
+                    break;
+            }
+        }
+        FlushRun();
+        if (linkText != null) outp.Append(linkText);
+        return outp.ToString();
+    }
+
+    private static string Reverse(string marks)
+    {
+        var a = marks.ToCharArray();
+        Array.Reverse(a);
+        return new string(a);
+    }
+
+    private static string UrlEscape(string url) => url.Replace(" ", "%20").Replace("(", "%28").Replace(")", "%29");
+
+    private static string Escape(string text, bool inTable)
+    {
+        StringBuilder? sb = null;
+        for (int i = 0; i < text.Length; i++)
+        {
+            char c = text[i];
+            string? rep = c switch
+            {
+                '\\' or '*' or '_' or '`' or '[' or ']' or '<' or '>' => "\\" + c,
+                '|' when inTable => "\\|",
+                ControlChar.LineBreakChar => inTable ? "<br>" : "\\\n",
+                ControlChar.PageBreakChar or ControlChar.ColumnBreakChar or Docx.RunReader.SoftHyphen => "",
+                Docx.RunReader.NoBreakHyphen => "-",
+                '\t' => " ",
+                _ => null,
+            };
+            if (rep == null) { sb?.Append(c); continue; }
+            sb ??= new StringBuilder(text, 0, i, text.Length + 8);
+            sb.Append(rep);
+        }
+        return sb?.ToString() ?? text;
+    }
+
+    private string ImageRef(Shape s)
+    {
+        var bytes = s.ImageData.ImageBytes!;
+        if (images.TryGetValue(bytes, out var known)) return known;
+        var info = ImageInfo.Detect(bytes);
+        string reference;
+        if (options.ExportImagesAsBase64 || (outputPath == null && string.IsNullOrEmpty(options.ImagesFolder)))
+            reference = $"data:{info.ContentType};base64,{Convert.ToBase64String(bytes)}";
+        else
+        {
+            var folder = !string.IsNullOrEmpty(options.ImagesFolder) ? options.ImagesFolder : Path.GetDirectoryName(outputPath)!;
+            Directory.CreateDirectory(folder);
+            var stem = outputPath != null ? Path.GetFileNameWithoutExtension(outputPath) : "image";
+            var name = $"{stem}.{images.Count + 1:000}.{info.Extension}";
+            File.WriteAllBytes(Path.Combine(folder, name), bytes);
+            reference = outputPath != null && Path.GetFullPath(folder) == Path.GetDirectoryName(outputPath)
+                ? name
+                : Path.Combine(folder, name).Replace('\\', '/');
+        }
+        images[bytes] = reference;
+        return reference;
+    }
+
+    private void Table(Table t)
+    {
+        var rows = new List<List<string>>();
+        foreach (Row r in t.Rows)
+        {
+            var cells = new List<string>();
+            foreach (Cell c in r.Cells)
+            {
+                if (c.CellFormat.HorizontalMerge == CellMerge.Previous) { cells.Add(""); continue; }
+                var text = c.CellFormat.VerticalMerge == CellMerge.Previous ? "" : CellText(c);
+                cells.Add(text);
+                for (int k = 1; k < c.Span; k++) cells.Add("");
+            }
+            rows.Add(cells);
+        }
+        if (rows.Count == 0) return;
+        int cols = rows.Max(r => r.Count);
+        if (cols == 0) return;
+        Separate(false);
+        for (int i = 0; i < rows.Count; i++)
+        {
+            sb.Append('|');
+            for (int c = 0; c < cols; c++) sb.Append(' ').Append(c < rows[i].Count ? rows[i][c] : "").Append(" |");
+            sb.Append('\n');
+            if (i == 0)
+            {
+                sb.Append('|');
+                string sep = options.TableContentAlignment switch
+                {
+                    TableContentAlignment.Left => ":---",
+                    TableContentAlignment.Center => ":---:",
+                    TableContentAlignment.Right => "---:",
+                    _ => "---",
+                };
+                for (int c = 0; c < cols; c++) sb.Append(' ').Append(sep).Append(" |");
+                sb.Append('\n');
+            }
+        }
+    }
+
+    private string CellText(Cell c)
+    {
+        var parts = new List<string>();
+        for (var n = c.first; n != null; n = n.next)
+        {
+            if (n is Paragraph p)
+            {
+                var s = Inline(p, true).Trim();
+                if (s.Length > 0) parts.Add(s);
+            }
+            else if (n is Table inner)
+            {
+                // Pipe tables cannot nest: the inner table's cells become text.
+                foreach (Paragraph ip in inner.GetChildNodes(NodeType.Paragraph, true))
+                {
+                    var s = Inline(ip, true).Trim();
+                    if (s.Length > 0) parts.Add(s);
+                }
+            }
+        }
+        return string.Join("<br>", parts);
+    }
+}
