@@ -1,0 +1,256 @@
+using System;
+using System.Collections.Generic;
+using System.IO;
+
+// Declared before their bases on purpose: the model must still place every class after its base.
+namespace Quorix.Folio.Saving
+{
+    public class PdfSaveOptions : Quorix.Folio.SaveOptions
+    {
+        public PdfSaveOptions() { }
+        public bool EmbedFullFonts { get; set; }
+        public Quorix.Folio.Drawing.Charts.ChartType PreferredChart { get; set; }
+    }
+}
+
+namespace Quorix.Folio
+{
+    public class Document : DocumentBase
+    {
+        public Document() { }
+        public Document(string fileName) { }
+        public Document(Stream stream) { }
+        public Document(string fileName, LoadOptions loadOptions) { }
+
+        public Document Clone() => new Document();
+        public override NodeType NodeType => NodeType.Document;
+
+        public SaveOutputParameters Save(string fileName) => new SaveOutputParameters();
+        public SaveOutputParameters Save(string fileName, SaveFormat saveFormat) => new SaveOutputParameters();
+        public SaveOutputParameters Save(Stream stream, SaveFormat saveFormat) => new SaveOutputParameters();
+        public SaveOutputParameters Save(string fileName, SaveOptions saveOptions) => new SaveOutputParameters();
+
+        public bool IsHTMLDocument => false;
+        public string ToUTF8String() => "";
+        public void Writeln(string text) { }
+        public void Writeln() { }
+        public void Load(byte[] data) { }
+        public byte[] ToBytes() => Array.Empty<byte>();
+        public static Document FromText(string text) => new Document();
+        public void Import(Node node) { }
+
+        public T Find<T>() where T : Node => throw new NotSupportedException();
+        public void Touch(ref int count) { }
+        public unsafe void Raw(byte* data) { }
+        public int[] Counts() => Array.Empty<int>();
+        public List<int> Numbers() => new List<int>();
+        public void Attach(Quorix.Other.Attachment attachment) { }
+        public void Nest(Inner inner) { }
+        public override string ToString() => "";
+        public override bool Equals(object? obj) => false;
+        public override int GetHashCode() => 0;
+        public static bool operator ==(Document a, Document b) => false;
+        public static bool operator !=(Document a, Document b) => true;
+
+        public object? Tag { get; set; }
+        public Action? Callback { get; set; }
+        public string Title { get; init; } = "";
+        public string Secret { set { } }
+        public string this[int index] => "";
+        public DateTime Created { get; set; }
+        public StyleIdentifier DefaultStyle { get; set; }
+        public int Revision;
+        public event EventHandler? Changed;
+
+        public class Inner { }
+    }
+
+    public abstract class DocumentBase : Node
+    {
+        protected DocumentBase() { }
+        public string GetText() => "";
+        public Font DefaultFont { get; } = new Font();
+    }
+
+    public abstract class Node
+    {
+        protected Node() { }
+        public Node Clone(bool isCloneChildren) => this;
+        public abstract NodeType NodeType { get; }
+        public Document? Document => null;
+        public DocumentBase? GetChildNodes(NodeType nodeType, bool isDeep) => null;
+        public DocumentBase? GetChildNodes() => null;
+    }
+
+    public class Run : Node
+    {
+        public Run(DocumentBase doc, string text) { }
+        public override NodeType NodeType => NodeType.Run;
+        public string Text { get; set; } = "";
+    }
+
+    public enum NodeType
+    {
+        Any = -1,
+        Document = 0,
+        Paragraph = 8,
+        Run = 21,
+    }
+
+    public enum SaveFormat
+    {
+        Unknown = 0,
+        Docx = 20,
+        HtmlFixed = 45,
+        Pdf = 40,
+        Text = 70,
+    }
+
+    [Flags]
+    public enum GlyphFlags : uint
+    {
+        None = 0,
+        UnsafeToBreak = 1,
+        UnsafeToConcat = 2,
+        SafeToInsertTatweel = 4,
+        Defined = 7,
+        High = 0x80000000,
+    }
+
+    public enum PaperSize : short
+    {
+        Custom = -1,
+        A4 = 0,
+        Letter = 1,
+        Number10Envelope = 2,
+    }
+
+    public enum HugeEnum : long
+    {
+        Small = 1,
+        Big = 1L << 40,
+    }
+
+    public enum StyleIdentifier
+    {
+        Normal = 0,
+        Heading1 = 1,
+        TOC9 = 27,
+        User = 4094,
+    }
+
+    public sealed class SaveOutputParameters
+    {
+        internal SaveOutputParameters() { }
+        public string ContentType => "";
+    }
+
+    public class SaveOptions
+    {
+        public SaveFormat SaveFormat { get; set; }
+        public static SaveOptions CreateSaveOptions(SaveFormat saveFormat) => new SaveOptions();
+        public static SaveOptions CreateSaveOptions(string fileName) => new SaveOptions();
+    }
+
+    public class LoadOptions
+    {
+        public LoadOptions() { }
+        public LoadOptions(string password) { }
+        public string? Password { get; set; }
+    }
+
+    public class Font
+    {
+        public double Size { get; set; }
+        public bool Bold { get; set; }
+        public char Marker { get; set; }
+        public sbyte Kerning { get; set; }
+        public byte Alpha { get; set; }
+        public short Spacing { get; set; }
+        public ushort Scale { get; set; }
+        public uint Color { get; set; }
+        public long Ticks { get; set; }
+        public ulong Mask { get; set; }
+        public float Position { get; set; }
+        public string Name { get; set; } = "";
+        public IntPtr Native { get; set; }
+        public decimal Price { get; set; }
+    }
+
+    public sealed class ControlChar
+    {
+        private ControlChar() { }
+        public const char CellChar = '\u0007';
+        public const string CrLf = "\r\n";
+        public static readonly string ParagraphBreak = "\r";
+        public static int UsageCount;
+        public static readonly object Sentinel = new object();
+        internal const char FieldStartChar = '\u0013';
+    }
+
+    public static class Hyphenation
+    {
+        public static IHyphenationCallback? Callback { get; set; }
+        public static int DictionaryCount => 0;
+        public static void RegisterDictionary(string language, Stream stream) { }
+        public static void RegisterDictionary(string language, string fileName) { }
+        public static bool IsDictionaryRegistered(string language) => false;
+    }
+
+    public interface IHyphenationCallback
+    {
+        void RequestDictionary(string language);
+        string Name { get; }
+        static IHyphenationCallback? Default => null;
+    }
+
+    public struct Cluster
+    {
+        public Cluster(int start, int end) { Start = start; End = end; }
+        public static string GetString(Cluster cluster) => "";
+        public string GetString() => "";
+        public int Start { get; }
+        public int End { get; set; }
+        public static implicit operator int(Cluster c) => c.Start;
+    }
+
+    public readonly struct PageRange
+    {
+        public PageRange() { }
+        public PageRange(int from, int to) { }
+        public int From => 0;
+    }
+
+    public class FolioException : Exception
+    {
+        public FolioException(string message) : base(message) { }
+    }
+
+    public delegate void NodeChangedHandler(Node node);
+
+    public class Box<T>
+    {
+        public T? Value { get; set; }
+    }
+}
+
+namespace Quorix.Folio.Drawing.Charts
+{
+    public enum ChartType
+    {
+        Area = 0,
+        Bar3DClustered = 3,
+        Pie = 12,
+    }
+
+    public class Chart
+    {
+        public ChartType Type { get; set; }
+        public Quorix.Folio.Font? TitleFont { get; }
+    }
+}
+
+namespace Quorix.Other
+{
+    public class Attachment { }
+}

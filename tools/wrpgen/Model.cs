@@ -1,0 +1,132 @@
+using System.Reflection.Metadata;
+
+namespace Quorix.WrpGen;
+
+public enum TypeKind { Unknown, Class, StaticClass, Struct, Enum, Interface, Delegate }
+
+/// <summary>How a value crosses between Python and managed code.</summary>
+public enum ValueKind
+{
+    Void, Bool, Char, SByte, Byte, Int16, UInt16, Int32, UInt32, Int64, UInt64, Single, Double,
+    String, Bytes, Class, Struct, Interface, Enum,
+}
+
+/// <summary>A parameter or result type the runtime can carry; bound kinds name their type.</summary>
+public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
+{
+    public override string ToString() => Kind switch
+    {
+        ValueKind.Void => "void",
+        ValueKind.Bool => "bool",
+        ValueKind.Char => "char",
+        ValueKind.SByte => "int8",
+        ValueKind.Byte => "uint8",
+        ValueKind.Int16 => "int16",
+        ValueKind.UInt16 => "uint16",
+        ValueKind.Int32 => "int32",
+        ValueKind.UInt32 => "uint32",
+        ValueKind.Int64 => "int64",
+        ValueKind.UInt64 => "uint64",
+        ValueKind.Single => "float32",
+        ValueKind.Double => "float64",
+        ValueKind.String => "string",
+        ValueKind.Bytes => "bytes",
+        ValueKind.Class => "class:" + Bound!.FullName,
+        ValueKind.Struct => "struct:" + Bound!.FullName,
+        ValueKind.Interface => "interface:" + Bound!.FullName,
+        ValueKind.Enum => (Bound!.IsFlags ? "flags:" : "enum:") + Bound.FullName,
+        _ => "?",
+    };
+}
+
+public sealed record ParameterModel(string ManagedName, string PythonName, CarriedType Type);
+
+public sealed record ConstructorModel(int Overload, string Stub, IReadOnlyList<ParameterModel> Parameters, bool IsImplicit);
+
+/// <summary>
+/// One bound overload. <see cref="PythonSlot"/> separates Python methods of one class that share a
+/// Python name (a static and an instance method of one managed name): 0 for the first, 1 for the next.
+/// </summary>
+public sealed record MethodModel(
+    string ManagedName, string PythonName, int Overload, string Stub, bool IsStatic, int PythonSlot,
+    IReadOnlyList<ParameterModel> Parameters, CarriedType Result)
+{
+    /// <summary>The nearest bound base whose instance method of the same Python name this one hides.</summary>
+    public TypeModel? Hides { get; init; }
+}
+
+public sealed record PropertyModel(string ManagedName, string PythonName, CarriedType Type, string? Getter, string? Setter);
+
+/// <summary>A static property, constant or static field exposed as a class attribute.</summary>
+public sealed record StaticAttributeModel(
+    string ManagedName, string PythonName, CarriedType Type, string Getter, string? Setter, bool IsField);
+
+/// <summary>An enumeration member; the value is the decimal text of the underlying integer.</summary>
+public sealed record EnumMemberModel(string ManagedName, string PythonName, string Value);
+
+public sealed record SkippedMember(string Type, string Member, string Reason);
+
+public sealed record ModuleModel(string PythonName, string Namespace);
+
+public sealed class TypeModel
+{
+    public required string Namespace { get; init; }
+    public required string Name { get; init; }
+    public required TypeKind Kind { get; init; }
+    public required string Module { get; init; }
+    internal TypeDefinitionHandle Handle { get; init; }
+
+    public string FullName => Namespace.Length == 0 ? Name : Namespace + "." + Name;
+    public string Hash => TypeHash.Of(FullName);
+    public string TpName => Module + "." + Name;
+    public string StubClass => StubNames.StubClass(Namespace, Name, Hash);
+
+    /// <summary>The nearest bound ancestor class, or null when the Python base is the plain wrapper.</summary>
+    public TypeModel? Base { get; internal set; }
+    public bool IsFlags { get; internal set; }
+    public string Underlying { get; internal set; } = "";
+
+    public List<ConstructorModel> Constructors { get; } = [];
+    public List<MethodModel> Methods { get; } = [];
+    public List<PropertyModel> Properties { get; } = [];
+    public List<StaticAttributeModel> StaticAttributes { get; } = [];
+    public List<EnumMemberModel> EnumMembers { get; } = [];
+
+    public IReadOnlyList<string> Builtins => StubNames.Builtins(Kind);
+
+    /// <summary>Every stub of the type's method table, in binding order.</summary>
+    public IEnumerable<string> BindingOrder()
+    {
+        foreach (var c in Constructors)
+            yield return c.Stub;
+        foreach (var m in Methods)
+            yield return m.Stub;
+        foreach (var p in Properties)
+        {
+            if (p.Getter is not null)
+                yield return p.Getter;
+            if (p.Setter is not null)
+                yield return p.Setter;
+        }
+        foreach (var s in StaticAttributes)
+        {
+            yield return s.Getter;
+            if (s.Setter is not null)
+                yield return s.Setter;
+        }
+        foreach (var b in Builtins)
+            yield return b;
+    }
+}
+
+public sealed class AssemblyModel
+{
+    public required string AssemblyName { get; init; }
+    public required string AssemblyVersion { get; init; }
+    public required string RootNamespace { get; init; }
+    public required string RootModule { get; init; }
+    public List<ModuleModel> Modules { get; } = [];
+    /// <summary>Bound types in registration order: every class after its bound base.</summary>
+    public List<TypeModel> Types { get; } = [];
+    public List<SkippedMember> Skipped { get; } = [];
+}

@@ -1,0 +1,661 @@
+using System.Globalization;
+using System.Reflection;
+using System.Reflection.Metadata;
+using System.Reflection.PortableExecutable;
+
+namespace Quorix.WrpGen;
+
+/// <summary>A problem with the generator's input; the command line prints its message.</summary>
+public sealed class GeneratorException(string message) : Exception(message);
+
+/// <summary>
+/// Reads one compiled assembly and builds the binding model: the public types of the root
+/// namespace and its children, their carried members in metadata order, and the members left out.
+/// </summary>
+public sealed class ModelBuilder
+{
+    private const string ExternalInit = "System.Runtime.CompilerServices.IsExternalInit";
+
+    private readonly MetadataReader _reader;
+    private readonly ReferenceResolver _resolver;
+    private readonly AssemblyModel _model;
+    private readonly Dictionary<TypeDefinitionHandle, TypeModel> _bound = [];
+    private readonly Dictionary<TypeDefinitionHandle, string> _unbound = [];
+    private readonly List<TypeModel> _declared = [];
+
+    private ModelBuilder(MetadataReader reader, ReferenceResolver resolver, AssemblyModel model)
+    {
+        _reader = reader;
+        _resolver = resolver;
+        _model = model;
+    }
+
+    /// <summary>The model of the assembly; throws <see cref="GeneratorException"/> for unreadable input.</summary>
+    public static AssemblyModel Build(string assemblyPath, string rootNamespace, string? rootModule,
+                                      IReadOnlyList<string> referenceFolders)
+    {
+        if (rootNamespace.Length == 0)
+            throw new GeneratorException("the root namespace is empty");
+        byte[] image;
+        try
+        {
+            image = File.ReadAllBytes(assemblyPath);
+        }
+        catch (Exception e) when (e is IOException or UnauthorizedAccessException)
+        {
+            throw new GeneratorException($"cannot read '{assemblyPath}': {e.Message}");
+        }
+        using var pe = new PEReader(new MemoryStream(image));
+        MetadataReader reader;
+        try
+        {
+            if (!pe.HasMetadata)
+                throw new GeneratorException($"'{assemblyPath}' is not a managed assembly");
+            reader = pe.GetMetadataReader();
+            if (!reader.IsAssembly)
+                throw new GeneratorException($"'{assemblyPath}' is a module without an assembly manifest");
+        }
+        catch (BadImageFormatException e)
+        {
+            throw new GeneratorException($"'{assemblyPath}' is not a managed assembly: {e.Message}");
+        }
+
+        var asm = reader.GetAssemblyDefinition();
+        var model = new AssemblyModel
+        {
+            AssemblyName = reader.GetString(asm.Name),
+            AssemblyVersion = asm.Version.ToString(),
+            RootNamespace = rootNamespace,
+            RootModule = rootModule ?? rootNamespace.ToLowerInvariant(),
+        };
+        using var resolver = new ReferenceResolver(referenceFolders);
+        var builder = new ModelBuilder(reader, resolver, model);
+        builder.CollectTypes();
+        foreach (var type in builder._declared)
+            builder.CollectMembers(type);
+        builder.OrderTypes();
+        foreach (var type in model.Types)
+            MarkHiddenOverloads(type);
+        return model;
+    }
+
+    // ---- types ----
+
+    private void CollectTypes()
+    {
+        foreach (var handle in _reader.TypeDefinitions)
+        {
+            var def = _reader.GetTypeDefinition(handle);
+            var (ns, name) = MetadataNames.OfDefinition(_reader, handle);
+            string full = ns.Length == 0 ? name : ns + "." + name;
+            if (!IsPubliclyVisible(def))
+                continue;
+            string? reason = WhyTypeNotBound(def, ns, out var kind, out string underlying);
+            if (reason is not null)
+            {
+                _unbound[handle] = reason;
+                Skip(full, "(type)", reason);
+                continue;
+            }
+            var type = new TypeModel
+            {
+                Namespace = ns,
+                Name = name,
+                Kind = kind,
+                Module = ModuleOf(ns),
+                Handle = handle,
+                Underlying = underlying,
+            };
+            _bound[handle] = type;
+            _declared.Add(type);
+        }
+        foreach (var type in _declared)
+        {
+            if (type.Kind is TypeKind.Class)
+                type.Base = NearestBoundBase(_reader.GetTypeDefinition(type.Handle));
+            if (type.Kind is TypeKind.Enum)
+                type.IsFlags = HasFlagsAttribute(_reader.GetTypeDefinition(type.Handle));
+        }
+    }
+
+    private bool IsPubliclyVisible(TypeDefinition def)
+    {
+        var visibility = def.Attributes & TypeAttributes.VisibilityMask;
+        if (visibility == TypeAttributes.Public)
+            return true;
+        return visibility == TypeAttributes.NestedPublic && IsPubliclyVisible(_reader.GetTypeDefinition(def.GetDeclaringType()));
+    }
+
+    /// <summary>Null when the public type is bound; otherwise why not.</summary>
+    private string? WhyTypeNotBound(TypeDefinition def, string ns, out TypeKind kind, out string underlying)
+    {
+        kind = ReferenceResolver.Classify(_reader, def);
+        underlying = "";
+        if (!def.GetDeclaringType().IsNil)
+            return "nested types are not bound yet";
+        if (ns != _model.RootNamespace && !ns.StartsWith(_model.RootNamespace + ".", StringComparison.Ordinal))
+            return $"outside the root namespace {_model.RootNamespace}";
+        if (def.GetGenericParameters().Count > 0)
+            return "generic types are not bound yet";
+        if (kind == TypeKind.Delegate)
+            return "delegates are not bound yet";
+        if (kind == TypeKind.Enum)
+        {
+            var code = EnumUnderlying(def);
+            underlying = TypeSig.Keyword(code);
+            if (code is PrimitiveTypeCode.Int64 or PrimitiveTypeCode.UInt64)
+                return "enumerations wider than 32 bits are not carried";
+        }
+        return null;
+    }
+
+    private PrimitiveTypeCode EnumUnderlying(TypeDefinition def)
+    {
+        foreach (var fh in def.GetFields())
+        {
+            var field = _reader.GetFieldDefinition(fh);
+            if ((field.Attributes & FieldAttributes.Static) == 0)
+            {
+                var sig = field.DecodeSignature(TypeSigProvider.Instance, null).Unmodified;
+                if (sig.Kind == SigKind.Primitive)
+                    return sig.Primitive;
+            }
+        }
+        return PrimitiveTypeCode.Int32;
+    }
+
+    private string ModuleOf(string ns)
+    {
+        if (ns == _model.RootNamespace)
+            return _model.RootModule;
+        return _model.RootModule + "." + ns[(_model.RootNamespace.Length + 1)..].ToLowerInvariant();
+    }
+
+    // A public class may derive from an internal one; Python sees the nearest public ancestor.
+    private TypeModel? NearestBoundBase(TypeDefinition def)
+    {
+        var handle = def.BaseType;
+        while (handle.Kind == HandleKind.TypeDefinition)
+        {
+            var baseHandle = (TypeDefinitionHandle)handle;
+            if (_bound.TryGetValue(baseHandle, out var bound))
+                return bound;
+            handle = _reader.GetTypeDefinition(baseHandle).BaseType;
+        }
+        return null;
+    }
+
+    private bool HasFlagsAttribute(TypeDefinition def)
+    {
+        foreach (var ah in def.GetCustomAttributes())
+        {
+            var ctor = _reader.GetCustomAttribute(ah).Constructor;
+            string owner = ctor.Kind switch
+            {
+                HandleKind.MemberReference => OwnerName(_reader.GetMemberReference((MemberReferenceHandle)ctor).Parent),
+                HandleKind.MethodDefinition => OwnerName(_reader.GetMethodDefinition((MethodDefinitionHandle)ctor).GetDeclaringType()),
+                _ => "",
+            };
+            if (owner == "System.FlagsAttribute")
+                return true;
+        }
+        return false;
+    }
+
+    private string OwnerName(EntityHandle handle)
+    {
+        switch (handle.Kind)
+        {
+            case HandleKind.TypeReference:
+                var (rns, rname, _) = MetadataNames.OfReference(_reader, (TypeReferenceHandle)handle);
+                return rns + "." + rname;
+            case HandleKind.TypeDefinition:
+                var (dns, dname) = MetadataNames.OfDefinition(_reader, (TypeDefinitionHandle)handle);
+                return dns + "." + dname;
+            default:
+                return "";
+        }
+    }
+
+    // Registration needs every class after its base; otherwise metadata order stands.
+    private void OrderTypes()
+    {
+        var placed = new HashSet<TypeModel>();
+        foreach (var type in _declared)
+            Place(type, placed);
+        foreach (var type in _model.Types)
+        {
+            if (!_model.Modules.Any(m => m.Namespace == type.Namespace))
+                _model.Modules.Add(new ModuleModel(type.Module, type.Namespace));
+        }
+    }
+
+    private void Place(TypeModel type, HashSet<TypeModel> placed)
+    {
+        if (!placed.Add(type))
+            return;
+        if (type.Base is not null)
+            Place(type.Base, placed);
+        _model.Types.Add(type);
+    }
+
+    // ---- members ----
+
+    // A Python method hides every base method of its name, so its dispatcher must also try theirs.
+    private static void MarkHiddenOverloads(TypeModel type)
+    {
+        for (int i = 0; i < type.Methods.Count; i++)
+        {
+            var m = type.Methods[i];
+            if (m.IsStatic)
+                continue;
+            for (var b = type.Base; b is not null; b = b.Base)
+            {
+                if (b.Methods.Any(bm => !bm.IsStatic && bm.PythonName == m.PythonName))
+                {
+                    type.Methods[i] = m with { Hides = b };
+                    break;
+                }
+            }
+        }
+    }
+
+    private sealed record PendingCall(string Name, bool IsStatic, bool IsCtor, List<ParameterModel> Parameters, CarriedType Result);
+
+    private void CollectMembers(TypeModel type)
+    {
+        var def = _reader.GetTypeDefinition(type.Handle);
+        if (type.Kind == TypeKind.Enum)
+        {
+            CollectEnumMembers(type, def);
+            return;
+        }
+        var accessors = new HashSet<MethodDefinitionHandle>();
+        foreach (var ph in def.GetProperties())
+        {
+            var a = _reader.GetPropertyDefinition(ph).GetAccessors();
+            accessors.Add(a.Getter);
+            accessors.Add(a.Setter);
+            foreach (var other in a.Others)
+                accessors.Add(other);
+        }
+        foreach (var eh in def.GetEvents())
+        {
+            var a = _reader.GetEventDefinition(eh).GetAccessors();
+            accessors.Add(a.Adder);
+            accessors.Add(a.Remover);
+            accessors.Add(a.Raiser);
+        }
+
+        var calls = new List<PendingCall>();
+        bool declaresDefaultCtor = false;
+        foreach (var mh in def.GetMethods())
+        {
+            if (accessors.Contains(mh))
+                continue;
+            var call = ReadMethod(type, def, mh, ref declaresDefaultCtor);
+            if (call is not null)
+                calls.Add(call);
+        }
+        NumberCalls(type, calls, declaresDefaultCtor);
+
+        var staticAttributes = new List<StaticAttributeModel>();
+        foreach (var ph in def.GetProperties())
+            ReadProperty(type, ph, staticAttributes);
+        foreach (var fh in def.GetFields())
+            ReadField(type, fh, staticAttributes);
+        type.StaticAttributes.AddRange(staticAttributes);
+        foreach (var eh in def.GetEvents())
+        {
+            var ev = _reader.GetEventDefinition(eh);
+            var adder = ev.GetAccessors().Adder;
+            if (!adder.IsNil && IsPublic(_reader.GetMethodDefinition(adder).Attributes))
+                Skip(type.FullName, _reader.GetString(ev.Name), "events are not bound yet");
+        }
+    }
+
+    private static bool IsPublic(MethodAttributes attributes) =>
+        (attributes & MethodAttributes.MemberAccessMask) == MethodAttributes.Public;
+
+    private PendingCall? ReadMethod(TypeModel type, TypeDefinition def, MethodDefinitionHandle mh, ref bool declaresDefaultCtor)
+    {
+        var md = _reader.GetMethodDefinition(mh);
+        if (!IsPublic(md.Attributes))
+            return null;
+        string name = _reader.GetString(md.Name);
+        if (name == ".cctor")
+            return null;
+        bool isCtor = name == ".ctor";
+        bool isStatic = (md.Attributes & MethodAttributes.Static) != 0;
+        var sig = md.DecodeSignature(TypeSigProvider.Instance, null);
+        string described = (isCtor ? ".ctor" : name) + GenericSuffix(md) + "(" + string.Join(", ", sig.ParameterTypes) + ")";
+        if (isCtor && sig.ParameterTypes.Length == 0)
+            declaresDefaultCtor = true;
+
+        string? reason = WhyMethodNotBound(type, def, md, name, isCtor, isStatic, sig);
+        if (reason is null)
+        {
+            var names = ParameterNames(md, sig.ParameterTypes.Length);
+            var parameters = new List<ParameterModel>();
+            for (int i = 0; i < names.Length && reason is null; i++)
+            {
+                var carried = Carry(sig.ParameterTypes[i], isResult: false, out string why);
+                if (carried is null)
+                    reason = $"parameter '{names[i]}': {why}";
+                else
+                    parameters.Add(new ParameterModel(names[i], Naming.Snake(names[i]), carried));
+            }
+            CarriedType? result = new(ValueKind.Void);
+            if (reason is null && !isCtor)
+            {
+                result = Carry(sig.ReturnType, isResult: true, out string why);
+                if (result is null)
+                    reason = "result: " + why;
+            }
+            if (reason is null)
+                return new PendingCall(name, isStatic, isCtor, parameters, result!);
+        }
+        Skip(type.FullName, described, reason);
+        return null;
+    }
+
+    private string GenericSuffix(MethodDefinition md)
+    {
+        var parameters = md.GetGenericParameters();
+        if (parameters.Count == 0)
+            return "";
+        return "<" + string.Join(", ", parameters.Select(h => _reader.GetString(_reader.GetGenericParameter(h).Name))) + ">";
+    }
+
+    private string? WhyMethodNotBound(TypeModel type, TypeDefinition def, MethodDefinition md, string name,
+                                      bool isCtor, bool isStatic, MethodSignature<TypeSig> sig)
+    {
+        if ((md.Attributes & MethodAttributes.SpecialName) != 0 && !isCtor)
+            return name.StartsWith("op_", StringComparison.Ordinal) ? "operators are not bound yet" : "special-name methods are not bound";
+        if (sig.GenericParameterCount > 0)
+            return "generic methods are not bound yet";
+        if (sig.Header.CallingConvention == SignatureCallingConvention.VarArgs)
+            return "variable-argument methods are not carried";
+        if (type.Kind == TypeKind.Interface && isStatic)
+            return "static interface members are not bound";
+        if (isCtor && (def.Attributes & TypeAttributes.Abstract) != 0)
+            return "an abstract class cannot be constructed";
+        if (!isCtor && !isStatic && IsObjectHostMethod(name, sig))
+            return "str(), == and hash() reach it through the object host";
+        return null;
+    }
+
+    private static bool IsObjectHostMethod(string name, MethodSignature<TypeSig> sig) => name switch
+    {
+        "ToString" or "GetHashCode" => sig.ParameterTypes.Length == 0,
+        "Equals" => sig.ParameterTypes.Length == 1 && sig.ParameterTypes[0].Unmodified.IsPrimitive(PrimitiveTypeCode.Object),
+        _ => false,
+    };
+
+    private string[] ParameterNames(MethodDefinition md, int count)
+    {
+        var names = new string[count];
+        foreach (var ph in md.GetParameters())
+        {
+            var p = _reader.GetParameter(ph);
+            if (p.SequenceNumber >= 1 && p.SequenceNumber <= count)
+                names[p.SequenceNumber - 1] = _reader.GetString(p.Name);
+        }
+        for (int i = 0; i < count; i++)
+        {
+            if (string.IsNullOrEmpty(names[i]))
+                names[i] = "arg" + (i + 1).ToString(CultureInfo.InvariantCulture);
+        }
+        return names;
+    }
+
+    // Overloads count per managed name in declaration order; Python sees each name's overloads together.
+    private static void NumberCalls(TypeModel type, List<PendingCall> calls, bool declaresDefaultCtor)
+    {
+        var ctors = calls.Where(c => c.IsCtor).ToList();
+        // a structure always has its zero value, whether or not the source spells a constructor for it
+        if (type.Kind == TypeKind.Struct && !declaresDefaultCtor)
+            type.Constructors.Add(new ConstructorModel(0, StubNames.Ctor(0, type.Name), [], IsImplicit: true));
+        foreach (var c in ctors)
+        {
+            int n = type.Constructors.Count;
+            type.Constructors.Add(new ConstructorModel(n, StubNames.Ctor(n, type.Name), c.Parameters, IsImplicit: false));
+        }
+
+        var methods = calls.Where(c => !c.IsCtor).ToList();
+        var groups = methods.Select(c => c.Name).Distinct(StringComparer.Ordinal).ToList();
+        var slots = new List<(string Python, bool IsStatic)>();
+        foreach (string name in groups)
+        {
+            int overload = 0;
+            foreach (var c in methods.Where(c => c.Name == name))
+            {
+                string python = Naming.Snake(name);
+                int slotIndex = slots.IndexOf((python, c.IsStatic));
+                if (slotIndex < 0)
+                {
+                    slots.Add((python, c.IsStatic));
+                    slotIndex = slots.Count - 1;
+                }
+                int slot = slots.Take(slotIndex).Count(s => s.Python == python);
+                type.Methods.Add(new MethodModel(name, python, overload, StubNames.Call(overload, name), c.IsStatic, slot,
+                                                 c.Parameters, c.Result));
+                overload++;
+            }
+        }
+    }
+
+    private void ReadProperty(TypeModel type, PropertyDefinitionHandle ph, List<StaticAttributeModel> statics)
+    {
+        var pd = _reader.GetPropertyDefinition(ph);
+        string name = _reader.GetString(pd.Name);
+        var a = pd.GetAccessors();
+        MethodDefinition? getter = PublicAccessor(a.Getter), setter = PublicAccessor(a.Setter);
+        if (getter is null && setter is null)
+            return;
+        bool isStatic = ((getter ?? setter)!.Value.Attributes & MethodAttributes.Static) != 0;
+        var sig = pd.DecodeSignature(TypeSigProvider.Instance, null);
+        string? reason = null;
+        CarriedType? carried = null;
+        if (sig.ParameterTypes.Length > 0)
+            reason = "indexed properties are not bound yet";
+        else if (type.Kind == TypeKind.Interface && isStatic)
+            reason = "static interface members are not bound";
+        else if (getter is null)
+            reason = "write-only properties are not bound";
+        else if ((carried = Carry(sig.ReturnType, isResult: false, out string why)) is null)
+            reason = "type: " + why;
+        if (reason is not null)
+        {
+            Skip(type.FullName, name, reason);
+            return;
+        }
+        if (setter is not null && setter.Value.DecodeSignature(TypeSigProvider.Instance, null).ReturnType.HasRequiredModifier(ExternalInit))
+        {
+            Skip(type.FullName, name + " (setter)", "init-only setters run only in object initializers");
+            setter = null;
+        }
+        if (isStatic)
+            statics.Add(new StaticAttributeModel(name, Naming.Snake(name), carried!, StubNames.GetStatic(name),
+                                                 setter is null ? null : StubNames.SetStatic(name), IsField: false));
+        else
+            type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried!, StubNames.Get(name),
+                                                  setter is null ? null : StubNames.Set(name)));
+    }
+
+    private MethodDefinition? PublicAccessor(MethodDefinitionHandle handle)
+    {
+        if (handle.IsNil)
+            return null;
+        var md = _reader.GetMethodDefinition(handle);
+        return IsPublic(md.Attributes) ? md : null;
+    }
+
+    private void ReadField(TypeModel type, FieldDefinitionHandle fh, List<StaticAttributeModel> statics)
+    {
+        var fd = _reader.GetFieldDefinition(fh);
+        if ((fd.Attributes & FieldAttributes.FieldAccessMask) != FieldAttributes.Public)
+            return;
+        string name = _reader.GetString(fd.Name);
+        if ((fd.Attributes & FieldAttributes.Static) == 0)
+        {
+            Skip(type.FullName, name, "instance fields are not bound");
+            return;
+        }
+        var carried = Carry(fd.DecodeSignature(TypeSigProvider.Instance, null), isResult: false, out string why);
+        if (carried is null)
+        {
+            Skip(type.FullName, name, "type: " + why);
+            return;
+        }
+        bool settable = (fd.Attributes & (FieldAttributes.Literal | FieldAttributes.InitOnly)) == 0;
+        statics.Add(new StaticAttributeModel(name, Naming.UpperSnake(name), carried, StubNames.GetStatic(name),
+                                             settable ? StubNames.SetStatic(name) : null, IsField: true));
+    }
+
+    private void CollectEnumMembers(TypeModel type, TypeDefinition def)
+    {
+        foreach (var fh in def.GetFields())
+        {
+            var fd = _reader.GetFieldDefinition(fh);
+            if ((fd.Attributes & FieldAttributes.Literal) == 0 || (fd.Attributes & FieldAttributes.Static) == 0)
+                continue;
+            string name = _reader.GetString(fd.Name);
+            type.EnumMembers.Add(new EnumMemberModel(name, Naming.UpperSnake(name), ConstantText(fd.GetDefaultValue())));
+        }
+    }
+
+    private string ConstantText(ConstantHandle handle)
+    {
+        if (handle.IsNil)
+            return "0";
+        var constant = _reader.GetConstant(handle);
+        var blob = _reader.GetBlobReader(constant.Value);
+        var ci = CultureInfo.InvariantCulture;
+        return constant.TypeCode switch
+        {
+            ConstantTypeCode.SByte => blob.ReadSByte().ToString(ci),
+            ConstantTypeCode.Byte => blob.ReadByte().ToString(ci),
+            ConstantTypeCode.Int16 => blob.ReadInt16().ToString(ci),
+            ConstantTypeCode.UInt16 => blob.ReadUInt16().ToString(ci),
+            ConstantTypeCode.Int32 => blob.ReadInt32().ToString(ci),
+            ConstantTypeCode.UInt32 => blob.ReadUInt32().ToString(ci),
+            ConstantTypeCode.Int64 => blob.ReadInt64().ToString(ci),
+            ConstantTypeCode.UInt64 => blob.ReadUInt64().ToString(ci),
+            ConstantTypeCode.Char => ((int)blob.ReadChar()).ToString(ci),
+            ConstantTypeCode.Boolean => blob.ReadBoolean() ? "1" : "0",
+            _ => throw new GeneratorException($"enumeration constant of type {constant.TypeCode}"),
+        };
+    }
+
+    // ---- carried types ----
+
+    /// <summary>The carried form of a signature type, or null with the reason in <paramref name="why"/>.</summary>
+    private CarriedType? Carry(TypeSig sig, bool isResult, out string why)
+    {
+        why = "";
+        var t = sig.Unmodified;
+        switch (t.Kind)
+        {
+            case SigKind.Primitive:
+                return CarryPrimitive(t.Primitive, isResult, out why);
+            case SigKind.SzArray when t.Element!.Unmodified.IsPrimitive(PrimitiveTypeCode.Byte):
+                return new CarriedType(ValueKind.Bytes);
+            case SigKind.SzArray:
+                why = $"{t} is not carried (of arrays only byte[] is)";
+                return null;
+            case SigKind.Array:
+                why = $"{t}: multi-dimensional arrays are not carried";
+                return null;
+            case SigKind.ByRef:
+                why = $"{t}: by-reference values are not carried yet";
+                return null;
+            case SigKind.Pointer:
+            case SigKind.FunctionPointer:
+                why = $"{t}: pointers are not carried";
+                return null;
+            case SigKind.GenericInstance:
+                why = $"{t}: generic instantiations are not carried yet";
+                return null;
+            case SigKind.GenericParameter:
+                why = "generic parameters are not carried";
+                return null;
+            case SigKind.Named when t.IsLocal:
+                if (_bound.TryGetValue(t.Definition, out var bound))
+                {
+                    return bound.Kind switch
+                    {
+                        TypeKind.Class => new CarriedType(ValueKind.Class, bound),
+                        TypeKind.Struct => new CarriedType(ValueKind.Struct, bound),
+                        TypeKind.Interface => new CarriedType(ValueKind.Interface, bound),
+                        TypeKind.Enum => new CarriedType(ValueKind.Enum, bound),
+                        _ => Fail(out why, $"{t.FullName} is a static class"),
+                    };
+                }
+                why = _unbound.TryGetValue(t.Definition, out string? reason)
+                    ? $"{t.FullName} is not bound ({reason})"
+                    : $"{t.FullName} is not public";
+                return null;
+            case SigKind.Named:
+                var kind = _resolver.KindOf(t.Scope ?? "", t.Namespace, t.Name);
+                why = kind == TypeKind.Unknown
+                    ? $"{t.FullName} of {t.Scope} is not carried"
+                    : $"{t.FullName}, {Article(kind)} of {t.Scope}, is not carried";
+                return null;
+            default:
+                why = $"{t} is not carried";
+                return null;
+        }
+    }
+
+    private static CarriedType? Fail(out string why, string text)
+    {
+        why = text;
+        return null;
+    }
+
+    private static string Article(TypeKind kind) => kind switch
+    {
+        TypeKind.Class => "a class",
+        TypeKind.StaticClass => "a static class",
+        TypeKind.Struct => "a structure",
+        TypeKind.Enum => "an enumeration",
+        TypeKind.Interface => "an interface",
+        TypeKind.Delegate => "a delegate",
+        _ => "a type",
+    };
+
+    private static CarriedType? CarryPrimitive(PrimitiveTypeCode code, bool isResult, out string why)
+    {
+        why = "";
+        ValueKind? kind = code switch
+        {
+            PrimitiveTypeCode.Void when isResult => ValueKind.Void,
+            PrimitiveTypeCode.Boolean => ValueKind.Bool,
+            PrimitiveTypeCode.Char => ValueKind.Char,
+            PrimitiveTypeCode.SByte => ValueKind.SByte,
+            PrimitiveTypeCode.Byte => ValueKind.Byte,
+            PrimitiveTypeCode.Int16 => ValueKind.Int16,
+            PrimitiveTypeCode.UInt16 => ValueKind.UInt16,
+            PrimitiveTypeCode.Int32 => ValueKind.Int32,
+            PrimitiveTypeCode.UInt32 => ValueKind.UInt32,
+            PrimitiveTypeCode.Int64 => ValueKind.Int64,
+            PrimitiveTypeCode.UInt64 => ValueKind.UInt64,
+            PrimitiveTypeCode.Single => ValueKind.Single,
+            PrimitiveTypeCode.Double => ValueKind.Double,
+            PrimitiveTypeCode.String => ValueKind.String,
+            _ => null,
+        };
+        if (kind is not null)
+            return new CarriedType(kind.Value);
+        why = code switch
+        {
+            PrimitiveTypeCode.Object => "object values are not carried yet",
+            PrimitiveTypeCode.IntPtr or PrimitiveTypeCode.UIntPtr => "native-sized integers are not carried",
+            _ => $"{TypeSig.Keyword(code)} is not carried",
+        };
+        return null;
+    }
+
+    private void Skip(string type, string member, string reason) => _model.Skipped.Add(new SkippedMember(type, member, reason));
+}
