@@ -326,7 +326,18 @@ internal static class BodyReader
                 if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
                 if (r.NamespaceURI == Ns.W && r.LocalName == "trPr") trPr = PropBag.Read(r, PropOrder.TableRow);
                 else if (r.NamespaceURI == Ns.W && r.LocalName == "tblPrEx") ex = PropBag.Read(r, PropOrder.Table);
-                else if (r.NamespaceURI == Ns.W && r.LocalName == "tc") cells.Add(ReadCell(r, ctx));
+                else if (r.NamespaceURI == Ns.W && r.LocalName == "tc")
+                {
+                    var cell = ReadCell(r, ctx, out var spanned);
+                    cells.Add(cell);
+                    for (int i = 0; i < spanned; i++)
+                    {
+                        var filler = new Cell(ctx.Doc, new PropBag(PropOrder.TableCell)) { HMerge = CellMerge.Previous };
+                        if (cell.TcPr.Find("vMerge") is { } vm) filler.TcPr.Add(vm.Clone());
+                        filler.LinkLast(new Paragraph(ctx.Doc));
+                        cells.Add(filler);
+                    }
+                }
                 else cells.Add(Opaque(r, ctx.Doc, OpaqueKind.Block));
             }
         }
@@ -336,8 +347,9 @@ internal static class BodyReader
         return row;
     }
 
-    private static Cell ReadCell(XmlReader r, ReadContext ctx)
+    private static Cell ReadCell(XmlReader r, ReadContext ctx, out int spanned)
     {
+        spanned = 0;
         var cell = new Cell(ctx.Doc, new PropBag(PropOrder.TableCell));
         if (r.IsEmptyElement) { r.Read(); return cell; }
         int depth = r.Depth;
@@ -356,6 +368,14 @@ internal static class BodyReader
                     bag.Remove("hMerge");
                 }
                 cell.TcPr.MergeFrom(bag);
+                // A cell spanning columns becomes the first of a merged group, as the builder makes them.
+                var span = cell.TcPr.Int("gridSpan") ?? 1;
+                if (span > 1 && cell.HMerge == CellMerge.None && span <= 64)
+                {
+                    cell.TcPr.Remove("gridSpan");
+                    cell.HMerge = CellMerge.First;
+                    spanned = span - 1;
+                }
             }
             else if (r.NamespaceURI == Ns.W && r.LocalName == "p") cell.LinkLast(ReadParagraph(r, ctx, out _));
             else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") cell.LinkLast(ReadTable(r, ctx));

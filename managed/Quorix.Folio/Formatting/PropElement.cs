@@ -6,9 +6,11 @@ namespace Quorix.Folio.Formatting;
 /// <summary>One property element kept exactly as read, so that unknown properties survive a round trip.</summary>
 internal sealed class PropElement
 {
-    internal readonly record struct Attr(string Ns, string Local, string Value);
+    internal readonly record struct Attr(string Ns, string Local, string Value, string? Prefix = null);
 
     public string Ns;
+    // Kept so foreign elements are written under the prefix their file declared.
+    public string? Prefix;
     public string Local;
     public List<Attr>? Attrs;
     public List<PropElement>? Children;
@@ -52,7 +54,7 @@ internal sealed class PropElement
 
     public PropElement Clone()
     {
-        var c = new PropElement(Local, Ns) { Text = Text };
+        var c = new PropElement(Local, Ns) { Text = Text, Prefix = Prefix };
         if (Attrs != null) c.Attrs = new List<Attr>(Attrs);
         if (Children != null) c.Children = Children.ConvertAll(x => x.Clone());
         return c;
@@ -61,14 +63,14 @@ internal sealed class PropElement
     /// <summary>Reads the element the reader stands on, with its subtree; leaves the reader after it.</summary>
     public static PropElement Read(XmlReader r)
     {
-        var e = new PropElement(r.LocalName, r.NamespaceURI);
+        var e = new PropElement(r.LocalName, r.NamespaceURI) { Prefix = r.NamespaceURI == Docx.Ns.W ? null : r.Prefix };
         if (r.HasAttributes)
         {
             e.Attrs = new List<Attr>(r.AttributeCount);
             while (r.MoveToNextAttribute())
             {
                 if (r.NamespaceURI == Docx.Ns.Xmlns) continue;
-                e.Attrs.Add(new Attr(r.NamespaceURI, r.LocalName, r.Value));
+                e.Attrs.Add(new Attr(r.NamespaceURI, r.LocalName, r.Value, r.NamespaceURI is "" or Docx.Ns.W ? null : r.Prefix));
             }
             r.MoveToElement();
         }
@@ -104,10 +106,14 @@ internal sealed class PropElement
 
     public void Write(XmlWriter w)
     {
-        w.WriteStartElement(Local, Ns);
+        if (Prefix != null) w.WriteStartElement(Prefix, Local, Ns);
+        else w.WriteStartElement(Local, Ns);
         if (Attrs != null)
             foreach (var a in Attrs)
-                w.WriteAttributeString(a.Local, a.Ns.Length == 0 ? null : a.Ns, a.Value);
+            {
+                if (a.Prefix != null && a.Ns.Length > 0) w.WriteAttributeString(a.Prefix, a.Local, a.Ns, a.Value);
+                else w.WriteAttributeString(a.Local, a.Ns.Length == 0 ? null : a.Ns, a.Value);
+            }
         if (Text != null) w.WriteString(Text);
         if (Children != null)
             foreach (var c in Children) c.Write(w);

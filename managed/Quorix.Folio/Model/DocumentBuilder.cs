@@ -167,6 +167,8 @@ public sealed class DocumentBuilder
 
     public Table StartTable()
     {
+        // Text already written before the cursor stays above the table.
+        if (cursor != paragraph.first) InsertParagraph();
         var t = new Table(doc);
         paragraph.ParentNode!.InsertBefore(t, paragraph);
         tables.Push(new TableState { Table = t, After = paragraph });
