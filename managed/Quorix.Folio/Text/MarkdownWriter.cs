@@ -55,8 +55,8 @@ internal sealed class MarkdownWriter
             foreach (Paragraph p in notes[i].Paragraphs)
             {
                 if (!first) sb.Append("\n\n    ");
+                sb.Append(first ? Inline(p, false).TrimStart() : Inline(p, false));
                 first = false;
-                sb.Append(Inline(p, false));
             }
             sb.Append('\n');
         }
