@@ -175,7 +175,7 @@ public sealed class ModelBuilder
     private TypeModel? NearestBoundBase(TypeDefinition def)
     {
         var handle = def.BaseType;
-        while (handle.Kind == HandleKind.TypeDefinition)
+        while (!handle.IsNil && handle.Kind == HandleKind.TypeDefinition)
         {
             var baseHandle = (TypeDefinitionHandle)handle;
             if (_bound.TryGetValue(baseHandle, out var bound))
@@ -204,6 +204,8 @@ public sealed class ModelBuilder
 
     private string OwnerName(EntityHandle handle)
     {
+        if (handle.IsNil)
+            return "";
         switch (handle.Kind)
         {
             case HandleKind.TypeReference:

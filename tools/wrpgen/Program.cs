@@ -21,6 +21,11 @@ public static class Program
             Console.Error.WriteLine("wrpgen: " + e.Message);
             return 2;
         }
+        catch (BadImageFormatException e)
+        {
+            Console.Error.WriteLine("wrpgen: malformed metadata: " + e.Message);
+            return 2;
+        }
     }
 
     /// <summary>Runs one command; bad input throws <see cref="GeneratorException"/>.</summary>

@@ -68,6 +68,9 @@ public sealed class ReferenceResolver : IDisposable
     public static string BaseTypeName(MetadataReader reader, TypeDefinition def)
     {
         var baseHandle = def.BaseType;
+        // a nil extends (System.Object, interfaces) decodes as type definition row 0
+        if (baseHandle.IsNil)
+            return "";
         switch (baseHandle.Kind)
         {
             case HandleKind.TypeReference:
