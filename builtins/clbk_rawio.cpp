@@ -1,6 +1,6 @@
 // A Python binary file object serving a managed stream.
 #include "builtins/py_callbacks.h"
-#include "builtins/shl_buffer_view.h"
+#include "builtins/buffer_view.h"
 #include "marshal/conv_scalar.h"
 #include "module/ids.h"
 #include "module/pysh.h"

@@ -2,7 +2,6 @@
 // objects of types named by vectors, with every handle's fate tracked by a recording releaser.
 #include <string>
 
-#include "builtins/callback_tables.h"
 #include "builtins/tpfuncs_callbacks.h"
 #include "module/ids.h"
 #include "objects/seal_object.h"
@@ -199,26 +198,6 @@ TEST_F(TypeCallbacks, HandlesThatFindNoOwnerAreFreedExactlyOnce) {
     PyErr_Clear();
     ASSERT_EQ(runtime.freed().size(), 2u);
     EXPECT_EQ(runtime.freed()[1], fake_handle(6));
-}
-
-TEST_F(TypeCallbacks, EveryTableSlotIsFilled) {
-    const struct {
-        void* const* table;
-        int size;
-    } tables[] = {
-        {m_py_read_callbacks, kPyReadCallbacks},   {m_py_write_callbacks, kPyWriteCallbacks},
-        {m_py_buffer_callbacks, kPyBufferCallbacks}, {m_py_iter_callbacks, kPyIterCallbacks},
-        {m_py_ucol_callbacks, kPyUcolCallbacks},   {m_py_olist_callbacks, kPyOlistCallbacks},
-        {m_py_oseq_callbacks, kPyOseqCallbacks},   {m_py_rawio_callbacks, kPyRawIoCallbacks},
-        {m_py_tpfuncs_callbacks, kPyTpFuncsCallbacks},
-    };
-    for (int t = 0; t < kStatConceptTables; ++t) {
-        EXPECT_EQ(m_all_statconceptp_pytocsfx[t], static_cast<const void*>(tables[t].table)) << t;
-        for (int i = 0; i < tables[t].size; ++i)
-            EXPECT_NE(tables[t].table[i], nullptr) << "table " << t << " slot " << i;
-    }
-    for (int i = 0; i < kPyObjApiCallbacks; ++i)
-        EXPECT_NE(m_py_obj_api_callbacks[i], nullptr) << i;
 }
 
 }  // namespace

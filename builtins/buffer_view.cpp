@@ -1,4 +1,4 @@
-#include "builtins/shl_buffer_view.h"
+#include "builtins/buffer_view.h"
 
 static int
 shlbuffer_view_getbuffer(PyObject* self, Py_buffer* view, int flags)
