@@ -114,16 +114,20 @@ fn_conv_py_variant_to_clr_variant(PyObject* obj, VariantArg* out)
     if (imported > 0)
         return classified(out, tag);
 
-    if (!marshal_datetime_api())
-        return 0;
-    if (PyDelta_Check(obj))
-        return classified(out, VariantTag_TimeDelta);
-    if (PyDateTime_Check(obj))
-        return classified(out, VariantTag_DateTime);
-    if (PyDate_Check(obj))
-        return classified(out, VariantTag_Date);
-    if (PyTime_Check(obj))
-        return classified(out, VariantTag_Time);
+    // Without the datetime interface no value can be a datetime; the other kinds still count.
+    if (marshal_datetime_api()) {
+        if (PyDelta_Check(obj))
+            return classified(out, VariantTag_TimeDelta);
+        if (PyDateTime_Check(obj))
+            return classified(out, VariantTag_DateTime);
+        if (PyDate_Check(obj))
+            return classified(out, VariantTag_Date);
+        if (PyTime_Check(obj))
+            return classified(out, VariantTag_Time);
+    }
+    else {
+        PyErr_Clear();
+    }
 
     if (PyUnicode_Check(obj))
         return classified(out, VariantTag_Str);
