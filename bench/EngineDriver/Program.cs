@@ -1,0 +1,119 @@
+using System.Diagnostics;
+using System.Globalization;
+using Quorix.Folio;
+using Quorix.Folio.Lists;
+using Quorix.Folio.Saving;
+using Quorix.Folio.Tables;
+
+// Commands (timings printed as one JSON object per line, milliseconds):
+//   generate <out.docx> <pages> <rows>   build the benchmark document
+//   loadsave <in.docx> <out.docx>        load then save
+//   markdown <in.docx> <out.md>          load then save as Markdown
+static void Emit(string op, params (string Key, double Ms)[] parts)
+{
+    var fields = string.Join(", ", parts.Select(p => $"\"{p.Key}\": {p.Ms.ToString("F1", CultureInfo.InvariantCulture)}"));
+    Console.WriteLine($"{{\"op\": \"{op}\", {fields}}}");
+}
+
+if (args.Length < 3)
+{
+    Console.Error.WriteLine("usage: EngineDriver generate <out.docx> <pages> <rows> | loadsave <in> <out> | markdown <in> <out.md>");
+    return 2;
+}
+
+var sw = Stopwatch.StartNew();
+switch (args[0])
+{
+    case "generate":
+    {
+        int pages = int.Parse(args[2], CultureInfo.InvariantCulture);
+        int rows = args.Length > 3 ? int.Parse(args[3], CultureInfo.InvariantCulture) : 2000;
+        Generate(args[1], pages, rows);
+        Emit("generate", ("total", sw.Elapsed.TotalMilliseconds));
+        break;
+    }
+    case "loadsave":
+    {
+        var doc = new Document(args[1]);
+        double load = sw.Elapsed.TotalMilliseconds;
+        doc.Save(args[2], SaveFormat.Docx);
+        Emit("loadsave", ("load", load), ("save", sw.Elapsed.TotalMilliseconds - load), ("total", sw.Elapsed.TotalMilliseconds));
+        break;
+    }
+    case "markdown":
+    {
+        var doc = new Document(args[1]);
+        double load = sw.Elapsed.TotalMilliseconds;
+        doc.Save(args[2], new MarkdownSaveOptions());
+        Emit("markdown", ("load", load), ("save", sw.Elapsed.TotalMilliseconds - load), ("total", sw.Elapsed.TotalMilliseconds));
+        break;
+    }
+    default:
+        Console.Error.WriteLine($"unknown command {args[0]}");
+        return 2;
+}
+return 0;
+
+static void Generate(string path, int pages, int rows)
+{
+    var rng = new Random(1234);
+    string[] words = ("lorem ipsum dolor sit amet consectetur adipiscing elit sed do eiusmod tempor incididunt ut labore et dolore " +
+        "magna aliqua enim ad minim veniam quis nostrud exercitation ullamco laboris nisi aliquip ex ea commodo consequat").Split(' ');
+    string Sentence(int n) => string.Join(' ', Enumerable.Range(0, n).Select(_ => words[rng.Next(words.Length)]));
+
+    var doc = new Document();
+    var b = new DocumentBuilder(doc);
+    for (int page = 0; page < pages; page++)
+    {
+        b.ParagraphFormat.StyleIdentifier = page % 10 == 0 ? StyleIdentifier.Heading1 : StyleIdentifier.Heading2;
+        b.Writeln($"Chapter {page + 1}: " + Sentence(4));
+        b.ParagraphFormat.StyleIdentifier = StyleIdentifier.Normal;
+        for (int para = 0; para < 4; para++)
+        {
+            b.Write(Sentence(25) + " ");
+            b.Font.Bold = true;
+            b.Write(Sentence(3));
+            b.Font.Bold = false;
+            b.Write(" " + Sentence(20) + " ");
+            b.Font.Italic = true;
+            b.Write(Sentence(4));
+            b.Font.Italic = false;
+            b.Writeln(". " + Sentence(30) + ".");
+        }
+        if (page % 5 == 0)
+        {
+            b.ListFormat.ApplyBulletDefault();
+            for (int i = 0; i < 3; i++) b.Writeln(Sentence(8));
+            b.ListFormat.RemoveNumbers();
+        }
+        if (page % 7 == 0)
+        {
+            b.InsertHyperlink("see the reference " + page, "https://example.org/ref/" + page, false);
+            b.Writeln();
+        }
+        b.InsertBreak(BreakType.PageBreak);
+    }
+    b.ParagraphFormat.StyleIdentifier = StyleIdentifier.Heading1;
+    b.Writeln("Data table");
+    b.ParagraphFormat.StyleIdentifier = StyleIdentifier.Normal;
+    b.StartTable();
+    foreach (var h in new[] { "Id", "Name", "Region", "Amount" }) { b.InsertCell(); b.Write(h); }
+    b.RowFormat.HeadingFormat = true;
+    b.EndRow();
+    b.RowFormat.HeadingFormat = false;
+    for (int r = 0; r < rows; r++)
+    {
+        bool merge = r % 50 == 49;
+        b.InsertCell(); b.Write((r + 1).ToString(CultureInfo.InvariantCulture));
+        if (merge) b.CellFormat.HorizontalMerge = CellMerge.First;
+        b.InsertCell(); b.Write(Sentence(2));
+        if (merge) b.CellFormat.HorizontalMerge = CellMerge.Previous;
+        b.InsertCell(); if (!merge) b.Write(Sentence(1));
+        b.CellFormat.HorizontalMerge = CellMerge.None;
+        b.InsertCell(); b.Write((rng.NextDouble() * 10000).ToString("F2", CultureInfo.InvariantCulture));
+        b.EndRow();
+    }
+    b.EndTable();
+    b.Writeln("End of document.");
+    doc.Save(path);
+}
