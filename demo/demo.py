@@ -20,7 +20,7 @@ print("drawing.charts lives in package", qf.drawing.charts.__package__)
 
 stream = quorix.pyfund.BytesAsStream(b"Hello from Python")
 stream.seek(0, 2)
-stream.write(b", through a stream managed code can read")
+stream.write(b", written through a binary stream over bytes")
 print("stream contents:", stream.getvalue().decode())
 
 print("PyInstaller hook folders:")
