@@ -1,0 +1,88 @@
+// The yardstick of the call-overhead benchmark: a plain C extension doing the same shapes of
+// work as the bound calls (a float and a str attribute, a method taking one str, a call that
+// returns a new object, a static method taking an enumeration member), with nothing behind them.
+#include <Python.h>
+
+namespace {
+
+struct RefObject {
+    PyObject_HEAD
+    double size;
+    PyObject* name;
+};
+
+PyTypeObject RefType = {PyVarObject_HEAD_INIT(nullptr, 0)};
+
+PyObject* ref_new(PyTypeObject* type, PyObject*, PyObject*) {
+    auto* self = reinterpret_cast<RefObject*>(type->tp_alloc(type, 0));
+    if (self != nullptr) {
+        self->size = 14.0;
+        self->name = PyUnicode_FromString("Normal");
+    }
+    return reinterpret_cast<PyObject*>(self);
+}
+
+void ref_dealloc(PyObject* self) {
+    Py_XDECREF(reinterpret_cast<RefObject*>(self)->name);
+    Py_TYPE(self)->tp_free(self);
+}
+
+PyObject* get_size(PyObject* self, void*) { return PyFloat_FromDouble(reinterpret_cast<RefObject*>(self)->size); }
+
+PyObject* get_name(PyObject* self, void*) { return Py_NewRef(reinterpret_cast<RefObject*>(self)->name); }
+
+// Reads the argument the way a bound call does: the str's own storage, no copy.
+PyObject* write(PyObject*, PyObject* text) {
+    if (!PyUnicode_Check(text)) {
+        PyErr_Format(PyExc_TypeError, "can't build String from '%s'", Py_TYPE(text)->tp_name);
+        return nullptr;
+    }
+    volatile const void* data = PyUnicode_DATA(text);
+    (void)data;
+    Py_RETURN_NONE;
+}
+
+PyObject* make(PyObject*, PyObject*) { return ref_new(&RefType, nullptr, nullptr); }
+
+PyObject* width_of(PyObject*, PyObject* member) {
+    long value = PyLong_AsLong(member);
+    if (value == -1 && PyErr_Occurred())
+        return nullptr;
+    return PyLong_FromLong(value * 2);
+}
+
+PyGetSetDef ref_getset[] = {
+    {"size", get_size, nullptr, nullptr, nullptr},
+    {"name", get_name, nullptr, nullptr, nullptr},
+    {nullptr, nullptr, nullptr, nullptr, nullptr},
+};
+
+PyMethodDef ref_methods[] = {
+    {"write", write, METH_O, nullptr},
+    {"make", make, METH_NOARGS, nullptr},
+    {"width_of", width_of, METH_O | METH_STATIC, nullptr},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+PyModuleDef ref_module = {PyModuleDef_HEAD_INIT, "qrx_benchref", nullptr, -1, nullptr,
+                          nullptr, nullptr, nullptr, nullptr};
+
+}  // namespace
+
+PyMODINIT_FUNC PyInit_qrx_benchref() {
+    RefType.tp_name = "qrx_benchref.Ref";
+    RefType.tp_basicsize = sizeof(RefObject);
+    RefType.tp_flags = Py_TPFLAGS_DEFAULT;
+    RefType.tp_new = ref_new;
+    RefType.tp_dealloc = ref_dealloc;
+    RefType.tp_getset = ref_getset;
+    RefType.tp_methods = ref_methods;
+    if (PyType_Ready(&RefType) < 0)
+        return nullptr;
+    PyObject* module = PyModule_Create(&ref_module);
+    if (module != nullptr && PyModule_AddType(module, &RefType) < 0) {
+        Py_DECREF(module);
+        return nullptr;
+    }
+    return module;
+}
