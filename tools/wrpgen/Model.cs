@@ -8,7 +8,7 @@ public enum TypeKind { Unknown, Class, StaticClass, Struct, Enum, Interface, Del
 public enum ValueKind
 {
     Void, Bool, Char, SByte, Byte, Int16, UInt16, Int32, UInt32, Int64, UInt64, Single, Double,
-    String, Bytes, Class, Struct, Interface, Enum,
+    String, Bytes, Class, Struct, Interface, Enum, Stream,
 }
 
 /// <summary>A parameter or result type the runtime can carry; bound kinds name their type.</summary>
@@ -31,6 +31,7 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
         ValueKind.Double => "float64",
         ValueKind.String => "string",
         ValueKind.Bytes => "bytes",
+        ValueKind.Stream => "stream",
         ValueKind.Class => "class:" + Bound!.FullName,
         ValueKind.Struct => "struct:" + Bound!.FullName,
         ValueKind.Interface => "interface:" + Bound!.FullName,

@@ -15,6 +15,7 @@ public sealed class GeneratorException(string message) : Exception(message);
 public sealed class ModelBuilder
 {
     private const string ExternalInit = "System.Runtime.CompilerServices.IsExternalInit";
+    private const string StreamType = "System.IO.Stream";
 
     private readonly MetadataReader _reader;
     private readonly ReferenceResolver _resolver;
@@ -598,6 +599,9 @@ public sealed class ModelBuilder
                     ? $"{t.FullName} is not bound ({reason})"
                     : $"{t.FullName} is not public";
                 return null;
+            case SigKind.Named when t.FullName == StreamType:
+                // any stream crosses: a managed one by handle, a Python file object through the raw-I/O callbacks
+                return new CarriedType(ValueKind.Stream);
             case SigKind.Named:
                 var kind = _resolver.KindOf(t.Scope ?? "", t.Namespace, t.Name);
                 why = kind == TypeKind.Unknown

@@ -28,6 +28,7 @@ namespace Quorix.Folio
         public SaveOutputParameters Save(string fileName) => new SaveOutputParameters();
         public SaveOutputParameters Save(string fileName, SaveFormat saveFormat) => new SaveOutputParameters();
         public SaveOutputParameters Save(Stream stream, SaveFormat saveFormat) => new SaveOutputParameters();
+        public SaveOutputParameters Save(int[] pages) => new SaveOutputParameters();
         public SaveOutputParameters Save(string fileName, SaveOptions saveOptions) => new SaveOutputParameters();
 
         public bool IsHTMLDocument => false;
@@ -37,6 +38,8 @@ namespace Quorix.Folio
         public void Load(byte[] data) { }
         public byte[] ToBytes() => Array.Empty<byte>();
         public static Document FromText(string text) => new Document();
+        public Stream ToStream() => Stream.Null;
+        public MemoryStream ToMemoryStream() => new MemoryStream();
         public void Import(Node node) { }
 
         public T Find<T>() where T : Node => throw new NotSupportedException();
