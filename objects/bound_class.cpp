@@ -1,0 +1,85 @@
+#include "objects/bound_class.h"
+
+#include <cstring>
+
+#include "objects/handle_lookup.h"
+#include "objects/handle_release.h"
+#include "objects/wrap_handle.h"
+
+namespace {
+
+constexpr int32_t kTagPythonObject = 2;
+
+[[gnu::cold, gnu::noinline]] PyObject* fail_no_result() {
+    PyErr_SetString(PyExc_SystemError, "a managed call returned no object and raised no error");
+    return nullptr;
+}
+
+}  // namespace
+
+PyObject* PyShBound_Alloc(PyTypeObject* type) {
+    PyObject* self = type->tp_alloc(type, 0);
+    if (self != nullptr)
+        PyShBound_SetHandle(self, nullptr, HandleKind_Object);
+    return self;
+}
+
+int PyShBound_FailConv(const char* name, PyObject* obj) {
+    PyErr_Format(PyExc_TypeError, "can't build %s value from '%s'", name, Py_TYPE(obj)->tp_name);
+    return 0;
+}
+
+int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_name, void** out) {
+    if (obj == Py_None) {
+        *out = nullptr;
+        return 1;
+    }
+    if (!PyObject_TypeCheck(obj, type))
+        return PyShBound_FailConv(class_name, obj);
+    VariantArg found = {};
+    // An instance made by __new__ alone has no handle yet: it goes as NULL, as a receiver would.
+    *out = fn_conv_py_obj_to_clr_gen_not_null_handle(obj, &found) ? found.value : nullptr;
+    return 1;
+}
+
+PyObject* PyShBound_ConvClrToPy(void* handle, PyTypeObject* type, int32_t kind) {
+    PyObject* obj = fn_conv_clr_sealtp_to_py_sealtp(handle, type);
+    if (obj != nullptr && handle != nullptr)
+        reinterpret_cast<PySealTpObject*>(obj)->handle_kind = kind;
+    return obj;
+}
+
+PyObject* PyShBound_PassResult(PyObject* result) {
+    if (PyErr_Occurred()) {
+        Py_XDECREF(result);
+        return nullptr;
+    }
+    return result != nullptr ? result : fail_no_result();
+}
+
+PyObject* PyShBound_StaticValue(const VariantArg& value, PyTypeObject* type, int32_t kind) {
+    if (PyErr_Occurred()) {
+        if (value.tag == kTagPythonObject)
+            Py_XDECREF(static_cast<PyObject*>(value.value));
+        else
+            PyShWrp_FreeGcHandlePtr(value.value);
+        return nullptr;
+    }
+    if (value.tag == kTagPythonObject)
+        return value.value != nullptr ? static_cast<PyObject*>(value.value) : fail_no_result();
+    if (type == nullptr) {
+        PyShWrp_FreeGcHandlePtr(value.value);
+        return fail_no_result();
+    }
+    return PyShBound_ConvClrToPy(value.value, type, kind);
+}
+
+int PyShBound_RefuseDelete(PyObject* self, const char* name) {
+    // The simple name, as the interpreter shows a class: "Font", not "quorix.folio.Font".
+    const char* type_name = Py_TYPE(self)->tp_name;
+    if (const char* dot = std::strrchr(type_name, '.'))
+        type_name = dot + 1;
+    PyErr_Format(PyExc_AttributeError, "'%.100s' object does not support deletion of '%s' property", type_name,
+                 name);
+    return -1;
+}

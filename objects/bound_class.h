@@ -1,0 +1,46 @@
+// Helpers the generated class bindings share: instance creation, handle conversions in both
+// directions, results handed back by stubs, and the messages of refused operations.
+#pragma once
+
+#include <Python.h>
+#include <cstdint>
+
+#include "marshal/records.h"
+#include "objects/seal_object.h"
+
+// The receiver's handle, as stored inline (NULL for an instance never initialised).
+inline void* PyShBound_Handle(PyObject* self) {
+    return reinterpret_cast<PySealTpObject*>(self)->handle;
+}
+
+// Stores what a constructor stub returned into a fresh instance.
+inline void PyShBound_SetHandle(PyObject* self, void* handle, int32_t kind) {
+    auto* obj = reinterpret_cast<PySealTpObject*>(self);
+    obj->handle = handle;
+    obj->handle_kind = kind;
+}
+
+// tp_new of bound types: a new empty instance (handle NULL, kind 0), or NULL.
+PyObject* PyShBound_Alloc(PyTypeObject* type);
+
+// O& conversion of an argument typed as the bound type `type`: None gives NULL; an instance
+// of the type or a subtype gives its handle; anything else fails with TypeError
+// "can't build <class_name> value from '<type of obj>'". 1, or 0 with the error.
+int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_name, void** out);
+
+// 0 with the "can't build <name> value from '%s'" TypeError for `obj`.
+[[gnu::cold, gnu::noinline]] int PyShBound_FailConv(const char* name, PyObject* obj);
+
+// A new wrapper of `type` owning `handle` (kind as given), None for NULL, or NULL (handle freed).
+PyObject* PyShBound_ConvClrToPy(void* handle, PyTypeObject* type, int32_t kind);
+
+// The object result of a string or byte-array stub (a new reference): NULL when the stub
+// raised (the reference, if any, dropped), else the object.
+PyObject* PyShBound_PassResult(PyObject* result);
+
+// The finished value of a static attribute: a Python object (tag 2, owned) is returned,
+// a handle is wrapped as `type` (kind given); NULL with an error.
+PyObject* PyShBound_StaticValue(const VariantArg& value, PyTypeObject* type, int32_t kind);
+
+// -1 with AttributeError "'<type>' object does not support deletion of '<name>' property".
+[[gnu::cold, gnu::noinline]] int PyShBound_RefuseDelete(PyObject* self, const char* name);
