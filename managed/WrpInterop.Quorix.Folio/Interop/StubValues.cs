@@ -1,0 +1,65 @@
+namespace Quorix.WrpGen.Interop;
+
+/// <summary>
+/// Value crossings shared by the generated stubs, so that each stub stays one readable call.
+/// Python objects returned are new references, or zero with a Python error set.
+/// </summary>
+public static unsafe class StubValues
+{
+    private const int WriteTable = 1;
+    private const int WriteBool = 1, WriteLong = 2, WriteLongLong = 4, WriteULongLong = 5, WriteDouble = 6, WriteChar = 13;
+
+    /// <summary>
+    /// The stream a stream argument designates: a managed stream by handle (null for none) or a
+    /// new <see cref="PyFileStream"/> over a Python file, also handed out in <paramref name="owned"/>
+    /// so that the stub can flush it when the call returns.
+    /// </summary>
+    public static Stream? StreamOf(VariantArg* arg, out PyFileStream? owned)
+    {
+        owned = null;
+        switch (arg->Tag)
+        {
+            case VariantArg.TagHandle:
+                return arg->Value == IntPtr.Zero ? null : Handles.TargetAs<Stream>(arg->Value);
+            case VariantArg.TagPyObject:
+                owned = new PyFileStream(arg->Value);
+                return owned;
+            default:
+                throw new ArgumentException($"a value of variant kind {arg->Tag} is not a stream");
+        }
+    }
+
+    public static IntPtr None() => ((delegate* unmanaged<IntPtr>)PyRuntime.ObjApiCallbacks[0])();
+
+    public static IntPtr StrOrNone(string? text) => text is null ? None() : PyRuntime.NewPyString(text);
+
+    public static IntPtr BytesOrNone(byte[]? bytes) => bytes is null ? None() : PyRuntime.NewPyBytes(bytes);
+
+    public static IntPtr PyBool(bool value) => ((delegate* unmanaged<int, IntPtr>)Write(WriteBool))(value ? 1 : 0);
+
+    public static IntPtr PyInt(int value) => ((delegate* unmanaged<int, IntPtr>)Write(WriteLong))(value);
+
+    public static IntPtr PyInt(long value) => ((delegate* unmanaged<long, IntPtr>)Write(WriteLongLong))(value);
+
+    public static IntPtr PyInt(ulong value) => ((delegate* unmanaged<ulong, IntPtr>)Write(WriteULongLong))(value);
+
+    public static IntPtr PyFloat(double value) => ((delegate* unmanaged<double, IntPtr>)Write(WriteDouble))(value);
+
+    public static IntPtr PyChar(char value) => ((delegate* unmanaged<int, IntPtr>)Write(WriteChar))(value);
+
+    /// <summary>Fills a static attribute's result with a finished Python value (a new reference).</summary>
+    public static void SetPyValue(VariantArg* result, IntPtr pyObject)
+    {
+        result->Tag = VariantArg.TagPyObject;
+        result->Value = pyObject;
+    }
+
+    /// <summary>Fills a static attribute's result with a new handle of a managed object (zero for null).</summary>
+    public static void SetHandle(VariantArg* result, object? value)
+    {
+        result->Tag = VariantArg.TagHandle;
+        result->Value = Handles.New(value);
+    }
+
+    private static IntPtr Write(int slot) => ((IntPtr*)PyRuntime.StaticCallbacks[WriteTable])[slot];
+}
