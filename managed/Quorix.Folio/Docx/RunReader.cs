@@ -13,6 +13,22 @@ internal static class RunReader
     internal const char NoBreakHyphen = '\u001e';
     internal const char SoftHyphen = '\u001f';
 
+    /// <summary>Text content of a simple element; cheaper than the general content reader.</summary>
+    private static void ReadText(XmlReader r, StringBuilder text)
+    {
+        if (r.IsEmptyElement) { r.Read(); return; }
+        r.Read();
+        while (r.NodeType != XmlNodeType.EndElement)
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of run text.");
+            if (r.NodeType is XmlNodeType.Text or XmlNodeType.CDATA or XmlNodeType.SignificantWhitespace or XmlNodeType.Whitespace)
+                text.Append(r.Value);
+            else if (r.NodeType == XmlNodeType.Element) { r.Skip(); continue; }
+            r.Read();
+        }
+        r.Read();
+    }
+
     public static void ReadRun(XmlReader r, Paragraph p, ReadContext ctx)
     {
         var doc = ctx.Doc;
@@ -55,12 +71,12 @@ internal static class RunReader
                     break;
                 case "t":
                     if (inCode) { Flush(); inCode = false; }
-                    text.Append(r.ReadElementContentAsString());
+                    ReadText(r, text);
                     break;
                 case "instrText":
                     // Field code gets runs of its own, so the writer can tell code from result.
                     if (!inCode) { Flush(); inCode = true; }
-                    text.Append(r.ReadElementContentAsString());
+                    ReadText(r, text);
                     break;
                 case "tab":
                     text.Append('\t');
