@@ -2,9 +2,14 @@
 
 #include <cstring>
 
+#include "host/exchange_host.h"
+#include "module/ids.h"
+#include "module/pysh.h"
+#include "module/pysh_ref.h"
 #include "objects/handle_lookup.h"
 #include "objects/handle_release.h"
 #include "objects/wrap_handle.h"
+#include "objects/wrapper_slots.h"
 
 namespace {
 
@@ -22,6 +27,44 @@ PyObject* PyShBound_Alloc(PyTypeObject* type) {
     if (self != nullptr)
         PyShBound_SetHandle(self, nullptr, HandleKind_Object);
     return self;
+}
+
+void PyShBound_Attach(PyObject* self, void* handle, int32_t kind) {
+    auto* obj = reinterpret_cast<PySealTpObject*>(self);
+    void* old = obj->handle;
+    int32_t old_kind = obj->handle_kind;
+    PyShBound_SetHandle(self, handle, kind);
+    if (old != nullptr) {
+        const ExchangeHost& host = ExchangeHost::get_instance();
+        old_kind == HandleKind_Struct ? host.free_struct(old) : host.free_instance(old);
+    }
+}
+
+PyObject* PyShBound_WrapAsObject(void* handle) {
+    if (handle == nullptr)
+        Py_RETURN_NONE;
+    PyObject* const names[] = {PyWrpIdUcsO_Module_quorix_pyintro, PyWrpIdUcsO_Type_Object, nullptr};
+    PyShRef type(PyShImport_ImportTypeEx(names));
+    if (!type) {
+        PyShWrp_FreeGcHandlePtr(handle);
+        return nullptr;
+    }
+    return fn_conv_clr_sealtp_to_py_sealtp(handle, reinterpret_cast<PyTypeObject*>(type.get()));
+}
+
+void PyShBound_DescribeType(PyTypeObject* type, const char* tp_name, bool is_struct, PyMethodDef* methods,
+                            PyGetSetDef* getset, newfunc tp_new, initproc init) {
+    type->tp_name = tp_name;
+    type->tp_basicsize = sizeof(PySealTpObject);
+    type->tp_flags = Py_TPFLAGS_DEFAULT;
+    type->tp_dealloc = is_struct ? wrapClrStruct_tp_dealloc : wrapClrObject_tp_dealloc;
+    type->tp_hash = is_struct ? wrapClrStruct_tp_hash : wrapClrObject_tp_hash;
+    type->tp_richcompare = is_struct ? wrapClrStruct_tp_richcompare : wrapClrObject_tp_richcompare;
+    type->tp_str = is_struct ? wrapClrStruct_tp_str : wrapClrObject_tp_str;
+    type->tp_methods = methods;
+    type->tp_getset = getset;
+    type->tp_new = tp_new;
+    type->tp_init = init != nullptr ? init : wrapClrObject_tp_init_fault;
 }
 
 int PyShBound_FailConv(const char* name, PyObject* obj) {

@@ -20,6 +20,10 @@ inline void PyShBound_SetHandle(PyObject* self, void* handle, int32_t kind) {
     obj->handle_kind = kind;
 }
 
+// Binds a constructed instance to the handle a constructor stub returned; a handle the
+// instance held already (a second __init__) is freed first.
+void PyShBound_Attach(PyObject* self, void* handle, int32_t kind);
+
 // tp_new of bound types: a new empty instance (handle NULL, kind 0), or NULL.
 PyObject* PyShBound_Alloc(PyTypeObject* type);
 
@@ -33,6 +37,15 @@ int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_n
 
 // A new wrapper of `type` owning `handle` (kind as given), None for NULL, or NULL (handle freed).
 PyObject* PyShBound_ConvClrToPy(void* handle, PyTypeObject* type, int32_t kind);
+
+// A handle of a managed object of no bound type, wrapped as quorix.pyintro.Object; None
+// for NULL; NULL with an error (handle freed).
+PyObject* PyShBound_WrapAsObject(void* handle);
+
+// Fills the slots every bound class or structure type shares, before it is readied.
+// `init` NULL refuses construction ("type has no available constructor").
+void PyShBound_DescribeType(PyTypeObject* type, const char* tp_name, bool is_struct, PyMethodDef* methods,
+                            PyGetSetDef* getset, newfunc tp_new, initproc init);
 
 // The object result of a string or byte-array stub (a new reference): NULL when the stub
 // raised (the reference, if any, dropped), else the object.

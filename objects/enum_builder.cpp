@@ -66,6 +66,11 @@ int PyShEnum_ConvPyToClr(PyObject* obj, PyObject* type, const char* name, int32_
 PyObject* PyShEnum_FromPyLong(PyObject* type, PyObject* value) {
     if (value == nullptr)
         return nullptr;
+    if (type == nullptr) {
+        Py_DECREF(value);
+        PyErr_SetString(PyExc_TypeError, "the enumeration type is not initialized");
+        return nullptr;
+    }
     PyObject* member = PyObject_CallOneArg(type, value);
     Py_DECREF(value);
     return member;

@@ -31,6 +31,11 @@ bool PyHostTable::set_method_ptr(const HostEnvironment* host, const char* method
     return false;
 }
 
+void PyHostTable::bind_all(const PyHostStubSlot* stubs, size_t count) {
+    for (size_t i = 0; i < count && !is_not_valid_; ++i)
+        set_method_ptr(host_, stubs[i].name, stubs[i].slot);
+}
+
 PyHostState PyHostState_Build(const PyHostTable& table, std::initializer_list<PyHostValidityQuery> referenced) {
     PyHostState state;
     if (table.is_not_valid()) {

@@ -21,6 +21,12 @@ struct PyHostState {
 // filled when the type is unusable.
 using PyHostValidityQuery = bool (*)(std::string& message);
 
+// One stub of a table: its managed name and the slot it fills.
+struct PyHostStubSlot {
+    const char* name;
+    void** slot;
+};
+
 class PyHostTable {
 public:
     bool is_not_valid() const { return is_not_valid_; }
@@ -38,6 +44,8 @@ protected:
     const HostEnvironment* host() const { return host_; }
     // True with *slot bound; false with the table marked invalid and its error text set.
     bool set_method_ptr(const HostEnvironment* host, const char* method_name, void** slot);
+    // Binds the stubs in order, stopping at the first failure.
+    void bind_all(const PyHostStubSlot* stubs, size_t count);
 
 private:
     const char* assembly_;

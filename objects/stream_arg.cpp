@@ -1,0 +1,70 @@
+#include "objects/stream_arg.h"
+
+#include <initializer_list>
+
+#include "marshal/conv_errors.h"
+#include "module/ids.h"
+#include "module/pysh.h"
+#include "objects/handle_lookup.h"
+
+namespace {
+
+constexpr int32_t kTagPythonObject = 2;
+
+// The file classes a Python stream argument may be, imported once; NULL entries are types
+// that could not be imported (quorix.pyfund is optional).
+struct FileTypes {
+    PyObject* raw;
+    PyObject* buffered;
+    PyObject* bytes_as_stream;
+};
+
+PyObject* import_or_null(PyObject* module, PyObject* name) {
+    PyObject* type = PyShImport_ImportType(module, name);
+    if (type == nullptr)
+        PyErr_Clear();
+    return type;
+}
+
+const FileTypes& file_types() {
+    // The references are kept for the life of the process.
+    static const FileTypes types = {
+        import_or_null(PyWrpIdModuleName_Io, PyWrpIdTypeName_RawIOBase),
+        import_or_null(PyWrpIdModuleName_Io, PyWrpIdTypeName_BufferedIOBase),
+        import_or_null(PyWrpIdModuleName_QuorixPyFund, PyWrpIdTypeName_BytesAsStream),
+    };
+    return types;
+}
+
+// 1 when `obj` is an instance of `type`, 0 if not (or no such type), -1 on error.
+int is_instance(PyObject* obj, PyObject* type) {
+    return type == nullptr ? 0 : PyObject_IsInstance(obj, type);
+}
+
+}  // namespace
+
+int fn_conv_py_stream_to_clr_stream(PyObject* obj, VariantArg* out) {
+    if (obj == Py_None) {
+        out->tag = 0;
+        out->value = nullptr;
+        return 1;
+    }
+    void* handle = nullptr;
+    if (fn_conv_py_obj_to_clr_refobj_not_null_handle(obj, &handle)) {
+        out->tag = 0;
+        out->value = handle;
+        return 1;
+    }
+    const FileTypes& types = file_types();
+    for (PyObject* type : {types.raw, types.buffered, types.bytes_as_stream}) {
+        int found = is_instance(obj, type);
+        if (found < 0)
+            return 0;
+        if (found) {
+            out->tag = kTagPythonObject;
+            out->value = obj;
+            return 1;
+        }
+    }
+    return marshal_fail_typename(PyExc_TypeError, "can't build Stream value from '%s'", obj);
+}

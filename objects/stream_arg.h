@@ -1,0 +1,12 @@
+// Arguments typed as a managed stream: a bound managed stream goes as its handle, a Python
+// binary file object as itself (the managed side reads and writes it through callbacks).
+#pragma once
+
+#include <Python.h>
+
+#include "marshal/records.h"
+
+// None: tag 0, NULL. A wrapper of a managed object: tag 0 with its handle. An instance of
+// io.RawIOBase, io.BufferedIOBase or quorix.pyfund.BytesAsStream: tag 2, borrowed for the
+// call. Anything else: TypeError "can't build Stream value from '%s'". 1, or 0 with an error.
+int fn_conv_py_stream_to_clr_stream(PyObject* obj, VariantArg* out);
