@@ -31,6 +31,11 @@ public static class Program
     /// <summary>Runs one command; bad input throws <see cref="GeneratorException"/>.</summary>
     public static int Run(string[] args, TextWriter log)
     {
+        switch (args.FirstOrDefault())
+        {
+            case EmitCsCommand.Name: return EmitCsCommand.Run(args, log);
+            case EmitCppCommand.Name: return EmitCppCommand.Run(args, log);
+        }
         var options = Options.Parse(args);
         var model = ModelBuilder.Build(options.Assembly, options.Root, options.Module, options.References);
         ModelWriter.WriteFile(options.Out, ModelWriter.Model(model));

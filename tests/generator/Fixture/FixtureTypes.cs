@@ -90,6 +90,8 @@ namespace Quorix.Folio
         public Run(DocumentBase doc, string text) { }
         public override NodeType NodeType => NodeType.Run;
         public string Text { get; set; } = "";
+        // parameter names that generated stubs also use for their own locals
+        public void Apply(int self, int result, string target, bool e, Stream arg0) { }
     }
 
     public enum NodeType
