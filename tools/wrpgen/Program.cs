@@ -34,6 +34,7 @@ public static class Program
         switch (args.FirstOrDefault())
         {
             case EmitCsCommand.Name: return EmitCsCommand.Run(args, log);
+            case EmitCppCommand.Name: return EmitCppCommand.Run(args, log);
         }
         var options = Options.Parse(args);
         var model = ModelBuilder.Build(options.Assembly, options.Root, options.Module, options.References);
