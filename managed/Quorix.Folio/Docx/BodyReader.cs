@@ -15,7 +15,7 @@ internal static class BodyReader
     public static void ReadDocument(Document doc, ReadContext ctx)
     {
         using var r = DocxReader.Open(ctx.Pkg.Get(ctx.Part)!);
-        doc.Docx.Roots[ctx.Part] = DocxReader.Root(r, "document", ctx.Part);
+        doc.Docx.Roots[ctx.Part] = ctx.Root = DocxReader.Root(r, "document", ctx.Part);
         var headerCache = new Dictionary<string, HeaderFooter>(StringComparer.OrdinalIgnoreCase);
         bool sawBody = false;
         if (r.IsEmptyElement) throw new FileCorruptedException("The document part has no body.");
@@ -49,29 +49,35 @@ internal static class BodyReader
         int depth = r.Depth;
         r.Read();
         PropBag? finalSectPr = null;
+        List<PropElement.Attr>? finalAttrs = null;
         while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
         {
             if (r.EOF) throw new XmlException("Unexpected end of the body.");
             if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
             if (r.NamespaceURI == Ns.W && r.LocalName == "p")
             {
-                var p = ReadParagraph(r, ctx, out var sectPr);
+                var p = ReadParagraph(r, ctx, out var sectPr, out var sectAttrs);
                 body.LinkLast(p);
                 if (sectPr != null)
                 {
-                    FinishSection(doc, body, sectPr, ctx, headers);
+                    FinishSection(doc, body, sectPr, ctx, headers).XAttrs = sectAttrs;
                     body = new Body(doc);
                 }
             }
             else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") body.LinkLast(ReadTable(r, ctx));
-            else if (r.NamespaceURI == Ns.W && r.LocalName == "sectPr") finalSectPr = PropBag.Read(r, PropOrder.Section);
-            else body.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Block));
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "sectPr")
+            {
+                var e = PropElement.Read(r);
+                finalAttrs = e.Attrs;
+                finalSectPr = new PropBag(PropOrder.Section, e.Children ?? new List<PropElement>());
+            }
+            else body.LinkLast(Opaque(r, ctx, OpaqueKind.Block));
         }
         r.Read();
-        FinishSection(doc, body, finalSectPr ?? new PropBag(PropOrder.Section), ctx, headers);
+        FinishSection(doc, body, finalSectPr ?? new PropBag(PropOrder.Section), ctx, headers).XAttrs = finalAttrs;
     }
 
-    private static void FinishSection(Document doc, Body body, PropBag sectPr, ReadContext ctx, Dictionary<string, HeaderFooter> headers)
+    private static Section FinishSection(Document doc, Body body, PropBag sectPr, ReadContext ctx, Dictionary<string, HeaderFooter> headers)
     {
         var section = new Section(doc, sectPr);
         doc.LinkLast(section);
@@ -98,6 +104,7 @@ internal static class BodyReader
             proto.CloneChildrenInto(copy, doc);
             section.LinkLast(copy);
         }
+        return section;
     }
 
     private static HeaderFooter? ReadHeaderFooter(Document doc, ReadContext parent, string part, HeaderFooterType type)
@@ -107,7 +114,7 @@ internal static class BodyReader
         var ctx = new ReadContext(doc, parent.Pkg, part, parent.Notes);
         using var r = DocxReader.Open(bytes);
         bool header = type is HeaderFooterType.HeaderPrimary or HeaderFooterType.HeaderFirst or HeaderFooterType.HeaderEven;
-        doc.Docx.Roots[part] = DocxReader.Root(r, header ? "hdr" : "ftr", part);
+        doc.Docx.Roots[part] = ctx.Root = DocxReader.Root(r, header ? "hdr" : "ftr", part);
         var hf = new HeaderFooter(doc, type) { PartName = part };
         ReadBlocks(r, hf, ctx);
         return hf;
@@ -125,15 +132,17 @@ internal static class BodyReader
             if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
             if (r.NamespaceURI == Ns.W && r.LocalName == "p") container.LinkLast(ReadParagraph(r, ctx, out _));
             else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") container.LinkLast(ReadTable(r, ctx));
-            else container.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Block));
+            else container.LinkLast(Opaque(r, ctx, OpaqueKind.Block));
         }
         r.Read();
     }
 
-    public static OpaqueNode Opaque(XmlReader r, DocumentBase doc, OpaqueKind kind, PropBag? rPr = null)
+    public static OpaqueNode Opaque(XmlReader r, ReadContext ctx, OpaqueKind kind, PropBag? rPr = null)
     {
+        // The text is taken while the fragment still declares everything it uses.
         var xml = r.ReadOuterXml();
-        return new OpaqueNode(doc, kind, xml, rPr, VisibleText(xml));
+        var text = VisibleText(xml);
+        return new OpaqueNode(ctx.Doc, kind, RawXml.DropRootDeclarations(xml, ctx.Root), rPr, text);
     }
 
     // Inserted runs and content controls still show text; deleted text does not.
@@ -156,10 +165,13 @@ internal static class BodyReader
         return sb.ToString();
     }
 
-    public static Paragraph ReadParagraph(XmlReader r, ReadContext ctx, out PropBag? sectPr)
+    public static Paragraph ReadParagraph(XmlReader r, ReadContext ctx, out PropBag? sectPr) => ReadParagraph(r, ctx, out sectPr, out _);
+
+    public static Paragraph ReadParagraph(XmlReader r, ReadContext ctx, out PropBag? sectPr, out List<PropElement.Attr>? sectAttrs)
     {
         sectPr = null;
-        var p = new Paragraph(ctx.Doc, new PropBag(PropOrder.Paragraph));
+        sectAttrs = null;
+        var p = new Paragraph(ctx.Doc, new PropBag(PropOrder.Paragraph)) { XAttrs = PropElement.ReadAttrs(r) };
         if (r.IsEmptyElement) { r.Read(); return p; }
         int depth = r.Depth;
         r.Read();
@@ -175,6 +187,7 @@ internal static class BodyReader
                 {
                     p.PPr.Remove("sectPr");
                     sectPr = new PropBag(PropOrder.Section, sp.Children ?? new List<PropElement>());
+                    sectAttrs = sp.Attrs;
                 }
                 continue;
             }
@@ -189,7 +202,7 @@ internal static class BodyReader
     {
         if (r.NamespaceURI != Ns.W)
         {
-            p.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Inline));
+            p.LinkLast(Opaque(r, ctx, OpaqueKind.Inline));
             return;
         }
         switch (r.LocalName)
@@ -231,7 +244,7 @@ internal static class BodyReader
                 return;
             }
         }
-        p.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Inline));
+        p.LinkLast(Opaque(r, ctx, OpaqueKind.Inline));
     }
 
     // A link element becomes the field a word processor would build for it, so both kinds look alike.
@@ -245,7 +258,7 @@ internal static class BodyReader
         else if (anchor != null) code = $"HYPERLINK \\l \"{anchor}\"";
         if (code == null || r.IsEmptyElement)
         {
-            if (code == null) { p.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Inline)); return; }
+            if (code == null) { p.LinkLast(Opaque(r, ctx, OpaqueKind.Inline)); return; }
             r.Read();
             return;
         }
@@ -305,7 +318,7 @@ internal static class BodyReader
                     if (c.Local == "gridCol") t.Grid.Add(Units.ParseInt(c.Get("w")) ?? 0);
             }
             else if (r.NamespaceURI == Ns.W && r.LocalName == "tr") t.LinkLast(ReadRow(r, ctx));
-            else t.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Block));
+            else t.LinkLast(Opaque(r, ctx, OpaqueKind.Block));
         }
         r.Read();
         if (tblPr != null) t.TblPr.MergeFrom(tblPr);
@@ -316,6 +329,7 @@ internal static class BodyReader
     {
         PropBag? trPr = null, ex = null;
         var cells = new List<Node>();
+        var attrs = PropElement.ReadAttrs(r);
         if (!r.IsEmptyElement)
         {
             int depth = r.Depth;
@@ -338,11 +352,11 @@ internal static class BodyReader
                         cells.Add(filler);
                     }
                 }
-                else cells.Add(Opaque(r, ctx.Doc, OpaqueKind.Block));
+                else cells.Add(Opaque(r, ctx, OpaqueKind.Block));
             }
         }
         r.Read();
-        var row = new Row(ctx.Doc, trPr ?? new PropBag(PropOrder.TableRow)) { TblPrEx = ex };
+        var row = new Row(ctx.Doc, trPr ?? new PropBag(PropOrder.TableRow)) { TblPrEx = ex, XAttrs = attrs };
         foreach (var c in cells) row.LinkLast(c);
         return row;
     }
@@ -379,7 +393,7 @@ internal static class BodyReader
             }
             else if (r.NamespaceURI == Ns.W && r.LocalName == "p") cell.LinkLast(ReadParagraph(r, ctx, out _));
             else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") cell.LinkLast(ReadTable(r, ctx));
-            else cell.LinkLast(Opaque(r, ctx.Doc, OpaqueKind.Block));
+            else cell.LinkLast(Opaque(r, ctx, OpaqueKind.Block));
         }
         r.Read();
         return cell;

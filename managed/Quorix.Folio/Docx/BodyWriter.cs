@@ -46,6 +46,7 @@ internal static class BodyWriter
     public static void WriteParagraph(XmlWriter w, Paragraph p, PartWriter pw, Action<XmlWriter>? sectPr, Action<XmlWriter>? prefix = null)
     {
         w.WriteStartElement("p", Ns.W);
+        PropElement.WriteAttrs(w, p.XAttrs);
         if (p.PPr.Count > 0 || sectPr != null)
         {
             w.WriteStartElement("pPr", Ns.W);
@@ -69,7 +70,7 @@ internal static class BodyWriter
         switch (n)
         {
             case Run r:
-                WriteRun(w, r.RPr, r.Text, pw.InFieldCode);
+                WriteRun(w, r.RPr, r.Text, pw.InFieldCode, r.XAttrs);
                 break;
             case FieldStart fs:
                 StartRun(w, fs.RPr);
@@ -185,9 +186,11 @@ internal static class BodyWriter
         w.WriteEndElement();
     }
 
-    public static void WriteRun(XmlWriter w, PropBag rPr, string text, bool code)
+    public static void WriteRun(XmlWriter w, PropBag rPr, string text, bool code, List<PropElement.Attr>? attrs = null)
     {
-        StartRun(w, rPr);
+        w.WriteStartElement("r", Ns.W);
+        PropElement.WriteAttrs(w, attrs);
+        rPr.Write(w, "rPr");
         WriteText(w, text, code);
         w.WriteEndElement();
     }
@@ -293,6 +296,7 @@ internal static class BodyWriter
     private static void WriteRow(XmlWriter w, Row row, PartWriter pw)
     {
         w.WriteStartElement("tr", Ns.W);
+        PropElement.WriteAttrs(w, row.XAttrs);
         row.TblPrEx?.Write(w, "tblPrEx");
         row.TrPr.Write(w, "trPr");
         bool any = false;

@@ -16,6 +16,7 @@ internal sealed class DocxState
         foreach (var kv in Roots) c.Roots[kv.Key] = kv.Value;
         c.FootnoteSpecials.AddRange(FootnoteSpecials.Select(e => e.Clone()));
         c.EndnoteSpecials.AddRange(EndnoteSpecials.Select(e => e.Clone()));
+        c.BodyTail = BodyTail?.Clone();
         return c;
     }
 }

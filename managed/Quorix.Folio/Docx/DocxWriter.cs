@@ -33,10 +33,13 @@ internal static class DocxWriter
 
         // Parts the model regenerates: forget the old ones, keeping header relationships for reuse.
         var oldPartRels = new Dictionary<string, List<Relationship>>(StringComparer.OrdinalIgnoreCase);
+        // Identifiers of the regenerated parts' relationships, reused so that saving twice gives the same file.
+        var oldIds = new Dictionary<string, string>(StringComparer.OrdinalIgnoreCase);
         foreach (var rel in mainRels.Rels.Where(r => Owned.Contains(r.Type) && !r.External).ToList())
         {
             var part = OpcPackage.Resolve(main, rel.Target);
             oldPartRels[part] = pkg.RelsOf(part, DocxReader.Settings);
+            oldIds[part] = rel.Id;
             RemovePart(pkg, part);
             mainRels.Rels.Remove(rel);
         }
@@ -56,7 +59,7 @@ internal static class DocxWriter
                     ? hf.PartName
                     : NewPartName(pkg, usedHeaderParts, hf.IsHeader ? "word/header" : "word/footer");
                 usedHeaderParts.Add(part);
-                var relId = mainRels.Add(hf.IsHeader ? Ns.RelHeader : Ns.RelFooter, DrawingWriter.Relative(main, part));
+                var relId = mainRels.Add(hf.IsHeader ? Ns.RelHeader : Ns.RelFooter, DrawingWriter.Relative(main, part), false, oldIds.GetValueOrDefault(part));
                 headerParts.Add((hf, part, relId));
             }
         }
@@ -71,7 +74,7 @@ internal static class DocxWriter
             var pw = new PartWriter(state, scope);
             pkg.Parts[part] = Render(w =>
             {
-                RootInfo.WriteStart(w, hf.IsHeader ? "hdr" : "ftr", doc.Docx.Roots.GetValueOrDefault(hf.PartName ?? ""));
+                RootInfo.WriteStart(w, hf.IsHeader ? "hdr" : "ftr", RootFor(doc, hf.PartName));
                 BodyWriter.WriteBlocks(w, hf, pw);
                 w.WriteEndElement();
             });
@@ -80,10 +83,10 @@ internal static class DocxWriter
         }
 
         if (state.Footnotes.Count > 0 || doc.Docx.FootnoteSpecials.Count > 0)
-            NotesPart(pkg, state, mainRels, oldPartRels, false);
+            NotesPart(pkg, state, mainRels, oldPartRels, oldIds, false);
         if (state.Endnotes.Count > 0 || doc.Docx.EndnoteSpecials.Count > 0)
-            NotesPart(pkg, state, mainRels, oldPartRels, true);
-        if (state.Comments.Count > 0) CommentsPart(pkg, state, mainRels, oldPartRels);
+            NotesPart(pkg, state, mainRels, oldPartRels, oldIds, true);
+        if (state.Comments.Count > 0) CommentsPart(pkg, state, mainRels, oldPartRels, oldIds);
 
         var stylesPart = PartOf(mainRels, main, Ns.RelStyles) ?? AddPart(mainRels, main, Ns.RelStyles, "word/styles.xml");
         pkg.Parts[stylesPart] = Render(w => StylesPart(w, doc, stylesPart));
@@ -107,6 +110,14 @@ internal static class DocxWriter
         pkg.Defaults.TryAdd("xml", "application/xml");
         pkg.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, pkg));
         Zip(pkg, output, options.CompressionLevel);
+    }
+
+    /// <summary>The root a part was read with; new parts take the main document's, whose prefixes
+    /// the markup copied between parts may use.</summary>
+    private static RootInfo? RootFor(Document doc, string? part)
+    {
+        if (part != null && doc.Docx.Roots.TryGetValue(part, out var info)) return info;
+        return doc.MainPartName != null ? doc.Docx.Roots.GetValueOrDefault(doc.MainPartName) : null;
     }
 
     private static int NextId(List<PropElement> specials)
@@ -228,6 +239,7 @@ internal static class DocxWriter
     private static void SectPr(XmlWriter w, Section s, Dictionary<HeaderFooter, string> hfRelIds)
     {
         w.WriteStartElement("sectPr", Ns.W);
+        PropElement.WriteAttrs(w, s.XAttrs);
         foreach (HeaderFooter hf in s.HeadersFooters)
         {
             if (!hfRelIds.TryGetValue(hf, out var id)) continue;
@@ -240,13 +252,14 @@ internal static class DocxWriter
         w.WriteEndElement();
     }
 
-    private static void NotesPart(OpcPackage pkg, SaveState state, RelScope mainRels, Dictionary<string, List<Relationship>> old, bool endnotes)
+    private static void NotesPart(OpcPackage pkg, SaveState state, RelScope mainRels, Dictionary<string, List<Relationship>> old,
+        Dictionary<string, string> oldIds, bool endnotes)
     {
         var doc = state.Doc;
         var main = mainRels.Part;
         var previous = old.Keys.FirstOrDefault(k => k.EndsWith(endnotes ? "endnotes.xml" : "footnotes.xml", StringComparison.OrdinalIgnoreCase));
         var part = previous ?? (endnotes ? "word/endnotes.xml" : "word/footnotes.xml");
-        mainRels.Add(endnotes ? Ns.RelEndnotes : Ns.RelFootnotes, DrawingWriter.Relative(main, part));
+        mainRels.Add(endnotes ? Ns.RelEndnotes : Ns.RelFootnotes, DrawingWriter.Relative(main, part), false, oldIds.GetValueOrDefault(part));
         var scope = new RelScope(part, previous != null ? old[previous] : new List<Relationship>());
         var pw = new PartWriter(state, scope);
         var specials = endnotes ? doc.Docx.EndnoteSpecials : doc.Docx.FootnoteSpecials;
@@ -255,7 +268,7 @@ internal static class DocxWriter
         var refStyle = doc.Styles.FindById(endnotes ? "EndnoteReference" : "FootnoteReference")?.StyleId;
         pkg.Parts[part] = Render(w =>
         {
-            RootInfo.WriteStart(w, endnotes ? "endnotes" : "footnotes", doc.Docx.Roots.GetValueOrDefault(part));
+            RootInfo.WriteStart(w, endnotes ? "endnotes" : "footnotes", RootFor(doc, part));
             foreach (var e in specials) e.Write(w);
             // Notes met while writing notes (rare nesting) are appended as the list grows.
             for (int i = 0; i < list.Count; i++)
@@ -302,18 +315,19 @@ internal static class DocxWriter
         w.WriteEndElement();
     }
 
-    private static void CommentsPart(OpcPackage pkg, SaveState state, RelScope mainRels, Dictionary<string, List<Relationship>> old)
+    private static void CommentsPart(OpcPackage pkg, SaveState state, RelScope mainRels, Dictionary<string, List<Relationship>> old,
+        Dictionary<string, string> oldIds)
     {
         var doc = state.Doc;
         var previous = old.Keys.FirstOrDefault(k => k.EndsWith("comments.xml", StringComparison.OrdinalIgnoreCase));
         var part = previous ?? "word/comments.xml";
-        mainRels.Add(Ns.RelComments, DrawingWriter.Relative(mainRels.Part, part));
+        mainRels.Add(Ns.RelComments, DrawingWriter.Relative(mainRels.Part, part), false, oldIds.GetValueOrDefault(part));
         var scope = new RelScope(part, previous != null ? old[previous] : new List<Relationship>());
         var pw = new PartWriter(state, scope);
         var refStyle = doc.Styles.FindById("CommentReference")?.StyleId;
         pkg.Parts[part] = Render(w =>
         {
-            RootInfo.WriteStart(w, "comments", doc.Docx.Roots.GetValueOrDefault(part));
+            RootInfo.WriteStart(w, "comments", RootFor(doc, part));
             foreach (var c in state.Comments)
             {
                 w.WriteStartElement("comment", Ns.W);
@@ -333,7 +347,7 @@ internal static class DocxWriter
 
     private static void StylesPart(XmlWriter w, Document doc, string part)
     {
-        RootInfo.WriteStart(w, "styles", doc.Docx.Roots.GetValueOrDefault(part));
+        RootInfo.WriteStart(w, "styles", RootFor(doc, part));
         foreach (var e in doc.Styles.Head) e.Write(w);
         foreach (var s in doc.Styles.All) s.Element.Write(w);
         w.WriteEndElement();
@@ -341,7 +355,7 @@ internal static class DocxWriter
 
     private static void NumberingPart(XmlWriter w, Document doc, string part)
     {
-        RootInfo.WriteStart(w, "numbering", doc.Docx.Roots.GetValueOrDefault(part));
+        RootInfo.WriteStart(w, "numbering", RootFor(doc, part));
         foreach (var e in doc.Lists.Head) e.Write(w);
         foreach (var e in doc.Lists.Abstracts) e.Write(w);
         foreach (var l in doc.Lists.Lists) l.Num.Write(w);
@@ -352,14 +366,15 @@ internal static class DocxWriter
     private static void ContentTypes(XmlWriter w, OpcPackage pkg)
     {
         w.WriteStartElement("Types", Ns.ContentTypes);
-        foreach (var (ext, ct) in pkg.Defaults)
+        foreach (var (ext, ct) in pkg.Defaults.OrderBy(kv => kv.Key, StringComparer.Ordinal))
         {
             w.WriteStartElement("Default", Ns.ContentTypes);
             w.WriteAttributeString("Extension", ext);
             w.WriteAttributeString("ContentType", ct);
             w.WriteEndElement();
         }
-        foreach (var (part, ct) in pkg.Overrides)
+        // Sorted, so that the same package always gives the same bytes.
+        foreach (var (part, ct) in pkg.Overrides.OrderBy(kv => kv.Key, StringComparer.Ordinal))
         {
             if (!pkg.Parts.ContainsKey(part.TrimStart('/'))) continue;
             w.WriteStartElement("Override", Ns.ContentTypes);

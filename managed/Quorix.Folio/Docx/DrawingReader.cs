@@ -38,7 +38,7 @@ internal static class DrawingReader
         var bytes = ctx.Target(embed);
         if (bytes != null) shape.ImageData.Load(bytes);
         shape.SetSizeNoReset(cx / EmuPerPoint, cy / EmuPerPoint);
-        shape.RawXml = xml;
+        shape.RawXml = RawXml.DropRootDeclarations(xml, ctx.Root);
         shape.RelId = embed;
         return shape;
     }

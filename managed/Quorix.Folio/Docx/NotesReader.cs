@@ -15,7 +15,7 @@ internal static class NotesReader
         if (bytes == null) return;
         var ctx = new ReadContext(doc, pkg, part, notes);
         using var r = DocxReader.Open(bytes);
-        doc.Docx.Roots[part] = DocxReader.Root(r, endnotes ? "endnotes" : "footnotes", part);
+        doc.Docx.Roots[part] = ctx.Root = DocxReader.Root(r, endnotes ? "endnotes" : "footnotes", part);
         if (r.IsEmptyElement) return;
         int depth = r.Depth;
         r.Read();
@@ -43,7 +43,7 @@ internal static class NotesReader
         if (bytes == null) return;
         var ctx = new ReadContext(doc, pkg, part, notes);
         using var r = DocxReader.Open(bytes);
-        doc.Docx.Roots[part] = DocxReader.Root(r, "comments", part);
+        doc.Docx.Roots[part] = ctx.Root = DocxReader.Root(r, "comments", part);
         if (r.IsEmptyElement) return;
         int depth = r.Depth;
         r.Read();

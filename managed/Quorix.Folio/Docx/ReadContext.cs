@@ -13,6 +13,7 @@ internal sealed class ReadContext
     public readonly Dictionary<string, Relationship> Rels;
     public readonly Dictionary<string, string> BookmarkNames = new();
     public readonly SharedNotes Notes;
+    public RootInfo? Root;
 
     public ReadContext(Document doc, OpcPackage pkg, string part, SharedNotes notes)
     {

@@ -34,6 +34,7 @@ internal static class RunReader
         var doc = ctx.Doc;
         PropBag rPr = new(PropOrder.Run);
         bool emitted = false;
+        var attrs = PropElement.ReadAttrs(r);
         var text = new StringBuilder();
         bool inCode = false;
 
@@ -47,11 +48,13 @@ internal static class RunReader
         void Flush()
         {
             if (text.Length == 0) return;
-            p.LinkLast(new Run(doc, text.ToString(), Props()));
+            var run = new Run(doc, text.ToString(), Props());
+            if (attrs != null) { run.XAttrs = attrs; attrs = null; }
+            p.LinkLast(run);
             text.Clear();
         }
 
-        if (r.IsEmptyElement) { r.Read(); p.LinkLast(new Run(doc, "", rPr)); return; }
+        if (r.IsEmptyElement) { r.Read(); p.LinkLast(new Run(doc, "", rPr) { XAttrs = attrs }); return; }
         int depth = r.Depth;
         r.Read();
         while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
@@ -61,7 +64,7 @@ internal static class RunReader
             if (r.NamespaceURI != Ns.W)
             {
                 Flush();
-                p.LinkLast(BodyReader.Opaque(r, doc, OpaqueKind.RunContent, Props()));
+                p.LinkLast(BodyReader.Opaque(r, ctx, OpaqueKind.RunContent, Props()));
                 continue;
             }
             switch (r.LocalName)
@@ -141,7 +144,7 @@ internal static class RunReader
                         p.LinkLast(note);
                         r.Skip();
                     }
-                    else p.LinkLast(BodyReader.Opaque(r, doc, OpaqueKind.RunContent, Props()));
+                    else p.LinkLast(BodyReader.Opaque(r, ctx, OpaqueKind.RunContent, Props()));
                     break;
                 }
                 case "commentReference":
@@ -154,14 +157,15 @@ internal static class RunReader
                         p.LinkLast(comment);
                         r.Skip();
                     }
-                    else p.LinkLast(BodyReader.Opaque(r, doc, OpaqueKind.RunContent, Props()));
+                    else p.LinkLast(BodyReader.Opaque(r, ctx, OpaqueKind.RunContent, Props()));
                     break;
                 }
                 case "drawing":
                 {
                     Flush();
-                    var xml = r.ReadOuterXml();
-                    var shape = DrawingReader.TryPicture(xml, ctx);
+                    var full = r.ReadOuterXml();
+                    var xml = RawXml.DropRootDeclarations(full, ctx.Root);
+                    var shape = DrawingReader.TryPicture(full, ctx);
                     if (shape != null)
                     {
                         shape.RPr = Props();
@@ -172,12 +176,12 @@ internal static class RunReader
                 }
                 default:
                     Flush();
-                    p.LinkLast(BodyReader.Opaque(r, doc, OpaqueKind.RunContent, Props()));
+                    p.LinkLast(BodyReader.Opaque(r, ctx, OpaqueKind.RunContent, Props()));
                     break;
             }
         }
         r.Read();
         Flush();
-        if (!emitted) p.LinkLast(new Run(doc, "", rPr));
+        if (!emitted) p.LinkLast(new Run(doc, "", rPr) { XAttrs = attrs });
     }
 }

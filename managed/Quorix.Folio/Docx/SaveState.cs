@@ -22,8 +22,14 @@ internal sealed class RelScope
             if (r.Id.StartsWith("rId", StringComparison.Ordinal) && int.TryParse(r.Id.AsSpan(3), out var n)) next = Math.Max(next, n);
     }
 
-    public string Add(string type, string target, bool external = false)
+    public string Add(string type, string target, bool external = false, string? preferredId = null)
     {
+        if (preferredId != null && !Has(preferredId))
+        {
+            Rels.Add(new Relationship { Id = preferredId, Type = type, Target = target, External = external });
+            Dirty = true;
+            return preferredId;
+        }
         var id = "rId" + (++next);
         while (Rels.Exists(r => r.Id == id)) id = "rId" + (++next);
         Rels.Add(new Relationship { Id = id, Type = type, Target = target, External = external });

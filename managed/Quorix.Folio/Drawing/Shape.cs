@@ -99,7 +99,7 @@ public sealed class Shape : ShapeBase
         };
         s.imageData.CopyFrom(imageData);
         // The raw drawing names a relationship of this document only.
-        if (target == doc) { s.RawXml = RawXml; s.RelId = RelId; }
+        if (target?.SharesPackageWith(doc) == true) { s.RawXml = RawXml; s.RelId = RelId; }
         return s;
     }
 }

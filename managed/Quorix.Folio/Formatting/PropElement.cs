@@ -22,6 +22,30 @@ internal sealed class PropElement
         Ns = ns;
     }
 
+    /// <summary>The attributes of the element the reader stands on, declarations excepted; null when none.</summary>
+    public static List<Attr>? ReadAttrs(XmlReader r)
+    {
+        if (!r.HasAttributes) return null;
+        List<Attr>? list = null;
+        while (r.MoveToNextAttribute())
+        {
+            if (r.NamespaceURI == Docx.Ns.Xmlns) continue;
+            (list ??= new List<Attr>(r.AttributeCount)).Add(new Attr(r.NamespaceURI, r.LocalName, r.Value, r.NamespaceURI is "" or Docx.Ns.W ? null : r.Prefix));
+        }
+        r.MoveToElement();
+        return list;
+    }
+
+    public static void WriteAttrs(XmlWriter w, List<Attr>? attrs)
+    {
+        if (attrs == null) return;
+        foreach (var a in attrs)
+        {
+            if (a.Prefix != null && a.Ns.Length > 0) w.WriteAttributeString(a.Prefix, a.Local, a.Ns, a.Value);
+            else w.WriteAttributeString(a.Local, a.Ns.Length == 0 ? null : a.Ns, a.Value);
+        }
+    }
+
     public string? Get(string local, string ns = Docx.Ns.W)
     {
         if (Attrs == null) return null;
@@ -108,12 +132,7 @@ internal sealed class PropElement
     {
         if (Prefix != null) w.WriteStartElement(Prefix, Local, Ns);
         else w.WriteStartElement(Local, Ns);
-        if (Attrs != null)
-            foreach (var a in Attrs)
-            {
-                if (a.Prefix != null && a.Ns.Length > 0) w.WriteAttributeString(a.Prefix, a.Local, a.Ns, a.Value);
-                else w.WriteAttributeString(a.Local, a.Ns.Length == 0 ? null : a.Ns, a.Value);
-            }
+        WriteAttrs(w, Attrs);
         if (Text != null) w.WriteString(Text);
         if (Children != null)
             foreach (var c in Children) c.Write(w);

@@ -23,6 +23,14 @@ public abstract class DocumentBase : CompositeNode
 
     internal void Changed() => version++;
 
+    /// <summary>Whether relationship identifiers read from one document are valid in the other:
+    /// true for the document itself and for clones made from the same file.</summary>
+    internal bool SharesPackageWith(DocumentBase? other)
+    {
+        if (other == this) return true;
+        return this is Document a && other is Document b && a.Source != null && a.Source == b.Source;
+    }
+
     /// <summary>Copies a node of another document into this one, bringing the styles and lists it uses.</summary>
     public Node ImportNode(Node srcNode, bool isImportChildren) => ImportNode(srcNode, isImportChildren, ImportFormatMode.UseDestinationStyles);
 

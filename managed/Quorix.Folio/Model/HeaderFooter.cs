@@ -34,7 +34,7 @@ public sealed class HeaderFooter : Story
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
-        var h = new HeaderFooter(target!, type) { PartName = target == doc ? PartName : null };
+        var h = new HeaderFooter(target!, type) { PartName = target?.SharesPackageWith(doc) == true ? PartName : null };
         if (deep) CloneChildrenInto(h, target);
         return h;
     }

@@ -52,7 +52,7 @@ public sealed class Run : Inline
 
     internal override void AppendText(StringBuilder sb) => sb.Append(text);
 
-    internal override Node CloneTo(DocumentBase? target, bool deep) => new Run(target, text, RPr.Clone());
+    internal override Node CloneTo(DocumentBase? target, bool deep) => new Run(target, text, RPr.Clone()) { XAttrs = XAttrs };
 }
 
 /// <summary>A single special character: the field markers.</summary>

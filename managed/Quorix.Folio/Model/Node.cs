@@ -9,6 +9,8 @@ public abstract class Node
     internal Node? prev;
     internal Node? next;
     internal DocumentBase? doc;
+    // Attributes of the element the node was read from (revision ids, paragraph ids), written back as read.
+    internal List<Formatting.PropElement.Attr>? XAttrs;
 
     private protected Node(DocumentBase? doc) { this.doc = doc; }
 

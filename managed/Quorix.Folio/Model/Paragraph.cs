@@ -100,7 +100,7 @@ public sealed class Paragraph : CompositeNode
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
-        var p = new Paragraph(target, PPr.Clone());
+        var p = new Paragraph(target, PPr.Clone()) { XAttrs = XAttrs };
         if (deep) CloneChildrenInto(p, target);
         return p;
     }

@@ -49,7 +49,7 @@ public sealed class Section : CompositeNode
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
-        var s = new Section(target!, SectPr.Clone());
+        var s = new Section(target!, SectPr.Clone()) { XAttrs = XAttrs };
         if (deep) CloneChildrenInto(s, target);
         return s;
     }

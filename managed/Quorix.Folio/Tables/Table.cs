@@ -155,7 +155,7 @@ public sealed class Row : CompositeNode
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
-        var r = new Row(target, TrPr.Clone()) { TblPrEx = TblPrEx?.Clone() };
+        var r = new Row(target, TrPr.Clone()) { TblPrEx = TblPrEx?.Clone(), XAttrs = XAttrs };
         if (deep) CloneChildrenInto(r, target);
         return r;
     }
