@@ -5,6 +5,12 @@
 #include "module/pysh.h"
 #include "objects/host_markattr.h"
 
+#include <cstring>
+
+#ifdef QRX_WITH_GENERATED_BINDINGS
+#include "wrpgen_registration.h"
+#endif
+
 namespace {
 
 [[gnu::cold]] int fail_type(int code, const char* name) {
@@ -50,8 +56,42 @@ int wrpPyj_mlof_FFFFFFFF_interop_wrappers(PyObject* module) {
     return add_to_module(module, view, "_ShlBufferView");
 }
 
-int register_folio_types(PyObject* /*root*/) {
+#ifdef QRX_WITH_GENERATED_BINDINGS
+// Borrowed module object of a dotted name: the root or one of its submodules; NULL if none.
+static PyObject* module_named(PyObject* root, const char* name) {
+    const char* root_name = PyModule_GetName(root);
+    if (root_name != nullptr && std::strcmp(root_name, name) == 0)
+        return root;
+    PyErr_Clear();
+    for (int i = 0; i <= FolioSubmodule_Generic; ++i) {
+        const char* sub_name = PyModule_GetName(folio_submodule(i));
+        if (sub_name != nullptr && std::strcmp(sub_name, name) == 0)
+            return folio_submodule(i);
+        PyErr_Clear();
+    }
+    return nullptr;
+}
+
+// 0, or -1 with an ImportError: the generated types, each into the module of its namespace.
+static int register_generated_types(PyObject* root) {
+    PyObject* modules[WRPGEN_MODULE_COUNT];
+    for (int i = 0; i < WRPGEN_MODULE_COUNT; ++i) {
+        modules[i] = module_named(root, WRPGEN_MODULE_NAMES[i]);
+        if (modules[i] == nullptr)
+            return fail_type(-1014, WRPGEN_MODULE_NAMES[i]);
+    }
+    return WRPGEN_REGISTER(modules);
+}
+#endif
+
+int register_folio_types(PyObject* root) {
     if (wrpPyj_mlof_FFFFFFFF_interop_wrappers(folio_submodule(FolioSubmodule_Interop)) < 0)
         return -1;
+#ifdef QRX_WITH_GENERATED_BINDINGS
+    if (register_generated_types(root) < 0)
+        return -1;
+#else
+    (void)root;
+#endif
     return 0;
 }
