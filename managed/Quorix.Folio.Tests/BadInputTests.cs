@@ -161,4 +161,30 @@ public class BadInputTests
             Assert.True(allowed.Contains(e.GetType()), $"case {i}: {e.GetType().Name}: {e.Message}");
         }
     }
+
+    [Fact]
+    public void DeepNestingIsRefusedInsteadOfOverflowingTheStack()
+    {
+        var valid = Valid();
+        foreach (var (open, close) in new[] { ("<w:tbl><w:tr><w:tc>", "<w:p/></w:tc></w:tr></w:tbl>"), ("<w:x>", "</w:x>") })
+        {
+            var deep = TestSupport.WithPart(valid, "word/document.xml", x =>
+            {
+                var sb = new StringBuilder(x![..(x.IndexOf("<w:body>") + 8)]);
+                sb.Append("<w:p><w:pPr>");
+                for (int i = 0; i < 50000; i++) sb.Append(open);
+                for (int i = 0; i < 50000; i++) sb.Append(close);
+                sb.Append("</w:pPr></w:p></w:body></w:document>");
+                return sb.ToString();
+            });
+            Assert.IsType<FileCorruptedException>(Load(deep));
+        }
+    }
+
+    [Fact]
+    public void OnlyDocxCanBeAskedFor()
+    {
+        var e = Load(Valid(), new LoadOptions { LoadFormat = LoadFormat.Markdown });
+        Assert.IsType<UnsupportedFileFormatException>(e);
+    }
 }

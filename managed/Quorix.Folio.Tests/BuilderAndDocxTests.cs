@@ -240,4 +240,47 @@ public class BuilderAndDocxTests
         Assert.Throws<ArgumentOutOfRangeException>(() => b.MoveToParagraph(0, 50));
         Assert.False(b.MoveToBookmark("missing"));
     }
+
+    [Fact]
+    public void CustomNoteMarksAndRegexReplaceRoundTrip()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.Write("Price 10 EUR, tax 2 EUR");
+        var note = b.InsertFootnote(FootnoteType.Footnote, "custom");
+        note.ReferenceMark = "*";
+        Assert.Equal(2, doc.Range.Replace(new System.Text.RegularExpressions.Regex(@"(\d+) EUR"), "EUR $1"));
+        var back = TestSupport.RoundTrip(doc);
+        Assert.Equal("Price EUR 10, tax EUR 2\f", back.GetText());
+        var n = (Footnote)back.GetChild(NodeType.Footnote, 0, true)!;
+        Assert.Equal("*", n.ReferenceMark);
+        Assert.False(n.IsAuto);
+    }
+
+    [Fact]
+    public void StylesCanBeAddedRenamedAndBasedOnEachOther()
+    {
+        var doc = new Document();
+        var quote = doc.Styles.Add(StyleType.Paragraph, "My Quote");
+        quote.Font.Italic = true;
+        quote.ParagraphFormat.LeftIndent = 20;
+        var sub = doc.Styles.Add(StyleType.Paragraph, "My Sub Quote");
+        sub.BaseStyleName = "My Quote";
+        sub.Font.Bold = true;
+        Assert.Throws<ArgumentException>(() => doc.Styles.Add(StyleType.Paragraph, "my quote"));
+        Assert.Throws<ArgumentException>(() => sub.BaseStyleName = "Nope");
+        var b = new DocumentBuilder(doc);
+        b.ParagraphFormat.StyleName = "My Sub Quote";
+        b.Write("styled");
+        quote.Name = "Renamed Quote";
+        var back = TestSupport.RoundTrip(doc);
+        var p = back.FirstSection!.Body!.FirstParagraph!;
+        Assert.Equal("My Sub Quote", p.ParagraphFormat.StyleName);
+        Assert.Equal("Renamed Quote", back.Styles["My Sub Quote"]!.BaseStyleName);
+        var run = p.Runs[0];
+        Assert.True(run.Font.Italic);
+        Assert.True(run.Font.Bold);
+        Assert.Equal(20, p.ParagraphFormat.LeftIndent);
+        Assert.Equal(StyleIdentifier.User, back.Styles["Renamed Quote"]!.StyleIdentifier);
+    }
 }

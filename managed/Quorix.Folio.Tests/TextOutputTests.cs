@@ -100,4 +100,20 @@ public class TextOutputTests
         }
         finally { Directory.Delete(dir, true); }
     }
+
+    [Fact]
+    public void MarkdownPlainListModeKeepsTheDocumentsLabels()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        var list = doc.Lists.Add(Lists.ListTemplate.NumberUppercaseRomanDot);
+        b.ListFormat.List = list;
+        b.Writeln("alpha");
+        b.Writeln("beta");
+        list.ListLevels[0].StartAt = 3;
+        var ms = new MemoryStream();
+        doc.Save(ms, new MarkdownSaveOptions { ListExportMode = MarkdownListExportMode.PlainText });
+        var md = System.Text.Encoding.UTF8.GetString(ms.ToArray());
+        Assert.Equal("III. alpha\n\nIV. beta\n", md);
+    }
 }

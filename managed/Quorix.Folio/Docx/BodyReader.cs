@@ -252,10 +252,12 @@ internal static class BodyReader
     {
         var relId = r.GetAttribute("id", Ns.R);
         var anchor = r.GetAttribute("anchor", Ns.W);
+        var tip = r.GetAttribute("tooltip", Ns.W);
         string? code = null;
         if (relId != null && ctx.ExternalTarget(relId) is { } url)
             code = $"HYPERLINK \"{url}\"" + (anchor != null ? $" \\l \"{anchor}\"" : "");
         else if (anchor != null) code = $"HYPERLINK \\l \"{anchor}\"";
+        if (code != null && !string.IsNullOrEmpty(tip)) code += $" \\o \"{tip.Replace("\"", "'")}\"";
         if (code == null || r.IsEmptyElement)
         {
             if (code == null) { p.LinkLast(Opaque(r, ctx, OpaqueKind.Inline)); return; }
@@ -300,6 +302,7 @@ internal static class BodyReader
 
     public static Table ReadTable(XmlReader r, ReadContext ctx)
     {
+        if (r.Depth > PropElement.MaxDepth) throw new FileCorruptedException($"Tables nest more deeply than the document format allows.");
         var t = new Table(ctx.Doc, new PropBag(PropOrder.Table));
         if (r.IsEmptyElement) { r.Read(); return t; }
         int depth = r.Depth;

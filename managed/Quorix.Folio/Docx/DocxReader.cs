@@ -22,6 +22,8 @@ internal static class DocxReader
 
     public static void Load(Document doc, Stream input, LoadOptions options)
     {
+        if (options.LoadFormat is not (LoadFormat.Auto or LoadFormat.Docx))
+            throw new UnsupportedFileFormatException($"Loading {options.LoadFormat} documents is not supported; only DOCX is.");
         var stream = Seekable(input, options.MaxTotalSize);
         switch (FormatSniffer.Sniff(stream))
         {

@@ -37,6 +37,8 @@ internal static class RunReader
         var attrs = PropElement.ReadAttrs(r);
         var text = new StringBuilder();
         bool inCode = false;
+        // A note reference with a custom mark: the text that follows in the run is the mark.
+        Quorix.Folio.Notes.Footnote? markFor = null;
 
         PropBag Props()
         {
@@ -74,6 +76,14 @@ internal static class RunReader
                     break;
                 case "t":
                     if (inCode) { Flush(); inCode = false; }
+                    if (markFor != null)
+                    {
+                        var mark = new StringBuilder();
+                        ReadText(r, mark);
+                        markFor.ReferenceMark = mark.ToString();
+                        markFor = null;
+                        break;
+                    }
                     ReadText(r, text);
                     break;
                 case "instrText":
@@ -138,8 +148,10 @@ internal static class RunReader
                     Flush();
                     var id = r.GetAttribute("id", Ns.W) ?? "";
                     var map = r.LocalName == "footnoteReference" ? ctx.Notes.Footnotes : ctx.Notes.Endnotes;
+                    bool custom = r.GetAttribute("customMarkFollows", Ns.W) is "1" or "true" or "on";
                     if (map.Remove(id, out var note))
                     {
+                        if (custom) markFor = note;
                         note.RPr = Props();
                         p.LinkLast(note);
                         r.Skip();

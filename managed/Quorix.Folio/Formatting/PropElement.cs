@@ -85,8 +85,12 @@ internal sealed class PropElement
     }
 
     /// <summary>Reads the element the reader stands on, with its subtree; leaves the reader after it.</summary>
+    // Deeper markup is refused: the readers recurse, and a stack overflow would end the process.
+    internal const int MaxDepth = 200;
+
     public static PropElement Read(XmlReader r)
     {
+        if (r.Depth > MaxDepth) throw new FileCorruptedException($"The XML nests more than {MaxDepth} elements deep.");
         var e = new PropElement(r.LocalName, r.NamespaceURI) { Prefix = r.NamespaceURI == Docx.Ns.W ? null : r.Prefix };
         if (r.HasAttributes)
         {

@@ -6,18 +6,16 @@ public class LoadOptions
 
     public LoadOptions(string password) { Password = password; }
 
-    public LoadOptions(LoadFormat loadFormat, string password, string baseUri)
+    public LoadOptions(LoadFormat loadFormat, string password)
     {
         LoadFormat = loadFormat;
         Password = password;
-        BaseUri = baseUri;
     }
 
     public string? Password { get; set; }
 
+    /// <summary>Auto detects the format; DOCX is the only format loaded.</summary>
     public LoadFormat LoadFormat { get; set; } = LoadFormat.Auto;
-
-    public string? BaseUri { get; set; }
 
     /// <summary>Largest decompressed part accepted, in bytes; guards against archive bombs.</summary>
     public long MaxPartSize { get; set; } = 256L << 20;

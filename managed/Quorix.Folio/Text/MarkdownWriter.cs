@@ -80,8 +80,19 @@ internal sealed class MarkdownWriter
 
     private void Paragraph(Paragraph p)
     {
-        var label = options.ListExportMode == MarkdownListExportMode.MarkdownSyntax ? labels.Next(p) : null;
+        var label = labels.Next(p);
         var text = Inline(p, false);
+        // An empty item still counts, as in the word processor, but Markdown has nothing to show for it.
+        if (label != null && text.Trim().Length == 0) return;
+        if (label is { } plain && options.ListExportMode == MarkdownListExportMode.PlainText)
+        {
+            // Labels stay as the reader saw them, escaped so Markdown does not make a list of them.
+            text = EscapeLineStart(plain.Text + " " + text);
+            label = null;
+            Separate(false);
+            sb.Append(text).Append('\n');
+            return;
+        }
         if (label is { } l)
         {
             Separate(true);
