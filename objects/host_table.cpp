@@ -14,16 +14,10 @@ constexpr const char kReferencedNotInitialized[] = "one or more refereced type i
 PyHostTable::PyHostTable(const char* stub_class)
     : assembly_(ExchangeHost::get_instance().get_assembly_name()),
       stub_class_(stub_class),
-      host_(HostEnvironment::current()) {
-    if (host_ == nullptr) {
-        is_not_valid_ = true;
-        error_ = HostNotReady;
-    }
-}
+      host_(HostEnvironment::current()) {}
 
 bool PyHostTable::set_method_ptr(const HostEnvironment* host, const char* method_name, void** slot) {
-    if (host == nullptr)
-        return false;
+    // Without a running host every stub reports itself missing;
     // bind_managed_method leaves *slot alone on failure: slots after a failure stay NULL.
     if (bind_managed_method(host, assembly_, stub_class_, method_name, slot, &error_))
         return true;

@@ -40,7 +40,7 @@ protected:
     PyHostTable(const PyHostTable&) = delete;
     PyHostTable& operator=(const PyHostTable&) = delete;
 
-    // The host the stubs are bound through; NULL (and the table invalid) when no runtime runs.
+    // The host the stubs are bound through; NULL when no runtime runs (every stub then fails).
     const HostEnvironment* host() const { return host_; }
     // True with *slot bound; false with the table marked invalid and its error text set.
     bool set_method_ptr(const HostEnvironment* host, const char* method_name, void** slot);
