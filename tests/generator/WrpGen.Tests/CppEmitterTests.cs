@@ -1,0 +1,275 @@
+using System.Diagnostics;
+using System.Text.RegularExpressions;
+using Quorix.WrpGen;
+using Xunit;
+
+namespace WrpGen.Tests;
+
+public class CppEmitterTests
+{
+    private static readonly Lazy<SortedDictionary<string, string>> _files = new(() => CppEmitter.Emit(Fixture.Model));
+
+    private static SortedDictionary<string, string> Files => _files.Value;
+
+    private static readonly Regex Forwarder = new(
+        @"^    (?<ret>[\w*]+) (?<name>\w+)\((?<params>[^)]*)\) const \{ return", RegexOptions.Compiled | RegexOptions.Multiline);
+
+    private static readonly Regex CsStub = new(
+        @"\[UnmanagedCallersOnly\]\n    public static (?<ret>[\w*]+) (?<name>\w+)\((?<params>[^)]*)\)\n", RegexOptions.Compiled);
+
+    /// <summary>The text of one type's section in its namespace's source file.</summary>
+    private static string Section(TypeModel t)
+    {
+        string source = Files[t.Module.Replace('.', '_') + ".cpp"];
+        int start = source.IndexOf($"// ---- {t.FullName}\n", StringComparison.Ordinal);
+        Assert.True(start >= 0, t.FullName);
+        int end = source.IndexOf("// ---- ", start + 8, StringComparison.Ordinal);
+        return end < 0 ? source[start..] : source[start..end];
+    }
+
+    [Fact]
+    public void OneHeaderAndSourcePerNamespaceWithTypesPlusTheRegistration()
+    {
+        var expected = new SortedSet<string>(StringComparer.Ordinal)
+        {
+            CppEmitter.BindingsHeader, CppEmitter.RegistrationHeader, CppEmitter.RegistrationSource,
+        };
+        foreach (var m in Fixture.Model.Modules.Where(m => Fixture.Model.Types.Any(t => t.Module == m.PythonName)))
+        {
+            expected.Add(CppEmitter.FileBase(m) + ".h");
+            expected.Add(CppEmitter.FileBase(m) + ".cpp");
+        }
+        Assert.Equal(expected, new SortedSet<string>(Files.Keys, StringComparer.Ordinal));
+        Assert.All(Files.Values, text => Assert.StartsWith(CppEmitter.Banner + "\n", text));
+    }
+
+    [Fact]
+    public void OutputDependsOnTheModelOnly()
+    {
+        var again = CppEmitter.Emit(Fixture.Build());
+        Assert.Equal(Files, again);
+    }
+
+    [Fact]
+    public void EveryTableBindsItsStubsInBindingOrder()
+    {
+        var slot = new Regex(@"^            \{""(?<name>\w+)"", slot_of\(", RegexOptions.Multiline);
+        foreach (var t in Fixture.Model.Types)
+        {
+            var bound = slot.Matches(Section(t)).Select(m => m.Groups["name"].Value).ToList();
+            Assert.Equal(t.BindingOrder().ToList(), bound);
+        }
+    }
+
+    private static string CsType(string cpp) => cpp switch
+    {
+        "void" => "void",
+        "int32_t" => "int",
+        "int8_t" => "sbyte",
+        "uint8_t" => "byte",
+        "int16_t" => "short",
+        "uint16_t" => "ushort",
+        "uint32_t" => "uint",
+        "int64_t" => "long",
+        "uint64_t" => "ulong",
+        "float" => "float",
+        "double" => "double",
+        "void*" or "PyObject*" => "IntPtr",
+        "void**" => "IntPtr*",
+        _ => cpp,  // the argument records keep their names on both sides
+    };
+
+    private static List<string> ParamTypes(string list, bool cpp) =>
+        list.Split(',', StringSplitOptions.RemoveEmptyEntries | StringSplitOptions.TrimEntries)
+            .Select(p => p[..p.LastIndexOf(' ')])
+            .Select(p => cpp ? CsType(p) : p)
+            .ToList();
+
+    [Fact]
+    public void NativeCallsMatchTheManagedStubsSignatures()
+    {
+        string dir = Directory.CreateTempSubdirectory("wrpgen-cpp-abi").FullName;
+        try
+        {
+            Assert.Equal(0, Program.Run(["emit-cs", Fixture.AssemblyPath, "--root", Fixture.Root, "--out", dir], TextWriter.Null));
+            var managed = new Dictionary<(string, string), (string Ret, List<string> Params)>();
+            foreach (string file in Directory.EnumerateFiles(dir, "*.cs", SearchOption.AllDirectories))
+            {
+                string text = File.ReadAllText(file).Replace("\r\n", "\n");
+                var cls = Regex.Match(text, @"static unsafe class (\w+)");
+                if (!cls.Success)
+                    continue;
+                foreach (Match m in CsStub.Matches(text))
+                    managed[(cls.Groups[1].Value, m.Groups["name"].Value)] = (m.Groups["ret"].Value, ParamTypes(m.Groups["params"].Value, false));
+            }
+            int compared = 0;
+            foreach (var t in Fixture.Model.Types)
+            {
+                string stubClass = t.StubClass[(t.StubClass.LastIndexOf('.') + 1)..];
+                foreach (Match m in Forwarder.Matches(Section(t)))
+                {
+                    string name = m.Groups["name"].Value;
+                    Assert.True(managed.TryGetValue((stubClass, name), out var cs), $"{stubClass}.{name} has no managed stub");
+                    Assert.Equal(cs.Ret, CsType(m.Groups["ret"].Value));
+                    Assert.Equal(cs.Params, ParamTypes(m.Groups["params"].Value, true));
+                    compared++;
+                }
+            }
+            Assert.Equal(Fixture.Model.Types.Sum(t => t.BindingOrder().Count()), compared);
+        }
+        finally
+        {
+            Directory.Delete(dir, recursive: true);
+        }
+    }
+
+    [Fact]
+    public void OverloadsDispatchWhileSingleSignaturesParseDirectly()
+    {
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        string section = Section(doc);
+        int saves = doc.Methods.Count(m => m.PythonName == "save");
+        Assert.True(saves > 1);
+        Assert.Contains($"wrpPy_mgfn_{doc.Hash}_Document_000_save(PyObject* self, PyObject* args, PyObject* kwargs) {{", section);
+        Assert.Contains($"PyOverloadFailureSlots<{saves}> failures;", section);
+        Assert.Equal(saves, Regex.Matches(section, @"table\.call_\d{3}_Save\(").Count);
+        Assert.Contains("static const char* const kw[] = {\"file_name\", \"save_format\", nullptr};", section);
+        Assert.Contains($"wrpPy_mtfn_{doc.Hash}_Document_000_to_bytes(PyObject* self, PyObject*) {{", section);
+        Assert.Matches(@"\{""from_text"", [^\n]*METH_VARARGS \| METH_KEYWORDS \| METH_STATIC, """"\}", section);
+        Assert.Matches(@"\{""to_bytes"", [^\n]*METH_NOARGS, """"\}", section);
+    }
+
+    [Fact]
+    public void ConstructorlessTypesRefuseConstructionAndOthersDispatch()
+    {
+        var hyphenation = Fixture.Type("Quorix.Folio.Hyphenation");
+        Assert.Empty(hyphenation.Constructors);
+        Assert.Contains($"wrpPy_tpsb_{hyphenation.Hash}_Hyphenation_tp_new, nullptr);", Section(hyphenation));
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        Assert.Contains($"PyOverloadFailureSlots<{doc.Constructors.Count}> failures;", Section(doc));
+        Assert.Contains("return failures.raise_int();", Section(doc));
+    }
+
+    [Fact]
+    public void DerivedTypesCheckTheirBasesNearestFirst()
+    {
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        var bases = new List<string>();
+        for (var b = doc.Base; b is not null; b = b.Base)
+            bases.Add($"&wrpPy_bltp_{b.Hash}_{b.Name}_is_not_valid");
+        Assert.True(bases.Count >= 2);
+        Assert.Contains($"PyHostState_Build(PyHost_cs_{doc.Hash}_Document::get_instance(), {{{string.Join(", ", bases)}}});", Section(doc));
+        Assert.Contains($"PyShBound_RegisterType(module, &wrpPy_tyds_{doc.Hash}_Document, &wrpPy_tyds_{doc.Base!.Hash}_{doc.Base.Name}, false,",
+            Section(doc));
+    }
+
+    [Fact]
+    public void RegistrationPlacesBasesFirstAndTypesInTheirModules()
+    {
+        string registration = Files[CppEmitter.RegistrationSource];
+        var steps = Regex.Matches(registration, @"^        wrpPy_rgtp_(\w+),$", RegexOptions.Multiline).Select(m => m.Groups[1].Value).ToList();
+        var modules = Regex.Matches(registration, @"^        (\d+),$", RegexOptions.Multiline).Select(m => int.Parse(m.Groups[1].Value)).ToList();
+        var types = Fixture.Model.Types;
+        Assert.Equal(types.Select(t => t.Hash + "_" + t.Name), steps);
+        Assert.Equal(types.Select(t => Fixture.Model.Modules.FindIndex(m => m.PythonName == t.Module)), modules);
+        foreach (var t in types.Where(t => t.Base is not null))
+            Assert.True(steps.IndexOf(t.Base!.Hash + "_" + t.Base.Name) < steps.IndexOf(t.Hash + "_" + t.Name), t.FullName);
+        Assert.Contains($"int {CppEmitter.RegisterFunction(Fixture.Model)}(PyObject* const* modules)", registration);
+        Assert.Equal("wrpPyj_mlof_" + TypeHash.Of(Fixture.Model.RootModule) + "_register", CppEmitter.RegisterFunction(Fixture.Model));
+    }
+
+    [Theory]
+    [InlineData("fileName", true)]
+    [InlineData("path", true)]
+    [InlineData("folder", true)]
+    [InlineData("imageFileName", true)]
+    [InlineData("outputDir", true)]
+    [InlineData("baseDIRECTORY", true)]
+    [InlineData("fontsFolder", true)]
+    [InlineData("text", false)]
+    [InlineData("pathology", false)]
+    [InlineData("fileNames", false)]
+    [InlineData("direction", false)]
+    public void FileAndFolderNamesAlsoTakePathLikes(string name, bool isPath)
+    {
+        Assert.Equal(isPath, CppEmitter.IsPathName(name));
+    }
+
+    [Fact]
+    public void EnumerationsKnowTheirBaseAndUnsignedValues()
+    {
+        var flags = Fixture.Type("Quorix.Folio.GlyphFlags");
+        string section = Section(flags);
+        Assert.Contains("{\"HIGH\", \"2147483648\"},", section);
+        Assert.Contains($"PyShEnum_Build(\"GlyphFlags\", wrpPy_enmb_{flags.Hash}_GlyphFlags, {flags.EnumMembers.Count}, true,", section);
+        Assert.Contains($"PyShEnum_ConvClrToPy(wrpPy_tyds_{flags.Hash}_GlyphFlags, value, true)", section);
+        var nodeType = Fixture.Type("Quorix.Folio.NodeType");
+        Assert.Contains($"PyShEnum_ConvClrToPy(wrpPy_tyds_{nodeType.Hash}_NodeType, value, false)", Section(nodeType));
+    }
+
+    [Fact]
+    public void WritingKeepsUnchangedFilesAndRemovesOnlyStaleGeneratedOnes()
+    {
+        string dir = Directory.CreateTempSubdirectory("wrpgen-cpp").FullName;
+        try
+        {
+            Assert.Equal(Files.Count, CppEmitter.WriteFiles(Files, dir));
+            File.WriteAllText(Path.Combine(dir, "old_namespace.cpp"), CppEmitter.Banner + "\n// gone\n");
+            File.WriteAllText(Path.Combine(dir, "hand_written.cpp"), "// mine\n");
+            string first = Files.Keys.First(k => k.EndsWith(".cpp", StringComparison.Ordinal));
+            File.AppendAllText(Path.Combine(dir, first), "// edited\n");
+
+            Assert.Equal(1, CppEmitter.WriteFiles(Files, dir));
+            Assert.False(File.Exists(Path.Combine(dir, "old_namespace.cpp")));
+            Assert.True(File.Exists(Path.Combine(dir, "hand_written.cpp")));
+            Assert.Equal(Files[first], File.ReadAllText(Path.Combine(dir, first)));
+        }
+        finally
+        {
+            Directory.Delete(dir, recursive: true);
+        }
+    }
+
+    [Theory]
+    [InlineData("emit-cpp a.dll --root A --out d")]
+    [InlineData("emit-cpp a.dll --module m --out d")]
+    [InlineData("emit-cpp --root A --module m --out d")]
+    [InlineData("emit-cpp a.dll --root A --module m --out d --report r")]
+    public void EmitCppArgumentsShowItsUsage(string commandLine)
+    {
+        var e = Assert.Throws<GeneratorException>(() => Program.Run(commandLine.Split(' '), TextWriter.Null));
+        Assert.Contains(EmitCppCommand.Usage, e.Message);
+    }
+
+    /// <summary>The repository root, from this file's place in it.</summary>
+    private static string RepoRoot([System.Runtime.CompilerServices.CallerFilePath] string path = "") =>
+        Path.GetFullPath(Path.Combine(Path.GetDirectoryName(path)!, "..", "..", ".."));
+
+    private static string Run(string file, string arguments)
+    {
+        var info = new ProcessStartInfo(file, arguments) { RedirectStandardOutput = true, RedirectStandardError = true };
+        using var process = Process.Start(info)!;
+        string output = process.StandardOutput.ReadToEnd() + process.StandardError.ReadToEnd();
+        process.WaitForExit();
+        Assert.True(process.ExitCode == 0, $"{file} {arguments}\n{output}");
+        return output;
+    }
+
+    [Fact]
+    public void GeneratedSourcesCompileAgainstTheRuntimeHeaders()
+    {
+        string dir = Directory.CreateTempSubdirectory("wrpgen-cpp-compile").FullName;
+        try
+        {
+            CppEmitter.WriteFiles(Files, dir);
+            string include = Run("python3", "-c \"import sysconfig; print(sysconfig.get_paths()['include'])\"").Trim();
+            foreach (string source in Files.Keys.Where(k => k.EndsWith(".cpp", StringComparison.Ordinal)))
+                Run("g++", $"-std=c++17 -fsyntax-only -Wall -Wextra -Werror -Wno-missing-field-initializers -Wno-cast-function-type " +
+                           $"-I{RepoRoot()} -I{dir} -I{include} {Path.Combine(dir, source)}");
+        }
+        finally
+        {
+            Directory.Delete(dir, recursive: true);
+        }
+    }
+}
