@@ -30,9 +30,19 @@ internal static class DocxReader
             case SniffedKind.Docx:
                 break;
             case SniffedKind.EncryptedOoxml:
-                throw new IncorrectPasswordException(string.IsNullOrEmpty(options.Password)
-                    ? "The document is password protected; open it with the password in the load options."
-                    : "The password is incorrect, or the document uses an encryption this engine cannot open.");
+                if (string.IsNullOrEmpty(options.Password))
+                    throw new IncorrectPasswordException("The document is password protected; open it with the password in the load options.");
+                try
+                {
+                    stream = new MemoryStream(AgileDecryptor.Decrypt(ReadAll(stream, options.MaxTotalSize), options.Password, options.MaxTotalSize));
+                }
+                catch (Exception e) when (e is System.Security.Cryptography.CryptographicException or ArgumentException or IndexOutOfRangeException or OverflowException)
+                {
+                    throw new FileCorruptedException("The encrypted document is damaged: " + e.Message, e);
+                }
+                if (FormatSniffer.Sniff(stream) != SniffedKind.Docx)
+                    throw new FileCorruptedException("The decrypted document is not a DOCX package.");
+                break;
             case SniffedKind.LegacyCompound:
                 throw new UnsupportedFileFormatException("The file is a legacy binary word-processing document; only DOCX can be loaded.");
             case SniffedKind.Empty:
@@ -63,6 +73,15 @@ internal static class DocxReader
         {
             throw new FileCorruptedException("The document structure is invalid: " + e.Message, e);
         }
+    }
+
+    private static byte[] ReadAll(Stream s, long limit)
+    {
+        if (s is MemoryStream m && m.Position == 0) return m.ToArray();
+        if (s.Length > limit) throw new FileCorruptedException("The input is larger than the size limit.");
+        var buf = new byte[s.Length - s.Position];
+        s.ReadExactly(buf);
+        return buf;
     }
 
     private static Stream Seekable(Stream s, long limit)

@@ -21,3 +21,10 @@ public class IncorrectPasswordException : Exception
     public IncorrectPasswordException() : base("The document password is incorrect.") { }
     public IncorrectPasswordException(string message) : base(message) { }
 }
+
+/// <summary>The document is encrypted with a scheme the engine cannot open.</summary>
+public class UnsupportedEncryptionException : Exception
+{
+    public UnsupportedEncryptionException() : base("The encryption of the document is not supported.") { }
+    public UnsupportedEncryptionException(string message) : base(message) { }
+}
