@@ -72,17 +72,30 @@ int PyShBound_FailConv(const char* name, PyObject* obj) {
     return 0;
 }
 
-int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_name, void** out) {
+int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_name, PyShAssignableTest assignable,
+                          void** out) {
     if (obj == Py_None) {
         *out = nullptr;
         return 1;
     }
-    if (!PyObject_TypeCheck(obj, type))
-        return PyShBound_FailConv(class_name, obj);
     VariantArg found = {};
-    // An instance made by __new__ alone has no handle yet: it goes as NULL, as a receiver would.
-    *out = fn_conv_py_obj_to_clr_gen_not_null_handle(obj, &found) ? found.value : nullptr;
-    return 1;
+    int has_handle = fn_conv_py_obj_to_clr_gen_not_null_handle(obj, &found);
+    if (PyObject_TypeCheck(obj, type)) {
+        // An instance made by __new__ alone has no handle yet: it goes as NULL, as a receiver would.
+        *out = has_handle ? found.value : nullptr;
+        return 1;
+    }
+    if (has_handle && assignable != nullptr) {
+        // A wrapper of another bound type (an implementation of an interface, say).
+        int accepted = assignable(found.value);
+        if (accepted < 0)
+            return 0;
+        if (accepted) {
+            *out = found.value;
+            return 1;
+        }
+    }
+    return PyShBound_FailConv(class_name, obj);
 }
 
 PyObject* PyShBound_ConvClrToPy(void* handle, PyTypeObject* type, int32_t kind) {

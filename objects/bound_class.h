@@ -27,10 +27,16 @@ void PyShBound_Attach(PyObject* self, void* handle, int32_t kind);
 // tp_new of bound types: a new empty instance (handle NULL, kind 0), or NULL.
 PyObject* PyShBound_Alloc(PyTypeObject* type);
 
+// Whether the managed object behind a handle can stand for a bound type: 1 yes, 0 no, -1 with
+// an error (the type's entry check or the managed test failed).
+using PyShAssignableTest = int (*)(void* handle);
+
 // O& conversion of an argument typed as the bound type `type`: None gives NULL; an instance
-// of the type or a subtype gives its handle; anything else fails with TypeError
+// of the type or a subtype gives its handle; another wrapper gives its handle when
+// `assignable` (may be NULL) accepts it; anything else fails with TypeError
 // "can't build <class_name> value from '<type of obj>'". 1, or 0 with the error.
-int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_name, void** out);
+int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_name, PyShAssignableTest assignable,
+                          void** out);
 
 // 0 with the "can't build <name> value from '%s'" TypeError for `obj`.
 [[gnu::cold, gnu::noinline]] int PyShBound_FailConv(const char* name, PyObject* obj);

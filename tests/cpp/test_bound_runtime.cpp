@@ -227,18 +227,45 @@ protected:
 TEST_F(BoundArguments, ClassArgumentsAreNoneInstancesOrAnError) {
     PyTypeObject* type = fake_sealed_type();
     void* handle = fake_handle(1);
-    EXPECT_EQ(PyShBound_ConvPyToClr(Py_None, type, "Font", &handle), 1);
+    EXPECT_EQ(PyShBound_ConvPyToClr(Py_None, type, "Font", nullptr, &handle), 1);
     EXPECT_EQ(handle, nullptr);
 
     PyShRef obj(PyType_GenericNew(type, nullptr, nullptr));
     PyShBound_SetHandle(obj.get(), fake_handle(7), HandleKind_Object);
-    EXPECT_EQ(PyShBound_ConvPyToClr(obj.get(), type, "Font", &handle), 1);
+    EXPECT_EQ(PyShBound_ConvPyToClr(obj.get(), type, "Font", nullptr, &handle), 1);
     EXPECT_EQ(handle, fake_handle(7));
     PyShBound_SetHandle(obj.get(), nullptr, HandleKind_Object);
 
     PyShRef number(PyLong_FromLong(3));
-    EXPECT_EQ(PyShBound_ConvPyToClr(number.get(), type, "Font", &handle), 0);
+    EXPECT_EQ(PyShBound_ConvPyToClr(number.get(), type, "Font", nullptr, &handle), 0);
     EXPECT_EQ(describe(take_error().get()), "TypeError: can't build Font value from 'int'");
+}
+
+int accept_only_handle_5(void* handle) { return handle == fake_handle(5); }
+
+int assignability_fails(void*) {
+    PyErr_SetString(PyExc_RuntimeError, "Proxy error(System.Exception): test failed");
+    return -1;
+}
+
+TEST_F(BoundArguments, OtherWrappersPassWhenTheManagedTestAcceptsThem) {
+    PyShRef shape_type(fake_sealed_heap_type("tests.IShape"));
+    PyTypeObject* interface_type = reinterpret_cast<PyTypeObject*>(shape_type.get());
+    PyShRef square(PyType_GenericNew(fake_sealed_type(), nullptr, nullptr));
+    void* handle = nullptr;
+
+    PyShBound_SetHandle(square.get(), fake_handle(5), HandleKind_Object);
+    EXPECT_EQ(PyShBound_ConvPyToClr(square.get(), interface_type, "IShape", accept_only_handle_5, &handle), 1);
+    EXPECT_EQ(handle, fake_handle(5));
+
+    PyShBound_SetHandle(square.get(), fake_handle(6), HandleKind_Object);
+    EXPECT_EQ(PyShBound_ConvPyToClr(square.get(), interface_type, "IShape", accept_only_handle_5, &handle), 0);
+    std::string refused = describe(take_error().get());
+    EXPECT_EQ(refused.rfind("TypeError: can't build IShape value from '", 0), 0u) << refused;
+
+    EXPECT_EQ(PyShBound_ConvPyToClr(square.get(), interface_type, "IShape", assignability_fails, &handle), 0);
+    EXPECT_EQ(describe(take_error().get()), "RuntimeError: Proxy error(System.Exception): test failed");
+    PyShBound_SetHandle(square.get(), nullptr, HandleKind_Object);
 }
 
 TEST_F(BoundArguments, DeletionMessageNamesTheSimpleTypeAndProperty) {

@@ -608,8 +608,23 @@ public static class CppEmitter
             w.Line("}");
             w.Line();
         }
+        bool testable = t.Builtins.Contains("btp_IsAssignable");
+        if (testable)
+        {
+            w.Line("namespace {");
+            w.Line();
+            w.Line($"int wrpPy_asgn_{id}(void* handle) {{");
+            w.Line($"    if ({Invalidate(t)}())");
+            w.Line("        return -1;");
+            w.Line($"    int32_t accepted = {Table(t)}::get_instance().btp_IsAssignable(handle);");
+            w.Line("    return PyErr_Occurred() ? -1 : accepted != 0;");
+            w.Line("}");
+            w.Line();
+            w.Line("}  // namespace");
+            w.Line();
+        }
         w.Line($"int {ToClr(t)}(PyObject* obj, void** out) {{");
-        w.Line($"    return PyShBound_ConvPyToClr(obj, &{TypeObject(t)}, {Quote(t.Name)}, out);");
+        w.Line($"    return PyShBound_ConvPyToClr(obj, &{TypeObject(t)}, {Quote(t.Name)}, {(testable ? "wrpPy_asgn_" + id : "nullptr")}, out);");
         w.Line("}");
         w.Line();
         w.Line($"PyObject* {ToPy(t)}(void* handle) {{ return PyShBound_ConvClrToPy(handle, &{TypeObject(t)}, {HandleKind(t)}); }}");
