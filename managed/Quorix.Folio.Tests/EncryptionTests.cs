@@ -33,6 +33,14 @@ public class EncryptionTests
             var wrong = Assert.Throws<IncorrectPasswordException>(() => new Document(enc, new LoadOptions("password")));
             Assert.Equal("The password is incorrect.", wrong.Message);
             Assert.Throws<IncorrectPasswordException>(() => new Document(enc));
+
+            // A package larger than the small-stream cutoff takes the container's other path.
+            var big = new Document();
+            var b = new DocumentBuilder(big);
+            for (int i = 0; i < 400; i++) b.Writeln($"Line {i} of a longer encrypted document.");
+            var bigBytes = Encrypt(TestSupport.ToBytes(big), "x", spinCount: 100);
+            Assert.True(bigBytes.Length > 8192);
+            Assert.Equal(big.GetText(), new Document(new MemoryStream(bigBytes), new LoadOptions("x")).GetText());
         }
         finally { Directory.Delete(dir, true); }
     }
@@ -85,8 +93,6 @@ public class EncryptionTests
             var iv = SHA512.HashData(keySalt.Concat(BitConverter.GetBytes(seg)).ToArray())[..16];
             pkg.Write(Enc(secret, iv, package[off..Math.Min(package.Length, off + 4096)]));
         }
-        // Small packages are padded past the small-stream cutoff too; the size field says where they end.
-        while (pkg.Length < 8 + 4096) pkg.WriteByte(0);
         var integrityKey = Enc(secret, SHA512.HashData(keySalt.Concat(new byte[] { 0x5f, 0xb2, 0xad, 0x01, 0x0c, 0xb9, 0xe1, 0xf6 }).ToArray())[..16], RandomNumberGenerator.GetBytes(64));
         var xml = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n" +
             "<encryption xmlns=\"http://schemas.microsoft.com/office/2006/encryption\" xmlns:p=\"http://schemas.microsoft.com/office/2006/keyEncryptor/password\">" +
@@ -100,32 +106,47 @@ public class EncryptionTests
         var info = new MemoryStream();
         info.Write(new byte[] { 4, 0, 4, 0, 0x40, 0, 0, 0 });
         info.Write(Encoding.UTF8.GetBytes(xml));
-        // Padded past the small-stream cutoff so the container needs no small-stream table.
-        while (info.Length < 4096) info.WriteByte((byte)' ');
         return Container(("EncryptionInfo", info.ToArray()), ("EncryptedPackage", pkg.ToArray()));
     }
 
+    /// <summary>A version-3 compound file; streams under 4096 bytes go to the small-stream area, as writers put them.</summary>
     private static byte[] Container(params (string Name, byte[] Data)[] streams)
     {
         const int S = 512;
-        int Sectors(int len) => (len + S - 1) / S;
-        int dataSectors = streams.Sum(s => Sectors(s.Data.Length));
-        int dirSectors = 1;
-        int fatSectors = 1;
-        while ((fatSectors + dirSectors + dataSectors) > fatSectors * (S / 4)) fatSectors++;
-        var fat = Enumerable.Repeat(0xFFFFFFFFu, fatSectors * (S / 4)).ToArray();
-        for (int i = 0; i < fatSectors; i++) fat[i] = 0xFFFFFFFD;
-        int dirStart = fatSectors;
-        fat[dirStart] = 0xFFFFFFFE;
-        int next = dirStart + 1;
-        var starts = new List<int>();
-        foreach (var s in streams)
+        int Sectors(long len) => (int)((len + S - 1) / S);
+        var small = streams.Select(x => x.Data.Length < 4096).ToArray();
+        var mini = new MemoryStream();
+        var miniFat = new List<uint>();
+        var miniStarts = new int[streams.Length];
+        for (int k = 0; k < streams.Length; k++)
         {
-            int n = Sectors(s.Data.Length);
-            starts.Add(next);
-            for (int i = 0; i < n; i++) fat[next + i] = i == n - 1 ? 0xFFFFFFFE : (uint)(next + i + 1);
-            next += n;
+            if (!small[k]) continue;
+            int first = (int)(mini.Length / 64), n = (streams[k].Data.Length + 63) / 64;
+            miniStarts[k] = first;
+            for (int i = 0; i < n; i++) miniFat.Add(i == n - 1 ? 0xFFFFFFFE : (uint)(first + i + 1));
+            mini.Write(streams[k].Data);
+            while (mini.Length % 64 != 0) mini.WriteByte(0);
         }
+        int miniFatSectors = Sectors(miniFat.Count * 4L), miniSectors = Sectors(mini.Length);
+        int bigSectors = streams.Where((x, k) => !small[k]).Sum(x => Sectors(x.Data.Length));
+        int fatSectors = 1;
+        while (fatSectors + 1 + miniFatSectors + miniSectors + bigSectors > fatSectors * (S / 4)) fatSectors++;
+        var fat = Enumerable.Repeat(0xFFFFFFFFu, fatSectors * (S / 4)).ToArray();
+        int next = 0;
+        int Chain(int count, uint terminal = 0xFFFFFFFE)
+        {
+            int start = next;
+            for (int i = 0; i < count; i++) fat[next + i] = i == count - 1 ? terminal : (uint)(next + i + 1);
+            next += count;
+            return start;
+        }
+        for (int i = 0; i < fatSectors; i++) fat[next++] = 0xFFFFFFFD;
+        int dirStart = Chain(1);
+        int miniFatStart = miniFatSectors > 0 ? Chain(miniFatSectors) : -1;
+        int miniStart = miniSectors > 0 ? Chain(miniSectors) : -1;
+        var starts = new int[streams.Length];
+        for (int k = 0; k < streams.Length; k++) starts[k] = small[k] ? miniStarts[k] : Chain(Sectors(streams[k].Data.Length));
+
         var file = new byte[S * (1 + next)];
         var hdr = file.AsSpan(0, S);
         new byte[] { 0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1 }.CopyTo(hdr);
@@ -137,10 +158,18 @@ public class EncryptionTests
         BinaryPrimitives.WriteUInt32LittleEndian(hdr[0x2C..], (uint)fatSectors);
         BinaryPrimitives.WriteUInt32LittleEndian(hdr[0x30..], (uint)dirStart);
         BinaryPrimitives.WriteUInt32LittleEndian(hdr[0x38..], 4096);
-        BinaryPrimitives.WriteUInt32LittleEndian(hdr[0x3C..], 0xFFFFFFFE);
+        BinaryPrimitives.WriteUInt32LittleEndian(hdr[0x3C..], miniFatStart < 0 ? 0xFFFFFFFE : (uint)miniFatStart);
+        BinaryPrimitives.WriteUInt32LittleEndian(hdr[0x40..], (uint)miniFatSectors);
         BinaryPrimitives.WriteUInt32LittleEndian(hdr[0x44..], 0xFFFFFFFE);
         for (int i = 0; i < 109; i++) BinaryPrimitives.WriteUInt32LittleEndian(hdr[(0x4C + i * 4)..], i < fatSectors ? (uint)i : 0xFFFFFFFF);
         for (int i = 0; i < fat.Length; i++) BinaryPrimitives.WriteUInt32LittleEndian(file.AsSpan(S * (1 + i / (S / 4)) + (i % (S / 4)) * 4), fat[i]);
+        if (miniFatStart >= 0)
+        {
+            var mf = Enumerable.Repeat(0xFFFFFFFFu, miniFatSectors * (S / 4)).ToArray();
+            miniFat.CopyTo(mf);
+            for (int i = 0; i < mf.Length; i++) BinaryPrimitives.WriteUInt32LittleEndian(file.AsSpan(S * (1 + miniFatStart) + i * 4), mf[i]);
+            mini.ToArray().CopyTo(file, S * (1 + miniStart));
+        }
         int dirOffset = S * (1 + dirStart);
         void Entry(int index, string name, byte type, uint left, uint right, uint child, uint start, long size)
         {
@@ -156,11 +185,12 @@ public class EncryptionTests
             BinaryPrimitives.WriteUInt64LittleEndian(e[0x78..], (ulong)size);
         }
         const uint None = 0xFFFFFFFF;
-        Entry(0, "Root Entry", 5, None, None, 1, 0xFFFFFFFE, 0);
+        Entry(0, "Root Entry", 5, None, None, 1, miniStart < 0 ? 0xFFFFFFFE : (uint)miniStart, mini.Length);
         // Siblings ordered by name length, as the container's directory tree requires.
         Entry(1, streams[0].Name, 2, None, 2, None, (uint)starts[0], streams[0].Data.Length);
         Entry(2, streams[1].Name, 2, None, None, None, (uint)starts[1], streams[1].Data.Length);
-        for (int k = 0; k < streams.Length; k++) streams[k].Data.CopyTo(file, S * (1 + starts[k]));
+        for (int k = 0; k < streams.Length; k++)
+            if (!small[k]) streams[k].Data.CopyTo(file, S * (1 + starts[k]));
         return file;
     }
 }
