@@ -37,7 +37,8 @@ public class EncryptionTests
             // A package larger than the small-stream cutoff takes the container's other path.
             var big = new Document();
             var b = new DocumentBuilder(big);
-            for (int i = 0; i < 400; i++) b.Writeln($"Line {i} of a longer encrypted document.");
+            var rng = new Random(5);
+            for (int i = 0; i < 400; i++) b.Writeln($"Line {i}: {rng.NextInt64():x16}{rng.NextInt64():x16}");
             var bigBytes = Encrypt(TestSupport.ToBytes(big), "x", spinCount: 100);
             Assert.True(bigBytes.Length > 8192);
             Assert.Equal(big.GetText(), new Document(new MemoryStream(bigBytes), new LoadOptions("x")).GetText());
