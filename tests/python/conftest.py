@@ -17,6 +17,8 @@ RUNTIME_ROOT = PKG / "runtime"
 ASSEMBLY_ROOT = PKG / "assemblies"
 
 FIXTURE_ASSEMBLIES = BUILD / "fixtures" / "host-fixture"
+BINDTEST_ASSEMBLIES = BUILD / "fixtures" / "bindtest"
+BINDTEST_MODULE_DIR = BUILD / "cmake" / "tests" / "bindtest"
 
 _HOST_VARIABLES = ("COREHOST_TRACE", "NETCORE_WRAPPER_NETCORE_DIR_quorix", "NETCORE_WRAPPER_ASSEMBLY_DIR_quorix")
 
@@ -70,6 +72,8 @@ def _session_assembly_root() -> pathlib.Path:
     link_tree(ASSEMBLY_ROOT / "folio", root / "folio")
     if FIXTURE_ASSEMBLIES.exists():
         link_tree(FIXTURE_ASSEMBLIES, root / "hostfixture")
+    if BINDTEST_ASSEMBLIES.exists():
+        link_tree(BINDTEST_ASSEMBLIES, root / "bindtest")
     return root
 
 
