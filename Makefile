@@ -15,23 +15,60 @@ export DOTNET_SKIP_FIRST_TIME_EXPERIENCE := 1
 FRAMEWORK_DIR = $(shell tools/find-framework.sh dir)
 NETCORE_NAME  = $(shell tools/find-framework.sh name)
 
-.PHONY: all deps build native managed stage demo test test-cpp test-managed test-python bench clean
+# The binding generator, built once, and what it generates: the managed stub classes (cs/),
+# the native bindings (cpp/), the model and the report of members left unbound.
+WRPGEN       := $(BUILD)/wrpgen/Quorix.WrpGen.dll
+GEN_DIR      := $(BUILD)/generated
+FOLIO_LIB    := managed/Quorix.Folio/bin/Release/net10.0/Quorix.Folio.dll
+BINDTEST_LIB := tests/fixtures/BindingFixture/bin/Release/net10.0/Quorix.BindTest.dll
+
+.PHONY: all deps build generate native managed stage demo test test-cpp test-managed test-python bench clean FORCE
 
 all: build
 
 deps:
 	@tools/ensure-deps.sh
 
-build: deps native managed stage
+build: deps generate native managed stage
+
+generate: $(GEN_DIR)/folio/stamp $(GEN_DIR)/bindtest/stamp
+
+$(WRPGEN): $(wildcard tools/wrpgen/*.cs) tools/wrpgen/Quorix.WrpGen.csproj
+	$(DOTNET) build tools/wrpgen/Quorix.WrpGen.csproj $(DOTNET_OPTS) -o $(dir $@)
+
+# dotnet decides whether the assemblies are out of date; an unchanged one keeps its time stamp,
+# so the generation below runs only when the assembly or the generator changed.
+$(FOLIO_LIB): FORCE
+	$(DOTNET) build managed/Quorix.Folio/Quorix.Folio.csproj $(DOTNET_OPTS)
+
+$(BINDTEST_LIB): FORCE
+	$(DOTNET) build tests/fixtures/BindingFixture/BindingFixture.csproj $(DOTNET_OPTS)
+
+# generate-bindings <assembly> <root namespace> <python module> <output folder>
+define generate-bindings
+	@mkdir -p $(4)
+	$(DOTNET) $(WRPGEN) model $(1) --root $(2) --module $(3) --ref $(FRAMEWORK_DIR) --out $(4)/model.txt --report $(4)/report.txt
+	$(DOTNET) $(WRPGEN) emit-cs $(1) --root $(2) --module $(3) --out $(4)/cs
+	$(DOTNET) $(WRPGEN) emit-cpp $(1) --root $(2) --module $(3) --out $(4)/cpp
+	@touch $(4)/stamp
+endef
+
+$(GEN_DIR)/folio/stamp: $(FOLIO_LIB) $(WRPGEN)
+	$(call generate-bindings,$(FOLIO_LIB),Quorix.Folio,quorix.folio,$(GEN_DIR)/folio)
+
+$(GEN_DIR)/bindtest/stamp: $(BINDTEST_LIB) $(WRPGEN)
+	$(call generate-bindings,$(BINDTEST_LIB),Quorix.BindTest,qrx_bindtest,$(GEN_DIR)/bindtest)
 
 native:
 	cmake -S . -B $(CMAKE_DIR) -DCMAKE_BUILD_TYPE=Release -DPython3_EXECUTABLE=$(PYTHON) \
 	    -DQRX_PACKAGE_DIR=$(abspath $(PKG_DIR)) -DQRX_NETCORE_NAME=$(NETCORE_NAME) >/dev/null
 	cmake --build $(CMAKE_DIR) -j $(JOBS)
 
-managed:
+managed: generate
 	$(DOTNET) build managed/WrpInterop.Quorix.Folio/WrpInterop.Quorix.Folio.csproj $(DOTNET_OPTS) \
-	    -o $(PKG_DIR)/assemblies/folio
+	    -p:QrxGeneratedDir=$(abspath $(GEN_DIR)/folio/cs) -o $(PKG_DIR)/assemblies/folio
+	$(DOTNET) build tests/fixtures/BindTestInterop/BindTestInterop.csproj $(DOTNET_OPTS) \
+	    -p:QrxGeneratedDir=$(abspath $(GEN_DIR)/bindtest/cs) -o $(BUILD)/fixtures/bindtest
 
 # Runtime folder: our wrapper library beside the shared framework's own files (linked).
 stage:
