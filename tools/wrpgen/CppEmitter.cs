@@ -33,8 +33,8 @@ public static class CppEmitter
 
         foreach (var g in groups)
         {
-            files[FileBase(g.Module) + ".h"] = EmitHeader(g.Module, g.Types);
-            files[FileBase(g.Module) + ".cpp"] = EmitSource(g.Module, g.Types);
+            files[FileBase(g.Module) + ".h"] = EmitHeader(model, g.Module, g.Types);
+            files[FileBase(g.Module) + ".cpp"] = EmitSource(model, g.Module, g.Types);
         }
         files[RegistrationHeader] = EmitRegistrationHeader(model);
         files[RegistrationSource] = EmitRegistrationSource(model);
@@ -361,7 +361,9 @@ public static class CppEmitter
 
     private sealed record MethodGroup(string PythonName, int Slot, bool IsStatic, List<MethodModel> Candidates)
     {
-        public bool Dispatching => Candidates.Count > 1;
+        /// <summary>The base whose same-named instance method this one hides: its overloads are tried last.</summary>
+        public TypeModel? Hides => Candidates.Select(c => c.Hides).FirstOrDefault(h => h is not null);
+        public bool Dispatching => Candidates.Count > 1 || Hides is not null;
         public bool NoArgs => !Dispatching && Candidates[0].Parameters.Count == 0;
     }
 
@@ -381,6 +383,42 @@ public static class CppEmitter
     private static string MethodFunction(TypeModel t, MethodGroup g) =>
         $"wrpPy_{(g.Dispatching ? "mgfn" : "mtfn")}_{Id(t)}_{Slot(g.Slot)}_{Ident(g.PythonName)}";
 
+    private static string Hook(TypeModel t, string pythonName) => $"wrpPy_htgn_{Id(t)}_000_{Ident(pythonName)}";
+
+    /// <summary>Python names of <paramref name="t"/>'s instance methods that a derived type hides.</summary>
+    private static HashSet<string> HiddenNames(AssemblyModel model, TypeModel t) =>
+        model.Types.SelectMany(d => d.Methods).Where(m => m.Hides == t).Select(m => m.PythonName).ToHashSet(StringComparer.Ordinal);
+
+    /// <summary>A base's candidates run against a derived receiver; the last parse error goes back instead of being raised.</summary>
+    private static void EmitHook(CppWriter w, TypeModel t, MethodGroup g)
+    {
+        w.Line($"PyObject* {Hook(t, g.PythonName)}(void* handle, PyObject* args, PyObject* kwargs, PyObject** error_value) {{");
+        w.Indent();
+        w.Line("*error_value = nullptr;");
+        w.Line($"if ({Invalidate(t)}())");
+        w.Line("    return nullptr;");
+        w.Line($"PyOverloadFailureSlots<{g.Candidates.Count}> failures;");
+        foreach (var m in g.Candidates)
+        {
+            w.Line("{");
+            w.Indent();
+            var passes = EmitParse(w, m.Parameters, true, "nullptr");
+            w.Indent();
+            w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
+            EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, new[] { "handle" }.Concat(passes)), true);
+            w.Dedent();
+            w.Line("}");
+            w.Line("failures.keep();");
+            w.Dedent();
+            w.Line("}");
+        }
+        w.Line("*error_value = failures.take_last();");
+        w.Line("return nullptr;");
+        w.Dedent();
+        w.Line("}");
+        w.Line();
+    }
+
     private static void EmitMethod(CppWriter w, TypeModel t, MethodGroup g)
     {
         string fn = MethodFunction(t, g);
@@ -396,7 +434,8 @@ public static class CppEmitter
             EmitMethodCall(w, t, g.Candidates[0], EmitParse(w, g.Candidates[0].Parameters, false, "nullptr"));
         else
         {
-            w.Line($"PyOverloadFailureSlots<{g.Candidates.Count}> failures;");
+            // One more slot for the hidden base method's last message.
+            w.Line($"PyOverloadFailureSlots<{g.Candidates.Count + (g.Hides is null ? 0 : 1)}> failures;");
             foreach (var m in g.Candidates)
             {
                 w.Line("{");
@@ -409,6 +448,14 @@ public static class CppEmitter
                 w.Line("failures.keep();");
                 w.Dedent();
                 w.Line("}");
+            }
+            if (g.Hides is { } hidden)
+            {
+                w.Line("PyObject* hook_error = nullptr;");
+                w.Line($"PyObject* inherited = {Hook(hidden, g.PythonName)}(PyShBound_Handle(self), args, kwargs, &hook_error);");
+                w.Line("if (hook_error == nullptr)");
+                w.Line("    return inherited;");
+                w.Line("failures.keep_value(hook_error);");
             }
             w.Line("return failures.raise();");
         }
@@ -552,7 +599,7 @@ public static class CppEmitter
 
     // ---- whole types
 
-    private static void EmitClass(CppWriter w, TypeModel t)
+    private static void EmitClass(CppWriter w, TypeModel t, HashSet<string> hidden)
     {
         string id = Id(t);
         w.Line($"// ---- {t.FullName}");
@@ -565,6 +612,16 @@ public static class CppEmitter
         var groups = Groups(t);
         foreach (var g in groups)
             EmitMethod(w, t, g);
+        var hooked = groups.Where(g => !g.IsStatic && hidden.Contains(g.PythonName)).ToList();
+        if (hooked.Count > 0)
+        {
+            w.Line("}  // namespace");
+            w.Line();
+            foreach (var g in hooked)
+                EmitHook(w, t, g);
+            w.Line("namespace {");
+            w.Line();
+        }
         foreach (var p in t.Properties)
             EmitProperty(w, t, p);
         foreach (var s in t.StaticAttributes)
@@ -686,7 +743,7 @@ public static class CppEmitter
 
     // ---- files
 
-    private static string EmitHeader(ModuleModel module, List<TypeModel> types)
+    private static string EmitHeader(AssemblyModel model, ModuleModel module, List<TypeModel> types)
     {
         var w = new CppWriter();
         w.Line($"// Bound types of {module.Namespace} ({module.PythonName}).");
@@ -718,12 +775,14 @@ public static class CppEmitter
             w.Line($"bool {Invalidate(t)}();");
             w.Line($"bool {Query(t)}(std::string& message);");
             w.Line($"int {Register(t)}(PyObject* module);");
+            foreach (string name in HiddenNames(model, t).Order(StringComparer.Ordinal))
+                w.Line($"PyObject* {Hook(t, name)}(void* handle, PyObject* args, PyObject* kwargs, PyObject** error_value);");
             w.Line();
         }
         return w.ToString();
     }
 
-    private static string EmitSource(ModuleModel module, List<TypeModel> types)
+    private static string EmitSource(AssemblyModel model, ModuleModel module, List<TypeModel> types)
     {
         var w = new CppWriter();
         w.Line($"// Bound types of {module.Namespace} ({module.PythonName}).");
@@ -745,7 +804,7 @@ public static class CppEmitter
             if (t.Kind == TypeKind.Enum)
                 EmitEnum(w, t);
             else
-                EmitClass(w, t);
+                EmitClass(w, t, HiddenNames(model, t));
         }
         return w.ToString();
     }

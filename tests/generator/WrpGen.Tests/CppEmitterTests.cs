@@ -140,6 +140,27 @@ public class CppEmitterTests
     }
 
     [Fact]
+    public void AMethodHidingABaseMethodTriesTheBasesOverloadsLast()
+    {
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        var node = Fixture.Type("Quorix.Folio.Node");
+        Assert.Equal(node, doc.Methods.Single(m => m.PythonName == "clone").Hides);
+        string hook = $"wrpPy_htgn_{node.Hash}_Node_000_clone";
+        string own = Section(doc);
+        // a single own signature still dispatches: the base's take arguments the own one refuses
+        Assert.Matches(@"\{""clone"", [^\n]*METH_VARARGS \| METH_KEYWORDS, """"\}", own);
+        Assert.Contains("PyOverloadFailureSlots<2> failures;", own);
+        Assert.Contains($"PyObject* inherited = {hook}(PyShBound_Handle(self), args, kwargs, &hook_error);", own);
+        Assert.True(own.IndexOf("table.call_000_Clone(", StringComparison.Ordinal) < own.IndexOf(hook, StringComparison.Ordinal));
+        string baseSection = Section(node);
+        Assert.Contains($"PyObject* {hook}(void* handle, PyObject* args, PyObject* kwargs, PyObject** error_value) {{", baseSection);
+        Assert.Contains("table.call_000_Clone(handle, a0, &result);", baseSection);
+        Assert.Contains("*error_value = failures.take_last();", baseSection);
+        Assert.Contains($"PyObject* {hook}(", Files[node.Module.Replace('.', '_') + ".h"]);
+        Assert.DoesNotContain("wrpPy_htgn_", Section(Fixture.Type("Quorix.Folio.Run")));
+    }
+
+    [Fact]
     public void ConstructorlessTypesRefuseConstructionAndOthersDispatch()
     {
         var hyphenation = Fixture.Type("Quorix.Folio.Hyphenation");
