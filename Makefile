@@ -87,6 +87,7 @@ test-cpp:
 	cd $(CMAKE_DIR) && ctest --output-on-failure -j $(JOBS)
 
 test-managed:
+	$(DOTNET) test tests/generator/WrpGen.Tests/WrpGen.Tests.csproj $(DOTNET_OPTS)
 	$(DOTNET) test managed/WrpInterop.Quorix.Folio.Tests/WrpInterop.Quorix.Folio.Tests.csproj $(DOTNET_OPTS)
 	@if [ -f managed/Quorix.Folio.Tests/Quorix.Folio.Tests.csproj ]; then \
 	    $(DOTNET) test managed/Quorix.Folio.Tests/Quorix.Folio.Tests.csproj $(DOTNET_OPTS); fi
