@@ -106,6 +106,24 @@ public unsafe class PyFileStreamTests
         Assert.False(stream.CanRead);
         Assert.Throws<ObjectDisposedException>(() => stream.Write("y"u8));
         Assert.Equal("x"u8.ToArray(), file.Data.ToArray());
+        // the end of the call still flushes the file managed code disposed its stream of
+        stream.EndCall();
+        Assert.Equal(1, file.Flushes);
+        Assert.False(file.Closed);
+    }
+
+    [Fact]
+    public void EndingTheCallFlushesOnceAndRetiresTheStream()
+    {
+        using var file = new FakeFile();
+        var stream = new PyFileStream(file.Handle);
+        stream.Write("abc"u8);
+        stream.EndCall();
+        Assert.Equal(1, file.Flushes);
+        Assert.Throws<ObjectDisposedException>(() => stream.Write("d"u8));
+        file.Failing = "flush";
+        var e = Assert.Throws<PythonException>(stream.EndCall);
+        Assert.Equal("OSError: flush failed", e.Message);
     }
 
     [Fact]
@@ -180,6 +198,7 @@ public sealed class FakeFile : IDisposable
     public string? Failing { get; set; }
     public bool Seekable { get; set; } = true;
     public bool Closed { get; set; }
+    public int Flushes { get; set; }
     public List<int> Threads { get; } = [];
 
     public static FakeFile Of(IntPtr handle)
@@ -309,7 +328,14 @@ public static unsafe class FakeRawIo
     }
 
     [UnmanagedCallersOnly]
-    private static int Flush(IntPtr handle) => FakeFile.Of(handle).Fails("flush") ? -1 : 0;
+    private static int Flush(IntPtr handle)
+    {
+        var f = FakeFile.Of(handle);
+        if (f.Fails("flush"))
+            return -1;
+        f.Flushes++;
+        return 0;
+    }
 
     [UnmanagedCallersOnly]
     private static void Close(IntPtr handle) => FakeFile.Of(handle).Closed = true;

@@ -228,7 +228,7 @@ public static partial class CSharpEmitter
             {
                 prelude.Add($"var arg{i} = StubValues.StreamOf({name}, out var own{i});");
                 // the Python file stays open: it is the caller's; what was written must reach it
-                flushes.Add($"own{i}?.Flush();");
+                flushes.Add($"own{i}?.EndCall();");
                 call.Add($"arg{i}");
             }
             else

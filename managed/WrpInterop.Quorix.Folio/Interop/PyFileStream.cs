@@ -82,6 +82,19 @@ public sealed unsafe class PyFileStream : Stream
             throw Failure("flush()");
     }
 
+    /// <summary>
+    /// Flushes the Python file when the managed call that got this stream returns, also when
+    /// managed code disposed the stream (which leaves the file open, and so still to be flushed).
+    /// </summary>
+    public void EndCall()
+    {
+        if (Environment.CurrentManagedThreadId != _thread)
+            throw new InvalidOperationException("a Python file can only be used on the thread that passed it");
+        _disposed = true;
+        if (((delegate* unmanaged<IntPtr, int>)_table[SlotFlush])(_file) < 0)
+            throw Failure("flush()");
+    }
+
     public override int Read(byte[] buffer, int offset, int count)
     {
         ValidateBufferArguments(buffer, offset, count);

@@ -47,7 +47,7 @@ public static unsafe class WrpCs_Document_42DC8423
         {
             var arg0 = StubValues.StreamOf(@stream, out var own0);
             var r = new global::Quorix.Folio.Document(arg0);
-            own0?.Flush();
+            own0?.EndCall();
             return Handles.New(r);
         }
         catch (Exception e)
@@ -125,7 +125,7 @@ public static unsafe class WrpCs_Document_42DC8423
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
             var arg0 = StubValues.StreamOf(@stream, out var own0);
             var r = target.Save(arg0, (global::Quorix.Folio.SaveFormat)@saveFormat);
-            own0?.Flush();
+            own0?.EndCall();
             *result = Handles.New(r);
         }
         catch (Exception e)

@@ -17,7 +17,7 @@ public static unsafe class WrpCs_Hyphenat_A1DD7C47
         {
             var arg1 = StubValues.StreamOf(@stream, out var own1);
             global::Quorix.Folio.Hyphenation.RegisterDictionary(@language->ToManaged(), arg1);
-            own1?.Flush();
+            own1?.EndCall();
         }
         catch (Exception e)
         {

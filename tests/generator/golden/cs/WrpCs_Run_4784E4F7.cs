@@ -33,7 +33,7 @@ public static unsafe class WrpCs_Run_4784E4F7
             var target = (global::Quorix.Folio.Run)Handles.Target(self);
             var arg4 = StubValues.StreamOf(@arg0_, out var own4);
             target.Apply(@self_, @result_, @target_->ToManaged(), @e_ != 0, arg4);
-            own4?.Flush();
+            own4?.EndCall();
         }
         catch (Exception e)
         {
