@@ -14,6 +14,7 @@ internal sealed class ReadContext
     public readonly Dictionary<string, string> BookmarkNames = new();
     public readonly SharedNotes Notes;
     public RootInfo? Root;
+    public readonly TextBuffer Text = new();
 
     public ReadContext(Document doc, OpcPackage pkg, string part, SharedNotes notes)
     {

@@ -14,7 +14,7 @@ internal static class RunReader
     internal const char SoftHyphen = '\u001f';
 
     /// <summary>Text content of a simple element; cheaper than the general content reader.</summary>
-    private static void ReadText(XmlReader r, StringBuilder text)
+    private static void ReadText(XmlReader r, TextBuffer text)
     {
         if (r.IsEmptyElement) { r.Read(); return; }
         r.Read();
@@ -35,7 +35,7 @@ internal static class RunReader
         PropBag rPr = new(PropOrder.Run);
         bool emitted = false;
         var attrs = PropElement.ReadAttrs(r);
-        var text = new StringBuilder();
+        var text = ctx.Text;
         bool inCode = false;
         // A note reference with a custom mark: the text that follows in the run is the mark.
         Quorix.Folio.Notes.Footnote? markFor = null;
@@ -50,10 +50,9 @@ internal static class RunReader
         void Flush()
         {
             if (text.Length == 0) return;
-            var run = new Run(doc, text.ToString(), Props());
+            var run = new Run(doc, text.Take(), Props());
             if (attrs != null) { run.XAttrs = attrs; attrs = null; }
             p.LinkLast(run);
-            text.Clear();
         }
 
         if (r.IsEmptyElement) { r.Read(); p.LinkLast(new Run(doc, "", rPr) { XAttrs = attrs }); return; }
@@ -78,9 +77,9 @@ internal static class RunReader
                     if (inCode) { Flush(); inCode = false; }
                     if (markFor != null)
                     {
-                        var mark = new StringBuilder();
-                        ReadText(r, mark);
-                        markFor.ReferenceMark = mark.ToString();
+                        Flush();
+                        ReadText(r, text);
+                        markFor.ReferenceMark = text.Take();
                         markFor = null;
                         break;
                     }
