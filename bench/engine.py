@@ -142,12 +142,19 @@ def main():
         py_read = time.perf_counter() - t0
         if Document is not None:
             t0 = time.perf_counter()
+            from quorix.folio import NodeType
             doc = Document(src)
-            chars = sum(len(p.get_text()) for p in doc.first_section.body.paragraphs)
-            for table in doc.first_section.body.tables:
-                for row in table.rows:
-                    for cell in row.cells:
-                        chars += len(cell.get_text())
+            body = doc.first_section.body
+            # Index access through get_child: the binding does not carry collection indexers yet.
+            chars = 0
+            for i in range(body.paragraphs.count):
+                chars += len(body.get_child(NodeType.PARAGRAPH, i, False).get_text())
+            for t in range(body.tables.count):
+                table = body.get_child(NodeType.TABLE, t, False)
+                for r in range(table.rows.count):
+                    row = table.get_child(NodeType.ROW, r, False)
+                    for c in range(row.cells.count):
+                        chars += len(row.get_child(NodeType.CELL, c, False).get_text())
             doc.save(os.path.join(work, "ours-read.docx"))
             ours_read = time.perf_counter() - t0
         else:
