@@ -92,6 +92,31 @@ fn_conv_clr_string_to_py_string_value(const char16_t* data, int32_t length)
         PyErr_BadInternalCall();
         return nullptr;
     }
+    // Most managed strings hold no surrogate: build the compact str directly, which is what
+    // decoding would give, without the codec machinery on this hot path.
+    char16_t max_unit = 0;
+    for (int32_t i = 0; i < length; ++i) {
+        char16_t unit = data[i];
+        if (unit >= 0xD800 && unit <= 0xDFFF) {
+            max_unit = 0xFFFF;
+            break;
+        }
+        if (unit > max_unit)
+            max_unit = unit;
+    }
+    if (max_unit != 0xFFFF || length == 0) {
+        PyObject* text = PyUnicode_New(length, max_unit);
+        if (text == nullptr)
+            return nullptr;
+        if (PyUnicode_KIND(text) == PyUnicode_1BYTE_KIND) {
+            Py_UCS1* out = PyUnicode_1BYTE_DATA(text);
+            for (int32_t i = 0; i < length; ++i)
+                out[i] = static_cast<Py_UCS1>(data[i]);
+        } else {
+            memcpy(PyUnicode_2BYTE_DATA(text), data, 2 * static_cast<size_t>(length));
+        }
+        return text;
+    }
     // Byte order fixed to little-endian, so a leading U+FEFF stays a character. The empty
     // error-handler name is deliberate: malformed input fails with the handler lookup error.
     int byteorder = -1;

@@ -143,6 +143,24 @@ TEST_F(MarshalText, ManagedStringsDecodeAsLittleEndianUtf16) {
     EXPECT_EQ(failure(), "LookupError: unknown error handler name ''");
 }
 
+TEST_F(MarshalText, SurrogateFreeStringsMatchTheDecoderInValueAndStorage) {
+    const std::u16string samples[] = {u"", u"plain", u"caf\u00e9 \u00ff", u"\u0100x", u"\uFEFF",
+                                      u"\uFFFF", u"\u0416\u4e2d", std::u16string(1000, u'z') + u"\u00e9"};
+    for (const std::u16string& sample : samples) {
+        PyShRef direct(fn_conv_clr_string_to_py_string(sample.data(), static_cast<int32_t>(sample.size())));
+        ASSERT_TRUE(direct);
+        int byteorder = -1;
+        PyShRef decoded(PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(sample.data()),
+                                              2 * static_cast<Py_ssize_t>(sample.size()), "strict", &byteorder));
+        ASSERT_TRUE(decoded);
+        EXPECT_EQ(PyUnicode_Compare(direct.get(), decoded.get()), 0);
+        // the narrowest storage, as every str must have: equal strings hash and compare alike
+        EXPECT_EQ(PyUnicode_KIND(direct.get()), PyUnicode_KIND(decoded.get()));
+        EXPECT_EQ(PyUnicode_IS_ASCII(direct.get()), PyUnicode_IS_ASCII(decoded.get()));
+        EXPECT_EQ(PyObject_Hash(direct.get()), PyObject_Hash(decoded.get()));
+    }
+}
+
 TEST_F(MarshalText, UnraisableDecodingReportsThroughTheHookAndLeavesNothingPending) {
     ASSERT_TRUE(py_exec(ns_.get(), "seen = []\nsys.unraisablehook = lambda u: seen.append((u.exc_type, u.object))\n"));
     const char16_t unpaired[] = {0xD83D};

@@ -1,0 +1,95 @@
+"""Per-call overhead of the binding, measured side by side with a plain C extension of ours
+(bench/ref_module.cpp) doing the same shape of work, plus the wall time of the first import.
+
+Prints one line per call shape: nanoseconds per call for both and their ratio, with the target
+ratio. Run after `make`: PYTHONPATH=build/python /usr/bin/python3 bench/call_overhead.py
+"""
+
+import os
+import pathlib
+import statistics
+import subprocess
+import sys
+import tempfile
+import timeit
+
+ROOT = pathlib.Path(__file__).resolve().parents[1]
+BUILD = ROOT / "build"
+sys.path.insert(0, str(BUILD / "cmake" / "bench"))
+sys.path.insert(0, str(BUILD / "cmake" / "tests" / "bindtest"))
+
+
+def _assembly_root():
+    """The product assemblies plus the test fixture's, so that the fixture's trivial members can
+    show the binding's own cost apart from the document library's work."""
+    root = pathlib.Path(tempfile.mkdtemp(prefix="qrx-bench-"))
+    for name, source in (("folio", BUILD / "python" / "quorix" / "assemblies" / "folio"),
+                         ("bindtest", BUILD / "fixtures" / "bindtest")):
+        (root / name).mkdir()
+        for item in source.iterdir():
+            (root / name / item.name).symlink_to(item)
+    return root
+
+
+os.environ.setdefault("NETCORE_WRAPPER_ASSEMBLY_DIR_quorix", str(_assembly_root()))
+
+import qrx_benchref  # noqa: E402
+import quorix.folio as qf  # noqa: E402
+import qrx_bindtest  # noqa: E402
+
+LOOPS = 200_000
+
+
+def per_call_ns(stmt, namespace):
+    timer = timeit.Timer(stmt, globals=namespace)
+    best = min(timer.repeat(repeat=7, number=LOOPS))
+    return best / LOOPS * 1e9
+
+
+def import_ms():
+    code = "import time; t = time.perf_counter(); import quorix.folio; print((time.perf_counter() - t) * 1000)"
+    env = {k: v for k, v in os.environ.items() if not k.startswith("NETCORE_WRAPPER_")}
+    samples = [
+        float(subprocess.run([sys.executable, "-c", code], env=env, capture_output=True, text=True, check=True).stdout)
+        for _ in range(7)
+    ]
+    return statistics.median(samples)
+
+
+def main():
+    doc = qf.Document()
+    builder = qf.DocumentBuilder(doc)
+    font = builder.font
+    font.name = "Normal"
+    body = doc.first_section.body
+    ref = qrx_benchref.Ref()
+    docx = qf.SaveFormat.DOCX
+    scalars = qrx_bindtest.Scalars()
+    scalars.text = "Normal"
+    ns = dict(font=font, builder=builder, body=body, ref=ref, Ref=qrx_benchref.Ref, docx=docx,
+              FileFormatUtil=qf.FileFormatUtil, scalars=scalars)
+
+    cases = [
+        # the binding alone: trivial managed members of the test fixture
+        ("float property get (binding)", "scalars.f64", "ref.size", 3.0),
+        ("str property get (binding)", "scalars.text", "ref.name", 3.0),
+        # the same shapes on the document library, its own work included
+        ("float property get", "font.size", "ref.size", 3.0),
+        ("str property get", "font.name", "ref.name", 3.0),
+        ("method, one str argument", "builder.write('')", "ref.write('')", 4.0),
+        ("call returning a new wrapper", "body.ensure_minimum()", "ref.make()", 6.0),
+        ("static method, enum argument", "FileFormatUtil.save_format_to_extension(docx)", "Ref.width_of(docx)", None),
+    ]
+    print(f"{'call shape':32} {'bound ns':>9} {'C ns':>7} {'ratio':>6}  target")
+    for name, bound, plain, target in cases:
+        b = per_call_ns(bound, ns)
+        c = per_call_ns(plain, ns)
+        ratio = b / c
+        verdict = "-" if target is None else (f"<= {target:g}  " + ("ok" if ratio <= target else "MISSED"))
+        print(f"{name:32} {b:9.1f} {c:7.1f} {ratio:6.2f}  {verdict}")
+    ms = import_ms()
+    print(f"{'import quorix.folio (fresh process)':32} {ms:9.1f} ms{'':6}  < 150 ms  {'ok' if ms < 150 else 'MISSED'}")
+
+
+if __name__ == "__main__":
+    main()
