@@ -6,16 +6,16 @@ namespace Quorix.Folio.Docx;
 internal sealed class DocxState
 {
     public readonly Dictionary<string, RootInfo> Roots = new(StringComparer.OrdinalIgnoreCase);
-    public readonly List<PropElement> FootnoteSpecials = new();
-    public readonly List<PropElement> EndnoteSpecials = new();
+    public readonly List<PropElement> FootnoteSeparators = new();
+    public readonly List<PropElement> EndnoteSeparators = new();
     public PropElement? BodyTail;
 
     public DocxState Clone()
     {
         var c = new DocxState();
         foreach (var kv in Roots) c.Roots[kv.Key] = kv.Value;
-        c.FootnoteSpecials.AddRange(FootnoteSpecials.Select(e => e.Clone()));
-        c.EndnoteSpecials.AddRange(EndnoteSpecials.Select(e => e.Clone()));
+        c.FootnoteSeparators.AddRange(FootnoteSeparators.Select(e => e.Clone()));
+        c.EndnoteSeparators.AddRange(EndnoteSeparators.Select(e => e.Clone()));
         c.BodyTail = BodyTail?.Clone();
         return c;
     }

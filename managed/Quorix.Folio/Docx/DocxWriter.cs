@@ -45,8 +45,8 @@ internal static class DocxWriter
         }
 
         EnsureReferencedStyles(doc);
-        state.FootnoteBase = NextId(doc.Docx.FootnoteSpecials);
-        state.EndnoteBase = NextId(doc.Docx.EndnoteSpecials);
+        state.FootnoteBase = NextId(doc.Docx.FootnoteSeparators);
+        state.EndnoteBase = NextId(doc.Docx.EndnoteSeparators);
 
         var mainWriter = new PartWriter(state, mainRels);
         var headerParts = new List<(HeaderFooter Hf, string Part, string RelId)>();
@@ -82,9 +82,9 @@ internal static class DocxWriter
             WriteRels(pkg, scope);
         }
 
-        if (state.Footnotes.Count > 0 || doc.Docx.FootnoteSpecials.Count > 0)
+        if (state.Footnotes.Count > 0 || doc.Docx.FootnoteSeparators.Count > 0)
             NotesPart(pkg, state, mainRels, oldPartRels, oldIds, false);
-        if (state.Endnotes.Count > 0 || doc.Docx.EndnoteSpecials.Count > 0)
+        if (state.Endnotes.Count > 0 || doc.Docx.EndnoteSeparators.Count > 0)
             NotesPart(pkg, state, mainRels, oldPartRels, oldIds, true);
         if (state.Comments.Count > 0) CommentsPart(pkg, state, mainRels, oldPartRels, oldIds);
 
@@ -120,10 +120,10 @@ internal static class DocxWriter
         return doc.MainPartName != null ? doc.Docx.Roots.GetValueOrDefault(doc.MainPartName) : null;
     }
 
-    private static int NextId(List<PropElement> specials)
+    private static int NextId(List<PropElement> separators)
     {
         int max = 0;
-        foreach (var e in specials) max = Math.Max(max, Units.ParseInt(e.Get("id")) ?? 0);
+        foreach (var e in separators) max = Math.Max(max, Units.ParseInt(e.Get("id")) ?? 0);
         return max + 1;
     }
 
@@ -262,14 +262,14 @@ internal static class DocxWriter
         mainRels.Add(endnotes ? Ns.RelEndnotes : Ns.RelFootnotes, DrawingWriter.Relative(main, part), false, oldIds.GetValueOrDefault(part));
         var scope = new RelScope(part, previous != null ? old[previous] : new List<Relationship>());
         var pw = new PartWriter(state, scope);
-        var specials = endnotes ? doc.Docx.EndnoteSpecials : doc.Docx.FootnoteSpecials;
-        if (specials.Count == 0) specials.AddRange(DefaultSeparators(endnotes));
+        var separators = endnotes ? doc.Docx.EndnoteSeparators : doc.Docx.FootnoteSeparators;
+        if (separators.Count == 0) separators.AddRange(DefaultSeparators(endnotes));
         var list = endnotes ? state.Endnotes : state.Footnotes;
         var refStyle = doc.Styles.FindById(endnotes ? "EndnoteReference" : "FootnoteReference")?.StyleId;
         pkg.Parts[part] = Render(w =>
         {
             RootInfo.WriteStart(w, endnotes ? "endnotes" : "footnotes", RootFor(doc, part));
-            foreach (var e in specials) e.Write(w);
+            foreach (var e in separators) e.Write(w);
             // Notes met while writing notes (rare nesting) are appended as the list grows.
             for (int i = 0; i < list.Count; i++)
             {

@@ -28,7 +28,7 @@ internal static class NotesReader
             if (type != null && type != "normal" || id == null)
             {
                 // Separators are kept as they are and written back first.
-                (endnotes ? doc.Docx.EndnoteSpecials : doc.Docx.FootnoteSpecials).Add(PropElement.Read(r));
+                (endnotes ? doc.Docx.EndnoteSeparators : doc.Docx.FootnoteSeparators).Add(PropElement.Read(r));
                 continue;
             }
             var note = new Footnote(doc, endnotes ? FootnoteType.Endnote : FootnoteType.Footnote);
