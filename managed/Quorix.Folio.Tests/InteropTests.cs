@@ -277,4 +277,68 @@ Text with a note.[^1]
         }
         finally { Directory.Delete(dir, true); }
     }
+
+    private const string SectionScript = @"
+import sys, json, docx
+d = docx.Document(sys.argv[1])
+out = {'sections': [[str(s.orientation), s.page_width, s.header.is_linked_to_previous, [p.text for p in s.header.paragraphs]] for s in d.sections],
+       'shapes': [[s.width, s.height] for s in d.inline_shapes]}
+print(json.dumps(out))
+";
+
+    private static Document RichSample()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.Write("A claim");
+        b.InsertFootnote(Notes.FootnoteType.Footnote, "Its source.");
+        b.Writeln(".");
+        b.ListFormat.ApplyBulletDefault();
+        b.Writeln("bullet a");
+        b.Writeln("bullet b");
+        b.ListFormat.ApplyNumberDefault();
+        b.Writeln("step 1");
+        b.Writeln("step 2");
+        b.ListFormat.RemoveNumbers();
+        b.InsertImage(TestSupport.Png(40, 20));
+        b.InsertBreak(BreakType.SectionBreakNewPage);
+        b.PageSetup.Orientation = Orientation.Landscape;
+        b.MoveToHeaderFooter(HeaderFooterType.HeaderPrimary);
+        b.Write("Landscape header");
+        return doc;
+    }
+
+    [Fact]
+    public void NotesListsPicturesAndSectionsReadElsewhere()
+    {
+        var dir = TestSupport.TempDir();
+        try
+        {
+            var path = Path.Combine(dir, "rich.docx");
+            RichSample().Save(path);
+
+            var (code, output, err) = TestSupport.Run(Python, $"-c \"{SectionScript.Replace("\"", "\\\"")}\" \"{path}\"");
+            Assert.True(code == 0, err);
+            var info = JsonDocument.Parse(output).RootElement;
+            var sections = info.GetProperty("sections");
+            Assert.Equal(2, sections.GetArrayLength());
+            Assert.StartsWith("PORTRAIT", sections[0][0].GetString());
+            Assert.StartsWith("LANDSCAPE", sections[1][0].GetString());
+            Assert.Equal(15840 * 635, sections[1][1].GetInt64());
+            Assert.False(sections[1][2].GetBoolean());
+            Assert.Equal("Landscape header", sections[1][3][0].GetString());
+            var shape = info.GetProperty("shapes")[0];
+            // 40 x 20 pixels at 96 dpi: 30 x 15 points.
+            Assert.Equal(30 * 12700, shape[0].GetInt64());
+            Assert.Equal(15 * 12700, shape[1].GetInt64());
+
+            var json = PandocJson(path).GetProperty("blocks").ToString();
+            Assert.Contains("\"t\":\"Note\"", json.Replace(" ", ""));
+            Assert.Contains("source.", json);
+            Assert.Contains("\"t\":\"BulletList\"", json.Replace(" ", ""));
+            Assert.Contains("\"t\":\"OrderedList\"", json.Replace(" ", ""));
+            Assert.Contains("\"t\":\"Image\"", json.Replace(" ", ""));
+        }
+        finally { Directory.Delete(dir, true); }
+    }
 }

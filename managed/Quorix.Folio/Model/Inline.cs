@@ -41,11 +41,8 @@ public sealed class Run : Inline
     public string Text
     {
         get => text;
-        set
-        {
-            text = value ?? "";
-            Touch();
-        }
+        // Text edits leave the tree's shape alone, so live collections stay valid.
+        set => text = value ?? "";
     }
 
     public override string GetText() => text;
