@@ -273,4 +273,30 @@ public class FormattingTests
         var xml = TestSupport.Part(TestSupport.ToBytes(doc), "word/document.xml");
         Assert.Contains("<w:tblBorders>", xml);
     }
+
+    [Fact]
+    public void ParagraphsReportTheirListLabels()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.ListFormat.ApplyNumberDefault();
+        b.Writeln("one");
+        b.ListFormat.ListIndent();
+        b.Writeln("one.a");
+        b.ListFormat.ListOutdent();
+        b.Writeln("two");
+        b.ListFormat.ApplyBulletDefault();
+        b.Write("dot");
+        var paras = doc.FirstSection!.Body!.Paragraphs;
+        Assert.Equal("1.", paras[0].ListLabel.LabelString);
+        Assert.Equal("a.", paras[1].ListLabel.LabelString);
+        Assert.Equal(1, paras[1].ListLabel.LabelValue);
+        Assert.Equal("2.", paras[2].ListLabel.LabelString);
+        Assert.Equal("\u2022", paras[3].ListLabel.LabelString);
+        Assert.Equal(0, paras[3].ListLabel.LabelValue);
+        // Labels follow edits: taking the first item out renumbers the rest.
+        paras[0].ListFormat.RemoveNumbers();
+        Assert.Equal("", paras[0].ListLabel.LabelString);
+        Assert.Equal("1.", paras[2].ListLabel.LabelString);
+    }
 }

@@ -48,6 +48,7 @@ public sealed class ListFormat
             var lvl = numPr.Child("ilvl") ?? Add(numPr, new PropElement("ilvl").Set("val", "0"), 0);
             var id = numPr.Child("numId") ?? Add(numPr, new PropElement("numId"), numPr.Children.Count);
             id.Set("val", Units.Str(value.ListId));
+            doc.Changed();
         }
     }
 
@@ -67,6 +68,7 @@ public sealed class ListFormat
             var numPr = pPr().GetOrAdd("numPr");
             numPr.Children ??= new List<PropElement>();
             (numPr.Child("ilvl") ?? Add(numPr, new PropElement("ilvl"), 0)).Set("val", Units.Str(value));
+            doc.Changed();
         }
     }
 
@@ -82,7 +84,11 @@ public sealed class ListFormat
         ListLevelNumber = 0;
     }
 
-    public void RemoveNumbers() => pPr().Remove("numPr");
+    public void RemoveNumbers()
+    {
+        pPr().Remove("numPr");
+        doc.Changed();
+    }
 
     public void ListIndent()
     {

@@ -13,6 +13,9 @@ public sealed class Document : DocumentBase
     internal OpcPackage? Source;
     internal string? MainPartName;
     internal DocxState Docx = new();
+    private Text.LabelCache? labels;
+
+    internal Text.LabelCache Labels => labels ??= new Text.LabelCache(this);
 
     /// <summary>An empty document: one section with one empty paragraph and the basic styles.</summary>
     public Document()

@@ -66,6 +66,9 @@ public sealed class Paragraph : CompositeNode
 
     public bool IsListItem => ListFormat.IsListItem;
 
+    /// <summary>The label the paragraph shows; labels of the whole document are counted once per change.</summary>
+    public ListLabel ListLabel => (doc as Document)?.Labels.Of(this) ?? new ListLabel("", 0);
+
     internal override bool CanHold(Node child) =>
         child is Inline || child is BookmarkStart || child is BookmarkEnd || child is CommentRangeStart ||
         child is CommentRangeEnd || child is Comment || child is Footnote || child is Shape ||

@@ -116,6 +116,8 @@ internal sealed class MarkdownWriter
             sb.Append("> ").Append(text.Replace("\n", "\n> ")).Append('\n');
             return;
         }
+        // Leading blanks would turn the paragraph into a code block.
+        text = text.TrimStart();
         if (text.Length > 0 && (char.IsDigit(text[0]) || text[0] is '-' or '+' or '#' or '=' or '>'))
             text = EscapeLineStart(text);
         sb.Append(text).Append('\n');
