@@ -53,7 +53,7 @@ public class BadInputTests
     public void MalformedXmlMissingPartsAndDtdsAreCorrupted()
     {
         var valid = Valid();
-        var broken = TestSupport.WithPart(valid, "word/document.xml", x => x![..(x.Length / 2)]);
+        var broken = TestSupport.WithPart(valid, "word/document.xml", x => x![..(x!.Length / 2)]);
         Assert.Contains("malformed", Assert.IsType<FileCorruptedException>(Load(broken)).Message);
 
         var noMain = TestSupport.WithPart(valid, "word/document.xml", _ => null);
@@ -65,7 +65,7 @@ public class BadInputTests
         // An entity expansion attack must be refused before it expands.
         var dtd = TestSupport.WithPart(valid, "word/document.xml", x =>
             "<?xml version=\"1.0\"?><!DOCTYPE d [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">]>" +
-            x![(x.IndexOf("?>") + 2)..]);
+            x![(x!.IndexOf("?>") + 2)..]);
         Assert.IsType<FileCorruptedException>(Load(dtd));
 
         var wrongRoot = TestSupport.WithPart(valid, "word/document.xml", _ => "<html><body/></html>");
@@ -171,7 +171,7 @@ public class BadInputTests
         {
             var deep = TestSupport.WithPart(valid, "word/document.xml", x =>
             {
-                var sb = new StringBuilder(x![..(x.IndexOf("<w:body>") + 8)]);
+                var sb = new StringBuilder(x![..(x!.IndexOf("<w:body>") + 8)]);
                 sb.Append("<w:p><w:pPr>");
                 for (int i = 0; i < 50000; i++) sb.Append(open);
                 for (int i = 0; i < 50000; i++) sb.Append(close);

@@ -21,7 +21,7 @@ public class LosslessTests
         var bytes = TestSupport.ToBytes(doc);
         return TestSupport.WithPart(bytes, "word/document.xml", x =>
         {
-            var head = x![..x.IndexOf("<w:body>")];
+            var head = x![..x!.IndexOf("<w:body>")];
             head = head.Replace("<w:document ", "<w:document xmlns:mc=\"http://schemas.openxmlformats.org/markup-compatibility/2006\" " +
                 "xmlns:w14=\"http://schemas.microsoft.com/office/word/2010/wordml\" mc:Ignorable=\"w14\" ");
             return head + WordLikeBody + "</w:document>";
