@@ -99,4 +99,33 @@ public class LosslessTests
         Assert.Contains("Page", again.FirstSection.HeadersFooters[HeaderFooterType.HeaderPrimary]!.GetText());
         Assert.True(again.FirstSection.Body.FirstParagraph.IsListItem);
     }
+
+    [Fact]
+    public void LinkAndSimpleFieldElementsKeepTheirFormUnlessEdited()
+    {
+        var bytes = TestSupport.ToBytes(new Document());
+        bytes = TestSupport.WithPart(bytes, "word/_rels/document.xml.rels", x => x!.Replace("</Relationships>",
+            "<Relationship Id=\"rIdLink\" Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/hyperlink\" " +
+            "Target=\"https://example.org/\" TargetMode=\"External\"/></Relationships>"));
+        bytes = TestSupport.WithPart(bytes, "word/document.xml", x => x!.Replace("<w:body>",
+            "<w:body><w:p><w:hyperlink r:id=\"rIdLink\" w:history=\"1\"><w:r><w:t>site</w:t></w:r></w:hyperlink>" +
+            "<w:fldSimple w:instr=\" PAGE \"><w:r><w:t>3</w:t></w:r></w:fldSimple></w:p>"));
+        var doc = new Document(new MemoryStream(bytes));
+        var link = doc.Range.Fields[0];
+        Assert.Equal(Fields.FieldType.FieldHyperlink, link.Type);
+        Assert.Contains("https://example.org/", link.GetFieldCode());
+        Assert.Equal("site", link.Result);
+        var xml = TestSupport.Part(TestSupport.ToBytes(doc), "word/document.xml");
+        Assert.Contains("<w:hyperlink r:id=\"rIdLink\" w:history=\"1\"><w:r><w:t>site</w:t></w:r></w:hyperlink>", xml);
+        Assert.Contains("<w:fldSimple w:instr=\" PAGE \"><w:r><w:t>3</w:t></w:r></w:fldSimple>", xml);
+        Assert.DoesNotContain("fldChar", xml);
+
+        // A changed result keeps the form; a changed code becomes an ordinary field.
+        link.Result = "the site";
+        ((Run)doc.Range.Fields[1].Start.NextSibling!).Text = " NUMPAGES ";
+        xml = TestSupport.Part(TestSupport.ToBytes(doc), "word/document.xml");
+        Assert.Contains("<w:t>the site</w:t></w:r></w:hyperlink>", xml);
+        Assert.DoesNotContain("fldSimple", xml);
+        Assert.Contains("<w:instrText xml:space=\"preserve\"> NUMPAGES </w:instrText>", xml);
+    }
 }

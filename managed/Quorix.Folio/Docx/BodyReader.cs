@@ -260,11 +260,11 @@ internal static class BodyReader
         if (code != null && !string.IsNullOrEmpty(tip)) code += $" \\o \"{tip.Replace("\"", "'")}\"";
         if (code == null || r.IsEmptyElement)
         {
-            if (code == null) { p.LinkLast(Opaque(r, ctx, OpaqueKind.Inline)); return; }
-            r.Read();
+            p.LinkLast(Opaque(r, ctx, OpaqueKind.Inline));
             return;
         }
-        p.LinkLast(new FieldStart(ctx.Doc, new PropBag(PropOrder.Run)));
+        var wrapper = new PropElement("hyperlink") { Attrs = PropElement.ReadAttrs(r) };
+        p.LinkLast(new FieldStart(ctx.Doc, new PropBag(PropOrder.Run)) { Wrapper = wrapper, WrapperCode = " " + code + " " });
         p.LinkLast(new Run(ctx.Doc, " " + code + " ", new PropBag(PropOrder.Run)));
         p.LinkLast(new FieldSeparator(ctx.Doc, new PropBag(PropOrder.Run)));
         int depth = r.Depth;
@@ -282,7 +282,8 @@ internal static class BodyReader
     private static void ReadSimpleField(XmlReader r, Paragraph p, ReadContext ctx)
     {
         var instr = r.GetAttribute("instr", Ns.W) ?? "";
-        p.LinkLast(new FieldStart(ctx.Doc, new PropBag(PropOrder.Run)));
+        var wrapper = new PropElement("fldSimple") { Attrs = PropElement.ReadAttrs(r) };
+        p.LinkLast(new FieldStart(ctx.Doc, new PropBag(PropOrder.Run)) { Wrapper = wrapper, WrapperCode = " " + instr.Trim() + " " });
         p.LinkLast(new Run(ctx.Doc, " " + instr.Trim() + " ", new PropBag(PropOrder.Run)));
         p.LinkLast(new FieldSeparator(ctx.Doc, new PropBag(PropOrder.Run)));
         if (!r.IsEmptyElement)

@@ -61,7 +61,11 @@ internal static class BodyWriter
             w.WriteEndElement();
         }
         prefix?.Invoke(w);
-        for (var n = p.first; n != null; n = n.next) WriteInline(w, n, pw);
+        for (var n = p.first; n != null; n = n.next)
+        {
+            if (n is FieldStart { Wrapper: not null } fs && TryWriteWrapped(w, fs, pw) is { } end) n = end;
+            else WriteInline(w, n, pw);
+        }
         w.WriteEndElement();
     }
 
@@ -162,6 +166,28 @@ internal static class BodyWriter
                 else w.WriteRaw(o.Xml);
                 break;
         }
+    }
+
+    /// <summary>Writes a field read from a link or simple-field element in that form again, if it
+    /// is still whole: same code, separator and end in this paragraph, nothing nested. Returns
+    /// the end marker, or null when the field has to be written as a field.</summary>
+    private static Node? TryWriteWrapped(XmlWriter w, FieldStart fs, PartWriter pw)
+    {
+        if (fs.next is not Run code || code.Text != fs.WrapperCode || code.next is not FieldSeparator sep) return null;
+        Node? end = sep.next;
+        while (end != null && end is not FieldEnd)
+        {
+            if (end is FieldStart || end is FieldSeparator) return null;
+            end = end.next;
+        }
+        if (end == null) return null;
+        var wrapper = fs.Wrapper!;
+        if (wrapper.Get("id", Ns.R) is { } relId && !pw.Rels.Has(relId)) return null;
+        w.WriteStartElement(wrapper.Local, Ns.W);
+        PropElement.WriteAttrs(w, wrapper.Attrs);
+        for (var n = sep.next; n != end; n = n!.next) WriteInline(w, n!, pw);
+        w.WriteEndElement();
+        return end;
     }
 
     private static int NextFree(HashSet<int> used)

@@ -47,7 +47,13 @@ public sealed class FieldStart : FieldChar
     // The begin marker as read: locks, dirty flags and form-field data the model does not interpret.
     internal PropElement? Raw;
 
-    internal override Node CloneTo(DocumentBase? target, bool deep) => new FieldStart(target, RPr.Clone()) { Raw = Raw?.Clone() };
+    // A link or simple-field element the field was read from, with the code it implied: written
+    // back in that form while the field is intact and its code unchanged.
+    internal PropElement? Wrapper;
+    internal string? WrapperCode;
+
+    internal override Node CloneTo(DocumentBase? target, bool deep) =>
+        new FieldStart(target, RPr.Clone()) { Raw = Raw?.Clone(), Wrapper = Wrapper?.Clone(), WrapperCode = WrapperCode };
 }
 
 public sealed class FieldSeparator : FieldChar
