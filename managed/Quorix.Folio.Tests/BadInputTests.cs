@@ -188,4 +188,18 @@ public class BadInputTests
         var e = Load(Valid(), new LoadOptions { LoadFormat = LoadFormat.Markdown });
         Assert.IsType<UnsupportedFileFormatException>(e);
     }
+
+    [Fact]
+    public void ArchivesClaimingHugeDirectoriesAreRefusedUpFront()
+    {
+        var valid = Valid();
+        // Patch the end-of-directory record to claim a million entries.
+        var bytes = (byte[])valid.Clone();
+        int eocd = bytes.Length - 22;
+        Assert.Equal(0x06054b50u, BitConverter.ToUInt32(bytes, eocd));
+        bytes[eocd + 10] = 0xFF;
+        bytes[eocd + 11] = 0xFF;
+        var e = Assert.IsType<FileCorruptedException>(Load(bytes));
+        Assert.Contains("parts", e.Message);
+    }
 }

@@ -79,8 +79,8 @@ internal sealed class OpcPackage
     public static OpcPackage Read(Stream stream, long maxPart, long maxTotal)
     {
         var pkg = new OpcPackage();
+        CheckDirectory(stream);
         using var zip = new ZipArchive(stream, ZipArchiveMode.Read, leaveOpen: true);
-        if (zip.Entries.Count > 20000) throw new FileCorruptedException("The package has too many parts.");
         long total = 0;
         foreach (var entry in zip.Entries)
         {
@@ -95,6 +95,35 @@ internal sealed class OpcPackage
         var ct = pkg.Get("[Content_Types].xml") ?? throw new FileCorruptedException("The package has no content types part.");
         pkg.ReadContentTypes(ct);
         return pkg;
+    }
+
+    private const int MaxEntries = 20000;
+
+    /// <summary>Refuses archives whose directory claims more parts than any document has, before
+    /// the archive reader allocates an object for each of them.</summary>
+    private static void CheckDirectory(Stream s)
+    {
+        long start = s.Position;
+        int tail = (int)Math.Min(s.Length - start, 65557);
+        if (tail < 22) return;
+        var buf = new byte[tail];
+        s.Position = s.Length - tail;
+        s.ReadExactly(buf);
+        s.Position = start;
+        for (int i = tail - 22; i >= 0; i--)
+        {
+            if (buf[i] != 0x50 || buf[i + 1] != 0x4B || buf[i + 2] != 0x05 || buf[i + 3] != 0x06) continue;
+            long entries = System.Buffers.Binary.BinaryPrimitives.ReadUInt16LittleEndian(buf.AsSpan(i + 10));
+            // The zip64 record, when present, sits just before its locator, right before this record.
+            if (entries == 0xFFFF && i >= 20 + 56 && buf[i - 20] == 0x50 && buf[i - 19] == 0x4B && buf[i - 18] == 0x06 && buf[i - 17] == 0x07)
+            {
+                int z = i - 20 - 56;
+                if (buf[z] == 0x50 && buf[z + 1] == 0x4B && buf[z + 2] == 0x06 && buf[z + 3] == 0x06)
+                    entries = (long)Math.Min(System.Buffers.Binary.BinaryPrimitives.ReadUInt64LittleEndian(buf.AsSpan(z + 32)), long.MaxValue);
+            }
+            if (entries > MaxEntries) throw new FileCorruptedException($"The package claims {entries} parts; more than {MaxEntries} are refused.");
+            return;
+        }
     }
 
     private static byte[] ReadBounded(Stream s, long limit, string name, long declared)
