@@ -299,4 +299,23 @@ public class FormattingTests
         Assert.Equal("", paras[0].ListLabel.LabelString);
         Assert.Equal("1.", paras[2].ListLabel.LabelString);
     }
+
+    [Fact]
+    public void SwitchingOffWritesNothingUnlessAStyleSwitchedOn()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.Font.Bold = true;
+        b.Write("on");
+        b.Font.Bold = false;
+        b.Writeln("off");
+        b.ParagraphFormat.StyleIdentifier = StyleIdentifier.Heading1;
+        b.Font.Bold = false;
+        b.Write("heading off");
+        var xml = TestSupport.Part(TestSupport.ToBytes(doc), "word/document.xml");
+        // Only the run inside the bold heading style needs an explicit "off".
+        Assert.Equal(1, System.Text.RegularExpressions.Regex.Matches(xml, "<w:b w:val=\"0\" />").Count);
+        var runs = TestSupport.RoundTrip(doc).GetChildNodes(NodeType.Run, true).ToArray().Cast<Run>();
+        Assert.Equal(new[] { true, false, false }, runs.Select(r => r.Font.Bold).ToArray());
+    }
 }

@@ -38,6 +38,27 @@ public sealed class Font
         return v == null || !(v == "0" || v == "false" || v == "off");
     }
 
+    /// <summary>Switching a property off only writes an explicit "off" where a style would switch it on.</summary>
+    private void SetToggle(string local, bool value, string? complexScript = null)
+    {
+        if (!value && !InheritedToggle(local))
+        {
+            Bag.Remove(local);
+            if (complexScript != null) Bag.Remove(complexScript);
+            return;
+        }
+        Bag.SetToggle(local, value);
+        if (complexScript != null) Bag.SetToggle(complexScript, value);
+    }
+
+    private bool InheritedToggle(string local)
+    {
+        if (inherited == null) return false;
+        foreach (var b in inherited())
+            if (b.Toggle(local) is { } v) return v;
+        return false;
+    }
+
     public string Name
     {
         get
@@ -75,24 +96,24 @@ public sealed class Font
     public bool Bold
     {
         get => Toggle("b");
-        set { Bag.SetToggle("b", value); Bag.SetToggle("bCs", value); }
+        set => SetToggle("b", value, "bCs");
     }
 
     public bool Italic
     {
         get => Toggle("i");
-        set { Bag.SetToggle("i", value); Bag.SetToggle("iCs", value); }
+        set => SetToggle("i", value, "iCs");
     }
 
-    public bool StrikeThrough { get => Toggle("strike"); set => Bag.SetToggle("strike", value); }
+    public bool StrikeThrough { get => Toggle("strike"); set => SetToggle("strike", value); }
 
-    public bool DoubleStrikeThrough { get => Toggle("dstrike"); set => Bag.SetToggle("dstrike", value); }
+    public bool DoubleStrikeThrough { get => Toggle("dstrike"); set => SetToggle("dstrike", value); }
 
-    public bool AllCaps { get => Toggle("caps"); set => Bag.SetToggle("caps", value); }
+    public bool AllCaps { get => Toggle("caps"); set => SetToggle("caps", value); }
 
-    public bool SmallCaps { get => Toggle("smallCaps"); set => Bag.SetToggle("smallCaps", value); }
+    public bool SmallCaps { get => Toggle("smallCaps"); set => SetToggle("smallCaps", value); }
 
-    public bool Hidden { get => Toggle("vanish"); set => Bag.SetToggle("vanish", value); }
+    public bool Hidden { get => Toggle("vanish"); set => SetToggle("vanish", value); }
 
     public bool Superscript
     {
