@@ -16,8 +16,9 @@ public static class CppEmitter
     public const string RegistrationSource = "wrpgen_registration.cpp";
 
     /// <summary>File name to text, for every file of the model.</summary>
-    public static SortedDictionary<string, string> Emit(AssemblyModel model)
+    public static SortedDictionary<string, string> Emit(AssemblyModel model, CppEmitOptions? options = null)
     {
+        options ??= new CppEmitOptions();
         var files = new SortedDictionary<string, string>(StringComparer.Ordinal);
         var groups = model.Modules
             .Select(m => (Module: m, Types: model.Types.Where(t => t.Module == m.PythonName && IsEmitted(t)).ToList()))
@@ -34,7 +35,7 @@ public static class CppEmitter
         foreach (var g in groups)
         {
             files[FileBase(g.Module) + ".h"] = EmitHeader(model, g.Module, g.Types);
-            files[FileBase(g.Module) + ".cpp"] = EmitSource(model, g.Module, g.Types);
+            files[FileBase(g.Module) + ".cpp"] = EmitSource(model, g.Module, g.Types, options);
         }
         files[RegistrationHeader] = EmitRegistrationHeader(model);
         files[RegistrationSource] = EmitRegistrationSource(model);
@@ -303,7 +304,7 @@ public static class CppEmitter
             yield return b;
     }
 
-    private static void EmitState(CppWriter w, TypeModel t)
+    private static void EmitState(CppWriter w, TypeModel t, CppEmitOptions options)
     {
         string refs = string.Join(", ", Ancestors(t).Select(a => "&" + Query(a)));
         w.Line($"const PyHostState& wrpPy_hsst_{Id(t)}() {{");
@@ -313,8 +314,24 @@ public static class CppEmitter
         w.Line();
         w.Line($"}}  // namespace");
         w.Line();
-        w.Line($"bool {Invalidate(t)}() {{ return PyHostState_Check(wrpPy_hsst_{Id(t)}()); }}");
-        w.Line($"bool {Query(t)}(std::string& message) {{ return PyHostState_Query(wrpPy_hsst_{Id(t)}(), message); }}");
+        if (options.HostStart is null)
+        {
+            w.Line($"bool {Invalidate(t)}() {{ return PyHostState_Check(wrpPy_hsst_{Id(t)}()); }}");
+            w.Line($"bool {Query(t)}(std::string& message) {{ return PyHostState_Query(wrpPy_hsst_{Id(t)}(), message); }}");
+        }
+        else
+        {
+            // the method table binds against the interop assembly: the runtime must be joined first
+            w.Line($"bool {Invalidate(t)}() {{ return {options.HostStart}() < 0 || PyHostState_Check(wrpPy_hsst_{Id(t)}()); }}");
+            w.Line($"bool {Query(t)}(std::string& message) {{");
+            w.Line($"    if ({options.HostStart}() < 0) {{");
+            w.Line("        PyErr_Clear();  // a query answers in text only");
+            w.Line("        message = \"the runtime host of the module did not start\";");
+            w.Line("        return true;");
+            w.Line("    }");
+            w.Line($"    return PyHostState_Query(wrpPy_hsst_{Id(t)}(), message);");
+            w.Line("}");
+        }
         w.Line();
         w.Line("namespace {");
         w.Line();
@@ -599,7 +616,7 @@ public static class CppEmitter
 
     // ---- whole types
 
-    private static void EmitClass(CppWriter w, TypeModel t, HashSet<string> hidden)
+    private static void EmitClass(CppWriter w, TypeModel t, HashSet<string> hidden, CppEmitOptions options)
     {
         string id = Id(t);
         w.Line($"// ---- {t.FullName}");
@@ -607,7 +624,8 @@ public static class CppEmitter
         w.Line("namespace {");
         w.Line();
         EmitTable(w, t);
-        EmitState(w, t);
+        EmitState(w, t, options);
+        EmitGuardedSlots(w, t, options);
         EmitConstructors(w, t);
         var groups = Groups(t);
         foreach (var g in groups)
@@ -627,7 +645,7 @@ public static class CppEmitter
         foreach (var s in t.StaticAttributes)
             EmitStatic(w, t, s);
 
-        string getType = IsStruct(t) ? "wrapClrStruct_get_type" : "wrapClrObject_get_type";
+        string getType = options.HostStart is not null ? $"wrpPy_tpsb_{id}_get_type" : $"{SlotFamily(t)}_get_type";
         w.Line($"PyMethodDef wrpPy_tymd_{id}[] = {{");
         foreach (var g in groups)
             w.Line($"    {{{Quote(g.PythonName)}, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>({MethodFunction(t, g)})), {MethodFlags(g)}, \"\"}},");
@@ -692,14 +710,63 @@ public static class CppEmitter
         w.Line($"int {Register(t)}(PyObject* module) {{");
         w.Line($"    PyShBound_DescribeType(&{TypeObject(t)}, {Quote(t.TpName)}, {(IsStruct(t) ? "true" : "false")}, wrpPy_tymd_{id}, wrpPy_typd_{id},");
         w.Line($"                           wrpPy_tpsb_{id}_tp_new, {init});");
+        if (options.HostStart is not null)
+        {
+            w.Line($"    {TypeObject(t)}.tp_hash = wrpPy_tpsb_{id}_tp_hash;");
+            w.Line($"    {TypeObject(t)}.tp_richcompare = wrpPy_tpsb_{id}_tp_richcompare;");
+            w.Line($"    {TypeObject(t)}.tp_str = wrpPy_tpsb_{id}_tp_str;");
+        }
+        if (options.Release is not null)
+            w.Line($"    {TypeObject(t)}.tp_dealloc = wrpPy_tpsb_{id}_tp_dealloc;");
         w.Line($"    return PyShBound_RegisterType(module, &{TypeObject(t)}, {baseType}, {(IsStruct(t) ? "true" : "false")}, {extra}, {Quote(t.Name)});");
         w.Line("}");
         w.Line();
     }
 
+    private static string SlotFamily(TypeModel t) => IsStruct(t) ? "wrapClrStruct" : "wrapClrObject";
+
+    // The shared wrapper slots reach the object host, which exists only once the runtime is joined;
+    // a wrapper going away must not need it at all.
+    private static void EmitGuardedSlots(CppWriter w, TypeModel t, CppEmitOptions options)
+    {
+        string id = Id(t), family = SlotFamily(t);
+        if (options.HostStart is string start)
+        {
+            w.Line($"Py_hash_t wrpPy_tpsb_{id}_tp_hash(PyObject* self) {{");
+            w.Line($"    return {start}() < 0 ? -1 : {family}_tp_hash(self);");
+            w.Line("}");
+            w.Line();
+            w.Line($"PyObject* wrpPy_tpsb_{id}_tp_richcompare(PyObject* self, PyObject* other, int op) {{");
+            w.Line($"    return {start}() < 0 ? nullptr : {family}_tp_richcompare(self, other, op);");
+            w.Line("}");
+            w.Line();
+            w.Line($"PyObject* wrpPy_tpsb_{id}_tp_str(PyObject* self) {{");
+            w.Line($"    return {start}() < 0 ? nullptr : {family}_tp_str(self);");
+            w.Line("}");
+            w.Line();
+            if (t.Kind != TypeKind.StaticClass)
+            {
+                w.Line($"PyObject* wrpPy_tpsb_{id}_get_type(PyObject* self, PyObject* unused) {{");
+                w.Line($"    return {start}() < 0 ? nullptr : {family}_get_type(self, unused);");
+                w.Line("}");
+                w.Line();
+            }
+        }
+        if (options.Release is string release)
+        {
+            w.Line($"void wrpPy_tpsb_{id}_tp_dealloc(PyObject* self) {{");
+            w.Line("    void* handle = PyShBound_Handle(self);");
+            w.Line($"    PyShBound_SetHandle(self, nullptr, {HandleKind(t)});");
+            w.Line($"    {release}(handle);");
+            w.Line("    Py_TYPE(self)->tp_free(self);");
+            w.Line("}");
+            w.Line();
+        }
+    }
+
     private static bool IsUnsigned(TypeModel t) => t.Underlying is "byte" or "ushort" or "uint" or "ulong";
 
-    private static void EmitEnum(CppWriter w, TypeModel t)
+    private static void EmitEnum(CppWriter w, TypeModel t, CppEmitOptions options)
     {
         string id = Id(t);
         w.Line($"// ---- {t.FullName}");
@@ -707,7 +774,7 @@ public static class CppEmitter
         w.Line("namespace {");
         w.Line();
         EmitTable(w, t);
-        EmitState(w, t);
+        EmitState(w, t, options);
         w.Line($"const PyShEnumMember wrpPy_enmb_{id}[] = {{");
         foreach (var m in t.EnumMembers)
             w.Line($"    {{{Quote(m.PythonName)}, {Quote(m.Value)}}},");
@@ -782,7 +849,7 @@ public static class CppEmitter
         return w.ToString();
     }
 
-    private static string EmitSource(AssemblyModel model, ModuleModel module, List<TypeModel> types)
+    private static string EmitSource(AssemblyModel model, ModuleModel module, List<TypeModel> types, CppEmitOptions options)
     {
         var w = new CppWriter();
         w.Line($"// Bound types of {module.Namespace} ({module.PythonName}).");
@@ -799,12 +866,18 @@ public static class CppEmitter
         w.Line();
         w.Line("#pragma GCC diagnostic ignored \"-Wunused-parameter\"");
         w.Line();
+        if (options.HostStart is not null)
+            w.Line($"int {options.HostStart}();  // joins the runtime on first use");
+        if (options.Release is not null)
+            w.Line($"void {options.Release}(void* handle);  // frees the handle of a wrapper going away");
+        if (options.HostStart is not null || options.Release is not null)
+            w.Line();
         foreach (var t in types)
         {
             if (t.Kind == TypeKind.Enum)
-                EmitEnum(w, t);
+                EmitEnum(w, t, options);
             else
-                EmitClass(w, t, HiddenNames(model, t));
+                EmitClass(w, t, HiddenNames(model, t), options);
         }
         return w.ToString();
     }

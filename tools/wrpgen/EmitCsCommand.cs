@@ -6,14 +6,15 @@ public static class EmitCsCommand
     public const string Name = "emit-cs";
 
     public const string Usage =
-        "usage: wrpgen emit-cs <assembly> --root <Namespace> --out <folder> [--module <python.module>] [--ref <folder>]...";
+        "usage: wrpgen emit-cs <assembly> --root <Namespace> --out <folder> [--module <python.module>] [--types <A.B,A.C>] [--ref <folder>]...";
 
-    public sealed record Options(string Assembly, string Root, string? Module, List<string> References, string Out);
+    public sealed record Options(string Assembly, string Root, string? Module, List<string> References, string Out,
+                                 IReadOnlyList<string>? Types = null);
 
     public static int Run(string[] args, TextWriter log)
     {
         var o = Parse(args);
-        var model = ModelBuilder.Build(o.Assembly, o.Root, o.Module, o.References);
+        var model = ModelBuilder.Build(o.Assembly, o.Root, o.Module, o.References, o.Types);
         int written = CSharpEmitter.WriteFiles(model, o.Out);
         log.WriteLine($"wrpgen: {model.Types.Count} stub classes in {o.Out}, {written} rewritten");
         return 0;
@@ -24,6 +25,7 @@ public static class EmitCsCommand
         if (args.Length < 2 || args[0] != Name || args[1].StartsWith("--", StringComparison.Ordinal))
             throw new GeneratorException(Usage);
         string? root = null, module = null, output = null;
+        IReadOnlyList<string>? types = null;
         var refs = new List<string>();
         for (int i = 2; i < args.Length; i++)
         {
@@ -37,11 +39,12 @@ public static class EmitCsCommand
                 case "--module": module = value; break;
                 case "--ref": refs.Add(value); break;
                 case "--out": output = value; break;
+                case "--types": types = Program.TypeList(value); break;
                 default: throw new GeneratorException($"unknown option {flag}\n{Usage}");
             }
         }
         if (root is null || output is null)
             throw new GeneratorException(Usage);
-        return new Options(args[1], root, module, refs, output);
+        return new Options(args[1], root, module, refs, output, types);
     }
 }

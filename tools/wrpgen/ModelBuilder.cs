@@ -23,20 +23,29 @@ public sealed class ModelBuilder
     private readonly Dictionary<TypeDefinitionHandle, TypeModel> _bound = [];
     private readonly Dictionary<TypeDefinitionHandle, string> _unbound = [];
     private readonly List<TypeModel> _declared = [];
+    private readonly HashSet<string>? _selected;
+    private TypeModel? _object;
 
-    private ModelBuilder(MetadataReader reader, ReferenceResolver resolver, AssemblyModel model)
+    private ModelBuilder(MetadataReader reader, ReferenceResolver resolver, AssemblyModel model, HashSet<string>? selected)
     {
         _reader = reader;
         _resolver = resolver;
         _model = model;
+        _selected = selected;
     }
 
     /// <summary>The model of the assembly; throws <see cref="GeneratorException"/> for unreadable input.</summary>
+    /// <param name="selectedTypes">
+    /// Full names of the only types to bind (each must be a public type under the root), or null
+    /// for every public type under the root. Types left out of a selection are not reported.
+    /// </param>
     public static AssemblyModel Build(string assemblyPath, string rootNamespace, string? rootModule,
-                                      IReadOnlyList<string> referenceFolders)
+                                      IReadOnlyList<string> referenceFolders, IReadOnlyCollection<string>? selectedTypes = null)
     {
         if (rootNamespace.Length == 0)
             throw new GeneratorException("the root namespace is empty");
+        if (selectedTypes is { Count: 0 })
+            throw new GeneratorException("the type selection is empty");
         byte[] image;
         try
         {
@@ -70,8 +79,10 @@ public sealed class ModelBuilder
             RootModule = rootModule ?? rootNamespace.ToLowerInvariant(),
         };
         using var resolver = new ReferenceResolver(referenceFolders);
-        var builder = new ModelBuilder(reader, resolver, model);
+        var selected = selectedTypes is null ? null : new HashSet<string>(selectedTypes, StringComparer.Ordinal);
+        var builder = new ModelBuilder(reader, resolver, model, selected);
         builder.CollectTypes();
+        builder.CheckSelection(assemblyPath);
         foreach (var type in builder._declared)
             builder.CollectMembers(type);
         builder.OrderTypes();
@@ -92,6 +103,12 @@ public sealed class ModelBuilder
             if (!IsPubliclyVisible(def))
                 continue;
             string? reason = WhyTypeNotBound(def, ns, out var kind, out string underlying);
+            if (_selected is not null && !_selected.Contains(full))
+            {
+                // a selection binds a handful of a large assembly's types: the rest is not news
+                _unbound[handle] = reason ?? "not selected";
+                continue;
+            }
             if (reason is not null)
             {
                 _unbound[handle] = reason;
@@ -109,6 +126,8 @@ public sealed class ModelBuilder
             };
             _bound[handle] = type;
             _declared.Add(type);
+            if (full == "System.Object")
+                _object = type;
         }
         foreach (var type in _declared)
         {
@@ -116,6 +135,26 @@ public sealed class ModelBuilder
                 type.Base = NearestBoundBase(_reader.GetTypeDefinition(type.Handle));
             if (type.Kind is TypeKind.Enum)
                 type.IsFlags = HasFlagsAttribute(_reader.GetTypeDefinition(type.Handle));
+        }
+    }
+
+    // Every selected name must have become a bound type; a typo would otherwise bind nothing silently.
+    private void CheckSelection(string assemblyPath)
+    {
+        if (_selected is null)
+            return;
+        foreach (string name in _selected.Order(StringComparer.Ordinal))
+        {
+            if (_declared.Any(t => t.FullName == name))
+                continue;
+            var handle = _unbound.Keys.FirstOrDefault(h =>
+            {
+                var (ns, n) = MetadataNames.OfDefinition(_reader, h);
+                return (ns.Length == 0 ? n : ns + "." + n) == name;
+            });
+            throw handle.IsNil
+                ? new GeneratorException($"selected type {name} is not a public type of '{assemblyPath}'")
+                : new GeneratorException($"selected type {name} cannot be bound: {_unbound[handle]}");
         }
     }
 
@@ -305,6 +344,7 @@ public sealed class ModelBuilder
         var staticAttributes = new List<StaticAttributeModel>();
         foreach (var ph in def.GetProperties())
             ReadProperty(type, ph, staticAttributes);
+        InheritProperties(type, def);
         foreach (var fh in def.GetFields())
             ReadField(type, fh, staticAttributes);
         type.StaticAttributes.AddRange(staticAttributes);
@@ -314,6 +354,34 @@ public sealed class ModelBuilder
             var adder = ev.GetAccessors().Adder;
             if (!adder.IsNil && IsPublic(_reader.GetMethodDefinition(adder).Attributes))
                 Skip(type.FullName, _reader.GetString(ev.Name), "events are not bound yet");
+        }
+    }
+
+    // Python inherits only from the nearest bound ancestor; instance properties of the ancestors
+    // in between (System.Type's Name comes from an unbound MemberInfo) would otherwise be lost.
+    private void InheritProperties(TypeModel type, TypeDefinition def)
+    {
+        if (type.Kind != TypeKind.Class)
+            return;
+        var handle = def.BaseType;
+        while (!handle.IsNil && handle.Kind == HandleKind.TypeDefinition && !_bound.ContainsKey((TypeDefinitionHandle)handle))
+        {
+            var ancestor = _reader.GetTypeDefinition((TypeDefinitionHandle)handle);
+            foreach (var ph in ancestor.GetProperties())
+            {
+                var pd = _reader.GetPropertyDefinition(ph);
+                string name = _reader.GetString(pd.Name);
+                var getter = PublicAccessor(pd.GetAccessors().Getter);
+                if (getter is null || (getter.Value.Attributes & MethodAttributes.Static) != 0 ||
+                    type.Properties.Any(p => p.ManagedName == name))
+                    continue;
+                var sig = pd.DecodeSignature(TypeSigProvider.Instance, null);
+                if (sig.ParameterTypes.Length > 0 || Carry(sig.ReturnType, isResult: false, out _) is not { } carried)
+                    continue;
+                // read-only: a setter of an overridden property may not be public here
+                type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried, StubNames.Get(name), null));
+            }
+            handle = ancestor.BaseType;
         }
     }
 
@@ -560,6 +628,9 @@ public sealed class ModelBuilder
         var t = sig.Unmodified;
         switch (t.Kind)
         {
+            case SigKind.Primitive when t.Primitive == PrimitiveTypeCode.Object && _object is not null:
+                // the assembly defining System.Object binds it: object values cross as its wrappers
+                return new CarriedType(ValueKind.Class, _object);
             case SigKind.Primitive:
                 return CarryPrimitive(t.Primitive, isResult, out why);
             case SigKind.SzArray when t.Element!.Unmodified.IsPrimitive(PrimitiveTypeCode.Byte):

@@ -7,7 +7,7 @@ namespace Quorix.WrpGen;
 public static class Program
 {
     public const string Usage =
-        "usage: wrpgen model <assembly> --root <Namespace> [--module <python.module>] [--ref <folder>]... " +
+        "usage: wrpgen model <assembly> --root <Namespace> [--module <python.module>] [--types <A.B,A.C>] [--ref <folder>]... " +
         "--out <model.txt> [--report <report.txt>]";
 
     public static int Main(string[] args)
@@ -37,7 +37,7 @@ public static class Program
             case EmitCppCommand.Name: return EmitCppCommand.Run(args, log);
         }
         var options = Options.Parse(args);
-        var model = ModelBuilder.Build(options.Assembly, options.Root, options.Module, options.References);
+        var model = ModelBuilder.Build(options.Assembly, options.Root, options.Module, options.References, options.Types);
         ModelWriter.WriteFile(options.Out, ModelWriter.Model(model));
         if (options.Report is not null)
             ModelWriter.WriteFile(options.Report, ModelWriter.Report(model));
@@ -45,13 +45,24 @@ public static class Program
         return 0;
     }
 
-    public sealed record Options(string Assembly, string Root, string? Module, List<string> References, string Out, string? Report)
+    /// <summary>The full type names of a comma-separated --types value.</summary>
+    public static IReadOnlyList<string> TypeList(string value)
+    {
+        var names = value.Split(',', StringSplitOptions.TrimEntries | StringSplitOptions.RemoveEmptyEntries);
+        if (names.Length == 0)
+            throw new GeneratorException("--types names no type");
+        return names;
+    }
+
+    public sealed record Options(string Assembly, string Root, string? Module, List<string> References, string Out, string? Report,
+                                 IReadOnlyList<string>? Types = null)
     {
         public static Options Parse(string[] args)
         {
             if (args.Length < 2 || args[0] != "model")
                 throw new GeneratorException(Usage);
             string? root = null, module = null, output = null, report = null;
+            IReadOnlyList<string>? types = null;
             var refs = new List<string>();
             for (int i = 2; i < args.Length; i++)
             {
@@ -66,12 +77,13 @@ public static class Program
                     case "--ref": refs.Add(value); break;
                     case "--out": output = value; break;
                     case "--report": report = value; break;
+                    case "--types": types = TypeList(value); break;
                     default: throw new GeneratorException($"unknown option {flag}\n{Usage}");
                 }
             }
             if (root is null || output is null)
                 throw new GeneratorException(Usage);
-            return new Options(args[1], root, module, refs, output, report);
+            return new Options(args[1], root, module, refs, output, report, types);
         }
     }
 }

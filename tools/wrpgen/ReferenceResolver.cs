@@ -56,7 +56,8 @@ public sealed class ReferenceResolver : IDisposable
         return baseName switch
         {
             "System.Enum" => TypeKind.Enum,
-            "System.ValueType" => TypeKind.Struct,
+            // structures are sealed; System.Enum derives from ValueType yet is an abstract class
+            "System.ValueType" when (def.Attributes & TypeAttributes.Sealed) != 0 => TypeKind.Struct,
             "System.MulticastDelegate" => TypeKind.Delegate,
             _ when (def.Attributes & (TypeAttributes.Abstract | TypeAttributes.Sealed)) ==
                    (TypeAttributes.Abstract | TypeAttributes.Sealed) => TypeKind.StaticClass,
