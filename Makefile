@@ -14,6 +14,8 @@ export DOTNET_SKIP_FIRST_TIME_EXPERIENCE := 1
 # The .NET shared framework we host: the newest Microsoft.NETCore.App the SDK carries.
 FRAMEWORK_DIR = $(shell tools/find-framework.sh dir)
 NETCORE_NAME  = $(shell tools/find-framework.sh name)
+# The reference assemblies of that framework: the public surface the sibling modules bind.
+FRAMEWORK_REF = $(shell ls -d $(dir $(shell command -v $(DOTNET) | xargs readlink -f))packs/Microsoft.NETCore.App.Ref/*/ref/net* | sort -V | tail -n 1)
 
 # The binding generator, built once, and what it generates: the managed stub classes (cs/),
 # the native bindings (cpp/), the model and the report of members left unbound.
@@ -31,7 +33,7 @@ deps:
 
 build: deps generate native managed stage
 
-generate: $(GEN_DIR)/folio/stamp $(GEN_DIR)/bindtest/stamp
+generate: $(GEN_DIR)/folio/stamp $(GEN_DIR)/bindtest/stamp $(GEN_DIR)/pyintro/stamp $(GEN_DIR)/pygfx/stamp
 
 $(WRPGEN): $(wildcard tools/wrpgen/*.cs) tools/wrpgen/Quorix.WrpGen.csproj
 	$(DOTNET) build tools/wrpgen/Quorix.WrpGen.csproj $(DOTNET_OPTS) -o $(dir $@)
@@ -59,6 +61,26 @@ $(GEN_DIR)/folio/stamp: $(FOLIO_LIB) $(WRPGEN)
 $(GEN_DIR)/bindtest/stamp: $(BINDTEST_LIB) $(WRPGEN)
 	$(call generate-bindings,$(BINDTEST_LIB),Quorix.BindTest,qrx_bindtest,$(GEN_DIR)/bindtest)
 
+# The siblings bind a few framework types each and join the runtime only when first used.
+# generate-sibling <reference assembly> <root namespace> <python module> <types> <output folder>
+define generate-sibling
+	@mkdir -p $(5)
+	$(DOTNET) $(WRPGEN) model $(1) --root $(2) --module $(3) --types $(4) --ref $(FRAMEWORK_REF) --out $(5)/model.txt --report $(5)/report.txt
+	$(DOTNET) $(WRPGEN) emit-cs $(1) --root $(2) --module $(3) --types $(4) --out $(5)/cs
+	$(DOTNET) $(WRPGEN) emit-cpp $(1) --root $(2) --module $(3) --types $(4) --out $(5)/cpp \
+	    --host-start PySib_StartHost --release PyShWrp_FreeGcHandlePtr
+	@touch $(5)/stamp
+endef
+
+PYINTRO_TYPES := System.Type,System.Object,System.Enum
+PYGFX_TYPES   := System.Drawing.Color,System.Drawing.Point,System.Drawing.PointF,System.Drawing.Size,System.Drawing.SizeF,System.Drawing.Rectangle,System.Drawing.RectangleF
+
+$(GEN_DIR)/pyintro/stamp: $(WRPGEN)
+	$(call generate-sibling,$(FRAMEWORK_REF)/System.Runtime.dll,System,quorix.pyintro,$(PYINTRO_TYPES),$(GEN_DIR)/pyintro)
+
+$(GEN_DIR)/pygfx/stamp: $(WRPGEN)
+	$(call generate-sibling,$(FRAMEWORK_REF)/System.Drawing.Primitives.dll,System.Drawing,quorix.pygfx,$(PYGFX_TYPES),$(GEN_DIR)/pygfx)
+
 native:
 	cmake -S . -B $(CMAKE_DIR) -DCMAKE_BUILD_TYPE=Release -DPython3_EXECUTABLE=$(PYTHON) \
 	    -DQRX_PACKAGE_DIR=$(abspath $(PKG_DIR)) -DQRX_NETCORE_NAME=$(NETCORE_NAME) >/dev/null
@@ -67,6 +89,10 @@ native:
 managed: generate
 	$(DOTNET) build managed/WrpInterop.Quorix.Folio/WrpInterop.Quorix.Folio.csproj $(DOTNET_OPTS) \
 	    -p:QrxGeneratedDir=$(abspath $(GEN_DIR)/folio/cs) -o $(PKG_DIR)/assemblies/folio
+	$(DOTNET) build managed/WrpInterop.Quorix.PyIntro/WrpInterop.Quorix.PyIntro.csproj $(DOTNET_OPTS) \
+	    -p:QrxGeneratedDir=$(abspath $(GEN_DIR)/pyintro/cs) -o $(PKG_DIR)/assemblies/pyintro
+	$(DOTNET) build managed/WrpInterop.Quorix.PyGfx/WrpInterop.Quorix.PyGfx.csproj $(DOTNET_OPTS) \
+	    -p:QrxGeneratedDir=$(abspath $(GEN_DIR)/pygfx/cs) -o $(PKG_DIR)/assemblies/pygfx
 	$(DOTNET) build tests/fixtures/BindTestInterop/BindTestInterop.csproj $(DOTNET_OPTS) \
 	    -p:QrxGeneratedDir=$(abspath $(GEN_DIR)/bindtest/cs) -o $(BUILD)/fixtures/bindtest
 

@@ -1,13 +1,10 @@
-// quorix.pyintro: the managed reflection roots (System.Type, System.Object, System.Enum)
-// as wrapper types that native code instantiates; Python cannot construct them.
-#include "siblings/sealed_placeholder.h"
+// quorix.pyintro: the managed reflection roots (System.Type, System.Object, System.Enum) as
+// generated bindings. Importing it never starts the runtime; the first managed call does.
+#include "siblings/bound_sibling.h"
 
-static PyTypeObject PyIntroType_Type = PySibSealed_MakeType(
-    "quorix.pyintro.Type", "A managed type object (System.Type).");
-static PyTypeObject PyIntroObject_Type = PySibSealed_MakeType(
-    "quorix.pyintro.Object", "A managed object of no more specific bound type (System.Object).");
-static PyTypeObject PyIntroEnum_Type = PySibSealed_MakeType(
-    "quorix.pyintro.Enum", "A boxed managed enumeration value (System.Enum).");
+const char* const kPySibInteropAssembly = "WrpInterop.Quorix.PyIntro";
+
+int PySib_StartHost() { return PySib_StartHostOnce(); }
 
 PyDoc_STRVAR(pyintro_doc, "Managed reflection types: Type, Object and Enum.");
 
@@ -22,15 +19,5 @@ static PyModuleDef pyintro_module = {
 PyMODINIT_FUNC
 PyInit_pyintro(void)
 {
-    PyShRef module(PyModule_Create(&pyintro_module));
-    if (!module) {
-        return nullptr;
-    }
-    if (PySib_AddVersionAttributes(module.get(), "quorix.pyintro._ModuleVersionType") < 0 ||
-        PySibSealed_AddType(module.get(), &PyIntroType_Type, HandleKind_Object) < 0 ||
-        PySibSealed_AddType(module.get(), &PyIntroObject_Type, HandleKind_Object) < 0 ||
-        PySibSealed_AddType(module.get(), &PyIntroEnum_Type, HandleKind_Object) < 0) {
-        return nullptr;
-    }
-    return module.release();
+    return PySib_CreateBoundModule(&pyintro_module, "quorix.pyintro._ModuleVersionType");
 }

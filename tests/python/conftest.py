@@ -69,7 +69,8 @@ def _session_assembly_root() -> pathlib.Path:
     root = BUILD / "fixtures" / "assembly-root"
     if root.exists():
         subprocess.run(["rm", "-rf", str(root)], check=True)
-    link_tree(ASSEMBLY_ROOT / "folio", root / "folio")
+    for product in sorted(p for p in ASSEMBLY_ROOT.iterdir() if p.is_dir()):
+        link_tree(product, root / product.name)
     if FIXTURE_ASSEMBLIES.exists():
         link_tree(FIXTURE_ASSEMBLIES, root / "hostfixture")
     if BINDTEST_ASSEMBLIES.exists():

@@ -1,15 +1,20 @@
 """The wrapper types of quorix.pyintro and quorix.pygfx, as quorix.folio relies on them:
-fixed names, the wrapper object layout, the marker attributes, and no Python constructor."""
+fixed names, the wrapper object layout and the marker attributes; only managed types with a
+public constructor can be built from Python."""
 
 import importlib
 
 import pytest
+
+import quorix.folio  # noqa: F401  (the product owns the runtime; constructing joins it)
 
 WRAPPERS = {
     "quorix.pyintro": ("Type", "Object", "Enum"),
     "quorix.pygfx": ("Color", "Point", "PointF", "Size", "SizeF", "Rectangle", "RectangleF"),
 }
 ALL = [(module, name) for module, names in WRAPPERS.items() for name in names]
+ABSTRACT = {"Type", "Enum"}
+MANAGED_NAMESPACE = {"quorix.pyintro": "System", "quorix.pygfx": "System.Drawing"}
 POINTER = 8
 
 
@@ -24,12 +29,14 @@ class TestWrapperTypes:
         assert cls.__module__ == module and cls.__qualname__ == name
         assert cls.__name__ == name
 
-    def test_no_constructor_from_python(self, module, name):
+    def test_constructed_only_when_managed_code_allows(self, module, name):
         cls = wrapper(module, name)
-        with pytest.raises(TypeError, match="^type has no available constructor$"):
-            cls()
-        with pytest.raises(TypeError, match="^type has no available constructor$"):
-            cls.__new__(cls)
+        if name in ABSTRACT:
+            with pytest.raises(TypeError, match="^type has no available constructor$"):
+                cls()
+        else:
+            # structures always have their zero value; System.Object its public constructor
+            assert str(cls().get_type()) == MANAGED_NAMESPACE[module] + "." + name
 
     def test_layout_is_header_handle_and_kind(self, module, name):
         # object header, a pointer-sized handle, a 32-bit kind padded to pointer alignment

@@ -11,6 +11,16 @@ IMPORT = "import quorix.folio"
 WRAPPER = "libquorix.embed.coreclrwrap.so"
 
 
+def product_folders(trace_lines):
+    """The PRODUCT_ASSEMBLY_DIR folders, checked to be every product folder with pygfx last."""
+    line = next(l for l in trace_lines if l.startswith("PRODUCT_ASSEMBLY_DIR: "))
+    folders = line[len("PRODUCT_ASSEMBLY_DIR: '"):-1]
+    parts = folders.split(":")
+    assert sorted(parts[:2]) == [str(ASSEMBLY_ROOT / "folio"), str(ASSEMBLY_ROOT / "pyintro")]
+    assert parts[2:] == [str(ASSEMBLY_ROOT / "pygfx"), str(runtime_dir())]
+    return folders
+
+
 def test_plain_import_reports_versions_and_submodules(built):
     run = run_python(
         "import quorix.folio as f; print(f.VERSION, repr(f.VERSION), f.drawing.charts.__package__)"
@@ -33,13 +43,13 @@ def test_tracing_shows_the_start_up_sequence(built, value):
     assert run.returncode == 0, run
     lines = run.trace_lines
     rt = runtime_dir()
-    folio = ASSEMBLY_ROOT / "folio"
+    paths = product_folders(lines)
     startup = lines[: lines.index("Default AppDomain ready.") + 1]
     assert startup == [
         "CLR host tracing enabled",
         "Initializing .NET Core host...",
         f"NETCORE_DIR: '{rt}'",
-        f"PRODUCT_ASSEMBLY_DIR: '{folio}:{rt}'",
+        f"PRODUCT_ASSEMBLY_DIR: '{paths}'",
         f"Loading: '{rt}/{WRAPPER}'",
         "Try get module...",
         "No existed module...",
@@ -47,9 +57,9 @@ def test_tracing_shows_the_start_up_sequence(built, value):
         f"Loading2: '{rt}/libcoreclr.so'",
         ".NET Core host ready.",
         "Creating default AppDomain...",
-        f"APP_PATH: '{folio}:{rt}'",
-        f"APP_NI_PATHS: '{folio}:{rt}'",
-        f"NATIVE_DLL_SEARCH_DIRECTORIES: '{folio}:{rt}'",
+        f"APP_PATH: '{paths}'",
+        f"APP_NI_PATHS: '{paths}'",
+        f"NATIVE_DLL_SEARCH_DIRECTORIES: '{paths}'",
         startup[14],
         "Default AppDomain ready.",
     ]
@@ -176,8 +186,11 @@ def test_a_refused_domain_ends_the_process_with_the_full_report(built, tmp_path)
         IMPORT, env={"NETCORE_WRAPPER_NETCORE_DIR_quorix": str(root), "QRX_MOCK_INIT_STATUS": "0x80004005"}
     )
     assert run.returncode == -signal.SIGABRT, run
-    paths = f"{ASSEMBLY_ROOT / 'folio'}:{folder}"
     report = next(l for l in run.stderr.splitlines() if "coreclr_initialize failed" in l)
+    paths = report.split("<APP_PATHS>='")[1].split("'")[0]
+    parts = paths.split(":")
+    assert sorted(parts[:2]) == [str(ASSEMBLY_ROOT / n) for n in ("folio", "pyintro")]
+    assert parts[2:] == [str(ASSEMBLY_ROOT / "pygfx"), str(folder)]
     exe = report.split("<HOST_EXE_PATH>='")[1].split("'")[0]
     assert exe.startswith("/") and "python" in exe
     assert report.endswith(
