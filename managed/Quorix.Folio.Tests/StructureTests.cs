@@ -279,4 +279,26 @@ public class StructureTests
         Assert.Equal(SaveFormat.Docx, FileFormatUtil.LoadFormatToSaveFormat(LoadFormat.Docx));
         Assert.Throws<UnsupportedFileFormatException>(() => FileFormatUtil.ExtensionToSaveFormat(".pdf"));
     }
+
+    [Fact]
+    public void SavingLeavesTheModelAlone()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.Write("text");
+        b.StartTable();
+        b.InsertCell(); b.Write("last block");
+        b.EndTable();
+        doc.FirstSection!.Body!.LastParagraph!.Remove();
+        var before = doc.GetChildNodes(NodeType.Any, true).Count;
+        var bytes = TestSupport.ToBytes(doc);
+        Assert.Equal(before, doc.GetChildNodes(NodeType.Any, true).Count);
+        Assert.IsType<Table>(doc.FirstSection.Body.LastChild);
+        var back = new Document(new MemoryStream(bytes));
+        Assert.IsType<Table>(back.FirstSection!.Body!.LastChild);
+
+        var empty = new Document();
+        empty.RemoveAllChildren();
+        Assert.Equal(1, TestSupport.RoundTrip(empty).Sections.Count);
+    }
 }

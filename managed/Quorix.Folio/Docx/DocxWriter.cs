@@ -25,7 +25,8 @@ internal static class DocxWriter
 
     public static void Save(Document doc, Stream output, OoxmlSaveOptions options)
     {
-        doc.EnsureMinimum();
+        // Only a document without any section is completed; otherwise saving leaves the model as it is.
+        if (doc.FirstSection == null) doc.EnsureMinimum();
         var pkg = doc.Source?.CloneShallow() ?? new OpcPackage();
         string main = doc.MainPartName ?? "word/document.xml";
         var state = new SaveState(doc, pkg);
@@ -221,6 +222,12 @@ internal static class DocxWriter
                             break;
                     }
                 }
+            }
+            if (lastBlock == null && lastSection)
+            {
+                // Word processors expect at least one paragraph in the body.
+                w.WriteStartElement("p", Ns.W);
+                w.WriteEndElement();
             }
             if (!lastSection && lastBlock is not Paragraph)
             {

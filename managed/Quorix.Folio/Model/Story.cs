@@ -41,9 +41,10 @@ public abstract class Story : CompositeNode
         AppendChild(new Paragraph(doc!));
     }
 
+    /// <summary>The story's last paragraph; one is added when the story is empty or ends with a table.</summary>
     public Paragraph EnsureMinimum()
     {
-        if (LastParagraph is { } p && (last == p || last is Table == false)) return p;
+        if (LastParagraph is { } p && LastChild is not Table) return p;
         return (Paragraph)AppendChild(new Paragraph(doc!));
     }
 }
