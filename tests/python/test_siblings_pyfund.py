@@ -35,7 +35,9 @@ sizes = st.one_of(st.none(), st.integers(-3, 40))
 offsets = st.integers(-30, 120)
 # few distinct bytes, so that line ends and repeated content are common
 payloads = st.lists(st.sampled_from([b"a", b"b", b"\n", b"\r", b"\0"]), max_size=30).map(b"".join)
-wrong_arguments = st.sampled_from(["1", 1.5, b"x", None, 3, sys.maxsize, -sys.maxsize - 1])
+# No giant positions here: past them the reference's own allocation failures leave it in a
+# broken state, so comparing with it says nothing (the overflow cases are tested on their own).
+wrong_arguments = st.sampled_from(["1", 1.5, b"x", None, 3, -1])
 
 
 class AgainstBytesIO(RuleBasedStateMachine):
