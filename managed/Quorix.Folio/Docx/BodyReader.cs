@@ -197,6 +197,41 @@ internal static class BodyReader
         return p;
     }
 
+    /// <summary>Reads the children of a kept inline element (an insertion, say) as paragraph content.
+    /// The fragment is parsed inside a root that declares what the part's root declared.</summary>
+    public static List<Node> ReadChildrenOf(string xml, ReadContext ctx, Func<string, string>? rewrite = null)
+    {
+        var sb = new System.Text.StringBuilder("<root");
+        foreach (var (prefix, uri) in ctx.Root?.Namespaces ?? new List<(string, string)>())
+            if (prefix.Length > 0) sb.Append(" xmlns:").Append(prefix).Append("=\"").Append(System.Security.SecurityElement.Escape(uri)).Append('"');
+        if (ctx.Root?.Namespaces.Exists(n => n.Prefix == "w") != true) sb.Append(" xmlns:w=\"").Append(Ns.W).Append('"');
+        sb.Append('>').Append(rewrite != null ? rewrite(xml) : xml).Append("</root>");
+        var holder = new Paragraph(ctx.Doc, new PropBag(PropOrder.Paragraph));
+        using var r = XmlReader.Create(new StringReader(sb.ToString()), DocxReader.Settings);
+        r.MoveToContent();
+        r.Read();
+        r.MoveToContent();
+        if (r.NodeType == XmlNodeType.Element && !r.IsEmptyElement)
+        {
+            int depth = r.Depth;
+            r.Read();
+            while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth) && !r.EOF)
+            {
+                if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+                ReadInline(r, holder, ctx);
+            }
+        }
+        var nodes = new List<Node>();
+        for (var n = holder.first; n != null;)
+        {
+            var next = n.next;
+            holder.Unlink(n);
+            nodes.Add(n);
+            n = next;
+        }
+        return nodes;
+    }
+
     /// <summary>One child of a paragraph (or of a link inside it).</summary>
     private static void ReadInline(XmlReader r, Paragraph p, ReadContext ctx)
     {

@@ -163,6 +163,15 @@ public sealed class Document : DocumentBase
         }
     }
 
+    /// <summary>Whether the document carries tracked changes.</summary>
+    public bool HasRevisions => Revisions.Any(this);
+
+    /// <summary>Makes tracked insertions, deletions and formatting changes final; returns how many were applied.</summary>
+    public int AcceptAllRevisions() => Revisions.Process(this, accept: true);
+
+    /// <summary>Undoes tracked insertions, deletions and formatting changes; returns how many were undone.</summary>
+    public int RejectAllRevisions() => Revisions.Process(this, accept: false);
+
     /// <summary>Adds what an empty document needs to be saved: a section, a body and a paragraph.</summary>
     public void EnsureMinimum()
     {
