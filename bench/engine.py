@@ -61,6 +61,7 @@ def main():
     ap.add_argument("--rows", type=int, default=2000)
     ap.add_argument("--keep", help="directory to keep the generated files in")
     ap.add_argument("--repeat", type=int, default=3, help="runs of each measurement (the first is cold)")
+    ap.add_argument("--driver", action="store_true", help="use the .NET driver even when the module exposes Document")
     ap.add_argument("--skip-table-read", action="store_true",
                     help="skip the load + read-every-cell + save comparison (python-docx needs minutes for it)")
     args = ap.parse_args()
@@ -85,7 +86,7 @@ def main():
         d.save(os.path.join(work, "python-docx.docx"))
         py.append((t1 - t0, time.perf_counter() - t1))
 
-    Document = module_engine()
+    Document = None if args.driver else module_engine()
     ours, md = [], []
     if Document is not None:
         via = "quorix.folio module (runtime started at import, not timed)"
