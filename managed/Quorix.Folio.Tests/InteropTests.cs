@@ -233,6 +233,13 @@ Intro with *emphasis*, **strong** and a [link](https://example.net/page).
 
 Text with a note.[^1]
 
+Call `run(x)` now.
+
+```
+def f():
+    return 1
+```
+
 [^1]: The note text.
 ";
 
@@ -274,6 +281,8 @@ Text with a note.[^1]
             Assert.Contains("1. one\n2. two", md);
             Assert.Contains("| a2 | b2 |", md);
             Assert.Contains("[^1]: The note text.", md);
+            Assert.Contains("Call `run(x)` now.", md);
+            Assert.Contains("```\ndef f():\n    return 1\n```", md);
         }
         finally { Directory.Delete(dir, true); }
     }

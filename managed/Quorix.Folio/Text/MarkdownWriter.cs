@@ -73,9 +73,44 @@ internal sealed class MarkdownWriter
     {
         for (var n = container.first; n != null; n = n.next)
         {
-            if (n is Paragraph p) Paragraph(p);
+            if (n is Paragraph cp && IsCodeBlock(cp))
+            {
+                var lines = new List<string>();
+                Node last = n;
+                for (var c = n; c is Paragraph q && IsCodeBlock(q); c = c.next)
+                {
+                    lines.Add(PlainText(q));
+                    last = c;
+                }
+                CodeBlock(lines);
+                n = last;
+            }
+            else if (n is Paragraph p) Paragraph(p);
             else if (n is Table t) Table(t);
         }
+    }
+
+    private static string PlainText(Paragraph p)
+    {
+        var sb = new StringBuilder();
+        foreach (var piece in InlineText.Walk(p))
+            if (piece.Kind == InlineText.Kind.Text) sb.Append(piece.Text.Replace(ControlChar.LineBreakChar, '\n'));
+        return sb.ToString();
+    }
+
+    private void CodeBlock(List<string> lines)
+    {
+        Separate(false);
+        int longest = 2;
+        foreach (var l in lines)
+        {
+            int run = 0;
+            foreach (var ch in l) { run = ch == '`' ? run + 1 : 0; longest = Math.Max(longest, run); }
+        }
+        var fence = new string('`', longest + 1);
+        sb.Append(fence).Append('\n');
+        foreach (var l in lines) sb.Append(l).Append('\n');
+        sb.Append(fence).Append('\n');
     }
 
     private void Paragraph(Paragraph p)
@@ -165,12 +200,27 @@ internal sealed class MarkdownWriter
     {
         var outp = new StringBuilder();
         var pending = new StringBuilder();
+        var code = new StringBuilder();
         var current = new Emphasis();
         string? linkTarget = null;
         StringBuilder? linkText = null;
 
+        void FlushCode()
+        {
+            if (code.Length == 0) return;
+            // The fence is one backtick longer than any run of backticks inside.
+            int longest = 0, run = 0;
+            foreach (var ch in code.ToString()) { run = ch == '`' ? run + 1 : 0; longest = Math.Max(longest, run); }
+            var fence = new string('`', longest + 1);
+            var body = code.ToString();
+            var pad = body.StartsWith('`') || body.EndsWith('`') ? " " : "";
+            (linkText ?? outp).Append(fence).Append(pad).Append(body).Append(pad).Append(fence);
+            code.Clear();
+        }
+
         void FlushRun()
         {
+            FlushCode();
             if (pending.Length == 0) return;
             var target = linkText ?? outp;
             var s = pending.ToString();
@@ -187,8 +237,13 @@ internal sealed class MarkdownWriter
         {
             switch (piece.Kind)
             {
+                case InlineText.Kind.Text when piece.Node is Inline ci && IsCode(ci) && !inTable:
+                    if (pending.Length > 0) FlushRun();
+                    code.Append(piece.Text.Replace('\v', ' ').Replace('\t', ' '));
+                    break;
                 case InlineText.Kind.Text:
                 {
+                    FlushCode();
                     var e = piece.Node is Inline i ? EmphasisOf(i) : new Emphasis();
                     if (e != current) { FlushRun(); current = e; }
                     pending.Append(Escape(piece.Text, inTable));
@@ -222,6 +277,23 @@ internal sealed class MarkdownWriter
         if (linkText != null) outp.Append(linkText);
         return outp.ToString();
     }
+
+    private static readonly HashSet<string> MonospaceFonts = new(StringComparer.OrdinalIgnoreCase)
+    {
+        "Courier New", "Courier", "Consolas", "Liberation Mono", "DejaVu Sans Mono", "Menlo", "Monaco", "Lucida Console", "Source Code Pro",
+    };
+
+    /// <summary>Code is text in a verbatim character style or set directly in a monospaced font.</summary>
+    private bool IsCode(Inline i)
+    {
+        if (doc.Styles.FindById(i.RPr.Val("rStyle")) is { } cs && (cs.Name.Contains("Verbatim", StringComparison.OrdinalIgnoreCase) || cs.Name.Equals("HTML Code", StringComparison.OrdinalIgnoreCase)))
+            return true;
+        var fonts = i.RPr.Find("rFonts");
+        return fonts?.Get("ascii") is { } name && MonospaceFonts.Contains(name);
+    }
+
+    private static bool IsCodeBlock(Paragraph p) =>
+        p.ParagraphStyle?.Name is { } n && (n.Equals("Source Code", StringComparison.OrdinalIgnoreCase) || n.Equals("HTML Preformatted", StringComparison.OrdinalIgnoreCase) || n.Equals("Plain Text", StringComparison.OrdinalIgnoreCase));
 
     private static string Reverse(string marks)
     {
