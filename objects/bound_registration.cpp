@@ -63,3 +63,14 @@ int PyShBound_InstallStaticFields(PyTypeObject* type, PyGetSetDef* const* fields
     PyType_Modified(type);
     return 0;
 }
+
+int PyShBound_InstallMixedMethods(PyTypeObject* type, PyShMixedMethodDef* methods, Py_ssize_t count) {
+    for (Py_ssize_t i = 0; i < count; ++i) {
+        PyMethodDef* instance_form = &methods[i].instance_form;
+        PyShRef descr(PyShDescr_NewMixedMethod(type, &methods[i].static_form, instance_form));
+        if (!descr || PyDict_SetItemString(type->tp_dict, instance_form->ml_name, descr.get()) < 0)
+            return fail(-1020, type->tp_name, instance_form->ml_name);
+    }
+    PyType_Modified(type);
+    return 0;
+}

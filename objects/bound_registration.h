@@ -6,7 +6,7 @@
 
 // Sets the base (NULL keeps `object`), readies the type (-1015), marks it as a host type of
 // objects or structures (-1016), sets _qrxsc2p_handle = Ellipsis (-1022), runs `extra`
-// (static attributes; its own error) and adds it under `name` (-1014).
+// (static attributes and mixed methods; its own error) and adds it under `name` (-1014).
 int PyShBound_RegisterType(PyObject* module, PyTypeObject* type, PyTypeObject* base, bool is_struct,
                            int (*extra)(), const char* name);
 
@@ -17,3 +17,14 @@ int PyShBound_RegisterEnum(PyObject* module, PyObject* (*build)(), PyObject** sl
 
 // Installs static-attribute descriptors into the readied `type`; -1020 names the attribute.
 int PyShBound_InstallStaticFields(PyTypeObject* type, PyGetSetDef* const* fields, Py_ssize_t count);
+
+// One Python name with a static and an instance form. The static form is called without a
+// receiver, so its flags carry no METH_STATIC.
+struct PyShMixedMethodDef {
+    PyMethodDef static_form;
+    PyMethodDef instance_form;
+};
+
+// Installs a mixed-method descriptor per entry into the readied `type`, under the instance
+// form's name; -1020 names the method.
+int PyShBound_InstallMixedMethods(PyTypeObject* type, PyShMixedMethodDef* methods, Py_ssize_t count);

@@ -481,8 +481,36 @@ public static class CppEmitter
         w.Line();
     }
 
-    private static string MethodFlags(MethodGroup g) =>
-        (g.NoArgs ? "METH_NOARGS" : "METH_VARARGS | METH_KEYWORDS") + (g.IsStatic ? " | METH_STATIC" : "");
+    private static string MethodFlags(MethodGroup g, bool inTable = true) =>
+        (g.NoArgs ? "METH_NOARGS" : "METH_VARARGS | METH_KEYWORDS") + (g.IsStatic && inTable ? " | METH_STATIC" : "");
+
+    private static string MethodDef(TypeModel t, MethodGroup g, bool inTable = true) =>
+        $"{{{Quote(g.PythonName)}, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>({MethodFunction(t, g)})), {MethodFlags(g, inTable)}, \"\"}}";
+
+    private static bool HasBuiltinGetType(TypeModel t) => t.Kind != TypeKind.StaticClass;
+
+    /// <summary>
+    /// A Python name with a static and an instance form. A method table keeps only the first entry
+    /// of a name, so both forms live in one descriptor installed after the type is ready. A null
+    /// <see cref="Instance"/> stands for the built-in get_type.
+    /// </summary>
+    private sealed record MixedMethod(MethodGroup Static, MethodGroup? Instance);
+
+    private static List<MixedMethod> MixedMethods(TypeModel t)
+    {
+        var groups = Groups(t);
+        return groups.Where(g => g.IsStatic)
+            .Select(s => new MixedMethod(s, groups.FirstOrDefault(g => !g.IsStatic && g.PythonName == s.PythonName)))
+            .Where(m => m.Instance is not null || (m.Static.PythonName == "get_type" && HasBuiltinGetType(t)))
+            .ToList();
+    }
+
+    /// <summary>False where the built-in get_type lost its name to an own instance method that is mixed with a static one.</summary>
+    private static bool BuiltinGetTypeUsed(TypeModel t) =>
+        HasBuiltinGetType(t) && !MixedMethods(t).Any(m => m.Static.PythonName == "get_type" && m.Instance is not null);
+
+    /// <summary>Static attributes and mixed methods are installed by the type's post-creation function.</summary>
+    private static bool HasPostCreation(TypeModel t) => t.StaticAttributes.Count > 0 || MixedMethods(t).Count > 0;
 
     // ---- constructors
 
@@ -646,13 +674,24 @@ public static class CppEmitter
             EmitStatic(w, t, s);
 
         string getType = options.HostStart is not null ? $"wrpPy_tpsb_{id}_get_type" : $"{SlotFamily(t)}_get_type";
+        string builtinGetType = $"{{\"get_type\", {getType}, METH_NOARGS, \"\"}}";
+        var mixed = MixedMethods(t);
+        var mixedNames = mixed.Select(m => m.Static.PythonName).ToHashSet(StringComparer.Ordinal);
+        if (mixed.Count > 0)
+        {
+            w.Line($"PyShMixedMethodDef wrpPy_tymx_{id}[] = {{");
+            foreach (var m in mixed)
+                w.Line($"    {{{MethodDef(t, m.Static, inTable: false)}, {(m.Instance is null ? builtinGetType : MethodDef(t, m.Instance))}}},");
+            w.Line("};");
+            w.Line();
+        }
         w.Line($"PyMethodDef wrpPy_tymd_{id}[] = {{");
-        foreach (var g in groups)
-            w.Line($"    {{{Quote(g.PythonName)}, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>({MethodFunction(t, g)})), {MethodFlags(g)}, \"\"}},");
+        foreach (var g in groups.Where(g => !mixedNames.Contains(g.PythonName)))
+            w.Line($"    {MethodDef(t, g)},");
         foreach (var s in t.StaticAttributes.Where(s => s.Setter is not null))
             w.Line($"    {{{Quote(StaticSetterName(s))}, wrpPy_spvg_{id}_000_set_{Ident(s.PythonName)}, METH_O | METH_STATIC, \"\"}},");
-        if (t.Kind != TypeKind.StaticClass)
-            w.Line($"    {{\"get_type\", {getType}, METH_NOARGS, \"\"}},");
+        if (HasBuiltinGetType(t) && !mixedNames.Contains("get_type"))
+            w.Line($"    {builtinGetType},");
         w.Line("    {\"_qrxsc2p_asserttp\", wrapPySealTp_qrxsc2p_asserttp, METH_NOARGS | METH_CLASS, \"\"},");
         w.Line("    {nullptr, nullptr, 0, nullptr},");
         w.Line("};");
@@ -672,14 +711,23 @@ public static class CppEmitter
         w.Line();
         w.Line($"PyTypeObject {TypeObject(t)} = {{PyVarObject_HEAD_INIT(nullptr, 0)}};");
         w.Line();
-        if (t.StaticAttributes.Count > 0)
+        if (HasPostCreation(t))
         {
             w.Line($"int {Eypi(t)}() {{");
-            w.Line("    static PyGetSetDef* const fields[] = {");
-            foreach (var s in t.StaticAttributes)
-                w.Line($"        &wrpPy_sgsf_{id}_000_{Ident(s.PythonName)},");
-            w.Line("    };");
-            w.Line($"    return PyShBound_InstallStaticFields(&{TypeObject(t)}, fields, sizeof fields / sizeof fields[0]);");
+            w.Indent();
+            if (t.StaticAttributes.Count > 0)
+            {
+                w.Line("static PyGetSetDef* const fields[] = {");
+                foreach (var s in t.StaticAttributes)
+                    w.Line($"    &wrpPy_sgsf_{id}_000_{Ident(s.PythonName)},");
+                w.Line("};");
+                w.Line($"if (PyShBound_InstallStaticFields(&{TypeObject(t)}, fields, sizeof fields / sizeof fields[0]) < 0)");
+                w.Line("    return -1;");
+            }
+            w.Line(mixed.Count > 0
+                ? $"return PyShBound_InstallMixedMethods(&{TypeObject(t)}, wrpPy_tymx_{id}, {mixed.Count});"
+                : "return 0;");
+            w.Dedent();
             w.Line("}");
             w.Line();
         }
@@ -706,7 +754,7 @@ public static class CppEmitter
         w.Line();
         string init = t.Constructors.Count > 0 ? $"wrpPy_tpsb_{id}_tp_init" : "nullptr";
         string baseType = t.Base is null ? "nullptr" : "&" + TypeObject(t.Base);
-        string extra = t.StaticAttributes.Count > 0 ? Eypi(t) : "nullptr";
+        string extra = HasPostCreation(t) ? Eypi(t) : "nullptr";
         w.Line($"int {Register(t)}(PyObject* module) {{");
         w.Line($"    PyShBound_DescribeType(&{TypeObject(t)}, {Quote(t.TpName)}, {(IsStruct(t) ? "true" : "false")}, wrpPy_tymd_{id}, wrpPy_typd_{id},");
         w.Line($"                           wrpPy_tpsb_{id}_tp_new, {init});");
@@ -744,7 +792,7 @@ public static class CppEmitter
             w.Line($"    return {start}() < 0 ? nullptr : {family}_tp_str(self);");
             w.Line("}");
             w.Line();
-            if (t.Kind != TypeKind.StaticClass)
+            if (BuiltinGetTypeUsed(t))
             {
                 w.Line($"PyObject* wrpPy_tpsb_{id}_get_type(PyObject* self, PyObject* unused) {{");
                 w.Line($"    return {start}() < 0 ? nullptr : {family}_get_type(self, unused);");
@@ -834,7 +882,7 @@ public static class CppEmitter
             else
             {
                 w.Line($"extern PyTypeObject {TypeObject(t)};");
-                if (t.StaticAttributes.Count > 0)
+                if (HasPostCreation(t))
                     w.Line($"int {Eypi(t)}();");
                 w.Line($"int {ToClr(t)}(PyObject* obj, void** out);");
                 w.Line($"PyObject* {ToPy(t)}(void* handle);");

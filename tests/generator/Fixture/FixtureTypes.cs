@@ -219,6 +219,16 @@ namespace Quorix.Folio
         public static implicit operator int(Cluster c) => c.Start;
     }
 
+    // The instance form comes first here (Cluster has the static one first), and a static
+    // GetType shares its Python name with the built-in get_type.
+    public class Style
+    {
+        public string Describe() => "";
+        public static string Describe(Style style) => "";
+        public static string Describe(Style style, bool verbose) => "";
+        public static Style? GetType(string name) => null;
+    }
+
     public readonly struct PageRange
     {
         public PageRange() { }

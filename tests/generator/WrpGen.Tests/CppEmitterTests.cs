@@ -160,6 +160,56 @@ public class CppEmitterTests
         Assert.DoesNotContain("wrpPy_htgn_", Section(Fixture.Type("Quorix.Folio.Run")));
     }
 
+    /// <summary>The Python names entered in one of the type's method-definition arrays.</summary>
+    private static List<string> Entries(string section, string array)
+    {
+        int start = section.IndexOf(array + "[] = {\n", StringComparison.Ordinal);
+        if (start < 0)
+            return [];
+        string block = section[start..section.IndexOf("\n};\n", start, StringComparison.Ordinal)];
+        return Regex.Matches(block, @"\{""(\w+)"", ").Select(m => m.Groups[1].Value).ToList();
+    }
+
+    [Theory]
+    [InlineData("Quorix.Folio.Cluster", "get_string", "000", "001")]
+    [InlineData("Quorix.Folio.Style", "describe", "001", "000")]
+    public void AStaticAndAnInstanceMethodOfOneNameBecomeOneMixedDescriptor(string type, string name, string staticSlot, string instanceSlot)
+    {
+        var t = Fixture.Type(type);
+        string id = t.Hash + "_" + t.Name, section = Section(t);
+        Assert.DoesNotContain(name, Entries(section, "wrpPy_tymd_" + id));
+        // each pair is written {static form, instance form} on one line; the static one is called without a receiver
+        var pair = Regex.Match(section, $@"^    \{{\{{""{name}"", [^\n]*_{staticSlot}_{name}\)\), (?<sflags>[A-Z_ |]+), """"\}}, " +
+                                        $@"\{{""{name}"", [^\n]*_{instanceSlot}_{name}\)\), (?<iflags>[A-Z_ |]+), """"\}}\}},$", RegexOptions.Multiline);
+        Assert.True(pair.Success, section);
+        Assert.DoesNotContain("METH_STATIC", pair.Groups["sflags"].Value);
+        Assert.DoesNotContain("METH_STATIC", pair.Groups["iflags"].Value);
+        int count = Entries(section, "wrpPy_tymx_" + id).Count / 2;
+        Assert.Contains($"return PyShBound_InstallMixedMethods(&wrpPy_tyds_{id}, wrpPy_tymx_{id}, {count});", section);
+        Assert.Matches($@"PyShBound_RegisterType\(module, &wrpPy_tyds_{id}, [&\w]+, (true|false), wrpPy_eypi_{id}, ", section);
+        Assert.Contains($"int wrpPy_eypi_{id}();", Files[t.Module.Replace('.', '_') + ".h"]);
+    }
+
+    [Fact]
+    public void AStaticMethodNamedGetTypeTakesTheBuiltinAsItsInstanceForm()
+    {
+        var style = Fixture.Type("Quorix.Folio.Style");
+        string id = style.Hash + "_Style", section = Section(style);
+        Assert.Equal(["describe", "describe", "get_type", "get_type"], Entries(section, "wrpPy_tymx_" + id));
+        Assert.Matches($@"\{{\{{""get_type"", [^\n]*_000_get_type\)\), METH_VARARGS \| METH_KEYWORDS, """"\}}, " +
+                       @"\{""get_type"", wrapClrObject_get_type, METH_NOARGS, """"\}\},", section);
+        Assert.Equal(["_qrxsc2p_asserttp"], Entries(section, "wrpPy_tymd_" + id));
+
+        // everywhere else the built-in stays in the table once and nothing is mixed
+        foreach (var t in Fixture.Model.Types.Where(t => t.Kind is TypeKind.Class or TypeKind.Struct && t.Name is not ("Style" or "Cluster")))
+        {
+            string other = Section(t);
+            Assert.Single(Entries(other, $"wrpPy_tymd_{t.Hash}_{t.Name}"), e => e == "get_type");
+            Assert.DoesNotContain("wrpPy_tymx_", other);
+            Assert.DoesNotContain("PyShBound_InstallMixedMethods", other);
+        }
+    }
+
     [Fact]
     public void ConstructorlessTypesRefuseConstructionAndOthersDispatch()
     {
