@@ -128,6 +128,16 @@ internal sealed class OpcPackage
 
     private static byte[] ReadBounded(Stream s, long limit, string name, long declared)
     {
+        if (declared > 0 && declared <= limit)
+        {
+            // The usual case: the header's size is right, and the part is read straight into place.
+            var exact = new byte[declared];
+            int got0 = 0, n0;
+            while (got0 < exact.Length && (n0 = s.Read(exact, got0, exact.Length - got0)) > 0) got0 += n0;
+            if (got0 == exact.Length && s.ReadByte() < 0) return exact;
+            if (got0 < exact.Length) throw new FileCorruptedException($"The part '{name}' is shorter than its header says.");
+            throw new FileCorruptedException($"The part '{name}' is longer than its header says.");
+        }
         var ms = new MemoryStream(declared > 0 && declared <= limit ? (int)declared : 4096);
         var buf = new byte[81920];
         long got = 0;
