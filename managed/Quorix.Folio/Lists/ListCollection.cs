@@ -11,6 +11,9 @@ public sealed class ListCollection : IEnumerable<List>
     internal readonly List<PropElement> Abstracts = new();
     internal readonly List<List> Lists = new();
     internal readonly List<PropElement> Tail = new();
+    // Paragraphs look their list up by identifier, once per paragraph in every export.
+    private readonly Dictionary<int, List> byId = new();
+    private Dictionary<string, PropElement>? abstractsById;
 
     internal ListCollection(DocumentBase doc) { this.doc = doc; }
 
@@ -28,7 +31,7 @@ public sealed class ListCollection : IEnumerable<List>
     }
 
     /// <summary>Null when no list has the identifier.</summary>
-    public List? GetListByListId(int listId) => Lists.Find(l => l.ListId == listId);
+    public List? GetListByListId(int listId) => byId.TryGetValue(listId, out var l) ? l : null;
 
     public List Add(ListTemplate listTemplate)
     {
@@ -54,20 +57,38 @@ public sealed class ListCollection : IEnumerable<List>
         num.Children = new List<PropElement> { new PropElement("abstractNumId").Set("val", abs.Get("abstractNumId")) };
         var l = new List(this, num, abs);
         Lists.Add(l);
+        byId.TryAdd(l.ListId, l);
         return l;
     }
 
     internal void AddLoaded(PropElement num)
     {
         var absId = num.Child("abstractNumId")?.Get("val");
-        var abs = Abstracts.Find(a => a.Get("abstractNumId") == absId);
+        if (abstractsById == null || abstractsById.Count != Abstracts.Count)
+        {
+            abstractsById = new Dictionary<string, PropElement>();
+            foreach (var a in Abstracts) abstractsById.TryAdd(a.Get("abstractNumId") ?? "", a);
+        }
+        var abs = absId != null && abstractsById.TryGetValue(absId, out var found) ? found : null;
         if (abs == null) return;
-        Lists.Add(new List(this, num, abs));
+        var l = new List(this, num, abs);
+        Lists.Add(l);
+        byId.TryAdd(l.ListId, l);
     }
 
-    private int NextAbstractId() => Abstracts.Count == 0 ? 0 : Abstracts.Max(a => Units.ParseInt(a.Get("abstractNumId")) ?? 0) + 1;
+    private int abstractCountSeen = -1;
+    private int nextAbstract;
 
-    private int NextNumId() => Lists.Count == 0 ? 1 : Lists.Max(l => l.ListId) + 1;
+    // Recounted only when definitions were added from outside this class (loading, cloning).
+    private int NextAbstractId()
+    {
+        if (abstractCountSeen != Abstracts.Count)
+            nextAbstract = Abstracts.Count == 0 ? 0 : Abstracts.Max(a => Units.ParseInt(a.Get("abstractNumId")) ?? 0) + 1;
+        abstractCountSeen = Abstracts.Count + 1;
+        return nextAbstract++;
+    }
+
+    private int NextNumId() => byId.Count == 0 ? 1 : byId.Keys.Max() + 1;
 
     public IEnumerator<List> GetEnumerator() => Lists.ToList().GetEnumerator();
 
