@@ -6,21 +6,25 @@ namespace Quorix.Folio.Formatting;
 /// <summary>An ordered set of property elements (run, paragraph, table, section properties).</summary>
 internal sealed class PropBag
 {
-    private readonly List<PropElement> items;
+    // Created on first use: most runs and paragraphs carry no properties at all.
+    private List<PropElement>? items;
     public readonly PropOrder Order;
 
     public PropBag(PropOrder order, List<PropElement>? items = null)
     {
         Order = order;
-        this.items = items ?? new List<PropElement>(4);
+        this.items = items;
     }
 
-    public int Count => items.Count;
+    public int Count => items?.Count ?? 0;
 
-    public IReadOnlyList<PropElement> Items => items;
+    public IReadOnlyList<PropElement> Items => (IReadOnlyList<PropElement>?)items ?? Array.Empty<PropElement>();
+
+    private List<PropElement> List => items ??= new List<PropElement>(2);
 
     public PropElement? Find(string local)
     {
+        if (items == null) return null;
         foreach (var e in items)
             if (e.Local == local && e.Ns == Docx.Ns.W) return e;
         return null;
@@ -36,21 +40,25 @@ internal sealed class PropBag
         var e = Find(local);
         if (e != null) return e;
         e = new PropElement(local);
-        int rank = Order.Rank(local);
-        int at = items.Count;
-        for (int i = 0; i < items.Count; i++)
-        {
-            if (items[i].Ns == Docx.Ns.W && Order.Rank(items[i].Local) > rank) { at = i; break; }
-        }
-        items.Insert(at, e);
+        Insert(e);
         return e;
     }
 
-    public void Remove(string local) => items.RemoveAll(e => e.Local == local && e.Ns == Docx.Ns.W);
+    private void Insert(PropElement e)
+    {
+        var list = List;
+        int rank = Order.Rank(e.Local);
+        int at = list.Count;
+        for (int i = 0; i < list.Count; i++)
+            if (list[i].Ns == Docx.Ns.W && Order.Rank(list[i].Local) > rank) { at = i; break; }
+        list.Insert(at, e);
+    }
 
-    public void RemoveAll(Predicate<PropElement> match) => items.RemoveAll(match);
+    public void Remove(string local) => items?.RemoveAll(e => e.Local == local && e.Ns == Docx.Ns.W);
 
-    public void Add(PropElement e) => items.Add(e);
+    public void RemoveAll(Predicate<PropElement> match) => items?.RemoveAll(match);
+
+    public void Add(PropElement e) => List.Add(e);
 
     public void SetVal(string local, string? value)
     {
@@ -79,35 +87,31 @@ internal sealed class PropBag
         return v != null && int.TryParse(v, NumberStyles.Integer, CultureInfo.InvariantCulture, out var i) ? i : null;
     }
 
-    public PropBag Clone() => new PropBag(Order, items.ConvertAll(e => e.Clone()));
+    public PropBag Clone() => new PropBag(Order, items?.ConvertAll(e => e.Clone()));
 
-    public void Clear() => items.Clear();
+    public void Clear() => items?.Clear();
 
     public void MergeFrom(PropBag other)
     {
-        foreach (var e in other.items)
+        foreach (var e in other.Items)
         {
             if (e.Ns == Docx.Ns.W) Remove(e.Local);
-            var copy = e.Clone();
-            int rank = Order.Rank(copy.Local);
-            int at = items.Count;
-            for (int i = 0; i < items.Count; i++)
-                if (items[i].Ns == Docx.Ns.W && Order.Rank(items[i].Local) > rank) { at = i; break; }
-            items.Insert(at, copy);
+            Insert(e.Clone());
         }
     }
 
     public static PropBag Read(XmlReader r, PropOrder order)
     {
         var e = PropElement.Read(r);
-        return new PropBag(order, e.Children ?? new List<PropElement>());
+        return new PropBag(order, e.Children);
     }
 
     public void Write(XmlWriter w, string local, bool skipEmpty = true)
     {
-        if (skipEmpty && items.Count == 0) return;
+        if (skipEmpty && Count == 0) return;
         w.WriteStartElement(local, Docx.Ns.W);
-        foreach (var e in items) e.Write(w);
+        if (items != null)
+            foreach (var e in items) e.Write(w);
         w.WriteEndElement();
     }
 }
