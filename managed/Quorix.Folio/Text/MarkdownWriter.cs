@@ -87,6 +87,14 @@ internal sealed class MarkdownWriter
             }
             else if (n is Paragraph p) Paragraph(p);
             else if (n is Table t) Table(t);
+            // Content controls and other kept blocks still show their text.
+            else if (n is OpaqueNode { Kind: OpaqueKind.Block } o && o.VisibleText.Length > 0)
+                foreach (var line in o.VisibleText.Split(ControlChar.ParagraphBreakChar))
+                {
+                    if (line.Trim().Length == 0) continue;
+                    Separate(false);
+                    sb.Append(EscapeLineStart(Escape(line, false).TrimStart())).Append('\n');
+                }
         }
     }
 

@@ -59,6 +59,9 @@ internal sealed class PlainTextWriter
         {
             if (n is Paragraph p) Paragraph(p);
             else if (n is Table t) Table(t);
+            // Content controls and other kept blocks still show their text.
+            else if (n is OpaqueNode { Kind: OpaqueKind.Block } o && o.VisibleText.Length > 0)
+                foreach (var line in o.VisibleText.Split(ControlChar.ParagraphBreakChar)) sb.Append(line).Append(br);
         }
     }
 
