@@ -165,41 +165,42 @@ public static partial class CSharpEmitter
              $"{Managed(t)}.{s.ManagedName} = {args.Call};", null);
     }
 
+    // The bodies live once in the interop runtime (BuiltinStubs); each type only forwards to them.
     private static void Builtin(Writer w, TypeModel t, string name)
     {
         string type = Managed(t);
+        // a static class cannot be a type argument
+        string typed = t.Kind == TypeKind.StaticClass ? "BuiltinStubs" : $"BuiltinStubs<{type}>";
         switch (name)
         {
             case "btp_TypeOf":
             case "btp_GetType":
-                Stub(w, "void", name, ["IntPtr* result"], [], [], $"*result = Handles.New(typeof({type}));", null);
+                Forward(w, "void", name, "IntPtr* result",
+                        t.Kind == TypeKind.StaticClass ? $"BuiltinStubs.TypeOf(typeof({type}), result)" : $"{typed}.TypeOf(result)");
                 break;
             case "btp_CastTo":
-                // a cast that the object does not allow throws, and so is raised in Python
-                Stub(w, "int", name, ["IntPtr obj", "IntPtr* result"], [], [], "var o = Handles.Target(obj);",
-                     $"if (o is null)\n    return 0;\n*result = Handles.New(({type})o);\nreturn 1;");
-                break;
             case "btp_ReInterpretObj":
-                Stub(w, "int", name, ["IntPtr obj", "IntPtr* result"], [], [], "var o = Handles.Target(obj);",
-                     "if (o is null)\n    return 0;\n*result = Handles.New(o);\nreturn 1;");
-                break;
             case "btp_CastAs":
-                Stub(w, "int", name, ["IntPtr obj", "IntPtr* result"], [], [], "var o = Handles.Target(obj);",
-                     $"*result = o is {type} ? Handles.New(o) : IntPtr.Zero;\nreturn *result == IntPtr.Zero ? 0 : 1;");
+                Forward(w, "int", name, "IntPtr obj, IntPtr* result", $"{typed}.{name[4..]}(obj, result)");
                 break;
             case "btp_IsAssignable":
-                Stub(w, "int", name, ["IntPtr obj"], [], [], "var o = Handles.Target(obj);", $"return o is {type} ? 1 : 0;");
+                Forward(w, "int", name, "IntPtr obj", $"{typed}.IsAssignable(obj)");
                 break;
             case "btp_AsUniEnum":
                 Stub(w, "int", name, ["int value", "IntPtr* result"], [], [], $"*result = Handles.New(({type})value);", "return 1;");
                 break;
             case "btp_GetTpExtraBind":
-                // Python implementations of interfaces are not bound yet: nothing to bind
-                Stub(w, "int", name, ["IntPtr* result"], [], [], "*result = IntPtr.Zero;", "return 0;");
+                Forward(w, "int", name, "IntPtr* result", "BuiltinStubs.GetTpExtraBind(result)");
                 break;
             default:
                 throw new GeneratorException($"{t.FullName}: no managed stub for the built-in {name}");
         }
+    }
+
+    private static void Forward(Writer w, string returnType, string name, string parameters, string call)
+    {
+        w.Line("[UnmanagedCallersOnly]");
+        w.Line($"public static {returnType} {name}({parameters}) => {call};");
     }
 
     // ---- pieces ----

@@ -15,7 +15,7 @@ public class CppEmitterTests
         @"^    (?<ret>[\w*]+) (?<name>\w+)\((?<params>[^)]*)\) const \{ return", RegexOptions.Compiled | RegexOptions.Multiline);
 
     private static readonly Regex CsStub = new(
-        @"\[UnmanagedCallersOnly\]\n    public static (?<ret>[\w*]+) (?<name>\w+)\((?<params>[^)]*)\)\n", RegexOptions.Compiled);
+        @"\[UnmanagedCallersOnly\]\n    public static (?<ret>[\w*]+) (?<name>\w+)\((?<params>[^)]*)\)(?<body>\n| => )", RegexOptions.Compiled);
 
     /// <summary>The text of one type's section in its namespace's source file.</summary>
     private static string Section(TypeModel t)

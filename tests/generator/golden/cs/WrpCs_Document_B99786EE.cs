@@ -42,82 +42,17 @@ public static unsafe class WrpCs_Document_B99786EE
     }
 
     [UnmanagedCallersOnly]
-    public static void btp_TypeOf(IntPtr* result)
-    {
-        try
-        {
-            *result = Handles.New(typeof(global::Quorix.Folio.DocumentBase));
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-        }
-    }
+    public static void btp_TypeOf(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.DocumentBase>.TypeOf(result);
 
     [UnmanagedCallersOnly]
-    public static int btp_CastTo(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            if (o is null)
-                return 0;
-            *result = Handles.New((global::Quorix.Folio.DocumentBase)o);
-            return 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_CastTo(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.DocumentBase>.CastTo(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_ReInterpretObj(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            if (o is null)
-                return 0;
-            *result = Handles.New(o);
-            return 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_ReInterpretObj(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.DocumentBase>.ReInterpretObj(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_CastAs(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            *result = o is global::Quorix.Folio.DocumentBase ? Handles.New(o) : IntPtr.Zero;
-            return *result == IntPtr.Zero ? 0 : 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_CastAs(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.DocumentBase>.CastAs(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_IsAssignable(IntPtr obj)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            return o is global::Quorix.Folio.DocumentBase ? 1 : 0;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_IsAssignable(IntPtr obj) => BuiltinStubs<global::Quorix.Folio.DocumentBase>.IsAssignable(obj);
 }

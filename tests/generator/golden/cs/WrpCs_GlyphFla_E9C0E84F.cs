@@ -11,53 +11,13 @@ namespace WrpNs_Quorix.WrpNs_Folio;
 public static unsafe class WrpCs_GlyphFla_E9C0E84F
 {
     [UnmanagedCallersOnly]
-    public static void btp_TypeOf(IntPtr* result)
-    {
-        try
-        {
-            *result = Handles.New(typeof(global::Quorix.Folio.GlyphFlags));
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-        }
-    }
+    public static void btp_TypeOf(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.GlyphFlags>.TypeOf(result);
 
     [UnmanagedCallersOnly]
-    public static int btp_CastTo(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            if (o is null)
-                return 0;
-            *result = Handles.New((global::Quorix.Folio.GlyphFlags)o);
-            return 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_CastTo(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.GlyphFlags>.CastTo(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_ReInterpretObj(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            if (o is null)
-                return 0;
-            *result = Handles.New(o);
-            return 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_ReInterpretObj(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.GlyphFlags>.ReInterpretObj(obj, result);
 
     [UnmanagedCallersOnly]
     public static int btp_AsUniEnum(int value, IntPtr* result)
@@ -75,46 +35,11 @@ public static unsafe class WrpCs_GlyphFla_E9C0E84F
     }
 
     [UnmanagedCallersOnly]
-    public static int btp_CastAs(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            *result = o is global::Quorix.Folio.GlyphFlags ? Handles.New(o) : IntPtr.Zero;
-            return *result == IntPtr.Zero ? 0 : 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_CastAs(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.GlyphFlags>.CastAs(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_IsAssignable(IntPtr obj)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            return o is global::Quorix.Folio.GlyphFlags ? 1 : 0;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_IsAssignable(IntPtr obj) => BuiltinStubs<global::Quorix.Folio.GlyphFlags>.IsAssignable(obj);
 
     [UnmanagedCallersOnly]
-    public static void btp_GetType(IntPtr* result)
-    {
-        try
-        {
-            *result = Handles.New(typeof(global::Quorix.Folio.GlyphFlags));
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-        }
-    }
+    public static void btp_GetType(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.GlyphFlags>.TypeOf(result);
 }

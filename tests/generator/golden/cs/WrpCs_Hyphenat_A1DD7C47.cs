@@ -95,15 +95,5 @@ public static unsafe class WrpCs_Hyphenat_A1DD7C47
     }
 
     [UnmanagedCallersOnly]
-    public static void btp_TypeOf(IntPtr* result)
-    {
-        try
-        {
-            *result = Handles.New(typeof(global::Quorix.Folio.Hyphenation));
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-        }
-    }
+    public static void btp_TypeOf(IntPtr* result) => BuiltinStubs.TypeOf(typeof(global::Quorix.Folio.Hyphenation), result);
 }

@@ -41,92 +41,20 @@ public static unsafe class WrpCs_IHyphena_9FFF251D
     }
 
     [UnmanagedCallersOnly]
-    public static void btp_TypeOf(IntPtr* result)
-    {
-        try
-        {
-            *result = Handles.New(typeof(global::Quorix.Folio.IHyphenationCallback));
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-        }
-    }
+    public static void btp_TypeOf(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.IHyphenationCallback>.TypeOf(result);
 
     [UnmanagedCallersOnly]
-    public static int btp_CastTo(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            if (o is null)
-                return 0;
-            *result = Handles.New((global::Quorix.Folio.IHyphenationCallback)o);
-            return 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_CastTo(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.IHyphenationCallback>.CastTo(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_CastAs(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            *result = o is global::Quorix.Folio.IHyphenationCallback ? Handles.New(o) : IntPtr.Zero;
-            return *result == IntPtr.Zero ? 0 : 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_CastAs(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.IHyphenationCallback>.CastAs(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_IsAssignable(IntPtr obj)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            return o is global::Quorix.Folio.IHyphenationCallback ? 1 : 0;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_IsAssignable(IntPtr obj) => BuiltinStubs<global::Quorix.Folio.IHyphenationCallback>.IsAssignable(obj);
 
     [UnmanagedCallersOnly]
-    public static void btp_GetType(IntPtr* result)
-    {
-        try
-        {
-            *result = Handles.New(typeof(global::Quorix.Folio.IHyphenationCallback));
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-        }
-    }
+    public static void btp_GetType(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.IHyphenationCallback>.TypeOf(result);
 
     [UnmanagedCallersOnly]
-    public static int btp_GetTpExtraBind(IntPtr* result)
-    {
-        try
-        {
-            *result = IntPtr.Zero;
-            return 0;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_GetTpExtraBind(IntPtr* result) => BuiltinStubs.GetTpExtraBind(result);
 }

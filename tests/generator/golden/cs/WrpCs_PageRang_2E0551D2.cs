@@ -57,82 +57,17 @@ public static unsafe class WrpCs_PageRang_2E0551D2
     }
 
     [UnmanagedCallersOnly]
-    public static void btp_TypeOf(IntPtr* result)
-    {
-        try
-        {
-            *result = Handles.New(typeof(global::Quorix.Folio.PageRange));
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-        }
-    }
+    public static void btp_TypeOf(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.PageRange>.TypeOf(result);
 
     [UnmanagedCallersOnly]
-    public static int btp_CastTo(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            if (o is null)
-                return 0;
-            *result = Handles.New((global::Quorix.Folio.PageRange)o);
-            return 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_CastTo(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.PageRange>.CastTo(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_ReInterpretObj(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            if (o is null)
-                return 0;
-            *result = Handles.New(o);
-            return 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_ReInterpretObj(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.PageRange>.ReInterpretObj(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_CastAs(IntPtr obj, IntPtr* result)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            *result = o is global::Quorix.Folio.PageRange ? Handles.New(o) : IntPtr.Zero;
-            return *result == IntPtr.Zero ? 0 : 1;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_CastAs(IntPtr obj, IntPtr* result) => BuiltinStubs<global::Quorix.Folio.PageRange>.CastAs(obj, result);
 
     [UnmanagedCallersOnly]
-    public static int btp_IsAssignable(IntPtr obj)
-    {
-        try
-        {
-            var o = Handles.Target(obj);
-            return o is global::Quorix.Folio.PageRange ? 1 : 0;
-        }
-        catch (Exception e)
-        {
-            PyRuntime.Raise(e);
-            return default;
-        }
-    }
+    public static int btp_IsAssignable(IntPtr obj) => BuiltinStubs<global::Quorix.Folio.PageRange>.IsAssignable(obj);
 }
