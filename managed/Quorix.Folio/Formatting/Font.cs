@@ -9,9 +9,9 @@ public sealed class Font
     internal readonly PropBag Bag;
     private readonly DocumentBase? doc;
     // Style chain consulted when the run says nothing itself.
-    private readonly Func<IEnumerable<PropBag>>? inherited;
+    private readonly Func<BagChain>? inherited;
 
-    internal Font(PropBag bag, DocumentBase? doc, Func<IEnumerable<PropBag>>? inherited = null)
+    internal Font(PropBag bag, DocumentBase? doc, Func<BagChain>? inherited = null)
     {
         Bag = bag;
         this.doc = doc;
@@ -22,12 +22,7 @@ public sealed class Font
     {
         var e = Bag.Find(local);
         if (e != null || inherited == null) return e;
-        foreach (var b in inherited())
-        {
-            e = b.Find(local);
-            if (e != null) return e;
-        }
-        return null;
+        return inherited().Find(local);
     }
 
     private bool Toggle(string local)
@@ -53,10 +48,7 @@ public sealed class Font
 
     private bool InheritedToggle(string local)
     {
-        if (inherited == null) return false;
-        foreach (var b in inherited())
-            if (b.Toggle(local) is { } v) return v;
-        return false;
+        return inherited?.Invoke().Toggle(local) ?? false;
     }
 
     public string Name

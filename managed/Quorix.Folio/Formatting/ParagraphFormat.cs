@@ -7,9 +7,9 @@ public sealed class ParagraphFormat
 {
     internal readonly PropBag Bag;
     private readonly DocumentBase? doc;
-    private readonly Func<IEnumerable<PropBag>>? inherited;
+    private readonly Func<BagChain>? inherited;
 
-    internal ParagraphFormat(PropBag bag, DocumentBase? doc, Func<IEnumerable<PropBag>>? inherited = null)
+    internal ParagraphFormat(PropBag bag, DocumentBase? doc, Func<BagChain>? inherited = null)
     {
         Bag = bag;
         this.doc = doc;
@@ -20,12 +20,7 @@ public sealed class ParagraphFormat
     {
         var e = Bag.Find(local);
         if (e != null || inherited == null) return e;
-        foreach (var b in inherited())
-        {
-            e = b.Find(local);
-            if (e != null) return e;
-        }
-        return null;
+        return inherited().Find(local);
     }
 
     private bool Toggle(string local)

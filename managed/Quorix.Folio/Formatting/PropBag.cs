@@ -1,4 +1,5 @@
 using System.Globalization;
+using System.Runtime.InteropServices;
 using System.Xml;
 
 namespace Quorix.Folio.Formatting;
@@ -22,11 +23,18 @@ internal sealed class PropBag
 
     private List<PropElement> List => items ??= new List<PropElement>(2);
 
+    // Every formatting read lands here, usually on a bag of a handful of elements: the length
+    // rejects nearly every other name before any character is compared.
     public PropElement? Find(string local)
     {
         if (items == null) return null;
-        foreach (var e in items)
-            if (e.Local == local && e.Ns == Docx.Ns.W) return e;
+        int length = local.Length;
+        foreach (var e in CollectionsMarshal.AsSpan(items))
+        {
+            var name = e.Local;
+            if (name.Length == length && (ReferenceEquals(name, local) || string.Equals(name, local)) && PropElement.IsMain(e.Ns))
+                return e;
+        }
         return null;
     }
 
@@ -46,6 +54,7 @@ internal sealed class PropBag
 
     private void Insert(PropElement e)
     {
+        FormatStamp.Bump();
         var list = List;
         int rank = Order.Rank(e.Local);
         int at = list.Count;
@@ -54,11 +63,23 @@ internal sealed class PropBag
         list.Insert(at, e);
     }
 
-    public void Remove(string local) => items?.RemoveAll(e => e.Local == local && e.Ns == Docx.Ns.W);
+    public void Remove(string local)
+    {
+        FormatStamp.Bump();
+        items?.RemoveAll(e => e.Local == local && e.Ns == Docx.Ns.W);
+    }
 
-    public void RemoveAll(Predicate<PropElement> match) => items?.RemoveAll(match);
+    public void RemoveAll(Predicate<PropElement> match)
+    {
+        FormatStamp.Bump();
+        items?.RemoveAll(match);
+    }
 
-    public void Add(PropElement e) => List.Add(e);
+    public void Add(PropElement e)
+    {
+        FormatStamp.Bump();
+        List.Add(e);
+    }
 
     public void SetVal(string local, string? value)
     {
@@ -66,10 +87,11 @@ internal sealed class PropBag
         else GetOrAdd(local).Set("val", value);
     }
 
-    public bool? Toggle(string local)
+    public bool? Toggle(string local) => Find(local) is { } e ? IsOn(e) : null;
+
+    /// <summary>Whether an on/off element switches its property on: present without a value, or any value but an off one.</summary>
+    public static bool IsOn(PropElement e)
     {
-        var e = Find(local);
-        if (e == null) return null;
         var v = e.Get("val");
         return v == null || !(v == "0" || v == "false" || v == "off");
     }
@@ -77,6 +99,7 @@ internal sealed class PropBag
     public void SetToggle(string local, bool value)
     {
         var e = GetOrAdd(local);
+        FormatStamp.Bump();
         e.Attrs = null;
         if (!value) e.Set("val", "0");
     }
@@ -89,7 +112,11 @@ internal sealed class PropBag
 
     public PropBag Clone() => new PropBag(Order, items?.ConvertAll(e => e.Clone()));
 
-    public void Clear() => items?.Clear();
+    public void Clear()
+    {
+        FormatStamp.Bump();
+        items?.Clear();
+    }
 
     public void MergeFrom(PropBag other)
     {

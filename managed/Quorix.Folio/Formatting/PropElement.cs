@@ -46,6 +46,9 @@ internal sealed class PropElement
         }
     }
 
+    /// <summary>Whether a namespace is the main one; elements read from files carry the same instance, so this rarely compares text.</summary>
+    public static bool IsMain(string ns) => ReferenceEquals(ns, Docx.Ns.W) || ns == Docx.Ns.W;
+
     public string? Get(string local, string ns = Docx.Ns.W)
     {
         if (Attrs == null) return null;
@@ -56,6 +59,7 @@ internal sealed class PropElement
 
     public PropElement Set(string local, string? value, string ns = Docx.Ns.W)
     {
+        FormatStamp.Bump();
         Attrs ??= new List<Attr>(2);
         for (int i = 0; i < Attrs.Count; i++)
         {
@@ -91,7 +95,9 @@ internal sealed class PropElement
     public static PropElement Read(XmlReader r)
     {
         if (r.Depth > MaxDepth) throw new FileCorruptedException($"The XML nests more than {MaxDepth} elements deep.");
-        var e = new PropElement(r.LocalName, r.NamespaceURI) { Prefix = r.NamespaceURI == Docx.Ns.W ? null : r.Prefix };
+        // The main namespace is stored as our own instance so that lookups compare references.
+        bool main = r.NamespaceURI == Docx.Ns.W;
+        var e = new PropElement(r.LocalName, main ? Docx.Ns.W : r.NamespaceURI) { Prefix = main ? null : r.Prefix };
         if (r.HasAttributes)
         {
             e.Attrs = new List<Attr>(r.AttributeCount);

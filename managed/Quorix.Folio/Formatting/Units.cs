@@ -15,6 +15,18 @@ internal static class Units
     public static int? ParseInt(string? s)
     {
         if (s == null) return null;
+        // Nearly every stored measure is a short run of plain digits; anything else takes the full parse.
+        if (s.Length is > 0 and <= 9)
+        {
+            int n = 0;
+            foreach (var c in s)
+            {
+                if ((uint)(c - '0') > 9) goto Full;
+                n = n * 10 + (c - '0');
+            }
+            return n;
+        }
+    Full:
         if (int.TryParse(s, NumberStyles.Integer, CultureInfo.InvariantCulture, out var v)) return v;
         // Some writers emit fractional measures; take the whole part rather than fail the load.
         if (double.TryParse(s, NumberStyles.Float, CultureInfo.InvariantCulture, out var d)) return (int)d;

@@ -40,7 +40,7 @@ public sealed class DocumentBuilder
 
     public Document Document => doc;
 
-    public Font Font => new Font(runProps, doc, () => paragraph.RunStyleChain());
+    public Font Font => new Font(runProps, doc, () => paragraph.RunChain());
 
     public ParagraphFormat ParagraphFormat => paragraph.ParagraphFormat;
 

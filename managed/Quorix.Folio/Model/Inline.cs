@@ -14,14 +14,12 @@ public abstract class Inline : Node
 
     public Paragraph? ParentParagraph => parent as Paragraph;
 
-    internal IEnumerable<PropBag> InheritedRunBags()
+    /// <summary>The run's character style chain, then its paragraph's (or the document defaults).</summary>
+    internal BagChain InheritedRunBags()
     {
-        var cs = doc?.Styles.FindById(RPr.Val("rStyle"));
-        if (cs != null)
-            foreach (var b in cs.InheritedBags("rPr", PropOrder.Run, true)) yield return b;
-        if (parent is Paragraph p)
-            foreach (var b in p.RunStyleChain()) yield return b;
-        else if (doc?.Styles.DefaultsFor("rPr") is { } d) yield return d;
+        if (doc == null) return default;
+        var own = doc.Styles.FindById(RPr.Val("rStyle")) is { } cs ? cs.Chain(true, true) : default;
+        return own.Then(parent is Paragraph p ? p.RunChain() : doc.Styles.DefaultsChain(true));
     }
 }
 

@@ -21,7 +21,7 @@ public sealed class Paragraph : CompositeNode
 
     public RunCollection Runs => new RunCollection(this);
 
-    public ParagraphFormat ParagraphFormat => new ParagraphFormat(PPr, doc, StyleChain);
+    public ParagraphFormat ParagraphFormat => new ParagraphFormat(PPr, doc, ParagraphChain);
 
     public ListFormat ListFormat => new ListFormat(this);
 
@@ -36,23 +36,21 @@ public sealed class Paragraph : CompositeNode
         }
     }
 
-    internal Style? ParagraphStyle => doc?.Styles.FindById(PPr.Val("pStyle")) ?? doc?.Styles.DefaultOf(StyleType.Paragraph);
+    internal Style? ParagraphStyle => doc?.Styles.FindById(PPr.Val("pStyle")) ?? doc?.Styles.DefaultParagraphStyle;
 
-    internal IEnumerable<PropBag> StyleChain()
+    /// <summary>The bags that paragraph properties fall back on: the paragraph style's chain, or the document defaults.</summary>
+    internal BagChain ParagraphChain() => Chain(false);
+
+    /// <summary>The bags that the character properties of the paragraph's runs fall back on.</summary>
+    internal BagChain RunChain() => Chain(true);
+
+    private BagChain Chain(bool run)
     {
-        var s = ParagraphStyle;
-        if (s != null)
-            foreach (var b in s.InheritedBags("pPr", PropOrder.Paragraph, true)) yield return b;
-        else if (doc?.Styles.DefaultsFor("pPr") is { } d) yield return d;
+        if (doc == null) return default;
+        return ParagraphStyle is { } s ? s.Chain(run, true) : doc.Styles.DefaultsChain(run);
     }
 
-    internal IEnumerable<PropBag> RunStyleChain()
-    {
-        var s = ParagraphStyle;
-        if (s != null)
-            foreach (var b in s.InheritedBags("rPr", PropOrder.Run, true)) yield return b;
-        else if (doc?.Styles.DefaultsFor("rPr") is { } d) yield return d;
-    }
+    internal IEnumerable<PropBag> StyleChain() => ParagraphChain().ToArray();
 
     public Section? ParentSection => GetAncestor(NodeType.Section) as Section;
 

@@ -8,6 +8,16 @@ public sealed class Style
     internal readonly PropElement Element;
     internal readonly PropBag Bag;
     private readonly StyleCollection owner;
+    // Resolved chains, each valid while the formatting stamp it was taken at is current.
+    private ResolvedChain? runChain, paragraphChain;
+
+    private sealed class ResolvedChain
+    {
+        public long Stamp;
+        public PropBag[] Bags = Array.Empty<PropBag>();
+        // 1 when the first bag is the style's own, which a style's own formatting skips.
+        public int Own;
+    }
 
     internal Style(StyleCollection owner, PropElement element)
     {
@@ -80,7 +90,11 @@ public sealed class Style
     internal PropBag Sub(string local, PropOrder order)
     {
         var e = Bag.GetOrAdd(local);
-        e.Children ??= new List<PropElement>();
+        if (e.Children == null)
+        {
+            FormatStamp.Bump();
+            e.Children = new List<PropElement>();
+        }
         return new PropBag(order, e.Children);
     }
 
@@ -105,10 +119,32 @@ public sealed class Style
         if (owner.DefaultsFor(local) is { } d) yield return d;
     }
 
-    public Font Font => new Font(Sub("rPr", PropOrder.Run), owner.Document, () => InheritedBags("rPr", PropOrder.Run, false));
+    /// <summary>The character (run) or paragraph chain of this style, its own bag first when self; cached until the next formatting edit.</summary>
+    internal BagChain Chain(bool run, bool self)
+    {
+        var c = run ? runChain : paragraphChain;
+        long stamp = FormatStamp.Current;
+        if (c == null || c.Stamp != stamp) c = Resolve(run, stamp);
+        return new BagChain(c.Bags, self ? 0 : c.Own);
+    }
+
+    private ResolvedChain Resolve(bool run, long stamp)
+    {
+        var (local, order) = run ? ("rPr", PropOrder.Run) : ("pPr", PropOrder.Paragraph);
+        var c = new ResolvedChain
+        {
+            Stamp = stamp,
+            Bags = InheritedBags(local, order, true).ToArray(),
+            Own = SubOrNull(local, order) != null ? 1 : 0,
+        };
+        if (run) runChain = c; else paragraphChain = c;
+        return c;
+    }
+
+    public Font Font => new Font(Sub("rPr", PropOrder.Run), owner.Document, () => Chain(true, false));
 
     public ParagraphFormat ParagraphFormat =>
-        new ParagraphFormat(Sub("pPr", PropOrder.Paragraph), owner.Document, () => InheritedBags("pPr", PropOrder.Paragraph, false));
+        new ParagraphFormat(Sub("pPr", PropOrder.Paragraph), owner.Document, () => Chain(false, false));
 
     public void Remove() => owner.Remove(this);
 

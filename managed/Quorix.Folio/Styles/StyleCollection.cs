@@ -10,7 +10,30 @@ public sealed class StyleCollection : IEnumerable<Style>
     private readonly List<Style> styles = new();
     private readonly Dictionary<string, Style> byId = new(StringComparer.Ordinal);
     // docDefaults, latentStyles and anything else at the top of the part, in file order.
-    internal readonly List<PropElement> Head = new();
+    internal readonly HeadList Head = new();
+    // Chains of paragraphs without a style and the default paragraph style, valid at their stamps.
+    private long runDefaultsStamp = -1, paragraphDefaultsStamp = -1, defaultStyleStamp = -1;
+    private PropBag[] runDefaults = Array.Empty<PropBag>(), paragraphDefaults = Array.Empty<PropBag>();
+    private Style? defaultParagraphStyle;
+
+    /// <summary>The head of the part; any change to it may change the document defaults.</summary>
+    internal sealed class HeadList : System.Collections.ObjectModel.Collection<PropElement>
+    {
+        protected override void InsertItem(int index, PropElement item) { FormatStamp.Bump(); base.InsertItem(index, item); }
+
+        protected override void SetItem(int index, PropElement item) { FormatStamp.Bump(); base.SetItem(index, item); }
+
+        protected override void RemoveItem(int index) { FormatStamp.Bump(); base.RemoveItem(index); }
+
+        protected override void ClearItems() { FormatStamp.Bump(); base.ClearItems(); }
+
+        public PropElement? Find(string local)
+        {
+            foreach (var e in Items)
+                if (e.Local == local) return e;
+            return null;
+        }
+    }
 
     internal StyleCollection(DocumentBase doc) { this.doc = doc; }
 
@@ -51,11 +74,13 @@ public sealed class StyleCollection : IEnumerable<Style>
 
     public void Remove(Style style)
     {
+        FormatStamp.Bump();
         if (styles.Remove(style)) byId.Remove(style.StyleId);
     }
 
     internal void AddLoaded(PropElement e)
     {
+        FormatStamp.Bump();
         var s = new Style(this, e);
         styles.Add(s);
         byId.TryAdd(s.StyleId, s);
@@ -66,6 +91,21 @@ public sealed class StyleCollection : IEnumerable<Style>
     internal Style? FindById(string? id) => id != null && byId.TryGetValue(id, out var s) ? s : null;
 
     internal string? NameOfId(string? id) => FindById(id)?.Name;
+
+    /// <summary>The style of paragraphs that name none; cached until the next formatting edit.</summary>
+    internal Style? DefaultParagraphStyle
+    {
+        get
+        {
+            long stamp = FormatStamp.Current;
+            if (defaultStyleStamp != stamp)
+            {
+                defaultParagraphStyle = DefaultOf(StyleType.Paragraph);
+                defaultStyleStamp = stamp;
+            }
+            return defaultParagraphStyle;
+        }
+    }
 
     internal Style? DefaultOf(StyleType type)
     {
@@ -104,6 +144,7 @@ public sealed class StyleCollection : IEnumerable<Style>
             _ => "paragraph",
         });
         e.Set("styleId", id);
+        FormatStamp.Bump();
         var s = new Style(this, e);
         s.Bag.SetVal("name", name);
         styles.Add(s);
@@ -122,33 +163,62 @@ public sealed class StyleCollection : IEnumerable<Style>
 
     private PropBag DefaultsBag(string holder, string local, PropOrder order)
     {
-        var dd = Head.Find(e => e.Local == "docDefaults");
+        // Creating any level below changes what the chains end with.
+        var dd = Head.Find("docDefaults");
         if (dd == null)
         {
             dd = new PropElement("docDefaults");
             Head.Insert(0, dd);
         }
-        dd.Children ??= new List<PropElement>();
+        if (dd.Children == null)
+        {
+            FormatStamp.Bump();
+            dd.Children = new List<PropElement>();
+        }
         var h = dd.Child(holder);
         if (h == null)
         {
+            FormatStamp.Bump();
             h = new PropElement(holder);
             if (holder == "rPrDefault") dd.Children.Insert(0, h); else dd.Children.Add(h);
         }
-        h.Children ??= new List<PropElement>();
+        if (h.Children == null)
+        {
+            FormatStamp.Bump();
+            h.Children = new List<PropElement>();
+        }
         var inner = h.Child(local);
         if (inner == null)
         {
+            FormatStamp.Bump();
             inner = new PropElement(local);
             h.Children.Add(inner);
         }
-        inner.Children ??= new List<PropElement>();
+        if (inner.Children == null)
+        {
+            FormatStamp.Bump();
+            inner.Children = new List<PropElement>();
+        }
         return new PropBag(order, inner.Children);
+    }
+
+    /// <summary>The chain of a paragraph without any style: the document defaults alone, if any; cached until the next formatting edit.</summary>
+    internal BagChain DefaultsChain(bool run)
+    {
+        long stamp = FormatStamp.Current;
+        if (run ? runDefaultsStamp != stamp : paragraphDefaultsStamp != stamp)
+        {
+            var d = DefaultsFor(run ? "rPr" : "pPr");
+            var bags = d != null ? new[] { d } : Array.Empty<PropBag>();
+            if (run) { runDefaults = bags; runDefaultsStamp = stamp; }
+            else { paragraphDefaults = bags; paragraphDefaultsStamp = stamp; }
+        }
+        return new BagChain(run ? runDefaults : paragraphDefaults);
     }
 
     internal PropBag? DefaultsFor(string local)
     {
-        var dd = Head.Find(e => e.Local == "docDefaults");
+        var dd = Head.Find("docDefaults");
         var inner = dd?.Child(local == "rPr" ? "rPrDefault" : "pPrDefault")?.Child(local);
         return inner?.Children == null ? null : new PropBag(local == "rPr" ? PropOrder.Run : PropOrder.Paragraph, inner.Children);
     }
