@@ -1,3 +1,4 @@
+using System.Runtime.CompilerServices;
 using System.Text;
 using System.Xml;
 using Quorix.Folio.Drawing;
@@ -37,6 +38,7 @@ internal static class BodyReader
         if (!sawBody) throw new FileCorruptedException("The document part has no body.");
     }
 
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static void ReadBody(Document doc, XmlReader r, ReadContext ctx, Dictionary<string, HeaderFooter> headers)
     {
         var body = new Body(doc);
@@ -121,6 +123,7 @@ internal static class BodyReader
     }
 
     /// <summary>Reads the block children of the element the reader stands on into the container.</summary>
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static void ReadBlocks(XmlReader r, CompositeNode container, ReadContext ctx)
     {
         if (r.IsEmptyElement) { r.Read(); return; }
@@ -152,7 +155,7 @@ internal static class BodyReader
         var sb = new StringBuilder();
         try
         {
-            using var r = XmlReader.Create(new StringReader(xml), DocxReader.Settings);
+            using var r = DocxReader.Open(xml);
             while (r.Read())
             {
                 if (r.NodeType != XmlNodeType.Element || r.NamespaceURI != Ns.W) continue;
@@ -167,6 +170,7 @@ internal static class BodyReader
 
     public static Paragraph ReadParagraph(XmlReader r, ReadContext ctx, out PropBag? sectPr) => ReadParagraph(r, ctx, out sectPr, out _);
 
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static Paragraph ReadParagraph(XmlReader r, ReadContext ctx, out PropBag? sectPr, out List<PropElement.Attr>? sectAttrs)
     {
         sectPr = null;
@@ -207,7 +211,7 @@ internal static class BodyReader
         if (ctx.Root?.Namespaces.Exists(n => n.Prefix == "w") != true) sb.Append(" xmlns:w=\"").Append(Ns.W).Append('"');
         sb.Append('>').Append(rewrite != null ? rewrite(xml) : xml).Append("</root>");
         var holder = new Paragraph(ctx.Doc, new PropBag(PropOrder.Paragraph));
-        using var r = XmlReader.Create(new StringReader(sb.ToString()), DocxReader.Settings);
+        using var r = DocxReader.Open(sb.ToString());
         r.MoveToContent();
         r.Read();
         r.MoveToContent();
@@ -233,6 +237,7 @@ internal static class BodyReader
     }
 
     /// <summary>One child of a paragraph (or of a link inside it).</summary>
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static void ReadInline(XmlReader r, Paragraph p, ReadContext ctx)
     {
         if (r.NamespaceURI != Ns.W)
@@ -364,6 +369,7 @@ internal static class BodyReader
         return t;
     }
 
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static Row ReadRow(XmlReader r, ReadContext ctx)
     {
         PropBag? trPr = null, ex = null;
@@ -400,6 +406,7 @@ internal static class BodyReader
         return row;
     }
 
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static Cell ReadCell(XmlReader r, ReadContext ctx, out int spanned)
     {
         spanned = 0;

@@ -138,7 +138,17 @@ internal static class DocxReader
         doc.Changed();
     }
 
-    public static XmlReader Open(byte[] bytes) => XmlReader.Create(new MemoryStream(bytes, false), Settings);
+    public static XmlReader Open(byte[] bytes) => XmlReader.Create(new MemoryStream(bytes, false), WithNames());
+
+    /// <summary>A reader over markup already in memory, such as a kept fragment.</summary>
+    public static XmlReader Open(string xml) => XmlReader.Create(new StringReader(xml), WithNames());
+
+    private static XmlReaderSettings WithNames()
+    {
+        var s = Settings.Clone();
+        s.NameTable = ReaderNames.Create();
+        return s;
+    }
 
     /// <summary>Moves to the root element and checks its name.</summary>
     public static RootInfo Root(XmlReader r, string local, string part)

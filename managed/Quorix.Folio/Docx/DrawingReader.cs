@@ -14,7 +14,7 @@ internal static class DrawingReader
         string? embed = null, descr = null, title = null;
         long cx = 0, cy = 0;
         bool isPicture = false;
-        using (var r = XmlReader.Create(new StringReader(xml), DocxReader.Settings))
+        using (var r = DocxReader.Open(xml))
         {
             while (r.Read())
             {

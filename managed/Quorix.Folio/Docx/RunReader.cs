@@ -1,3 +1,4 @@
+using System.Runtime.CompilerServices;
 using System.Text;
 using System.Xml;
 using Quorix.Folio.Drawing;
@@ -14,6 +15,7 @@ internal static class RunReader
     internal const char SoftHyphen = '\u001f';
 
     /// <summary>Text content of a simple element; cheaper than the general content reader.</summary>
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static void ReadText(XmlReader r, TextBuffer text)
     {
         if (r.IsEmptyElement) { r.Read(); return; }
@@ -29,10 +31,12 @@ internal static class RunReader
         r.Read();
     }
 
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static void ReadRun(XmlReader r, Paragraph p, ReadContext ctx)
     {
         var doc = ctx.Doc;
-        PropBag rPr = new(PropOrder.Run);
+        // Made when the run has properties; a run without them takes a fresh empty bag per node.
+        PropBag? rPr = null;
         bool emitted = false;
         var attrs = PropElement.ReadAttrs(r);
         var text = ctx.Text;
@@ -42,6 +46,7 @@ internal static class RunReader
 
         PropBag Props()
         {
+            if (rPr == null) { emitted = true; return new PropBag(PropOrder.Run); }
             var b = emitted ? rPr.Clone() : rPr;
             emitted = true;
             return b;
@@ -55,7 +60,7 @@ internal static class RunReader
             p.LinkLast(run);
         }
 
-        if (r.IsEmptyElement) { r.Read(); p.LinkLast(new Run(doc, "", rPr) { XAttrs = attrs }); return; }
+        if (r.IsEmptyElement) { r.Read(); p.LinkLast(new Run(doc, "", Props()) { XAttrs = attrs }); return; }
         int depth = r.Depth;
         r.Read();
         while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
@@ -193,6 +198,6 @@ internal static class RunReader
         }
         r.Read();
         Flush();
-        if (!emitted) p.LinkLast(new Run(doc, "", rPr) { XAttrs = attrs });
+        if (!emitted) p.LinkLast(new Run(doc, "", Props()) { XAttrs = attrs });
     }
 }

@@ -127,10 +127,11 @@ internal sealed class PropBag
         }
     }
 
+    /// <summary>Reads a properties element into a bag; the element's own attributes are not kept.</summary>
     public static PropBag Read(XmlReader r, PropOrder order)
     {
-        var e = PropElement.Read(r);
-        return new PropBag(order, e.Children);
+        if (r.Depth > PropElement.MaxDepth) throw new FileCorruptedException($"The XML nests more than {PropElement.MaxDepth} elements deep.");
+        return new PropBag(order, PropElement.ReadContent(r, out _));
     }
 
     public void Write(XmlWriter w, string local, bool skipEmpty = true)

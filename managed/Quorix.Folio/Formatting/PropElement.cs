@@ -1,3 +1,4 @@
+using System.Runtime.CompilerServices;
 using System.Xml;
 using Quorix.Folio.Docx;
 
@@ -23,6 +24,7 @@ internal sealed class PropElement
     }
 
     /// <summary>The attributes of the element the reader stands on, declarations excepted; null when none.</summary>
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static List<Attr>? ReadAttrs(XmlReader r)
     {
         if (!r.HasAttributes) return null;
@@ -92,6 +94,7 @@ internal sealed class PropElement
     // Deeper markup is refused: the readers recurse, and a stack overflow would end the process.
     internal const int MaxDepth = 200;
 
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static PropElement Read(XmlReader r)
     {
         if (r.Depth > MaxDepth) throw new FileCorruptedException($"The XML nests more than {MaxDepth} elements deep.");
@@ -108,11 +111,22 @@ internal sealed class PropElement
             }
             r.MoveToElement();
         }
+        e.Children = ReadContent(r, out e.Text);
+        return e;
+    }
+
+    /// <summary>Reads the child elements and text of the element the reader stands on, leaving the
+    /// reader after it; the element's own name and attributes are not kept. Null when it has no children.</summary>
+    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
+    public static List<PropElement>? ReadContent(XmlReader r, out string? text)
+    {
+        text = null;
         if (r.IsEmptyElement)
         {
             r.Read();
-            return e;
+            return null;
         }
+        List<PropElement>? children = null;
         int depth = r.Depth;
         r.Read();
         while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
@@ -120,12 +134,12 @@ internal sealed class PropElement
             switch (r.NodeType)
             {
                 case XmlNodeType.Element:
-                    (e.Children ??= new List<PropElement>()).Add(Read(r));
+                    (children ??= new List<PropElement>()).Add(Read(r));
                     break;
                 case XmlNodeType.Text:
                 case XmlNodeType.CDATA:
                 case XmlNodeType.SignificantWhitespace:
-                    e.Text += r.Value;
+                    text += r.Value;
                     r.Read();
                     break;
                 default:
@@ -135,7 +149,7 @@ internal sealed class PropElement
             }
         }
         r.Read();
-        return e;
+        return children;
     }
 
     public void Write(XmlWriter w)
