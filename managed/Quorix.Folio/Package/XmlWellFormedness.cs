@@ -15,17 +15,6 @@ internal readonly record struct XmlRootName(string LocalName, string NamespaceUr
     public int MaxDepth { get; init; }
 }
 
-internal enum ScanVerdict
-{
-    WellFormed,
-    Malformed,
-    /// <summary>The input uses something the scan leaves to XmlReader (another encoding, or a rare construct).</summary>
-    NotHandled,
-}
-
-/// <summary>What the fast scan alone decided; <see cref="Offset"/> and <see cref="Reason"/> say where and why it stopped.</summary>
-internal readonly record struct XmlScanResult(ScanVerdict Verdict, XmlRootName Root, int Offset, string? Reason);
-
 /// <summary>
 /// Decides whether a part is well-formed the way the engine's XmlReader decides it, without building anything.
 /// UTF-8 markup is scanned directly, allocation-free. Whatever the scan finds malformed, or leaves alone, is read
@@ -34,16 +23,16 @@ internal readonly record struct XmlScanResult(ScanVerdict Verdict, XmlRootName R
 /// </summary>
 internal static class XmlWellFormedness
 {
-    // Mirrors the settings the document reader parses parts with; the scan below reproduces their verdict.
-    private static readonly XmlReaderSettings ReaderSettings = new()
+    internal enum ScanVerdict
     {
-        DtdProcessing = DtdProcessing.Prohibit,
-        XmlResolver = null,
-        IgnoreComments = true,
-        IgnoreProcessingInstructions = true,
-        IgnoreWhitespace = true,
-        MaxCharactersFromEntities = 1024,
-    };
+        WellFormed,
+        Malformed,
+        /// <summary>The input uses something the scan leaves to XmlReader (another encoding, or a rare construct).</summary>
+        NotHandled,
+    }
+
+    /// <summary>What the fast scan alone decided; <see cref="Offset"/> and <see cref="Reason"/> say where and why it stopped.</summary>
+    internal readonly record struct ScanResult(ScanVerdict Verdict, XmlRootName Root, int Offset, string? Reason);
 
     private const string XmlNamespace = "http://www.w3.org/XML/1998/namespace";
     private const string XmlnsNamespace = "http://www.w3.org/2000/xmlns/";
@@ -53,8 +42,6 @@ internal static class XmlWellFormedness
     // Bytes below 0x20 other than tab, LF and CR are not XML characters, wherever they stand.
     private static readonly SearchValues<byte> ControlBytes = SearchValues.Create(
         [0, 1, 2, 3, 4, 5, 6, 7, 8, 0x0B, 0x0C, 0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18, 0x19, 0x1A, 0x1B, 0x1C, 0x1D, 0x1E, 0x1F]);
-    private static readonly SearchValues<byte> TextStops = SearchValues.Create("<&"u8);
-    private static readonly SearchValues<byte> TextStopsWithBracket = SearchValues.Create("<&]"u8);
 
     /// <summary>Returns the root element's name; throws <see cref="XmlException"/> (with line and position) at the first fault.</summary>
     public static XmlRootName Check(ReadOnlySpan<byte> xml)
@@ -64,20 +51,20 @@ internal static class XmlWellFormedness
     }
 
     /// <summary>The fast scan on its own: never reads with XmlReader.</summary>
-    internal static XmlScanResult Scan(ReadOnlySpan<byte> xml)
+    internal static ScanResult Scan(ReadOnlySpan<byte> xml)
     {
         if (OtherEncoding(xml))
-            return new XmlScanResult(ScanVerdict.NotHandled, default, 0, "not UTF-8");
+            return new ScanResult(ScanVerdict.NotHandled, default, 0, "not UTF-8");
         xml = WithoutPartialTail(xml);
         var scanner = new Scanner(xml);
         try
         {
             var root = scanner.Run();
-            return new XmlScanResult(ScanVerdict.WellFormed, root, 0, null);
+            return new ScanResult(ScanVerdict.WellFormed, root, 0, null);
         }
         catch (ScanStop stop)
         {
-            return new XmlScanResult(stop.Verdict, default, stop.Offset, stop.Message);
+            return new ScanResult(stop.Verdict, default, stop.Offset, stop.Message);
         }
         finally
         {
@@ -85,10 +72,25 @@ internal static class XmlWellFormedness
         }
     }
 
+    // Mirrors the settings the document reader parses parts with; the scan reproduces their verdict.
+    // A class of its own, so that a load whose parts all pass the scan never sets up the reader.
+    private static class Reader
+    {
+        public static readonly XmlReaderSettings Settings = new()
+        {
+            DtdProcessing = DtdProcessing.Prohibit,
+            XmlResolver = null,
+            IgnoreComments = true,
+            IgnoreProcessingInstructions = true,
+            IgnoreWhitespace = true,
+            MaxCharactersFromEntities = 1024,
+        };
+    }
+
     /// <returns>The root name as XmlReader reports it; throws XmlReader's exception for a malformed document.</returns>
     private static XmlRootName ReadWithXmlReader(ReadOnlySpan<byte> xml)
     {
-        using var reader = XmlReader.Create(new MemoryStream(xml.ToArray(), writable: false), ReaderSettings);
+        using var reader = XmlReader.Create(new MemoryStream(xml.ToArray(), writable: false), Reader.Settings);
         XmlRootName? root = null;
         int maxDepth = 0;
         while (reader.Read())
@@ -191,7 +193,7 @@ internal static class XmlWellFormedness
         public int PrefixStart, PrefixLength, UriStart, UriLength;
     }
 
-    private struct Attribute
+    private struct AttributeEntry
     {
         public ulong LocalKey;
         public int NameStart, Colon, LocalStart, NameEnd, Binding;
@@ -201,12 +203,11 @@ internal static class XmlWellFormedness
     private ref struct Scanner
     {
         private readonly ReadOnlySpan<byte> _s;
-        private readonly SearchValues<byte> _textStops;
         private OpenElement[] _open;
         private int _depth, _maxDepth;
         private Binding[] _bindings;
         private int _bindingCount;
-        private Attribute[] _attrs;
+        private AttributeEntry[] _attrs;
         private int _attrCount;
         // The two prefixes resolved last (nearly every name in a part carries one of very few prefixes);
         // emptied whenever the bindings in scope change.
@@ -218,11 +219,9 @@ internal static class XmlWellFormedness
         public Scanner(ReadOnlySpan<byte> s)
         {
             _s = s;
-            // "]]>" may not appear in text; when the part holds none at all, text runs need not stop at ']'.
-            _textStops = s.IndexOf("]]>"u8) >= 0 ? TextStopsWithBracket : TextStops;
             _open = ArrayPool<OpenElement>.Shared.Rent(64);
             _bindings = ArrayPool<Binding>.Shared.Rent(32);
-            _attrs = ArrayPool<Attribute>.Shared.Rent(16);
+            _attrs = ArrayPool<AttributeEntry>.Shared.Rent(16);
             _len0 = _len1 = -1;
         }
 
@@ -230,10 +229,11 @@ internal static class XmlWellFormedness
         {
             ArrayPool<OpenElement>.Shared.Return(_open);
             ArrayPool<Binding>.Shared.Return(_bindings);
-            ArrayPool<Attribute>.Shared.Return(_attrs);
+            ArrayPool<AttributeEntry>.Shared.Return(_attrs);
         }
 
-        /// <summary>The byte at <paramref name="i"/>, or 0 past the end (a real 0 byte was refused before the scan).</summary>
+        /// <summary>The byte at <paramref name="i"/>, or 0 past the end. A real 0 byte is refused by the character check;
+        /// only the declaration is read before that check, and there a 0 byte fails just as well.</summary>
         [MethodImpl(MethodImplOptions.AggressiveInlining)]
         private readonly byte Peek(int i) => (uint)i < (uint)_s.Length ? _s[i] : (byte)0;
 
@@ -362,7 +362,8 @@ internal static class XmlWellFormedness
             {
                 if (Peek(p) != '<')
                 {
-                    int i = s[p..].IndexOfAny(_textStops);
+                    // Text stops at markup, references, and ']' which might begin a "]]>" (not allowed in text).
+                    int i = s[p..].IndexOfAny((byte)'<', (byte)'&', (byte)']');
                     if (i < 0) Fail(s.Length, "unclosed element");
                     p += i;
                     byte b = s[p];
@@ -560,7 +561,7 @@ internal static class XmlWellFormedness
             }
         }
 
-        private readonly bool SameName(in Attribute a, in Attribute b) =>
+        private readonly bool SameName(in AttributeEntry a, in AttributeEntry b) =>
             _s[a.NameStart..a.NameEnd].SequenceEqual(_s[b.NameStart..b.NameEnd]);
 
         private readonly bool SameUri(int x, int y) =>
@@ -705,7 +706,8 @@ internal static class XmlWellFormedness
                 else if (hex && (uint)((b | 0x20) - 'a') <= 5) digit = (b | 0x20) - 'a' + 10;
                 else break;
                 value = value * (hex ? 16 : 10) + digit;
-                if (value > 0x10FFFF) Fail(p, "character reference out of range");
+                // Past U+10FFFF the reader's verdict depends on how its surrogate split truncates; its call.
+                if (value > 0x10FFFF) Leave(p, "character reference past U+10FFFF");
                 d++;
             }
             if (d == start || Peek(d) != ';') Fail(d, "malformed character reference");
