@@ -1,4 +1,3 @@
-using System.IO.Compression;
 using System.Xml;
 using Quorix.Folio.Docx;
 
@@ -12,10 +11,26 @@ internal sealed class Relationship
     public bool External;
 }
 
-/// <summary>The parts of a package as bytes, with their content types and relationships.</summary>
+/// <summary>A part's content: made in memory, or an entry of the source archive that is inflated
+/// each time it is read (the archive's compressed bytes are what the package keeps).</summary>
+internal sealed class OpcPart
+{
+    private readonly byte[]? bytes;
+    public readonly ZipEntryData? Stored;
+
+    public OpcPart(byte[] bytes) => this.bytes = bytes;
+
+    public OpcPart(ZipEntryData stored) => Stored = stored;
+
+    public byte[] Bytes => bytes ?? Stored!.Inflate();
+
+    public static implicit operator OpcPart(byte[] bytes) => new(bytes);
+}
+
+/// <summary>The parts of a package, with their content types and relationships.</summary>
 internal sealed class OpcPackage
 {
-    public readonly Dictionary<string, byte[]> Parts = new(StringComparer.OrdinalIgnoreCase);
+    public readonly Dictionary<string, OpcPart> Parts = new(StringComparer.OrdinalIgnoreCase);
     public readonly Dictionary<string, string> Defaults = new(StringComparer.OrdinalIgnoreCase);
     public readonly Dictionary<string, string> Overrides = new(StringComparer.OrdinalIgnoreCase);
 
@@ -53,7 +68,7 @@ internal sealed class OpcPackage
         return Defaults.TryGetValue(ext, out ct) ? ct : null;
     }
 
-    public byte[]? Get(string part) => Parts.TryGetValue(part, out var b) ? b : null;
+    public byte[]? Get(string part) => Parts.TryGetValue(part, out var p) ? p.Bytes : null;
 
     public List<Relationship> RelsOf(string part, XmlReaderSettings settings)
     {
@@ -75,80 +90,14 @@ internal sealed class OpcPackage
         return list;
     }
 
-    /// <summary>Reads every entry, enforcing size limits on what is actually inflated, not on what headers claim.</summary>
-    public static OpcPackage Read(Stream stream, long maxPart, long maxTotal)
+    /// <summary>The package of an archive held in memory; parts stay compressed until read.</summary>
+    public static OpcPackage Read(byte[] file, long maxPart, long maxTotal)
     {
         var pkg = new OpcPackage();
-        CheckDirectory(stream);
-        using var zip = new ZipArchive(stream, ZipArchiveMode.Read, leaveOpen: true);
-        long total = 0;
-        foreach (var entry in zip.Entries)
-        {
-            if (entry.FullName.EndsWith('/')) continue;
-            if (entry.Length > maxPart)
-                throw new FileCorruptedException($"The part '{entry.FullName}' is larger than the {maxPart >> 20} MB limit.");
-            using var es = entry.Open();
-            var data = ReadBounded(es, Math.Min(maxPart, maxTotal - total), entry.FullName, entry.Length);
-            total += data.Length;
-            pkg.Parts[entry.FullName.TrimStart('/')] = data;
-        }
+        foreach (var entry in ZipReader.Read(file, maxPart, maxTotal)) pkg.Parts[entry.Name] = new OpcPart(entry);
         var ct = pkg.Get("[Content_Types].xml") ?? throw new FileCorruptedException("The package has no content types part.");
         pkg.ReadContentTypes(ct);
         return pkg;
-    }
-
-    private const int MaxEntries = 20000;
-
-    /// <summary>Refuses archives whose directory claims more parts than any document has, before
-    /// the archive reader allocates an object for each of them.</summary>
-    private static void CheckDirectory(Stream s)
-    {
-        long start = s.Position;
-        int tail = (int)Math.Min(s.Length - start, 65557);
-        if (tail < 22) return;
-        var buf = new byte[tail];
-        s.Position = s.Length - tail;
-        s.ReadExactly(buf);
-        s.Position = start;
-        for (int i = tail - 22; i >= 0; i--)
-        {
-            if (buf[i] != 0x50 || buf[i + 1] != 0x4B || buf[i + 2] != 0x05 || buf[i + 3] != 0x06) continue;
-            long entries = System.Buffers.Binary.BinaryPrimitives.ReadUInt16LittleEndian(buf.AsSpan(i + 10));
-            // The zip64 record, when present, sits just before its locator, right before this record.
-            if (entries == 0xFFFF && i >= 20 + 56 && buf[i - 20] == 0x50 && buf[i - 19] == 0x4B && buf[i - 18] == 0x06 && buf[i - 17] == 0x07)
-            {
-                int z = i - 20 - 56;
-                if (buf[z] == 0x50 && buf[z + 1] == 0x4B && buf[z + 2] == 0x06 && buf[z + 3] == 0x06)
-                    entries = (long)Math.Min(System.Buffers.Binary.BinaryPrimitives.ReadUInt64LittleEndian(buf.AsSpan(z + 32)), long.MaxValue);
-            }
-            if (entries > MaxEntries) throw new FileCorruptedException($"The package claims {entries} parts; more than {MaxEntries} are refused.");
-            return;
-        }
-    }
-
-    private static byte[] ReadBounded(Stream s, long limit, string name, long declared)
-    {
-        if (declared > 0 && declared <= limit)
-        {
-            // The usual case: the header's size is right, and the part is read straight into place.
-            var exact = new byte[declared];
-            int got0 = 0, n0;
-            while (got0 < exact.Length && (n0 = s.Read(exact, got0, exact.Length - got0)) > 0) got0 += n0;
-            if (got0 == exact.Length && s.ReadByte() < 0) return exact;
-            if (got0 < exact.Length) throw new FileCorruptedException($"The part '{name}' is shorter than its header says.");
-            throw new FileCorruptedException($"The part '{name}' is longer than its header says.");
-        }
-        var ms = new MemoryStream(declared > 0 && declared <= limit ? (int)declared : 4096);
-        var buf = new byte[81920];
-        long got = 0;
-        int n;
-        while ((n = s.Read(buf, 0, buf.Length)) > 0)
-        {
-            got += n;
-            if (got > limit) throw new FileCorruptedException($"The part '{name}' inflates beyond the size limit; the file may be an archive bomb.");
-            ms.Write(buf, 0, n);
-        }
-        return ms.ToArray();
     }
 
     private void ReadContentTypes(byte[] bytes)

@@ -11,7 +11,7 @@ internal sealed class ZipWriter
 {
     private readonly Stream output;
     private readonly int level;
-    private readonly List<(byte[] Name, uint Crc, long Compressed, long Size, long Offset, bool Utf8)> entries = new();
+    private readonly List<(byte[] Name, ushort Method, uint Crc, long Compressed, long Size, long Offset, bool Utf8)> entries = new();
     private long position;
 
     public ZipWriter(Stream output, int level)
@@ -20,31 +20,42 @@ internal sealed class ZipWriter
         this.level = level;
     }
 
+    /// <summary>Adds a part; one read from an archive and never changed is copied as it was stored.</summary>
+    public void Add(string name, OpcPart part)
+    {
+        if (part.Stored is { } stored) Write(name, stored.Method, stored.Crc, stored.Compressed, stored.Size);
+        else Add(name, part.Bytes);
+    }
+
     public void Add(string name, byte[] data)
     {
-        bool ascii = name.All(c => c < 0x80);
-        var nameBytes = Encoding.UTF8.GetBytes(name);
         var compressed = new MemoryStream(data.Length / 4 + 64);
         using (var deflate = new DeflateStream(compressed, new ZLibCompressionOptions { CompressionLevel = level }, leaveOpen: true))
             deflate.Write(data);
-        if (compressed.Length > uint.MaxValue || data.LongLength > uint.MaxValue)
+        Write(name, ZipEntryData.Deflated, Crc32.Compute(data), compressed.GetBuffer().AsSpan(0, (int)compressed.Length), data.LongLength);
+    }
+
+    private void Write(string name, ushort method, uint crc, ReadOnlySpan<byte> compressed, long size)
+    {
+        bool ascii = name.All(c => c < 0x80);
+        var nameBytes = Encoding.UTF8.GetBytes(name);
+        if (size > uint.MaxValue)
             throw new NotSupportedException($"The part '{name}' is too large for the archive format.");
-        uint crc = Crc32.Compute(data);
         var header = new byte[30];
         BinaryPrimitives.WriteUInt32LittleEndian(header, 0x04034b50);
         BinaryPrimitives.WriteUInt16LittleEndian(header.AsSpan(4), 20);
         BinaryPrimitives.WriteUInt16LittleEndian(header.AsSpan(6), (ushort)(ascii ? 0 : 0x0800));
-        BinaryPrimitives.WriteUInt16LittleEndian(header.AsSpan(8), 8);
+        BinaryPrimitives.WriteUInt16LittleEndian(header.AsSpan(8), method);
         // Time 00:00, date 1980-01-01: saving the same document twice gives the same bytes.
         BinaryPrimitives.WriteUInt16LittleEndian(header.AsSpan(12), 0x0021);
         BinaryPrimitives.WriteUInt32LittleEndian(header.AsSpan(14), crc);
         BinaryPrimitives.WriteUInt32LittleEndian(header.AsSpan(18), (uint)compressed.Length);
-        BinaryPrimitives.WriteUInt32LittleEndian(header.AsSpan(22), (uint)data.Length);
+        BinaryPrimitives.WriteUInt32LittleEndian(header.AsSpan(22), (uint)size);
         BinaryPrimitives.WriteUInt16LittleEndian(header.AsSpan(26), (ushort)nameBytes.Length);
-        entries.Add((nameBytes, crc, compressed.Length, data.Length, position, !ascii));
+        entries.Add((nameBytes, method, crc, compressed.Length, size, position, !ascii));
         output.Write(header);
         output.Write(nameBytes);
-        output.Write(compressed.GetBuffer(), 0, (int)compressed.Length);
+        output.Write(compressed);
         position += header.Length + nameBytes.Length + compressed.Length;
     }
 
@@ -59,7 +70,7 @@ internal sealed class ZipWriter
             BinaryPrimitives.WriteUInt16LittleEndian(h.AsSpan(4), 20);
             BinaryPrimitives.WriteUInt16LittleEndian(h.AsSpan(6), 20);
             BinaryPrimitives.WriteUInt16LittleEndian(h.AsSpan(8), (ushort)(e.Utf8 ? 0x0800 : 0));
-            BinaryPrimitives.WriteUInt16LittleEndian(h.AsSpan(10), 8);
+            BinaryPrimitives.WriteUInt16LittleEndian(h.AsSpan(10), e.Method);
             BinaryPrimitives.WriteUInt16LittleEndian(h.AsSpan(14), 0x0021);
             BinaryPrimitives.WriteUInt32LittleEndian(h.AsSpan(16), e.Crc);
             BinaryPrimitives.WriteUInt32LittleEndian(h.AsSpan(20), (uint)e.Compressed);
