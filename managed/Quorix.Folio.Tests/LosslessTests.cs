@@ -50,8 +50,8 @@ public class LosslessTests
     {
         foreach (var source in new[] { WordLike(), TestSupport.ToBytes(BuilderSample()) })
         {
-            var first = TestSupport.ToBytes(new Document(new MemoryStream(source)));
-            var second = TestSupport.ToBytes(new Document(new MemoryStream(first)));
+            var first = TestSupport.ToBytes(TestSupport.Built(new Document(new MemoryStream(source))));
+            var second = TestSupport.ToBytes(TestSupport.Built(new Document(new MemoryStream(first))));
             foreach (var part in new[] { "word/document.xml", "word/styles.xml", "[Content_Types].xml", "word/_rels/document.xml.rels" })
                 Assert.Equal(TestSupport.Part(first, part), TestSupport.Part(second, part));
         }

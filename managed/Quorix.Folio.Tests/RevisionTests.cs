@@ -56,4 +56,18 @@ public class RevisionTests
         Assert.Equal(0, doc.RejectAllRevisions());
         Assert.Contains("Keep removed styled", TestSupport.ToText(doc, SaveFormat.Text));
     }
+
+    [Fact]
+    public void DecisionsAreTheFirstUseOfALoadedDocument()
+    {
+        // Nothing has built the model yet: the decision must build it, with what the load kept,
+        // here a prefix that only the root declares, used inside the tracked insertion.
+        var bytes = TestSupport.WithPart(TestSupport.ToBytes(new Document()), "word/document.xml",
+            x => x![..x!.IndexOf("<w:body>")].Replace("<w:document ", "<w:document xmlns:x=\"urn:x\" ") +
+                 Body.Replace("<w:r><w:t>added", "<w:r x:mark=\"1\"><w:t>added") + "</w:document>");
+        Assert.Equal(4, new Document(new MemoryStream(bytes)).RejectAllRevisions());
+        var doc = new Document(new MemoryStream(bytes));
+        Assert.Equal(4, doc.AcceptAllRevisions());
+        Assert.Equal("Keep added styled\r", TestSupport.RoundTrip(doc).FirstSection!.Body!.FirstParagraph!.GetText());
+    }
 }

@@ -14,6 +14,13 @@ internal static class TestSupport
         return new Document(ms);
     }
 
+    /// <summary>The document with its model built, so that saving it goes through the model.</summary>
+    public static Document Built(Document doc)
+    {
+        _ = doc.FirstSection;
+        return doc;
+    }
+
     public static byte[] ToBytes(Document doc, SaveFormat format = SaveFormat.Docx)
     {
         var ms = new MemoryStream();

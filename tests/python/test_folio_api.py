@@ -4,6 +4,7 @@ managed work, with argument dispatch, enumerations, streams, errors and object l
 import gc
 import io
 import pathlib
+import zipfile
 
 import pytest
 
@@ -77,6 +78,34 @@ def test_properties_and_static_fields(doc):
         doc.first_section = None  # read-only
     assert qf.ControlChar.CELL_CHAR == "\x07"
     assert qf.ControlChar.PARAGRAPH_BREAK == "\r"
+
+
+def _entries(docx):
+    with zipfile.ZipFile(io.BytesIO(docx)) as z:
+        return {i.filename: (i.compress_type, i.compress_size, z.read(i)) for i in z.infolist()}
+
+
+def test_a_loaded_document_is_built_when_first_used(doc):
+    out = io.BytesIO()
+    doc.save(out, qf.SaveFormat.DOCX)
+    source = out.getvalue()
+    # Saved untouched, it is written back with the very same entries.
+    again = io.BytesIO()
+    qf.Document(io.BytesIO(source)).save(again, qf.SaveFormat.DOCX)
+    assert _entries(again.getvalue()) == _entries(source)
+
+    # Damage only the build can find is raised by the first use, and again by every later one.
+    damaged = io.BytesIO()
+    with zipfile.ZipFile(io.BytesIO(source)) as src, zipfile.ZipFile(damaged, "w") as dst:
+        for item in src.infolist():
+            data = src.read(item)
+            if item.filename == "word/document.xml":
+                data = b'<w:document xmlns:w="http://schemas.openxmlformats.org/wordprocessingml/2006/main"/>'
+            dst.writestr(item.filename, data)
+    loaded = qf.Document(io.BytesIO(damaged.getvalue()))
+    for use in (loaded.get_text, lambda: loaded.save(io.BytesIO(), qf.SaveFormat.DOCX)):
+        with pytest.raises(RuntimeError, match=r"FileCorruptedException\): The document part has no body\.$"):
+            use()
 
 
 def test_managed_failures_surface_as_runtime_errors(tmp_path):

@@ -1,4 +1,3 @@
-using System.IO.Compression;
 using System.Xml;
 using Quorix.Folio.Formatting;
 using Quorix.Folio.Loading;
@@ -20,12 +19,14 @@ internal static class DocxReader
         CloseInput = true,
     };
 
+    /// <summary>Reads and checks the package; the model itself is built by <see cref="Build"/>
+    /// when the document is first used.</summary>
     public static void Load(Document doc, Stream input, LoadOptions options)
     {
         if (options.LoadFormat is not (LoadFormat.Auto or LoadFormat.Docx))
             throw new UnsupportedFileFormatException($"Loading {options.LoadFormat} documents is not supported; only DOCX is.");
-        var stream = Seekable(input, options.MaxTotalSize);
-        switch (FormatSniffer.Sniff(stream))
+        var data = ReadAll(input, options.MaxTotalSize);
+        switch (FormatSniffer.Sniff(new MemoryStream(data, false)))
         {
             case SniffedKind.Docx:
                 break;
@@ -34,13 +35,13 @@ internal static class DocxReader
                     throw new IncorrectPasswordException("The document is password protected; open it with the password in the load options.");
                 try
                 {
-                    stream = new MemoryStream(AgileDecryptor.Decrypt(ReadAll(stream, options.MaxTotalSize), options.Password, options.MaxTotalSize));
+                    data = AgileDecryptor.Decrypt(data, options.Password, options.MaxTotalSize);
                 }
                 catch (Exception e) when (e is System.Security.Cryptography.CryptographicException or ArgumentException or IndexOutOfRangeException or OverflowException)
                 {
                     throw new FileCorruptedException("The encrypted document is damaged: " + e.Message, e);
                 }
-                if (FormatSniffer.Sniff(stream) != SniffedKind.Docx)
+                if (FormatSniffer.Sniff(new MemoryStream(data, false)) != SniffedKind.Docx)
                     throw new FileCorruptedException("The decrypted document is not a DOCX package.");
                 break;
             case SniffedKind.LegacyCompound:
@@ -50,24 +51,34 @@ internal static class DocxReader
             default:
                 throw new UnsupportedFileFormatException("The file is not a DOCX document; its format is not recognised.");
         }
-        OpcPackage pkg;
+        Guarded(() =>
+        {
+            var pkg = OpcPackage.Read(data, options.MaxPartSize, options.MaxTotalSize);
+            string main = MainPart(pkg);
+            PackageCheck.Run(pkg, main);
+            doc.Source = pkg;
+            doc.MainPartName = main;
+        });
+    }
+
+    /// <summary>Builds the model of a loaded document from its package.</summary>
+    public static void Build(Document doc) => Guarded(() => Parse(doc, doc.Source!, doc.MainPartName!));
+
+    /// <summary>Runs a reading step, turning whatever a damaged package makes it throw into the engine's exception.</summary>
+    private static void Guarded(Action step)
+    {
         try
         {
-            pkg = OpcPackage.Read(stream, options.MaxPartSize, options.MaxTotalSize);
+            step();
         }
-        catch (FileCorruptedException) { throw; }
-        catch (Exception e) when (e is InvalidDataException or EndOfStreamException or IOException or XmlException or NotSupportedException or ArgumentException)
-        {
-            throw new FileCorruptedException("The file is not a readable DOCX package: " + e.Message, e);
-        }
-        try
-        {
-            Parse(doc, pkg);
-        }
-        catch (FileCorruptedException) { throw; }
+        catch (Exception e) when (e is FileCorruptedException or UnsupportedFileFormatException) { throw; }
         catch (XmlException e)
         {
             throw new FileCorruptedException("The document contains malformed XML: " + e.Message, e);
+        }
+        catch (Exception e) when (e is InvalidDataException or EndOfStreamException or IOException)
+        {
+            throw new FileCorruptedException("The file is not a readable DOCX package: " + e.Message, e);
         }
         catch (Exception e) when (e is not OutOfMemoryException)
         {
@@ -75,41 +86,42 @@ internal static class DocxReader
         }
     }
 
+    /// <summary>The whole input, refused beyond the size limit before it is read.</summary>
     private static byte[] ReadAll(Stream s, long limit)
     {
-        if (s is MemoryStream m && m.Position == 0) return m.ToArray();
-        if (s.Length > limit) throw new FileCorruptedException("The input is larger than the size limit.");
-        var buf = new byte[s.Length - s.Position];
-        s.ReadExactly(buf);
-        return buf;
-    }
-
-    private static Stream Seekable(Stream s, long limit)
-    {
-        if (s.CanSeek) return s;
+        if (s.CanSeek)
+        {
+            long length = s.Length - s.Position;
+            if (length > limit || length > Array.MaxLength) throw new FileCorruptedException("The input is larger than the size limit.");
+            var buf = new byte[length];
+            s.ReadExactly(buf);
+            return buf;
+        }
         var ms = new MemoryStream();
-        var buf = new byte[81920];
+        var chunk = new byte[81920];
         int n;
-        while ((n = s.Read(buf, 0, buf.Length)) > 0)
+        while ((n = s.Read(chunk, 0, chunk.Length)) > 0)
         {
             if (ms.Length + n > limit) throw new FileCorruptedException("The input is larger than the size limit.");
-            ms.Write(buf, 0, n);
+            ms.Write(chunk, 0, n);
         }
-        ms.Position = 0;
-        return ms;
+        return ms.ToArray();
     }
 
-    private static void Parse(Document doc, OpcPackage pkg)
+    private static string MainPart(OpcPackage pkg)
     {
         var rootRels = pkg.RelsOf("", Settings);
         var mainRel = rootRels.Find(r => r.Type == Ns.RelOfficeDocument || r.Type.EndsWith("/officeDocument", StringComparison.Ordinal));
         string main = mainRel != null ? OpcPackage.Resolve("", mainRel.Target) : "word/document.xml";
-        if (pkg.Get(main) == null) throw new FileCorruptedException("The package has no main document part.");
+        if (!pkg.Parts.ContainsKey(main)) throw new FileCorruptedException("The package has no main document part.");
         var ct = pkg.ContentTypeOf(main);
         if (ct != null && ct != Ns.CtDocument && ct != Ns.CtDocumentMacro && ct != Ns.CtTemplate && !ct.Contains("wordprocessingml", StringComparison.Ordinal) && !ct.Contains("ms-word", StringComparison.Ordinal))
             throw new UnsupportedFileFormatException($"The package is not a word-processing document (its main part is '{ct}').");
-        doc.Source = pkg;
-        doc.MainPartName = main;
+        return main;
+    }
+
+    private static void Parse(Document doc, OpcPackage pkg, string main)
+    {
         var notes = new SharedNotes();
         var ctx = new ReadContext(doc, pkg, main, notes);
         foreach (var rel in ctx.Rels.Values)

@@ -24,6 +24,12 @@ internal static class DocxWriter
 
     public static void Save(Document doc, Stream output, OoxmlSaveOptions options)
     {
+        // Nothing can have changed a document whose model was never built: its parts go back as stored.
+        if (doc.Untouched)
+        {
+            Zip(doc.Source!, output, options.CompressionLevel);
+            return;
+        }
         // Only a document without any section is completed; otherwise saving leaves the model as it is.
         if (doc.FirstSection == null) doc.EnsureMinimum();
         var pkg = doc.Source?.CloneShallow() ?? new OpcPackage();

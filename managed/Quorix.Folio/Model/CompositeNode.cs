@@ -6,8 +6,37 @@ namespace Quorix.Folio;
 /// <summary>A node that holds child nodes.</summary>
 public abstract class CompositeNode : Node, IEnumerable<Node>
 {
-    internal Node? first;
-    internal Node? last;
+    private Node? head;
+    private Node? tail;
+
+    // A loaded document builds its nodes when they are first reached, and every walk of the
+    // tree starts from these two; writes come only after a read, so they need no check.
+    internal Node? first
+    {
+        get
+        {
+            if (pending) BuildPending();
+            return head;
+        }
+        set => head = value;
+    }
+
+    internal Node? last
+    {
+        get
+        {
+            if (pending) BuildPending();
+            return tail;
+        }
+        set => tail = value;
+    }
+
+    private protected bool pending;
+
+    private protected virtual void BuildPending() { }
+
+    /// <summary>Forgets the children without unlinking them one by one; for a build that failed.</summary>
+    private protected void DropChildren() => head = tail = null;
 
     private protected CompositeNode(DocumentBase? doc) : base(doc) { }
 

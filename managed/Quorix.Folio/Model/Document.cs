@@ -1,3 +1,4 @@
+using System.Runtime.ExceptionServices;
 using Quorix.Folio.Docx;
 using Quorix.Folio.Loading;
 using Quorix.Folio.Package;
@@ -12,7 +13,18 @@ public sealed class Document : DocumentBase
     // Parts read from the source file, written back unchanged unless the model owns them.
     internal OpcPackage? Source;
     internal string? MainPartName;
-    internal DocxState Docx = new();
+    private DocxState docx = new();
+
+    // What the load kept beside the model is filled in by the same build.
+    internal DocxState Docx
+    {
+        get
+        {
+            if (pending) BuildPending();
+            return docx;
+        }
+        private set => docx = value;
+    }
     private Text.LabelCache? labels;
 
     internal Text.LabelCache Labels => labels ??= new Text.LabelCache(this);
@@ -52,11 +64,37 @@ public sealed class Document : DocumentBase
         Load(stream, loadOptions);
     }
 
+    // The package is read and checked now; the nodes, styles and lists are built on first use,
+    // and a document saved untouched is written back from the parts as they were stored.
     private void Load(Stream stream, LoadOptions? options)
     {
         options ??= new LoadOptions();
         DocxReader.Load(this, stream, options);
         OriginalLoadFormat = LoadFormat.Docx;
+        pending = true;
+    }
+
+    private ExceptionDispatchInfo? buildError;
+
+    /// <summary>Whether the model of a loaded document has not been built: nothing can have changed it.</summary>
+    internal bool Untouched => pending && buildError == null;
+
+    private protected override void BuildPending()
+    {
+        buildError?.Throw();
+        pending = false;
+        try
+        {
+            DocxReader.Build(this);
+        }
+        catch (Exception e)
+        {
+            // What was built so far is dropped, and every later use reports the same damage.
+            DropChildren();
+            buildError = ExceptionDispatchInfo.Capture(e);
+            pending = true;
+            throw;
+        }
     }
 
     public override NodeType NodeType => NodeType.Document;
@@ -133,6 +171,7 @@ public sealed class Document : DocumentBase
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
+        if (pending) BuildPending();
         var copy = new Document(empty: true) { Source = Source, MainPartName = MainPartName, Docx = Docx.Clone(), OriginalFileName = OriginalFileName, OriginalLoadFormat = OriginalLoadFormat };
         foreach (var e in Styles.Head) copy.Styles.Head.Add(e.Clone());
         foreach (var s in Styles.All) copy.Styles.AddLoaded(s.Element.Clone());

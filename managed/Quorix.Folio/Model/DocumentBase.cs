@@ -17,9 +17,23 @@ public abstract class DocumentBase : CompositeNode
         lists = new ListCollection(this);
     }
 
-    public StyleCollection Styles => styles;
+    public StyleCollection Styles
+    {
+        get
+        {
+            if (pending) BuildPending();
+            return styles;
+        }
+    }
 
-    public ListCollection Lists => lists;
+    public ListCollection Lists
+    {
+        get
+        {
+            if (pending) BuildPending();
+            return lists;
+        }
+    }
 
     internal void Changed() => version++;
 

@@ -1,0 +1,179 @@
+using System.IO.Compression;
+using System.Text;
+using Quorix.Folio.Lists;
+
+namespace Quorix.Folio.Tests;
+
+/// <summary>A loaded document builds its model on first use and is written back as stored when
+/// nothing used it; no way of changing it may skip the build.</summary>
+public class DeferredLoadTests
+{
+    private static byte[] Source()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.Writeln("original text");
+        b.ListFormat.ApplyBulletDefault();
+        b.Writeln("item");
+        b.ListFormat.RemoveNumbers();
+        b.InsertImage(TestSupport.Png(3, 3));
+        return TestSupport.ToBytes(doc);
+    }
+
+    /// <summary>The same package, written by the framework's archive writer with the given
+    /// compression, through a stream that cannot seek (so sizes follow the data).</summary>
+    private static byte[] Rezip(byte[] docx, CompressionLevel level)
+    {
+        var outMs = new MemoryStream();
+        using (var dst = new ZipArchive(new ForwardOnly(outMs), ZipArchiveMode.Create, true))
+        using (var src = new ZipArchive(new MemoryStream(docx), ZipArchiveMode.Read))
+        {
+            foreach (var e in src.Entries)
+            {
+                using var es = e.Open();
+                using var ds = dst.CreateEntry(e.FullName, level).Open();
+                es.CopyTo(ds);
+            }
+        }
+        return outMs.ToArray();
+    }
+
+    private static Dictionary<string, (long Compressed, string Content)> Entries(byte[] docx)
+    {
+        using var zip = new ZipArchive(new MemoryStream(docx), ZipArchiveMode.Read);
+        return zip.Entries.ToDictionary(e => e.FullName, e =>
+        {
+            using var s = e.Open();
+            var ms = new MemoryStream();
+            s.CopyTo(ms);
+            return (e.CompressedLength, Convert.ToBase64String(ms.ToArray()));
+        });
+    }
+
+    [Theory]
+    [InlineData(CompressionLevel.NoCompression)]
+    [InlineData(CompressionLevel.SmallestSize)]
+    public void UntouchedDocumentsAreWrittenBackAsStored(CompressionLevel level)
+    {
+        var source = Rezip(Source(), level);
+        var saved = TestSupport.ToBytes(new Document(new MemoryStream(source)));
+        Assert.Equal(Entries(source), Entries(saved));
+        // And what was written back loads and reads as the original did.
+        var reread = new Document(new MemoryStream(saved));
+        Assert.Equal(new Document(new MemoryStream(source)).GetText(), reread.GetText());
+        Assert.Equal(1, reread.GetChildNodes(NodeType.Shape, true).Count);
+    }
+
+    public static TheoryData<string> Changes => new()
+    {
+        "builder", "append section", "replace", "style", "list", "page setup", "append document", "clone",
+    };
+
+    /// <summary>Runs one change on an untouched document; returns what the saved file must then show.</summary>
+    private static Func<Document, bool> Change(string how, Document doc)
+    {
+        switch (how)
+        {
+            case "builder":
+                new DocumentBuilder(doc).Write("marker ");
+                return d => d.GetText().StartsWith("marker original text");
+            case "append section":
+                var s = new Section(doc);
+                var body = new Body(doc);
+                var p = new Paragraph(doc);
+                p.AppendChild(new Run(doc, "marker"));
+                body.AppendChild(p);
+                s.AppendChild(body);
+                doc.AppendChild(s);
+                return d => d.Sections.Count == 2 && d.LastSection!.GetText().StartsWith("marker");
+            case "replace":
+                Assert.Equal(1, doc.Range.Replace("original", "marker"));
+                return d => d.GetText().StartsWith("marker text");
+            case "style":
+                doc.Styles.Add(StyleType.Paragraph, "Marker");
+                return d => d.Styles["Marker"] != null;
+            case "list":
+                var count = doc.Lists.Count;
+                doc.Lists.Add(ListTemplate.NumberDefault);
+                return d => d.Lists.Count == count + 1;
+            case "page setup":
+                doc.FirstSection!.PageSetup.Orientation = Orientation.Landscape;
+                return d => d.FirstSection!.PageSetup.Orientation == Orientation.Landscape;
+            case "append document":
+                var other = new Document();
+                new DocumentBuilder(other).Write("marker");
+                doc.AppendDocument(other, ImportFormatMode.KeepSourceFormatting);
+                return d => d.Sections.Count == 2 && d.LastSection!.GetText().StartsWith("marker");
+            case "clone":
+                // The clone is changed; the document itself must still save what it loaded.
+                new DocumentBuilder(doc.Clone()).Write("marker ");
+                return d => !d.GetText().Contains("marker");
+            default:
+                throw new ArgumentException(how);
+        }
+    }
+
+    [Theory]
+    [MemberData(nameof(Changes))]
+    public void EveryChangeBuildsTheModelFirst(string how)
+    {
+        var source = Source();
+        var doc = new Document(new MemoryStream(source));
+        var shows = Change(how, doc);
+        var saved = new Document(new MemoryStream(TestSupport.ToBytes(doc)));
+        Assert.True(shows(saved), $"{how}: {saved.GetText()}");
+        Assert.Contains("original text", saved.GetText().Replace("marker text", "original text"));
+        Assert.Contains("item", saved.GetText());
+    }
+
+    [Fact]
+    public void DamageOnlyTheBuildFindsIsReportedOnEveryUse()
+    {
+        // Well-formed, with the right root, but without a body: the load cannot tell.
+        var bytes = TestSupport.WithPart(Source(), "word/document.xml",
+            _ => "<w:document xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\"/>");
+        var doc = new Document(new MemoryStream(bytes));
+        var first = Assert.Throws<FileCorruptedException>(() => doc.GetText());
+        Assert.Equal("The document part has no body.", first.Message);
+        // The half-built model is gone: every later use, saving included, says the same.
+        Assert.Equal(first.Message, Assert.Throws<FileCorruptedException>(() => doc.FirstSection).Message);
+        Assert.Equal(first.Message, Assert.Throws<FileCorruptedException>(() => doc.Styles).Message);
+        Assert.Equal(first.Message, Assert.Throws<FileCorruptedException>(() => TestSupport.ToBytes(doc)).Message);
+    }
+
+    [Fact]
+    public void DamagedEntriesAreRefusedByTheLoad()
+    {
+        var stored = Rezip(Source(), CompressionLevel.NoCompression);
+        // One byte of the picture (which nothing reads at load) and one of the main part.
+        foreach (var (part, needle) in new[] { ("word/media/", "IDAT"), ("word/document.xml", "original text") })
+        {
+            var damaged = (byte[])stored.Clone();
+            int at = damaged.AsSpan().IndexOf(Encoding.ASCII.GetBytes(needle));
+            Assert.True(at > 0, needle);
+            damaged[at + 1] ^= 0x20;
+            var e = Assert.IsType<FileCorruptedException>(Record.Exception(() => new Document(new MemoryStream(damaged))));
+            Assert.Contains(part, e.Message);
+            Assert.Contains("checksum", e.Message);
+        }
+    }
+
+    private sealed class ForwardOnly(Stream inner) : Stream
+    {
+        private long written;
+        public override bool CanRead => false;
+        public override bool CanSeek => false;
+        public override bool CanWrite => true;
+        public override long Length => throw new NotSupportedException();
+        public override long Position { get => written; set => throw new NotSupportedException(); }
+        public override void Flush() => inner.Flush();
+        public override int Read(byte[] buffer, int offset, int count) => throw new NotSupportedException();
+        public override long Seek(long offset, SeekOrigin origin) => throw new NotSupportedException();
+        public override void SetLength(long value) => throw new NotSupportedException();
+        public override void Write(byte[] buffer, int offset, int count)
+        {
+            inner.Write(buffer, offset, count);
+            written += count;
+        }
+    }
+}
