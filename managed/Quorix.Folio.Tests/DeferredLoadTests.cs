@@ -158,6 +158,49 @@ public class DeferredLoadTests
         }
     }
 
+    [Fact]
+    public void LargeArchiveDirectoriesAreRead()
+    {
+        // The same entries, with every size and offset moved into the large-archive records.
+        var source = Source();
+        var entries = Package.ZipReader.Read(source, 1 << 30, 1L << 32);
+        var ms = new MemoryStream();
+        var w = new BinaryWriter(ms);
+        var offsets = new List<long>();
+        foreach (var e in entries)
+        {
+            offsets.Add(ms.Position);
+            var name = Encoding.UTF8.GetBytes(e.Name);
+            w.Write(0x04034b50u); w.Write((ushort)45); w.Write((ushort)0); w.Write(e.Method); w.Write(0u);
+            w.Write(e.Crc); w.Write((uint)e.Compressed.Length); w.Write((uint)e.Size); w.Write((ushort)name.Length); w.Write((ushort)0);
+            w.Write(name); w.Write(e.Compressed);
+        }
+        long dir = ms.Position;
+        for (int i = 0; i < entries.Count; i++)
+        {
+            var e = entries[i];
+            var name = Encoding.UTF8.GetBytes(e.Name);
+            w.Write(0x02014b50u); w.Write((ushort)45); w.Write((ushort)45); w.Write((ushort)0); w.Write(e.Method); w.Write(0u);
+            w.Write(e.Crc); w.Write(uint.MaxValue); w.Write(uint.MaxValue); w.Write((ushort)name.Length); w.Write((ushort)28);
+            w.Write((ushort)0); w.Write((ushort)0); w.Write((ushort)0); w.Write(0u); w.Write(uint.MaxValue);
+            w.Write(name);
+            w.Write((ushort)1); w.Write((ushort)24); w.Write(e.Size); w.Write((long)e.Compressed.Length); w.Write(offsets[i]);
+        }
+        long dirSize = ms.Position - dir, record = ms.Position;
+        w.Write(0x06064b50u); w.Write(44L); w.Write((ushort)45); w.Write((ushort)45); w.Write(0u); w.Write(0u);
+        w.Write((long)entries.Count); w.Write((long)entries.Count); w.Write(dirSize); w.Write(dir);
+        w.Write(0x07064b50u); w.Write(0u); w.Write(record); w.Write(1u);
+        w.Write(0x06054b50u); w.Write(0u); w.Write(ushort.MaxValue); w.Write(ushort.MaxValue); w.Write(uint.MaxValue); w.Write(uint.MaxValue); w.Write((ushort)0);
+        var large = ms.ToArray();
+
+        var doc = new Document(new MemoryStream(large));
+        Assert.Equal(Entries(source), Entries(TestSupport.ToBytes(doc)));
+        Assert.Equal(new Document(new MemoryStream(source)).GetText(), doc.GetText());
+        // A record pointing outside the file is damage, not a crash.
+        large[^(22 + 20 - 8)] = 0x7F;
+        Assert.IsType<FileCorruptedException>(Record.Exception(() => new Document(new MemoryStream(large))));
+    }
+
     private sealed class ForwardOnly(Stream inner) : Stream
     {
         private long written;
