@@ -64,6 +64,22 @@ public class DeferredLoadTests
         Assert.Equal(1, reread.GetChildNodes(NodeType.Shape, true).Count);
     }
 
+    [Fact]
+    public void AskedForCompressionAppliesToStoredPartsToo()
+    {
+        var source = Rezip(Source(), CompressionLevel.NoCompression);
+        var ms = new MemoryStream();
+        new Document(new MemoryStream(source)).Save(ms, new Saving.OoxmlSaveOptions(SaveFormat.Docx) { CompressionLevel = Saving.CompressionLevel.Maximum });
+        var before = Entries(source);
+        var after = Entries(ms.ToArray());
+        Assert.Equal(before.Keys.Order(), after.Keys.Order());
+        foreach (var (name, (compressed, content)) in after)
+        {
+            Assert.Equal(before[name].Content, content);
+            Assert.True(compressed < before[name].Compressed || content.Length < 200, name);
+        }
+    }
+
     public static TheoryData<string> Changes => new()
     {
         "builder", "append section", "replace", "style", "list", "page setup", "append document", "clone",

@@ -407,11 +407,17 @@ internal static class DocxWriter
             Saving.CompressionLevel.SuperFast => 1,
             _ => 4,
         };
+        // Parts read from the source keep their compression, unless another level than the usual one was asked for.
+        bool recompress = level != Saving.CompressionLevel.Normal;
         var zip = new ZipWriter(output, deflate);
         var order = new List<string> { "[Content_Types].xml", "_rels/.rels" };
         order.AddRange(pkg.Parts.Keys.Where(k => k != "[Content_Types].xml" && k != "_rels/.rels"));
         foreach (var name in order)
-            if (pkg.Parts.TryGetValue(name, out var data)) zip.Add(name, data);
+            if (pkg.Parts.TryGetValue(name, out var data))
+            {
+                if (recompress) zip.Add(name, data.Bytes);
+                else zip.Add(name, data);
+            }
         zip.Finish();
     }
 }
