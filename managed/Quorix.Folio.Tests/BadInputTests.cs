@@ -27,8 +27,15 @@ public class BadInputTests
         return TestSupport.ToBytes(doc);
     }
 
+    // Loading and then using the document: damage the load leaves to the model's build must
+    // surface from the first use in the same way, and a model that builds must save.
     private static Exception Load(byte[] bytes, LoadOptions? options = null) =>
-        Record.Exception(() => new Document(new MemoryStream(bytes), options))!;
+        Record.Exception(() =>
+        {
+            var doc = new Document(new MemoryStream(bytes), options);
+            doc.GetText();
+            doc.Save(new MemoryStream(), SaveFormat.Docx);
+        })!;
 
     [Fact]
     public void NonZipAndEmptyInputAreRefused()
