@@ -18,6 +18,8 @@ internal sealed class ZipEntryData
     private readonly byte[] buffer;
     private readonly int offset;
     private readonly int length;
+    // The bytes never change, so one match of the checksum (at load) stands for every later read.
+    private bool checksumMatched;
 
     public ZipEntryData(string name, ushort method, uint crc, long size, byte[] buffer, int offset, int length)
     {
@@ -57,13 +59,14 @@ internal sealed class ZipEntryData
                 throw Damaged(e.Message);
             }
         }
-        if (checksum) CheckChecksum(data);
+        if (checksum && !checksumMatched) CheckChecksum(data);
         return data;
     }
 
     public void CheckChecksum(byte[] data)
     {
         if (Crc32.Compute(data) != Crc) throw Damaged("its checksum does not match");
+        checksumMatched = true;
     }
 
     /// <summary>Checks the content without keeping it.</summary>
