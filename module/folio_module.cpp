@@ -142,6 +142,30 @@ int create_submodules(PyObject* root) {
     return 0;
 }
 
+// 0, or -1 with the -1023 error: every submodule entered in sys.modules under its dotted name,
+// with a spec, so that `import quorix.folio.saving`, `from quorix.folio.tables import Table` and
+// pickling by module name find it. Done last, so that a failed import leaves no stale entries.
+int publish_submodules() {
+    PyObject* modules = PyImport_GetModuleDict();  // borrowed
+    PyShRef machinery(PyImport_ImportModule("importlib.machinery"));
+    if (!machinery)
+        return -1;
+    PyShRef spec_type(PyObject_GetAttrString(machinery.get(), "ModuleSpec"));
+    if (!spec_type)
+        return -1;
+    for (int i = 0; i < kSubmoduleCount; ++i) {
+        PyObject* module = g_submodule_objects[i];
+        const char* name = g_submodules[i].def.m_name;
+        PyShRef spec(PyObject_CallFunction(spec_type.get(), "sO", name, Py_None));
+        if (!spec || PyObject_SetAttrString(module, "__spec__", spec.get()) < 0 ||
+            PyDict_SetItemString(modules, name, module) < 0) {
+            fail_internal(-1023, name);
+            return -1;
+        }
+    }
+    return 0;
+}
+
 int add_version(PyObject* root, const char* name, int major, int minor, int patch, int sub, const char* text) {
     PyObject* version = PyShVersionAttr_Create(major, minor, patch, sub, text);
     if (version == nullptr)
@@ -254,6 +278,8 @@ PyMODINIT_FUNC PyInit_folio() {
         return nullptr;
 
     if (register_folio_types(root.get()) < 0)
+        return nullptr;
+    if (publish_submodules() < 0)
         return nullptr;
     return root.release();
 }

@@ -27,6 +27,19 @@ int add(PyObject* module, PyObject* obj, const char* name, const char* shown_nam
     return 0;
 }
 
+// The functional enum call guesses the defining module from the caller's frame; the class
+// belongs to the module it is added to, which is where pickle and help() look for it. Where
+// the guess failed, enum also blocked pickling; lift that. 0, or -1 with an error.
+int set_enum_module(PyObject* cls, PyObject* module) {
+    PyShRef name(PyModule_GetNameObject(module));
+    if (!name || PyObject_SetAttrString(cls, "__module__", name.get()) < 0)
+        return -1;
+    PyObject* dict = reinterpret_cast<PyTypeObject*>(cls)->tp_dict;
+    if (PyDict_GetItemString(dict, "__reduce_ex__") != nullptr && PyObject_DelAttrString(cls, "__reduce_ex__") < 0)
+        return -1;
+    return 0;
+}
+
 }  // namespace
 
 int PyShBound_RegisterType(PyObject* module, PyTypeObject* type, PyTypeObject* base, bool is_struct,
@@ -51,6 +64,8 @@ int PyShBound_RegisterEnum(PyObject* module, PyObject* (*build)(), PyObject** sl
     if (cls == nullptr)
         return fail(-1013, full_name);
     Py_XSETREF(*slot, cls);
+    if (set_enum_module(cls, module) < 0)
+        return fail(-1013, full_name);
     return add(module, cls, name, full_name);
 }
 

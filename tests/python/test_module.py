@@ -88,6 +88,50 @@ def test_every_namespace_has_exactly_one_submodule():
     assert len(names) == 34
 
 
+def test_submodules_import_by_dotted_name_in_a_fresh_process():
+    run = run_python(
+        """
+        import importlib, importlib.util, sys
+        import quorix.folio.saving
+        from quorix.folio.tables import Table
+        from quorix.folio.drawing.charts import *
+        import quorix.folio.drawing.ole as ole
+        import quorix.folio._wrpgen._interop
+        print(quorix.folio.saving is quorix.folio.saving, Table.__module__, ole.__name__)
+        print(importlib.import_module("quorix.folio.lists") is sys.modules["quorix.folio"].lists)
+        print(importlib.util.find_spec("quorix.folio.notes").name)
+        """
+    )
+    assert run.returncode == 0, run
+    assert run.stdout.split() == ["True", "quorix.folio.tables", "quorix.folio.drawing.ole", "True", "quorix.folio.notes"]
+
+
+def test_every_submodule_is_the_one_in_sys_modules():
+    import sys
+
+    for name, parent, _, _ in SUBMODULES:
+        owner = getattr(folio, parent) if parent else folio
+        module = getattr(owner, name)
+        assert sys.modules[module.__name__] is module
+        assert module.__spec__.name == module.__name__
+
+
+def test_types_and_enumerations_report_their_module_and_pickle():
+    import pickle
+
+    from quorix.folio import lists, tables
+
+    for cls in (folio.Document, tables.Table, lists.ListTemplate, folio.SaveFormat, tables.CellMerge):
+        module = cls.__module__
+        assert getattr(__import__(module, fromlist=["_"]), cls.__name__) is cls
+    assert folio.SaveFormat.__module__ == "quorix.folio"
+    assert tables.CellMerge.__module__ == "quorix.folio.tables"
+    for member in (folio.SaveFormat.DOCX, tables.CellMerge.PREVIOUS, lists.ListTemplate.NUMBER_DEFAULT):
+        for protocol in (0, 2, pickle.HIGHEST_PROTOCOL):
+            copy = pickle.loads(pickle.dumps(member, protocol))
+            assert copy is member
+
+
 def _fnv1a(*fields):
     h = 0x811C9DC5
     for byte in struct.pack("<4i", *fields):
