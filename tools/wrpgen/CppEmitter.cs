@@ -376,7 +376,7 @@ public static class CppEmitter
         EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0);
     }
 
-    private sealed record MethodGroup(string PythonName, int Slot, bool IsStatic, List<MethodModel> Candidates)
+    internal sealed record MethodGroup(string PythonName, int Slot, bool IsStatic, List<MethodModel> Candidates)
     {
         /// <summary>The base whose same-named instance method this one hides: its overloads are tried last.</summary>
         public TypeModel? Hides => Candidates.Select(c => c.Hides).FirstOrDefault(h => h is not null);
@@ -384,7 +384,7 @@ public static class CppEmitter
         public bool NoArgs => !Dispatching && Candidates[0].Parameters.Count == 0;
     }
 
-    private static List<MethodGroup> Groups(TypeModel t)
+    internal static List<MethodGroup> Groups(TypeModel t)
     {
         var groups = new List<MethodGroup>();
         foreach (var m in t.Methods)
@@ -487,7 +487,7 @@ public static class CppEmitter
     private static string MethodDef(TypeModel t, MethodGroup g, bool inTable = true) =>
         $"{{{Quote(g.PythonName)}, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>({MethodFunction(t, g)})), {MethodFlags(g, inTable)}, \"\"}}";
 
-    private static bool HasBuiltinGetType(TypeModel t) => t.Kind != TypeKind.StaticClass;
+    internal static bool HasBuiltinGetType(TypeModel t) => t.Kind != TypeKind.StaticClass;
 
     /// <summary>
     /// A Python name with a static and an instance form. A method table keeps only the first entry
@@ -599,7 +599,7 @@ public static class CppEmitter
         }
     }
 
-    private static string StaticSetterName(StaticAttributeModel s) => "set_" + s.PythonName.ToLowerInvariant();
+    internal static string StaticSetterName(StaticAttributeModel s) => "set_" + s.PythonName.ToLowerInvariant();
 
     private static void EmitStatic(CppWriter w, TypeModel t, StaticAttributeModel s)
     {

@@ -42,7 +42,11 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
 
 public sealed record ParameterModel(string ManagedName, string PythonName, CarriedType Type);
 
-public sealed record ConstructorModel(int Overload, string Stub, IReadOnlyList<ParameterModel> Parameters, bool IsImplicit);
+public sealed record ConstructorModel(int Overload, string Stub, IReadOnlyList<ParameterModel> Parameters, bool IsImplicit)
+{
+    /// <summary>The member's name in the XML documentation file.</summary>
+    public string DocId { get; init; } = "";
+}
 
 /// <summary>
 /// One bound overload. <see cref="PythonSlot"/> separates Python methods of one class that share a
@@ -54,16 +58,30 @@ public sealed record MethodModel(
 {
     /// <summary>The nearest bound base whose instance method of the same Python name this one hides.</summary>
     public TypeModel? Hides { get; init; }
+    /// <summary>The member's name in the XML documentation file.</summary>
+    public string DocId { get; init; } = "";
 }
 
-public sealed record PropertyModel(string ManagedName, string PythonName, CarriedType Type, string? Getter, string? Setter);
+public sealed record PropertyModel(string ManagedName, string PythonName, CarriedType Type, string? Getter, string? Setter)
+{
+    /// <summary>The member's name in the XML documentation file.</summary>
+    public string DocId { get; init; } = "";
+}
 
 /// <summary>A static property, constant or static field exposed as a class attribute.</summary>
 public sealed record StaticAttributeModel(
-    string ManagedName, string PythonName, CarriedType Type, string Getter, string? Setter, bool IsField);
+    string ManagedName, string PythonName, CarriedType Type, string Getter, string? Setter, bool IsField)
+{
+    /// <summary>The member's name in the XML documentation file.</summary>
+    public string DocId { get; init; } = "";
+}
 
 /// <summary>An enumeration member; the value is the decimal text of the underlying integer.</summary>
-public sealed record EnumMemberModel(string ManagedName, string PythonName, string Value);
+public sealed record EnumMemberModel(string ManagedName, string PythonName, string Value)
+{
+    /// <summary>The member's name in the XML documentation file.</summary>
+    public string DocId { get; init; } = "";
+}
 
 public sealed record SkippedMember(string Type, string Member, string Reason);
 
@@ -81,6 +99,7 @@ public sealed class TypeModel
     public string Hash => TypeHash.Of(FullName);
     public string TpName => Module + "." + Name;
     public string StubClass => StubNames.StubClass(Namespace, Name, Hash);
+    public string DocId => DocIds.Type(FullName);
 
     /// <summary>The nearest bound ancestor class, or null when the Python base is the plain wrapper.</summary>
     public TypeModel? Base { get; internal set; }

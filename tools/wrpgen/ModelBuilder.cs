@@ -302,7 +302,8 @@ public sealed class ModelBuilder
         }
     }
 
-    private sealed record PendingCall(string Name, bool IsStatic, bool IsCtor, List<ParameterModel> Parameters, CarriedType Result);
+    private sealed record PendingCall(string Name, bool IsStatic, bool IsCtor, List<ParameterModel> Parameters, CarriedType Result,
+                                       string DocId);
 
     private void CollectMembers(TypeModel type)
     {
@@ -379,7 +380,9 @@ public sealed class ModelBuilder
                 if (sig.ParameterTypes.Length > 0 || Carry(sig.ReturnType, isResult: false, out _) is not { } carried)
                     continue;
                 // read-only: a setter of an overridden property may not be public here
-                type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried, StubNames.Get(name), null));
+                var (ans, aname) = MetadataNames.OfDefinition(_reader, (TypeDefinitionHandle)handle);
+                string docId = DocIds.Property(ans.Length == 0 ? aname : ans + "." + aname, name);
+                type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried, StubNames.Get(name), null) { DocId = docId });
             }
             handle = ancestor.BaseType;
         }
@@ -424,7 +427,8 @@ public sealed class ModelBuilder
                     reason = "result: " + why;
             }
             if (reason is null)
-                return new PendingCall(name, isStatic, isCtor, parameters, result!);
+                return new PendingCall(name, isStatic, isCtor, parameters, result!,
+                                       DocIds.Method(type.FullName, name, sig.ParameterTypes));
         }
         Skip(type.FullName, described, reason);
         return null;
@@ -490,7 +494,7 @@ public sealed class ModelBuilder
         foreach (var c in ctors)
         {
             int n = type.Constructors.Count;
-            type.Constructors.Add(new ConstructorModel(n, StubNames.Ctor(n, type.Name), c.Parameters, IsImplicit: false));
+            type.Constructors.Add(new ConstructorModel(n, StubNames.Ctor(n, type.Name), c.Parameters, IsImplicit: false) { DocId = c.DocId });
         }
 
         var methods = calls.Where(c => !c.IsCtor).ToList();
@@ -510,7 +514,7 @@ public sealed class ModelBuilder
                 }
                 int slot = slots.Take(slotIndex).Count(s => s.Python == python);
                 type.Methods.Add(new MethodModel(name, python, overload, StubNames.Call(overload, name), c.IsStatic, slot,
-                                                 c.Parameters, c.Result));
+                                                 c.Parameters, c.Result) { DocId = c.DocId });
                 overload++;
             }
         }
@@ -548,10 +552,12 @@ public sealed class ModelBuilder
         }
         if (isStatic)
             statics.Add(new StaticAttributeModel(name, Naming.Snake(name), carried!, StubNames.GetStatic(name),
-                                                 setter is null ? null : StubNames.SetStatic(name), IsField: false));
+                                                 setter is null ? null : StubNames.SetStatic(name), IsField: false)
+                        { DocId = DocIds.Property(type.FullName, name) });
         else
             type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried!, StubNames.Get(name),
-                                                  setter is null ? null : StubNames.Set(name)));
+                                                  setter is null ? null : StubNames.Set(name))
+                                { DocId = DocIds.Property(type.FullName, name) });
     }
 
     private MethodDefinition? PublicAccessor(MethodDefinitionHandle handle)
@@ -581,7 +587,8 @@ public sealed class ModelBuilder
         }
         bool settable = (fd.Attributes & (FieldAttributes.Literal | FieldAttributes.InitOnly)) == 0;
         statics.Add(new StaticAttributeModel(name, Naming.UpperSnake(name), carried, StubNames.GetStatic(name),
-                                             settable ? StubNames.SetStatic(name) : null, IsField: true));
+                                             settable ? StubNames.SetStatic(name) : null, IsField: true)
+                    { DocId = DocIds.Field(type.FullName, name) });
     }
 
     private void CollectEnumMembers(TypeModel type, TypeDefinition def)
@@ -592,7 +599,8 @@ public sealed class ModelBuilder
             if ((fd.Attributes & FieldAttributes.Literal) == 0 || (fd.Attributes & FieldAttributes.Static) == 0)
                 continue;
             string name = _reader.GetString(fd.Name);
-            type.EnumMembers.Add(new EnumMemberModel(name, Naming.UpperSnake(name), ConstantText(fd.GetDefaultValue())));
+            type.EnumMembers.Add(new EnumMemberModel(name, Naming.UpperSnake(name), ConstantText(fd.GetDefaultValue()))
+                { DocId = DocIds.Field(type.FullName, name) });
         }
     }
 

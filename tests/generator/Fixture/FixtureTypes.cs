@@ -15,8 +15,11 @@ namespace Quorix.Folio.Saving
 
 namespace Quorix.Folio
 {
+    /// <summary>A document: <see cref="Save(string)"/> writes it,
+    /// <see cref="Quorix.Folio.Saving.PdfSaveOptions">as PDF too</see>.</summary>
     public class Document : DocumentBase
     {
+        /// <summary>An empty document.</summary>
         public Document() { }
         public Document(string fileName) { }
         public Document(Stream stream) { }
@@ -25,12 +28,19 @@ namespace Quorix.Folio
         public Document Clone() => new Document();
         public override NodeType NodeType => NodeType.Document;
 
+        /// <summary>Saves to <paramref name="fileName"/>; the format follows the extension.</summary>
         public SaveOutputParameters Save(string fileName) => new SaveOutputParameters();
+        /// <summary>Saves to a file in the given format.</summary>
+        /// <remarks>Remarks are not carried.</remarks>
         public SaveOutputParameters Save(string fileName, SaveFormat saveFormat) => new SaveOutputParameters();
         public SaveOutputParameters Save(Stream stream, SaveFormat saveFormat) => new SaveOutputParameters();
         public SaveOutputParameters Save(int[] pages) => new SaveOutputParameters();
         public SaveOutputParameters Save(string fileName, SaveOptions saveOptions) => new SaveOutputParameters();
 
+        /// <summary>
+        ///   True for documents read from HTML.
+        ///   <para>Says "yes" with <c>true</c>; backslashes \ and quotes """ survive.</para>
+        /// </summary>
         public bool IsHTMLDocument => false;
         public string ToUTF8String() => "";
         public void Writeln(string text) { }
@@ -105,6 +115,7 @@ namespace Quorix.Folio
     public enum SaveFormat
     {
         Unknown = 0,
+        /// <summary>Office Open XML.</summary>
         Docx = 20,
         HtmlFixed = 45,
         Pdf = 40,
@@ -185,6 +196,7 @@ namespace Quorix.Folio
     public sealed class ControlChar
     {
         private ControlChar() { }
+        /// <summary>Ends a table cell.</summary>
         public const char CellChar = '\u0007';
         public const string CrLf = "\r\n";
         public static readonly string ParagraphBreak = "\r";
