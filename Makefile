@@ -31,7 +31,7 @@ all: build
 deps:
 	@tools/ensure-deps.sh
 
-build: deps generate native managed stage
+build: deps generate stubs native managed stage
 
 generate: $(GEN_DIR)/folio/stamp $(GEN_DIR)/bindtest/stamp $(GEN_DIR)/pyintro/stamp $(GEN_DIR)/pygfx/stamp
 
@@ -81,6 +81,33 @@ $(GEN_DIR)/pyintro/stamp: $(WRPGEN)
 $(GEN_DIR)/pygfx/stamp: $(WRPGEN)
 	$(call generate-sibling,$(FRAMEWORK_REF)/System.Drawing.Primitives.dll,System.Drawing,quorix.pygfx,$(PYGFX_TYPES),$(GEN_DIR)/pygfx)
 
+# ---- Type stubs (PEP 561): generated for the bound modules from their metadata and XML
+# documentation; the module frame and the hand-written siblings from python/stubs.
+STUB_DIR      := $(GEN_DIR)/stubs
+STUB_SOURCES  := python/stubs
+# every submodule quorix.folio creates: a namespace without bound types still gets its stub
+comma := ,
+space := $(subst ,, )
+FOLIO_MODULES := $(subst $(space),$(comma),$(strip $(addprefix quorix.folio.,ai bibliography buildingblocks \
+    comparing digitalsignatures drawing drawing.charts drawing.ole fields fonts framesets layout lists loading \
+    lowcode mailmerging markup math notes properties rendering replacing reporting saving settings shaping tables \
+    themes vba webextensions xattr _wrpgen _wrpgen._interop _wrpgen._generic)))
+
+.PHONY: stubs
+stubs: $(STUB_DIR)/stamp
+
+$(STUB_DIR)/stamp: $(GEN_DIR)/folio/stamp $(GEN_DIR)/pyintro/stamp $(GEN_DIR)/pygfx/stamp $(wildcard $(STUB_SOURCES)/*.pyi)
+	@rm -rf $(STUB_DIR) && mkdir -p $(STUB_DIR)/quorix
+	$(DOTNET) $(WRPGEN) emit-pyi $(FOLIO_LIB) --root Quorix.Folio --module quorix.folio --modules $(FOLIO_MODULES) \
+	    --doc $(FOLIO_LIB:.dll=.xml) --undocumented $(STUB_DIR)/undocumented.txt \
+	    --prelude $(STUB_SOURCES)/frame.pyi --prelude $(STUB_SOURCES)/folio.pyi --out $(STUB_DIR)
+	$(DOTNET) $(WRPGEN) emit-pyi $(FRAMEWORK_REF)/System.Runtime.dll --root System --module quorix.pyintro \
+	    --types $(PYINTRO_TYPES) --doc $(FRAMEWORK_REF)/System.Runtime.xml --prelude $(STUB_SOURCES)/frame.pyi --out $(STUB_DIR)
+	$(DOTNET) $(WRPGEN) emit-pyi $(FRAMEWORK_REF)/System.Drawing.Primitives.dll --root System.Drawing --module quorix.pygfx \
+	    --types $(PYGFX_TYPES) --doc $(FRAMEWORK_REF)/System.Drawing.Primitives.xml --prelude $(STUB_SOURCES)/frame.pyi --out $(STUB_DIR)
+	@for m in pyhold pyfund; do cat $(STUB_SOURCES)/frame.pyi $(STUB_SOURCES)/$$m.pyi > $(STUB_DIR)/quorix/$$m.pyi; done
+	@touch $(STUB_DIR)/quorix/py.typed $@
+
 native:
 	cmake -S . -B $(CMAKE_DIR) -DCMAKE_BUILD_TYPE=Release -DPython3_EXECUTABLE=$(PYTHON) \
 	    -DQRX_PACKAGE_DIR=$(abspath $(PKG_DIR)) -DQRX_NETCORE_NAME=$(NETCORE_NAME) >/dev/null
@@ -103,6 +130,7 @@ stage:
 	@rsync -a --delete python/quorix/__pyinstaller/ $(PKG_DIR)/__pyinstaller/
 	@for p in folio pyintro pygfx pyhold pyfund; do \
 	    mkdir -p $(PKG_DIR)/$$p; rsync -a --delete python/quorix/$$p/__pyinstaller/ $(PKG_DIR)/$$p/__pyinstaller/; done
+	@rsync -a $(STUB_DIR)/quorix/ $(PKG_DIR)/
 
 demo: build
 	PYTHONPATH=$(BUILD)/python $(PYTHON) demo/demo.py

@@ -153,12 +153,13 @@ public static class PyiEmitter
         }
 
         // A signature line ends with ":" when a docstring follows, else with ": ...".
-        private void Def(IReadOnlyList<string> decorators, string name, string parameters, string result, string? docId)
+        private void Def(IReadOnlyList<string> decorators, string name, string parameters, string result, string? docId,
+                         string comment = "")
         {
             foreach (string d in decorators)
                 Line(1, "@" + d);
             bool documented = docId is not null && docs.Summary(docId) is not null;
-            Line(1, $"def {name}({parameters}) -> {result}:" + (documented ? "" : " ..."));
+            Line(1, $"def {name}({parameters}) -> {result}:" + (documented ? "" : " ...") + comment);
             if (documented)
                 Doc(2, docId, asBody: false);
         }
@@ -199,7 +200,7 @@ public static class PyiEmitter
                 // a static and an instance form of one name: the instance form is what objects show
                 if (g.IsStatic && groups.Any(o => !o.IsStatic && o.PythonName == g.PythonName))
                     continue;
-                Group(g);
+                Group(t, g);
             }
             foreach (var p in t.Properties)
                 Property(p);
@@ -211,7 +212,7 @@ public static class PyiEmitter
                 Line(1, "...");
         }
 
-        private void Group(CppEmitter.MethodGroup g)
+        private void Group(TypeModel t, CppEmitter.MethodGroup g)
         {
             // a method that hides a base's of the same name also dispatches to the base's overloads
             var candidates = new List<MethodModel>(g.Candidates);
@@ -223,6 +224,11 @@ public static class PyiEmitter
                 candidates.AddRange(inherited.Candidates);
                 hidden = inherited.Hides;
             }
+            // dispatch takes the first overload whose arguments convert: one that an earlier overload
+            // accepts every argument of is never reached, so the stub leaves it out
+            candidates = candidates.Where((m, i) => !candidates.Take(i).Any(e => Covers(e, m))).ToList();
+            // Python finds the nearest class's attribute; a type checker wants it to fit the base's too
+            string comment = IncompatibleWithBase(t, g, candidates) ? "  # type: ignore[override]" : "";
             foreach (var m in candidates)
             {
                 var decorators = new List<string>();
@@ -230,9 +236,58 @@ public static class PyiEmitter
                     decorators.Add(Typing("overload"));
                 if (g.IsStatic)
                     decorators.Add("staticmethod");
-                Def(decorators, g.PythonName, Parameters(g.IsStatic, m.Parameters), ValueType(m.Result), m.DocId);
+                Def(decorators, g.PythonName, Parameters(g.IsStatic, m.Parameters), ValueType(m.Result), m.DocId, comment);
+                comment = "";
             }
         }
+
+        // An instance method that hides a base's also takes the base's overloads, so it fits; a static
+        // and an instance method of one name, or static methods with other signatures, do not.
+        private bool IncompatibleWithBase(TypeModel t, CppEmitter.MethodGroup g, List<MethodModel> candidates)
+        {
+            for (var b = t.Base; b is not null; b = b.Base)
+            {
+                var inherited = CppEmitter.Groups(b).FirstOrDefault(o => o.PythonName == g.PythonName);
+                if (inherited is null)
+                    continue;
+                if (inherited.IsStatic != g.IsStatic)
+                    return true;
+                return g.IsStatic && !inherited.Candidates.Select(Signature).SequenceEqual(candidates.Select(Signature));
+            }
+            return false;
+        }
+
+        private string Signature(MethodModel m) => Parameters(m.IsStatic, m.Parameters) + " -> " + ValueType(m.Result);
+
+        private static bool Covers(MethodModel earlier, MethodModel later) =>
+            earlier.Parameters.Count == later.Parameters.Count &&
+            earlier.Parameters.Zip(later.Parameters).All(p => Accepts(p.First.Type, p.Second.Type));
+
+        // Whether every Python value the later parameter takes also converts for the earlier one.
+        private static bool Accepts(CarriedType earlier, CarriedType later)
+        {
+            if (earlier.Bound is not null || later.Bound is not null)
+            {
+                for (var t = later.Bound; t is not null; t = t.Base)
+                {
+                    if (t == earlier.Bound)
+                        return earlier.Kind == later.Kind || earlier.Kind is ValueKind.Class or ValueKind.Interface;
+                }
+                return false;
+            }
+            return PythonKind(earlier.Kind) == PythonKind(later.Kind);
+        }
+
+        private static string PythonKind(ValueKind kind) => kind switch
+        {
+            ValueKind.Char or ValueKind.String => "str",
+            ValueKind.Single or ValueKind.Double => "float",
+            ValueKind.Bool => "bool",
+            ValueKind.Bytes => "bytes",
+            ValueKind.Stream => "stream",
+            ValueKind.Void => "None",
+            _ => "int",
+        };
 
         private void Property(PropertyModel p)
         {
