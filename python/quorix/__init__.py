@@ -6,6 +6,10 @@ file, unless the user has pointed it elsewhere already.
 """
 
 import os as _os
+import sys as _sys
+from importlib.machinery import ModuleSpec as _ModuleSpec
+from importlib.machinery import PathFinder as _PathFinder
+from importlib.util import spec_from_file_location as _spec_from_file_location
 
 _HERE = _os.path.dirname(_os.path.abspath(__file__))
 
@@ -17,3 +21,32 @@ for _name, _folder in (
         _os.environ[_name] = _os.path.join(_HERE, _folder)
 
 del _name, _folder
+
+
+class _FolioMainFinder:
+    """Lets `python -m quorix.folio` run quorix/folio/__main__.py.
+
+    quorix.folio is an extension module, and runpy executes only packages' __main__ modules.
+    This finder describes the extension as a package whose code lives in folio/ beside it:
+    the module itself is loaded by the ordinary extension loader and keeps the attributes it
+    sets (its __path__ stays the empty list); only its spec lists the folder, which is where
+    the __main__ module is then found. All other imports are left to the usual finders.
+    """
+
+    _MAIN = "quorix.folio.__main__"
+
+    @classmethod
+    def find_spec(cls, fullname: str, path: object = None, target: object = None) -> "_ModuleSpec | None":
+        if fullname == "quorix.folio":
+            spec = _PathFinder.find_spec(fullname, [_HERE])
+            if spec is not None and spec.origin and not spec.origin.endswith(".py"):
+                spec.submodule_search_locations = [_os.path.join(_HERE, "folio")]
+            return spec
+        if fullname == cls._MAIN:
+            main = _os.path.join(_HERE, "folio", "__main__.py")
+            return _spec_from_file_location(fullname, main) if _os.path.exists(main) else None
+        return None
+
+
+if not any(getattr(f, "__name__", "") == _FolioMainFinder.__name__ for f in _sys.meta_path):
+    _sys.meta_path.insert(0, _FolioMainFinder)

@@ -32,6 +32,11 @@ def test_strict_mypy_accepts_the_demo_and_the_examples(tmp_path):
     assert proc.returncode == 0, proc.stdout + proc.stderr
 
 
+def test_strict_mypy_accepts_the_package_its_stubs_and_command_line(tmp_path):
+    proc = _mypy(tmp_path, "-p", "quorix")
+    assert proc.returncode == 0, proc.stdout + proc.stderr
+
+
 def test_strict_mypy_reports_each_marked_mistake_and_nothing_else(tmp_path):
     source = (TYPED / "misuse.py").read_text().splitlines()
     expected = {(n, m.group(1)) for n, line in enumerate(source, 1) if (m := re.search(r"# E: ([\w-]+)", line))}

@@ -1,0 +1,113 @@
+"""python -m quorix.folio: conversions, info, text, the progress bar, exit codes and messages."""
+
+import importlib.util
+import io
+
+import pytest
+
+from conftest import PKG, run_python
+
+qf = pytest.importorskip("quorix.folio")
+spec = importlib.util.spec_from_file_location("folio_cli", PKG / "folio" / "__main__.py")
+cli = importlib.util.module_from_spec(spec)
+spec.loader.exec_module(cli)
+
+
+class Terminal(io.StringIO):
+    def isatty(self):
+        return True
+
+
+@pytest.fixture(scope="module")
+def sample(tmp_path_factory):
+    path = tmp_path_factory.mktemp("cli") / "sample.docx"
+    doc = qf.Document()
+    builder = qf.DocumentBuilder(doc)
+    builder.writeln("First paragraph of the sample")
+    builder.writeln("Second one")
+    doc.save(str(path))
+    return path
+
+
+def run(*argv):
+    out, err = io.StringIO(), io.StringIO()
+    code = cli.main([str(a) for a in argv], out, err)
+    return code, out.getvalue(), err.getvalue()
+
+
+@pytest.mark.parametrize("target,fmt,expect", [
+    ("out.md", None, "First paragraph of the sample"),
+    ("out.txt", None, "Second one"),
+    ("out.data", "markdown", "First paragraph"),
+    ("out.data", "txt", "Second one"),
+])
+def test_convert_by_extension_or_format(sample, tmp_path, target, fmt, expect):
+    code, out, err = run("convert", sample, tmp_path / target, *(["--format", fmt] if fmt else []))
+    assert (code, out, err) == (0, "", "")
+    assert expect in (tmp_path / target).read_text(encoding="utf-8-sig")
+
+
+def test_convert_to_docx_loads_back(sample, tmp_path):
+    assert run("convert", sample, tmp_path / "copy.docx")[0] == 0
+    assert qf.Document(str(tmp_path / "copy.docx")).get_text().split() == "First paragraph of the sample Second one".split()
+
+
+def test_info_and_text(sample):
+    code, out, _ = run("info", sample)
+    assert code == 0
+    rows = dict(line.split(None, 1) for line in out.splitlines())
+    assert rows == {"file": str(sample), "format": "docx", "encrypted": "no", "sections": "1", "words": "7",
+                    "comments": "0", "revisions": "no"}
+    code, out, _ = run("text", sample)
+    assert (code, out.split("\n")[:2]) == (0, ["First paragraph of the sample", "Second one"])
+
+
+@pytest.mark.parametrize("argv,code,message", [
+    (("convert", "{dir}/missing.docx", "{dir}/o.md"), 3, "cannot read '{dir}/missing.docx': no such file"),
+    (("convert", "{bad}", "{dir}/o.md"), 1, "cannot read '{bad}': "),
+    (("convert", "{sample}", "{dir}/o.pdf"), 2, "cannot tell the format of '{dir}/o.pdf' from its extension"),
+    (("convert", "{sample}", "{dir}/o.md", "--format", "pdf"), 2, "unknown format 'pdf'; known: docx, text, markdown"),
+    (("convert", "{sample}", "{dir}/none/o.md"), 3, "cannot write '{dir}/none/o.md': no such folder"),
+    (("info", "{dir}"), 3, "cannot read '{dir}': not a readable file"),
+    (("text", "{bad}"), 1, "(UnsupportedFileFormatException)"),
+])
+def test_failures_name_the_file_and_cause(sample, tmp_path, argv, code, message):
+    bad = tmp_path / "bad.docx"
+    bad.write_bytes(b"not a document")
+    values = dict(dir=tmp_path, bad=bad, sample=sample)
+    got, out, err = run(*(a.format(**values) for a in argv))
+    assert got == code
+    assert out == ""
+    assert err.startswith(f"python -m quorix.folio {argv[0]}: ") and message.format(**values) in err
+    assert "Traceback" not in err
+
+
+def test_progress_bar_only_on_a_terminal(sample, tmp_path):
+    terminal = Terminal()
+    assert cli.main(["convert", str(sample), str(tmp_path / "a.md")], io.StringIO(), terminal) == 0
+    frames = terminal.getvalue().split("\r")[1:]
+    assert [f.split("]")[1].split()[0] for f in frames] == ["0/2", "1/2", "2/2"]
+    assert "reading sample.docx" in frames[0] and "writing a.md" in frames[1] and frames[-1].rstrip().endswith("done")
+    quiet = io.StringIO()
+    assert cli.main(["convert", str(sample), str(tmp_path / "b.md")], io.StringIO(), quiet) == 0
+    assert quiet.getvalue() == ""
+
+
+def test_runs_as_python_dash_m_and_keeps_the_module_as_it_is(sample, tmp_path):
+    run_ = run_python(f"""
+        import runpy, sys
+        sys.argv = ["x", "convert", {str(sample)!r}, {str(tmp_path / "m.txt")!r}]
+        try:
+            runpy.run_module("quorix.folio", run_name="__main__", alter_sys=True)
+        except SystemExit as e:
+            print("exit", e.code)
+        import quorix.folio
+        print(quorix.folio.__path__, type(quorix.folio.__loader__).__name__)
+    """)
+    assert run_.stdout.splitlines() == ["exit 0", "[] ExtensionFileLoader"], run_
+    assert "Second one" in (tmp_path / "m.txt").read_text(encoding="utf-8-sig")
+
+
+def test_usage_error_exits_2():
+    proc = run_python("import sys, runpy; sys.argv=['x', 'frobnicate']; runpy.run_module('quorix.folio', run_name='__main__')")
+    assert proc.returncode == 2 and "invalid choice: 'frobnicate'" in proc.stderr
