@@ -127,6 +127,7 @@ managed: generate
 stage:
 	@tools/stage-runtime.sh "$(FRAMEWORK_DIR)" "$(PKG_DIR)/runtime/$(NETCORE_NAME)"
 	@cp python/quorix/__init__.py $(PKG_DIR)/__init__.py
+	@mkdir -p $(PKG_DIR)/folio && cp python/quorix/folio/__main__.py $(PKG_DIR)/folio/__main__.py
 	@rsync -a --delete python/quorix/__pyinstaller/ $(PKG_DIR)/__pyinstaller/
 	@for p in folio pyintro pygfx pyhold pyfund; do \
 	    mkdir -p $(PKG_DIR)/$$p; rsync -a --delete python/quorix/$$p/__pyinstaller/ $(PKG_DIR)/$$p/__pyinstaller/; done
@@ -135,7 +136,7 @@ stage:
 demo: build
 	PYTHONPATH=$(BUILD)/python $(PYTHON) demo/demo.py
 
-test: build test-cpp test-managed test-python
+test: build test-cpp test-managed test-python test-wheel
 
 test-cpp:
 	cd $(CMAKE_DIR) && ctest --output-on-failure -j $(JOBS)
@@ -152,8 +153,28 @@ test-python:
 	$(DOTNET) build tests/fixtures/HostFixture/HostFixture.csproj $(DOTNET_OPTS) -o $(BUILD)/fixtures/host-fixture
 	QRX_BUILD_DIR=$(abspath $(BUILD)) PYTHONPATH=$(BUILD)/python $(PYTHON) -m pytest -q tests/python
 
-bench: build
-	PYTHONPATH=$(BUILD)/python $(PYTHON) bench/call_overhead.py
+bench: build wheel
+	PYTHONPATH=$(BUILD)/python $(PYTHON) bench/call_overhead.py --wheel-root $(WHEEL_STAGE)
+
+# ---- Wheel: the assembled package with the shared framework's files copied in (not linked) and
+# our assemblies precompiled (ReadyToRun) by the compiler of the framework's own version.
+WHEEL_VERSION   := 26.10.0.0
+DIST_DIR        := dist
+WHEEL_STAGE     := $(BUILD)/wheel
+NETCORE_VERSION = $(notdir $(FRAMEWORK_DIR))
+CROSSGEN_PROJ   := tools/crossgen/Crossgen2.csproj
+
+.PHONY: wheel test-wheel
+wheel: build
+	$(DOTNET) restore $(CROSSGEN_PROJ) -p:Crossgen2Version=$(NETCORE_VERSION) -nologo -v:q
+	$(PYTHON) tools/build-wheel.py --package $(PKG_DIR) --framework $(FRAMEWORK_DIR) --stage $(WHEEL_STAGE) \
+	    --crossgen "$$($(DOTNET) msbuild $(CROSSGEN_PROJ) -getProperty:NuGetPackageRoot -p:Crossgen2Version=$(NETCORE_VERSION))microsoft.netcore.app.crossgen2.linux-x64/$(NETCORE_VERSION)/tools/crossgen2" \
+	    --dist $(DIST_DIR) --version $(WHEEL_VERSION) --readme README.md
+
+# Installs the wheel into a fresh virtual environment and uses it with the SDK out of sight.
+test-wheel: wheel
+	QRX_WHEEL_DIR=$(abspath $(DIST_DIR)) QRX_DOTNET_ROOT=$(abspath $(dir $(FRAMEWORK_DIR))../..) \
+	    $(PYTHON) -m pytest -q tests/wheel
 
 clean:
-	rm -rf $(BUILD)
+	rm -rf $(BUILD) $(DIST_DIR)

@@ -1,0 +1,124 @@
+"""The wheel: what it carries, and that a fresh virtual environment with the SDK out of sight
+imports it and works with documents on the runtime the wheel brought along."""
+
+import base64
+import csv
+import hashlib
+import io
+import json
+import os
+import pathlib
+import stat
+import subprocess
+import sys
+import textwrap
+import zipfile
+
+import pytest
+
+DIST = pathlib.Path(os.environ.get("QRX_WHEEL_DIR", pathlib.Path(__file__).resolve().parents[2] / "dist"))
+DOTNET_ROOT = os.environ.get("QRX_DOTNET_ROOT", "/usr/share/dotnet")
+TAG = f"cp{sys.version_info.major}{sys.version_info.minor}"
+WHEEL = DIST / f"quorix_folio-26.10.0.0-{TAG}-{TAG}-linux_x86_64.whl"
+BUILT_ASSEMBLIES = pathlib.Path(__file__).resolve().parents[2] / "build" / "python" / "quorix" / "assemblies"
+
+
+@pytest.fixture(scope="module")
+def wheel():
+    assert WHEEL.exists(), "run make wheel first"
+    with zipfile.ZipFile(WHEEL) as archive:
+        yield archive
+
+
+def test_wheel_is_lean(wheel):
+    names = wheel.namelist()
+    assert not [n for n in names if n.endswith(".pdb") or "/ref/" in n or "/tests/" in n or "__pycache__" in n]
+    runtime = {n.rsplit("/", 1)[1] for n in names if n.startswith("quorix/runtime/netcore")}
+    assert {"libcoreclr.so", "libclrjit.so", "System.Private.CoreLib.dll", "libquorix.embed.coreclrwrap.so"} <= runtime
+    assert not runtime & {"createdump", "libmscordbi.so", "libmscordaccore.so", "libhostpolicy.so", "dotnet"}
+    assert WHEEL.stat().st_size < 40 * 2**20
+
+
+def test_every_entry_is_a_regular_file_recorded_with_its_hash(wheel):
+    (record_name,) = [n for n in wheel.namelist() if n.endswith(".dist-info/RECORD")]
+    rows = {row[0]: row[1:] for row in csv.reader(io.StringIO(wheel.read(record_name).decode()))}
+    assert set(rows) == set(wheel.namelist())
+    for entry in wheel.infolist():
+        assert stat.S_ISREG(entry.external_attr >> 16), entry.filename  # no links into a machine's .NET
+        if entry.filename == record_name:
+            continue
+        data = wheel.read(entry)
+        digest = base64.urlsafe_b64encode(hashlib.sha256(data).digest()).rstrip(b"=").decode()
+        assert rows[entry.filename] == [f"sha256={digest}", str(len(data))]
+    wheel_file = wheel.read(record_name.replace("RECORD", "WHEEL")).decode()
+    assert f"Tag: {TAG}-{TAG}-linux_x86_64" in wheel_file and "Root-Is-Purelib: false" in wheel_file
+
+
+def test_stubs_and_hooks_travel_with_the_package(wheel):
+    names = set(wheel.namelist())
+    for name in ("quorix/py.typed", "quorix/folio/__init__.pyi", "quorix/folio/saving.pyi", "quorix/pyintro.pyi",
+                 "quorix/folio/__main__.py", "quorix/__pyinstaller/hook-quorix.py",
+                 "quorix/folio/__pyinstaller/hook-quorix.folio.py"):
+        assert name in names, name
+
+
+# A ReadyToRun image carries the "RTR" header; the IL-only build output does not.
+@pytest.mark.parametrize("assembly", ["folio/Quorix.Folio.dll", "folio/WrpInterop.Quorix.Folio.dll",
+                                      "pyintro/WrpInterop.Quorix.PyIntro.dll"])
+def test_our_assemblies_are_precompiled(wheel, assembly):
+    assert b"RTR\x00" in wheel.read("quorix/assemblies/" + assembly)
+    assert b"RTR\x00" not in (BUILT_ASSEMBLIES / assembly).read_bytes()
+
+
+@pytest.fixture(scope="module")
+def venv(tmp_path_factory):
+    root = tmp_path_factory.mktemp("venv")
+    subprocess.run([sys.executable, "-m", "venv", "--without-pip", str(root)], check=True)
+    python = root / "bin" / "python"
+    subprocess.run([sys.executable, "-m", "pip", "--python", str(python), "install", "--no-index", "--no-deps",
+                    "--quiet", str(WHEEL)], check=True)
+    return root
+
+
+def run_in(venv, code, *args, cwd=None):
+    """Runs the venv's interpreter isolated, with only the venv on PATH and no .NET settings."""
+    env = {"PATH": str(venv / "bin"), "HOME": str(venv), "LANG": "C.UTF-8"}
+    return subprocess.run([str(venv / "bin" / "python"), "-I", *(["-c", textwrap.dedent(code)] if code else []), *args],
+                          env=env, capture_output=True, text=True, timeout=300, cwd=cwd or venv)
+
+
+def test_installed_wheel_works_on_its_own_runtime(venv, tmp_path):
+    proc = run_in(venv, f"""
+        import json, quorix.folio as qf
+        doc = qf.Document()
+        builder = qf.DocumentBuilder(doc)
+        builder.writeln("made in a venv")
+        doc.save({str(tmp_path / "made.docx")!r})
+        text = qf.Document({str(tmp_path / "made.docx")!r}).get_text().strip()
+        maps = sorted({{line.split()[-1] for line in open("/proc/self/maps") if line.split()[-1].startswith("/")}})
+        print(json.dumps({{"text": text, "file": qf.__file__, "maps": maps}}))
+    """)
+    assert proc.returncode == 0, proc.stderr
+    result = json.loads(proc.stdout)
+    assert result["text"] == "made in a venv"
+    site = str(venv / "lib")
+    assert result["file"].startswith(site)
+    dotnet = [m for m in result["maps"] if m.endswith(".dll") or os.path.basename(m).startswith(
+        ("libcoreclr", "libclrjit", "libSystem.", "libquorix", "Microsoft."))]
+    assert len(dotnet) >= 5
+    assert all(m.startswith(site) for m in dotnet), [m for m in dotnet if not m.startswith(site)]
+    assert not [m for m in result["maps"] if m.startswith(DOTNET_ROOT)]
+
+
+def test_installed_command_line_converts(venv, tmp_path):
+    source = tmp_path / "in.docx"
+    made = run_in(venv, f"""
+        import quorix.folio as qf
+        doc = qf.Document()
+        qf.DocumentBuilder(doc).writeln("converted text")
+        doc.save({str(source)!r})
+    """)
+    assert made.returncode == 0, made.stderr
+    proc = run_in(venv, None, "-m", "quorix.folio", "convert", str(source), str(tmp_path / "out.md"))
+    assert proc.returncode == 0, proc.stderr
+    assert "converted text" in (tmp_path / "out.md").read_text()
