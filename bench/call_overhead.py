@@ -1,10 +1,14 @@
 """Per-call overhead of the binding, measured side by side with a plain C extension of ours
-(bench/ref_module.cpp) doing the same shape of work, plus the wall time of the first import.
+(bench/ref_module.cpp) doing the same shape of work, plus the wall time of the first import and
+the cost of the first Document(file) + save in a fresh process against the same work warm, for
+the build tree (assemblies as compiled, JIT) and, with --wheel-root, the wheel's tree
+(assemblies precompiled ReadyToRun).
 
-Prints one line per call shape: nanoseconds per call for both and their ratio, with the target
-ratio. Run after `make`: PYTHONPATH=build/python /usr/bin/python3 bench/call_overhead.py
+Run after `make wheel`:
+    PYTHONPATH=build/python /usr/bin/python3 bench/call_overhead.py --wheel-root build/wheel
 """
 
+import argparse
 import os
 import pathlib
 import statistics
@@ -56,7 +60,73 @@ def import_ms():
     return statistics.median(samples)
 
 
+FIRST_USE = """
+import os, sys, tempfile, time
+t0 = time.perf_counter()
+import quorix.folio as qf
+imported = time.perf_counter() - t0
+out = os.path.join(tempfile.mkdtemp(), "out.docx")
+def work():
+    t = time.perf_counter()
+    qf.Document(sys.argv[1]).save(out)
+    return time.perf_counter() - t
+first = work()
+warm = min(work() for _ in range(20))
+print(imported * 1000, first * 1000, warm * 1000)
+"""
+
+
+def sample_document(folder):
+    doc = qf.Document()
+    builder = qf.DocumentBuilder(doc)
+    for i in range(200):
+        builder.writeln(f"Paragraph {i}: a line of ordinary prose, long enough to wrap once or twice on a page.")
+    builder.start_table()
+    for _ in range(20):
+        for _ in range(4):
+            builder.insert_cell()
+            builder.write("cell text")
+        builder.end_row()
+    builder.end_table()
+    path = os.path.join(folder, "sample.docx")
+    doc.save(path)
+    return path
+
+
+def first_use(root, sample, runs=5):
+    """(import ms, first ms, warm ms) per fresh process, for the package under root."""
+    env = {k: v for k, v in os.environ.items() if not k.startswith("NETCORE_WRAPPER_")}
+    env["PYTHONPATH"] = str(root)
+    rows = []
+    for _ in range(runs):
+        out = subprocess.run([sys.executable, "-c", FIRST_USE, sample], env=env, capture_output=True, text=True,
+                             check=True).stdout
+        rows.append([float(x) for x in out.split()])
+    return rows
+
+
+def span(values, unit=""):
+    return f"{min(values):.1f}-{max(values):.1f}{unit}"
+
+
+def report_first_use(wheel_root):
+    sample = sample_document(tempfile.mkdtemp(prefix="qrx-bench-"))
+    trees = [("build tree (JIT)", BUILD / "python")]
+    if wheel_root:
+        trees.append(("wheel (ReadyToRun)", pathlib.Path(wheel_root)))
+    print(f"\nfirst Document(file) + save in a fresh process, 5 processes each (ranges); target first/warm <= 2")
+    print(f"{'package':20} {'import ms':>11} {'first ms':>11} {'warm ms':>9} {'first/warm':>11}")
+    for name, root in trees:
+        rows = first_use(root, sample)
+        imports, firsts, warms = zip(*rows)
+        ratios = [f / w for _, f, w in rows]
+        print(f"{name:20} {span(imports):>11} {span(firsts):>11} {span(warms):>9} {span(ratios):>11}")
+
+
 def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--wheel-root", help="the wheel's staged tree (make wheel writes build/wheel)")
+    args = parser.parse_args()
     doc = qf.Document()
     builder = qf.DocumentBuilder(doc)
     font = builder.font
@@ -89,6 +159,7 @@ def main():
         print(f"{name:32} {b:9.1f} {c:7.1f} {ratio:6.2f}  {verdict}")
     ms = import_ms()
     print(f"{'import quorix.folio (fresh process)':32} {ms:9.1f} ms{'':6}  < 150 ms  {'ok' if ms < 150 else 'MISSED'}")
+    report_first_use(args.wheel_root)
 
 
 if __name__ == "__main__":
