@@ -22,6 +22,27 @@ for _name, _folder in (
 
 del _name, _folder
 
+_ICU_FOLDERS = ("/lib", "/lib64", "/usr/lib", "/usr/lib64", "/usr/local/lib", "/lib/x86_64-linux-gnu",
+                "/usr/lib/x86_64-linux-gnu")
+
+
+def _has_icu(folders: "tuple[str, ...] | list[str]") -> bool:
+    """Whether a folder holds ICU's common library, which .NET's globalization loads by default."""
+    for folder in folders:
+        try:
+            if any(name.startswith("libicuuc.so") for name in _os.listdir(folder)):
+                return True
+        except OSError:
+            continue
+    return False
+
+
+# Without ICU the runtime ends the process at start-up; invariant globalization (culture-neutral
+# casing and comparison) keeps documents working instead. A choice made by the user stands.
+if "DOTNET_SYSTEM_GLOBALIZATION_INVARIANT" not in _os.environ and not _has_icu(
+        [*_ICU_FOLDERS, *filter(None, _os.environ.get("LD_LIBRARY_PATH", "").split(":"))]):
+    _os.environ["DOTNET_SYSTEM_GLOBALIZATION_INVARIANT"] = "1"
+
 
 class _FolioMainFinder:
     """Lets `python -m quorix.folio` run quorix/folio/__main__.py.

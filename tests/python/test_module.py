@@ -253,3 +253,20 @@ def test_a_sibling_without_the_handle_capsule_fails_with_1008(tmp_path):
     message, cause, _ = run.stdout.splitlines()
     assert message == "One or more errors occurred while loading the module 'quorix.folio' (-1008)"
     assert cause == "can't import capsule 'quorix.pyhold._C_APIF'"
+
+
+def test_invariant_globalization_only_where_icu_is_missing(tmp_path):
+    (tmp_path / "icu").mkdir()
+    (tmp_path / "icu" / "libicuuc.so.72").write_bytes(b"")
+    (tmp_path / "none").mkdir()
+    code = f"""
+        import os, quorix
+        print(quorix._has_icu([{str(tmp_path / 'none')!r}, {str(tmp_path / 'icu')!r}]),
+              quorix._has_icu([{str(tmp_path / 'none')!r}, '/no/such/folder']),
+              os.environ.get('DOTNET_SYSTEM_GLOBALIZATION_INVARIANT'), quorix._has_icu(quorix._ICU_FOLDERS))
+    """
+    found, missing, setting, machine_has_icu = run_python(code).stdout.split()
+    assert (found, missing) == ("True", "False")
+    assert setting == ("None" if machine_has_icu == "True" else "1")
+    # a user's own setting is left as it is
+    assert run_python(code, env={"DOTNET_SYSTEM_GLOBALIZATION_INVARIANT": "0"}).stdout.split()[2] == "0"
