@@ -41,7 +41,9 @@ def build() -> qf.Document:
 
 def paragraphs(doc: qf.Document) -> list[str]:
     texts: list[str] = []
-    node: qf.Node | None = doc.first_section.body.first_child
+    section = doc.first_section  # None in a document without sections
+    assert section is not None and section.body is not None
+    node: qf.Node | None = section.body.first_child
     while node is not None:
         if node.node_type == qf.NodeType.PARAGRAPH:
             texts.append(node.get_text().strip())

@@ -11,3 +11,4 @@ doc.sections = doc.sections  # E: misc
 qf.Document().no_such_method()  # E: attr-defined
 text: int = doc.get_text()  # E: assignment
 qf.SaveFormat.NO_SUCH_FORMAT  # E: attr-defined
+doc.first_section.body  # E: union-attr

@@ -26,7 +26,10 @@ def main() -> int:
     doc.save(docx, qf.SaveFormat.DOCX)
     docx.seek(0)
     loaded = qf.Document(docx)
-    run = loaded.first_section.body.first_paragraph.runs.count
+    section = loaded.first_section
+    body = section.body if section is not None else None
+    paragraph = body.first_paragraph if body is not None else None
+    run = paragraph.runs.count if paragraph is not None else 0
     bold: bool = builder.font.bold
     print(sizes[qf.SaveFormat.TEXT] > 0, run, bold)
     return 0 if bold and sizes[qf.SaveFormat.DOCX] > sizes[qf.SaveFormat.TEXT] else 1

@@ -40,7 +40,11 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
     };
 }
 
-public sealed record ParameterModel(string ManagedName, string PythonName, CarriedType Type);
+public sealed record ParameterModel(string ManagedName, string PythonName, CarriedType Type)
+{
+    /// <summary>Whether the managed parameter is annotated to accept null.</summary>
+    public NullState Null { get; init; }
+}
 
 public sealed record ConstructorModel(int Overload, string Stub, IReadOnlyList<ParameterModel> Parameters, bool IsImplicit)
 {
@@ -58,12 +62,15 @@ public sealed record MethodModel(
 {
     /// <summary>The nearest bound base whose instance method of the same Python name this one hides.</summary>
     public TypeModel? Hides { get; init; }
+    /// <summary>Whether the managed result is annotated as possibly null.</summary>
+    public NullState ResultNull { get; init; }
     /// <summary>The member's name in the XML documentation file.</summary>
     public string DocId { get; init; } = "";
 }
 
 public sealed record PropertyModel(string ManagedName, string PythonName, CarriedType Type, string? Getter, string? Setter)
 {
+    public NullState Null { get; init; }
     /// <summary>The member's name in the XML documentation file.</summary>
     public string DocId { get; init; } = "";
 }
@@ -72,6 +79,7 @@ public sealed record PropertyModel(string ManagedName, string PythonName, Carrie
 public sealed record StaticAttributeModel(
     string ManagedName, string PythonName, CarriedType Type, string Getter, string? Setter, bool IsField)
 {
+    public NullState Null { get; init; }
     /// <summary>The member's name in the XML documentation file.</summary>
     public string DocId { get; init; } = "";
 }

@@ -18,6 +18,7 @@ public sealed class ModelBuilder
     private const string StreamType = "System.IO.Stream";
 
     private readonly MetadataReader _reader;
+    private readonly Nullability _nulls;
     private readonly ReferenceResolver _resolver;
     private readonly AssemblyModel _model;
     private readonly Dictionary<TypeDefinitionHandle, TypeModel> _bound = [];
@@ -29,6 +30,7 @@ public sealed class ModelBuilder
     private ModelBuilder(MetadataReader reader, ReferenceResolver resolver, AssemblyModel model, HashSet<string>? selected)
     {
         _reader = reader;
+        _nulls = new Nullability(reader);
         _resolver = resolver;
         _model = model;
         _selected = selected;
@@ -303,7 +305,7 @@ public sealed class ModelBuilder
     }
 
     private sealed record PendingCall(string Name, bool IsStatic, bool IsCtor, List<ParameterModel> Parameters, CarriedType Result,
-                                       string DocId);
+                                       string DocId, NullState ResultNull);
 
     private void CollectMembers(TypeModel type)
     {
@@ -382,7 +384,8 @@ public sealed class ModelBuilder
                 // read-only: a setter of an overridden property may not be public here
                 var (ans, aname) = MetadataNames.OfDefinition(_reader, (TypeDefinitionHandle)handle);
                 string docId = DocIds.Property(ans.Length == 0 ? aname : ans + "." + aname, name);
-                type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried, StubNames.Get(name), null) { DocId = docId });
+                type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried, StubNames.Get(name), null)
+                    { DocId = docId, Null = _nulls.OfProperty(pd, (TypeDefinitionHandle)handle) });
             }
             handle = ancestor.BaseType;
         }
@@ -417,7 +420,8 @@ public sealed class ModelBuilder
                 if (carried is null)
                     reason = $"parameter '{names[i]}': {why}";
                 else
-                    parameters.Add(new ParameterModel(names[i], Naming.Snake(names[i]), carried));
+                    parameters.Add(new ParameterModel(names[i], Naming.Snake(names[i]), carried)
+                                   { Null = _nulls.OfParameter(md, i + 1, type.Handle) });
             }
             CarriedType? result = new(ValueKind.Void);
             if (reason is null && !isCtor)
@@ -428,7 +432,7 @@ public sealed class ModelBuilder
             }
             if (reason is null)
                 return new PendingCall(name, isStatic, isCtor, parameters, result!,
-                                       DocIds.Method(type.FullName, name, sig.ParameterTypes));
+                                       DocIds.Method(type.FullName, name, sig.ParameterTypes), _nulls.OfParameter(md, 0, type.Handle));
         }
         Skip(type.FullName, described, reason);
         return null;
@@ -514,7 +518,7 @@ public sealed class ModelBuilder
                 }
                 int slot = slots.Take(slotIndex).Count(s => s.Python == python);
                 type.Methods.Add(new MethodModel(name, python, overload, StubNames.Call(overload, name), c.IsStatic, slot,
-                                                 c.Parameters, c.Result) { DocId = c.DocId });
+                                                 c.Parameters, c.Result) { DocId = c.DocId, ResultNull = c.ResultNull });
                 overload++;
             }
         }
@@ -553,11 +557,11 @@ public sealed class ModelBuilder
         if (isStatic)
             statics.Add(new StaticAttributeModel(name, Naming.Snake(name), carried!, StubNames.GetStatic(name),
                                                  setter is null ? null : StubNames.SetStatic(name), IsField: false)
-                        { DocId = DocIds.Property(type.FullName, name) });
+                        { DocId = DocIds.Property(type.FullName, name), Null = _nulls.OfProperty(pd, type.Handle) });
         else
             type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried!, StubNames.Get(name),
                                                   setter is null ? null : StubNames.Set(name))
-                                { DocId = DocIds.Property(type.FullName, name) });
+                                { DocId = DocIds.Property(type.FullName, name), Null = _nulls.OfProperty(pd, type.Handle) });
     }
 
     private MethodDefinition? PublicAccessor(MethodDefinitionHandle handle)
@@ -588,7 +592,7 @@ public sealed class ModelBuilder
         bool settable = (fd.Attributes & (FieldAttributes.Literal | FieldAttributes.InitOnly)) == 0;
         statics.Add(new StaticAttributeModel(name, Naming.UpperSnake(name), carried, StubNames.GetStatic(name),
                                              settable ? StubNames.SetStatic(name) : null, IsField: true)
-                    { DocId = DocIds.Field(type.FullName, name) });
+                    { DocId = DocIds.Field(type.FullName, name), Null = _nulls.OfField(fd, type.Handle) });
     }
 
     private void CollectEnumMembers(TypeModel type, TypeDefinition def)

@@ -105,11 +105,21 @@ public static class PyiEmitter
             return "typing." + name;
         }
 
-        private string ParameterType(CarriedType c) => c.Kind switch
+        private static bool IsReference(ValueKind kind) =>
+            kind is ValueKind.Class or ValueKind.Interface or ValueKind.String or ValueKind.Stream or ValueKind.Bytes;
+
+        // Objects convert from None for any parameter; the annotations narrow that where the
+        // managed side refuses null, and widen strings and buffers where it accepts it.
+        private string ParameterType(CarriedType c, NullState state)
         {
-            ValueKind.Class or ValueKind.Interface => Ref(c.Bound!) + " | None",
-            _ => ValueType(c),
-        };
+            bool none = c.Kind is ValueKind.Class or ValueKind.Interface ? state != NullState.NotNull
+                : IsReference(c.Kind) && state == NullState.MayBeNull;
+            return ValueType(c) + (none ? " | None" : "");
+        }
+
+        // Results are None only where annotated so: unannotated code reads as never null.
+        private string ResultType(CarriedType c, NullState state) =>
+            ValueType(c) + (IsReference(c.Kind) && state == NullState.MayBeNull ? " | None" : "");
 
         private string ValueType(CarriedType c) => c.Kind switch
         {
@@ -167,7 +177,7 @@ public static class PyiEmitter
         // The receiver gives way to a managed parameter that the naming made "self".
         private string Parameters(bool isStatic, IReadOnlyList<ParameterModel> parameters)
         {
-            var list = parameters.Select(p => $"{p.PythonName}: {ParameterType(p.Type)}").ToList();
+            var list = parameters.Select(p => $"{p.PythonName}: {ParameterType(p.Type, p.Null)}").ToList();
             if (!isStatic)
                 list.Insert(0, parameters.Any(p => p.PythonName == "self") ? "self_" : "self");
             return string.Join(", ", list);
@@ -236,7 +246,7 @@ public static class PyiEmitter
                     decorators.Add(Typing("overload"));
                 if (g.IsStatic)
                     decorators.Add("staticmethod");
-                Def(decorators, g.PythonName, Parameters(g.IsStatic, m.Parameters), ValueType(m.Result), m.DocId, comment);
+                Def(decorators, g.PythonName, Parameters(g.IsStatic, m.Parameters), ResultType(m.Result, m.ResultNull), m.DocId, comment);
                 comment = "";
             }
         }
@@ -257,7 +267,7 @@ public static class PyiEmitter
             return false;
         }
 
-        private string Signature(MethodModel m) => Parameters(m.IsStatic, m.Parameters) + " -> " + ValueType(m.Result);
+        private string Signature(MethodModel m) => Parameters(m.IsStatic, m.Parameters) + " -> " + ResultType(m.Result, m.ResultNull);
 
         private static bool Covers(MethodModel earlier, MethodModel later) =>
             earlier.Parameters.Count == later.Parameters.Count &&
@@ -291,7 +301,7 @@ public static class PyiEmitter
 
         private void Property(PropertyModel p)
         {
-            string type = ValueType(p.Type);
+            string type = ResultType(p.Type, p.Null);
             Def(["property"], p.PythonName, "self", type, p.DocId);
             if (p.Setter is not null)
                 Def([p.PythonName + ".setter"], p.PythonName, $"self, value: {type}", "None", null);
@@ -299,11 +309,11 @@ public static class PyiEmitter
 
         private void Static(StaticAttributeModel s)
         {
-            string type = ValueType(s.Type);
+            string type = ResultType(s.Type, s.Null);
             Line(1, $"{s.PythonName}: {Typing("ClassVar")}[{type}]");
             Doc(1, s.DocId, asBody: false);
             if (s.Setter is not null)
-                Def(["staticmethod"], CppEmitter.StaticSetterName(s), $"value: {ParameterType(s.Type)}, /", "None", null);
+                Def(["staticmethod"], CppEmitter.StaticSetterName(s), $"value: {ParameterType(s.Type, s.Null)}, /", "None", null);
         }
     }
 }

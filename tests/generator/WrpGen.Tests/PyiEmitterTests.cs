@@ -91,3 +91,20 @@ public class PyiEmitterTests
         Assert.Contains("def apply(self_, self: int, result: int,", root);
     }
 }
+
+public class NullabilityTests
+{
+    [Fact]
+    public void AnnotationsOfPropertiesResultsAndParametersAreRead()
+    {
+        var node = Fixture.Type("Quorix.Folio.Node");
+        Assert.Equal(NullState.MayBeNull, node.Properties.Single(p => p.ManagedName == "Document").Null);
+        Assert.Equal(NullState.NotNull, node.Methods.Single(m => m.ManagedName == "Clone").ResultNull);
+        Assert.All(node.Methods.Where(m => m.ManagedName == "GetChildNodes"), m => Assert.Equal(NullState.MayBeNull, m.ResultNull));
+        var load = Fixture.Type("Quorix.Folio.LoadOptions");
+        Assert.Equal(NullState.MayBeNull, load.Properties.Single(p => p.ManagedName == "Password").Null);
+        var ctor = Fixture.Type("Quorix.Folio.Document").Constructors.Single(c => c.Parameters.Count == 2);
+        Assert.All(ctor.Parameters, p => Assert.Equal(NullState.NotNull, p.Null));
+        Assert.Equal(NullState.MayBeNull, Fixture.Type("Quorix.Folio.Hyphenation").StaticAttributes.Single(s => s.ManagedName == "Callback").Null);
+    }
+}
