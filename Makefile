@@ -93,6 +93,9 @@ FOLIO_MODULES := $(subst $(space),$(comma),$(strip $(addprefix quorix.folio.,ai 
     lowcode mailmerging markup math notes properties rendering replacing reporting saving settings shaping tables \
     themes vba webextensions xattr _wrpgen _wrpgen._interop _wrpgen._generic)))
 
+# the reference pack's documentation of an assembly, where the pack carries it
+doc-of = $(if $(wildcard $(FRAMEWORK_REF)/$(1).xml),--doc $(FRAMEWORK_REF)/$(1).xml)
+
 .PHONY: stubs
 stubs: $(STUB_DIR)/stamp
 
@@ -102,9 +105,9 @@ $(STUB_DIR)/stamp: $(GEN_DIR)/folio/stamp $(GEN_DIR)/pyintro/stamp $(GEN_DIR)/py
 	    --doc $(FOLIO_LIB:.dll=.xml) --undocumented $(STUB_DIR)/undocumented.txt \
 	    --prelude $(STUB_SOURCES)/frame.pyi --prelude $(STUB_SOURCES)/folio.pyi --out $(STUB_DIR)
 	$(DOTNET) $(WRPGEN) emit-pyi $(FRAMEWORK_REF)/System.Runtime.dll --root System --module quorix.pyintro \
-	    --types $(PYINTRO_TYPES) --doc $(FRAMEWORK_REF)/System.Runtime.xml --prelude $(STUB_SOURCES)/frame.pyi --out $(STUB_DIR)
+	    --types $(PYINTRO_TYPES) $(call doc-of,System.Runtime) --prelude $(STUB_SOURCES)/frame.pyi --out $(STUB_DIR)
 	$(DOTNET) $(WRPGEN) emit-pyi $(FRAMEWORK_REF)/System.Drawing.Primitives.dll --root System.Drawing --module quorix.pygfx \
-	    --types $(PYGFX_TYPES) --doc $(FRAMEWORK_REF)/System.Drawing.Primitives.xml --prelude $(STUB_SOURCES)/frame.pyi --out $(STUB_DIR)
+	    --types $(PYGFX_TYPES) $(call doc-of,System.Drawing.Primitives) --prelude $(STUB_SOURCES)/frame.pyi --out $(STUB_DIR)
 	@for m in pyhold pyfund; do cat $(STUB_SOURCES)/frame.pyi $(STUB_SOURCES)/$$m.pyi > $(STUB_DIR)/quorix/$$m.pyi; done
 	@touch $(STUB_DIR)/quorix/py.typed $@
 
