@@ -140,23 +140,27 @@ public static partial class CSharpEmitter
              $"target.{p.ManagedName} = {args.Call};", null);
     }
 
-    private static void StaticGetter(Writer w, TypeModel t, StaticAttributeModel s)
-    {
-        string fill = s.Type.Kind switch
+    private static void StaticGetter(Writer w, TypeModel t, StaticAttributeModel s) =>
+        Stub(w, "void", s.Getter, ["VariantArg* result"], [], [], $"var r = {Managed(t)}.{s.ManagedName};", Fill(s.Type, "r", "result"));
+
+    /// <summary>Fills a result record from a managed value: a finished Python value, or a handle the native side wraps.</summary>
+    private static string Fill(CarriedType type, string value, string record) => type.IsNullable
+        ? $"Variants.SetResult({record}, {value});"
+        : type.Kind switch
         {
-            ValueKind.Bool => "StubValues.SetPyValue(result, StubValues.PyBool(r));",
+            ValueKind.Bool => $"StubValues.SetPyValue({record}, StubValues.PyBool({value}));",
             ValueKind.SByte or ValueKind.Byte or ValueKind.Int16 or ValueKind.UInt16 or ValueKind.Int32 or ValueKind.Enum =>
-                "StubValues.SetPyValue(result, StubValues.PyInt((int)r));",
-            ValueKind.UInt32 or ValueKind.Int64 => "StubValues.SetPyValue(result, StubValues.PyInt((long)r));",
-            ValueKind.UInt64 => "StubValues.SetPyValue(result, StubValues.PyInt((ulong)r));",
-            ValueKind.Single or ValueKind.Double => "StubValues.SetPyValue(result, StubValues.PyFloat(r));",
-            ValueKind.Char => "StubValues.SetPyValue(result, StubValues.PyChar(r));",
-            ValueKind.String => "StubValues.SetPyValue(result, StubValues.StrOrNone(r));",
-            ValueKind.Bytes => "StubValues.SetPyValue(result, StubValues.BytesOrNone(r));",
-            _ => "StubValues.SetHandle(result, r);",
+                $"StubValues.SetPyValue({record}, StubValues.PyInt((int){value}));",
+            ValueKind.UInt32 or ValueKind.Int64 => $"StubValues.SetPyValue({record}, StubValues.PyInt((long){value}));",
+            ValueKind.UInt64 => $"StubValues.SetPyValue({record}, StubValues.PyInt((ulong){value}));",
+            ValueKind.Single or ValueKind.Double => $"StubValues.SetPyValue({record}, StubValues.PyFloat({value}));",
+            ValueKind.Char => $"StubValues.SetPyValue({record}, StubValues.PyChar({value}));",
+            ValueKind.String => $"StubValues.SetPyValue({record}, StubValues.StrOrNone({value}));",
+            ValueKind.Bytes => $"StubValues.SetPyValue({record}, StubValues.BytesOrNone({value}));",
+            ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.TimeSpan or ValueKind.Decimal or ValueKind.Guid
+                or ValueKind.Version or ValueKind.Object => $"Variants.SetResult({record}, {value});",
+            _ => $"StubValues.SetHandle({record}, {value});",
         };
-        Stub(w, "void", s.Getter, ["VariantArg* result"], [], [], $"var r = {Managed(t)}.{s.ManagedName};", fill);
-    }
 
     private static void StaticSetter(Writer w, TypeModel t, StaticAttributeModel s)
     {
@@ -224,6 +228,23 @@ public static partial class CSharpEmitter
         {
             var p = parameters[i];
             string name = Identifier(p.ManagedName);
+            switch (p.Type.Mode)
+            {
+                case PassMode.Ref:
+                    // the in-value comes converted, the value after the call goes back as a finished Python value
+                    declarations.Add($"{ParameterType(p.Type.Element)} {name}");
+                    declarations.Add($"VariantArg* out{i}");
+                    prelude.Add($"{ManagedType(p.Type.Element)} arg{i} = {Convert(p.Type.Element, name)};");
+                    flushes.Add(Fill(p.Type.Element, $"arg{i}", $"out{i}"));
+                    call.Add($"ref arg{i}");
+                    continue;
+                case PassMode.Out:
+                    declarations.Add($"VariantArg* out{i}");
+                    prelude.Add($"{ManagedType(p.Type.Element)} arg{i} = default;");
+                    flushes.Add(Fill(p.Type.Element, $"arg{i}", $"out{i}"));
+                    call.Add($"out arg{i}");
+                    continue;
+            }
             declarations.Add($"{ParameterType(p.Type)} {name}");
             if (p.Type.Kind == ValueKind.Stream)
             {
@@ -240,7 +261,20 @@ public static partial class CSharpEmitter
         return new Args(declarations, prelude, flushes, string.Join(", ", call));
     }
 
-    private static string ParameterType(CarriedType type) => type.Kind switch
+    /// <summary>The record a value kind crosses in, passed by pointer; null for kinds passed as a plain scalar.</summary>
+    private static string? Record(ValueKind kind) => kind switch
+    {
+        ValueKind.DateTime or ValueKind.DateTimeOffset => "PyDateTimeArg",
+        ValueKind.Decimal => "PyDecimalArg",
+        ValueKind.Guid => "PyGuidArg",
+        ValueKind.Version => "PySysVersionArg",
+        _ => null,
+    };
+
+    /// <summary>The blittable form of a scalar kind inside a nullable record.</summary>
+    private static string Wire(CarriedType type) => Record(type.Kind) ?? ParameterType(type with { IsNullable = false });
+
+    private static string ParameterType(CarriedType type) => type.IsNullable ? $"PyOptional<{Wire(type)}>*" : type.Kind switch
     {
         ValueKind.Bool or ValueKind.Int32 or ValueKind.Enum => "int",
         ValueKind.Char or ValueKind.UInt16 => "ushort",
@@ -248,44 +282,117 @@ public static partial class CSharpEmitter
         ValueKind.Byte => "byte",
         ValueKind.Int16 => "short",
         ValueKind.UInt32 => "uint",
-        ValueKind.Int64 => "long",
+        ValueKind.Int64 or ValueKind.TimeSpan => "long",
         ValueKind.UInt64 => "ulong",
         ValueKind.Single => "float",
         ValueKind.Double => "double",
         ValueKind.String => "PyStringArg*",
         ValueKind.Bytes => "PyBytesArg*",
         ValueKind.Class or ValueKind.Struct or ValueKind.Interface => "IntPtr",
-        ValueKind.Stream => "VariantArg*",
+        ValueKind.Stream or ValueKind.Object => "VariantArg*",
+        ValueKind.Regex => "PyRegexArg*",
+        _ when Record(type.Kind) is { } record => record + "*",
         _ => throw new GeneratorException($"no parameter form for {type}"),
     };
 
-    private static string Convert(CarriedType type, string name) => type.Kind switch
+    /// <summary>The C# spelling of the managed type a carried value has.</summary>
+    private static string ManagedType(CarriedType type)
     {
-        ValueKind.Bool => $"{name} != 0",
-        ValueKind.Char => $"(char){name}",
-        ValueKind.String => $"{name}->ToManaged()",
-        ValueKind.Bytes => $"({name}->Data == null ? null : {name}->AsSpan().ToArray())",
-        ValueKind.Enum => $"({Managed(type.Bound!)}){name}",
-        ValueKind.Class or ValueKind.Struct or ValueKind.Interface => $"({Managed(type.Bound!)})Handles.Target({name})",
-        _ => name,
+        string plain = type.Kind switch
+        {
+            ValueKind.Bool => "bool",
+            ValueKind.Char => "char",
+            ValueKind.SByte => "sbyte",
+            ValueKind.Byte => "byte",
+            ValueKind.Int16 => "short",
+            ValueKind.UInt16 => "ushort",
+            ValueKind.Int32 => "int",
+            ValueKind.UInt32 => "uint",
+            ValueKind.Int64 => "long",
+            ValueKind.UInt64 => "ulong",
+            ValueKind.Single => "float",
+            ValueKind.Double => "double",
+            ValueKind.String => "string",
+            ValueKind.Bytes => "byte[]",
+            ValueKind.Object => "object",
+            ValueKind.DateTime => "global::System.DateTime",
+            ValueKind.DateTimeOffset => "global::System.DateTimeOffset",
+            ValueKind.TimeSpan => "global::System.TimeSpan",
+            ValueKind.Decimal => "decimal",
+            ValueKind.Guid => "global::System.Guid",
+            ValueKind.Version => "global::System.Version",
+            ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Enum => Managed(type.Bound!),
+            _ => throw new GeneratorException($"no managed spelling for {type}"),
+        };
+        return type.IsNullable ? plain + "?" : plain;
+    }
+
+    private static string Convert(CarriedType type, string name)
+    {
+        if (type.IsNullable)
+        {
+            var value = type with { IsNullable = false };
+            string inner = Convert(value, Record(value.Kind) is null ? $"{name}->Value" : $"&{name}->Value");
+            return $"({name}->HasValue != 0 ? ({ManagedType(type)}){inner} : null)";
+        }
+        return type.Kind switch
+        {
+            ValueKind.Bool => $"{name} != 0",
+            ValueKind.Char => $"(char){name}",
+            ValueKind.String => $"{name}->ToManaged()",
+            ValueKind.Bytes => $"({name}->Data == null ? null : {name}->AsSpan().ToArray())",
+            ValueKind.Enum => $"({Managed(type.Bound!)}){name}",
+            ValueKind.Class or ValueKind.Struct or ValueKind.Interface => $"({Managed(type.Bound!)})Handles.Target({name})",
+            ValueKind.DateTime => $"PyValues.ToDateTime({name})",
+            ValueKind.DateTimeOffset => $"PyValues.ToDateTimeOffset({name})",
+            ValueKind.TimeSpan => $"new global::System.TimeSpan({name})",
+            ValueKind.Decimal => $"PyValues.ToDecimal({name})",
+            ValueKind.Guid => $"PyValues.ToGuid({name})",
+            ValueKind.Version => $"PyValues.ToVersion({name})",
+            ValueKind.Object => $"Variants.ToManaged({name})",
+            ValueKind.Regex => $"PyValues.ToRegex({name})",
+            _ => name,
+        };
+    }
+
+    /// <summary>The blittable form of a managed value of a scalar kind.</summary>
+    private static string ToWire(ValueKind kind, string value) => kind switch
+    {
+        ValueKind.Bool => $"({value} ? 1 : 0)",
+        ValueKind.TimeSpan => $"{value}.Ticks",
+        _ => value,
     };
 
     /// <summary>The stub's return type, its extra out parameter if any, and the statements that finish it.</summary>
-    private static (string ReturnType, string? Extra, string? Finish) Result(CarriedType type) => type.Kind switch
+    private static (string ReturnType, string? Extra, string? Finish) Result(CarriedType type)
     {
-        ValueKind.Void => ("void", null, null),
-        ValueKind.Bool => ("int", null, "return r ? 1 : 0;"),
-        ValueKind.Char => ("ushort", null, "return (ushort)r;"),
-        ValueKind.String => ("IntPtr", null, "return StubValues.StrOrNone(r);"),
-        ValueKind.Bytes => ("IntPtr", null, "return StubValues.BytesOrNone(r);"),
-        ValueKind.Enum => ("int", null, "return (int)r;"),
-        ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream =>
-            ("void", "IntPtr* result", "*result = Handles.New(r);"),
-        _ => (ParameterType(type), null, "return r;"),
-    };
+        if (type.IsNullable)
+        {
+            var value = type with { IsNullable = false };
+            string store = Record(value.Kind) is null
+                ? $"result->Value = {ToWire(value.Kind, "r.Value")};"
+                : "PyValues.Write(&result->Value, r.Value);";
+            return ("void", $"PyOptional<{Wire(type)}>* result", $"result->HasValue = r.HasValue ? 1 : 0;\nif (r.HasValue)\n    {store}");
+        }
+        return type.Kind switch
+        {
+            ValueKind.Void => ("void", null, null),
+            ValueKind.Bool => ("int", null, "return r ? 1 : 0;"),
+            ValueKind.Char => ("ushort", null, "return (ushort)r;"),
+            ValueKind.String => ("IntPtr", null, "return StubValues.StrOrNone(r);"),
+            ValueKind.Bytes => ("IntPtr", null, "return StubValues.BytesOrNone(r);"),
+            ValueKind.Enum => ("int", null, "return (int)r;"),
+            ValueKind.TimeSpan => ("long", null, "return r.Ticks;"),
+            ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream =>
+                ("void", "IntPtr* result", "*result = Handles.New(r);"),
+            ValueKind.Object => ("void", "VariantArg* result", "Variants.SetResult(result, r);"),
+            _ when Record(type.Kind) is { } record => ("void", record + "* result", "PyValues.Write(result, r);"),
+            _ => (ParameterType(type), null, "return r;"),
+        };
+    }
 
     // Stub-local names the managed parameter names must not take.
-    [GeneratedRegex("^(self|result|target|r|e|(arg|own)[0-9]+)$")]
+    [GeneratedRegex("^(self|result|target|r|e|(arg|own|out)[0-9]+)$")]
     private static partial Regex Reserved();
 
     private static string Identifier(string managedName) =>

@@ -143,18 +143,96 @@ public static class CppEmitter
         _ => throw new GeneratorException($"no scalar conversion for {kind}"),
     };
 
-    private static ArgPlan Arg(CarriedType type, string managedName, string v) => type.Kind switch
+    private static ArgPlan Arg(CarriedType type, string managedName, string v)
     {
-        ValueKind.String when IsPathName(managedName) =>
-            new("PyStringArg*", $"PyShEphStrHolder {v};", "fn_conv_py_strorpath_to_clr_string", $"&{v}.arg", $"{v}.get()"),
-        ValueKind.String => new("PyStringArg*", $"PyStringArg {v} = {{}};", "fn_conv_py_string_to_clr_string", $"&{v}", $"&{v}"),
-        ValueKind.Bytes => new("PyBytesArg*", $"PyShBytesHolder {v};", "fn_conv_py_bytes_to_clr_bytes", $"&{v}.arg", $"{v}.get()"),
-        ValueKind.Stream => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_stream_to_clr_stream", $"&{v}", $"&{v}"),
-        ValueKind.Enum => new("int32_t", $"int32_t {v} = 0;", ToClr(type.Bound!), $"&{v}", v),
-        ValueKind.Class or ValueKind.Struct or ValueKind.Interface =>
-            new("void*", $"void* {v} = nullptr;", ToClr(type.Bound!), $"&{v}", v),
-        _ => ScalarArg(type.Kind, v),
+        switch (type.Mode)
+        {
+            case PassMode.Ref:
+            {
+                // the list's item 0 converts as the element would; the value after the call comes back in an out record
+                var element = Arg(type.Element, managedName, v + "_in");
+                return new(element.CppType + ", VariantArg*",
+                           $"{element.Decl}\nPyParamByRef {v} = {{nullptr, PyShArg_Converter(&{element.Converter}), {element.Target}}};",
+                           "fn_conv_py_parbyref_to_clr_parbyref", $"&{v}", $"{element.Pass}, {v}_out.record()");
+            }
+            case PassMode.Out:
+                return new("VariantArg*", $"PyObject* {v} = nullptr;", "fn_conv_py_orefpar_to_clr_orefpar", $"&{v}", $"{v}_out.record()");
+        }
+        if (type.IsNullable)
+        {
+            var value = Arg(type with { IsNullable = false }, managedName, v);
+            string wire = value.CppType.TrimEnd('*');
+            return new($"PyShOptional<{wire}>*", $"PyShOptional<{wire}> {v} = {{}};", $"PyShOptional_Conv<{wire}, {value.Converter}>",
+                       $"&{v}", $"&{v}");
+        }
+        return type.Kind switch
+        {
+            ValueKind.String when IsPathName(managedName) =>
+                new("PyStringArg*", $"PyShEphStrHolder {v};", "fn_conv_py_strorpath_to_clr_string", $"&{v}.arg", $"{v}.get()"),
+            ValueKind.String => new("PyStringArg*", $"PyStringArg {v} = {{}};", "fn_conv_py_string_to_clr_string", $"&{v}", $"&{v}"),
+            ValueKind.Bytes => new("PyBytesArg*", $"PyShBytesHolder {v};", "fn_conv_py_bytes_to_clr_bytes", $"&{v}.arg", $"{v}.get()"),
+            ValueKind.Stream => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_stream_to_clr_stream", $"&{v}", $"&{v}"),
+            ValueKind.Object => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_variant_to_clr_variant", $"&{v}", $"&{v}"),
+            ValueKind.Regex => new("PyRegexArg*", $"PyShRegexHolder {v};", "fn_conv_py_pattern_to_clr_regex", $"&{v}.arg", $"{v}.get()"),
+            ValueKind.TimeSpan => new("int64_t", $"int64_t {v} = 0;", "fn_conv_py_datetimedelta_to_clr_timespan", $"&{v}", v),
+            ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version =>
+                RecordArg(type.Kind, v),
+            ValueKind.Enum => new("int32_t", $"int32_t {v} = 0;", ToClr(type.Bound!), $"&{v}", v),
+            ValueKind.Class or ValueKind.Struct or ValueKind.Interface =>
+                new("void*", $"void* {v} = nullptr;", ToClr(type.Bound!), $"&{v}", v),
+            _ => ScalarArg(type.Kind, v),
+        };
+    }
+
+    /// <summary>The native record of a value kind that crosses by pointer, and its converters both ways.</summary>
+    private static (string Record, string ToClr, string ToPy) RecordOf(ValueKind kind) => kind switch
+    {
+        ValueKind.DateTime => ("PyDateTimeArg", "fn_conv_py_datetime_to_clr_datetime", "fn_conv_clr_datetime_to_py_datetime"),
+        ValueKind.DateTimeOffset =>
+            ("PyDateTimeArg", "fn_conv_py_datetime_to_clr_datetimeoffset", "fn_conv_clr_datetimeoffset_to_py_datetime"),
+        ValueKind.Decimal => ("PyDecimalArg", "fn_conv_py_decimal_to_clr_decimal", "fn_conv_clr_decimal_to_py_decimal"),
+        ValueKind.Guid => ("PyGuidArg", "fn_conv_py_uuid_to_clr_guid_value", "fn_conv_clr_guid_to_py_uuid"),
+        ValueKind.Version => ("PySysVersionArg", "fn_conv_py_tuple_to_clr_version", "fn_write_py_sysversion"),
+        _ => throw new GeneratorException($"no record for {kind}"),
     };
+
+    private static bool IsRecord(ValueKind kind) =>
+        kind is ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version;
+
+    private static ArgPlan RecordArg(ValueKind kind, string v)
+    {
+        var (record, toClr, _) = RecordOf(kind);
+        return new(record + "*", $"{record} {v} = {{}};", toClr, $"&{v}", $"&{v}");
+    }
+
+    /// <summary>The Python object of a plain (not nullable) result held in <paramref name="value"/>.</summary>
+    private static string ToPython(CarriedType type, string value) => type.Kind switch
+    {
+        ValueKind.Bool => $"PyBool_FromLong({value})",
+        ValueKind.SByte or ValueKind.Int16 or ValueKind.Int32 => $"PyLong_FromLong({value})",
+        ValueKind.Byte or ValueKind.UInt16 or ValueKind.UInt32 => $"PyLong_FromUnsignedLong({value})",
+        ValueKind.Int64 => $"PyLong_FromLongLong({value})",
+        ValueKind.UInt64 => $"PyLong_FromUnsignedLongLong({value})",
+        ValueKind.Char => $"fn_conv_clr_char_to_py_string({value})",
+        ValueKind.Single or ValueKind.Double => $"PyFloat_FromDouble({value})",
+        ValueKind.Enum => $"{ToPy(type.Bound!)}({value})",
+        ValueKind.TimeSpan => $"fn_conv_clr_timespan_to_py_datetimedelta({value})",
+        _ when IsRecord(type.Kind) => $"{RecordOf(type.Kind).ToPy}(&{value})",
+        _ => throw new GeneratorException($"no result conversion for {type.Kind}"),
+    };
+
+    /// <summary>The C++ storage of a value the stub writes through its trailing out-slot; null for returned values.</summary>
+    private static string? ResultRecord(CarriedType t)
+    {
+        if (t.IsNullable)
+        {
+            string wire = IsRecord(t.Kind) ? RecordOf(t.Kind).Record : t.Kind == ValueKind.TimeSpan ? "int64_t" : Scalar(t.Kind).Type;
+            return $"PyShOptional<{wire}>";
+        }
+        if (t.Kind == ValueKind.Object)
+            return "VariantArg";
+        return IsRecord(t.Kind) ? RecordOf(t.Kind).Record : null;
+    }
 
     private static ArgPlan ScalarArg(ValueKind kind, string v)
     {
@@ -163,32 +241,62 @@ public static class CppEmitter
     }
 
     private static bool ReturnsHandle(CarriedType t) =>
-        t.Kind is ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream;
+        !t.IsNullable && t.Kind is ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream;
 
-    /// <summary>The stub's C++ return type (handles come back through a trailing out-slot instead).</summary>
+    /// <summary>The stub's C++ return type (handles and records come back through a trailing out-slot instead).</summary>
     private static string StubReturn(CarriedType t) => t.Kind switch
     {
+        _ when ResultRecord(t) is not null => "void",
         ValueKind.Void => "void",
         ValueKind.String or ValueKind.Bytes => "PyObject*",
         ValueKind.Enum => "int32_t",
+        ValueKind.TimeSpan => "int64_t",
         _ when ReturnsHandle(t) => "void",
         _ => Scalar(t.Kind).Type,
     };
 
-    /// <summary>Statements that call <paramref name="call"/> (without its closing parenthesis) and return the Python result.</summary>
-    private static void EmitCallAndReturn(CppWriter w, CarriedType result, string call, bool hasArgs)
+    /// <summary>The trailing out-slot parameter of a stub returning <paramref name="t"/>, or null.</summary>
+    private static string? ResultSlot(CarriedType t) => ReturnsHandle(t) ? "void**" : ResultRecord(t) is { } r ? r + "*" : null;
+
+    /// <summary>
+    /// Statements that call <paramref name="call"/> (without its closing parenthesis) and return the
+    /// Python result; <paramref name="finish"/> wraps the returned expression (out-values delivered).
+    /// </summary>
+    private static void EmitCallAndReturn(CppWriter w, CarriedType result, string call, bool hasArgs, Func<string, string>? finish = null)
     {
+        finish ??= e => e;
         string sep = hasArgs ? ", " : "";
+        if (ResultRecord(result) is { } record)
+        {
+            w.Line($"{record} result = {{}};");
+            w.Line($"{call}{sep}&result);");
+            if (result.Kind == ValueKind.Object && !result.IsNullable)
+            {
+                w.Line($"return {finish("PyShBound_ObjectResult(result)")};");
+                return;
+            }
+            w.Line("if (PyErr_Occurred())");
+            w.Line("    return nullptr;");
+            if (result.IsNullable)
+            {
+                w.Line("if (!result.has_value)");
+                w.Line($"    return {finish("Py_NewRef(Py_None)")};");
+                w.Line($"return {finish(ToPython(result with { IsNullable = false }, "result.value"))};");
+            }
+            else
+                w.Line($"return {finish(ToPython(result, "result"))};");
+            return;
+        }
         switch (result.Kind)
         {
             case ValueKind.Void:
                 w.Line(call + ");");
                 w.Line("if (PyErr_Occurred())");
                 w.Line("    return nullptr;");
-                w.Line("Py_RETURN_NONE;");
+                w.Line($"return {finish("Py_NewRef(Py_None)")};");
                 return;
             case ValueKind.String or ValueKind.Bytes:
-                w.Line($"return PyShBound_PassResult({call}));");
+                w.Line($"return {finish($"PyShBound_PassResult({call}))")};");
                 return;
             case var _ when ReturnsHandle(result):
                 w.Line("void* result = nullptr;");
@@ -197,24 +305,13 @@ public static class CppEmitter
                 w.Line("    PyShWrp_FreeGcHandlePtr(result);");
                 w.Line("    return nullptr;");
                 w.Line("}");
-                w.Line(result.Kind == ValueKind.Stream ? "return PyShBound_WrapAsObject(result);" : $"return {ToPy(result.Bound!)}(result);");
+                w.Line($"return {finish(result.Kind == ValueKind.Stream ? "PyShBound_WrapAsObject(result)" : $"{ToPy(result.Bound!)}(result)")};");
                 return;
         }
         w.Line($"{StubReturn(result)} result = {call});");
         w.Line("if (PyErr_Occurred())");
         w.Line("    return nullptr;");
-        w.Line("return " + (result.Kind switch
-        {
-            ValueKind.Bool => "PyBool_FromLong(result);",
-            ValueKind.SByte or ValueKind.Int16 or ValueKind.Int32 => "PyLong_FromLong(result);",
-            ValueKind.Byte or ValueKind.UInt16 or ValueKind.UInt32 => "PyLong_FromUnsignedLong(result);",
-            ValueKind.Int64 => "PyLong_FromLongLong(result);",
-            ValueKind.UInt64 => "PyLong_FromUnsignedLongLong(result);",
-            ValueKind.Char => "fn_conv_clr_char_to_py_string(result);",
-            ValueKind.Single or ValueKind.Double => "PyFloat_FromDouble(result);",
-            ValueKind.Enum => $"{ToPy(result.Bound!)}(result);",
-            _ => throw new GeneratorException($"no result conversion for {result.Kind}"),
-        }));
+        w.Line($"return {finish(ToPython(result, "result"))};");
     }
 
     // ---- stubs of a table
@@ -224,21 +321,21 @@ public static class CppEmitter
     private static IEnumerable<Stub> Stubs(TypeModel t)
     {
         foreach (var c in t.Constructors)
-            yield return new(c.Stub, "void*", c.Parameters.Select(p => Arg(p.Type, p.ManagedName, "").CppType).ToList());
+            yield return new(c.Stub, "void*", c.Parameters.SelectMany(StubParams).ToList());
         foreach (var m in t.Methods)
         {
             var ps = new List<string>();
             if (!m.IsStatic)
                 ps.Add("void*");
-            ps.AddRange(m.Parameters.Select(p => Arg(p.Type, p.ManagedName, "").CppType));
-            if (ReturnsHandle(m.Result))
-                ps.Add("void**");
+            ps.AddRange(m.Parameters.SelectMany(StubParams));
+            if (ResultSlot(m.Result) is { } slot)
+                ps.Add(slot);
             yield return new(m.Stub, StubReturn(m.Result), ps);
         }
         foreach (var p in t.Properties)
         {
             if (p.Getter is not null)
-                yield return new(p.Getter, StubReturn(p.Type), ReturnsHandle(p.Type) ? ["void*", "void**"] : ["void*"]);
+                yield return new(p.Getter, StubReturn(p.Type), ResultSlot(p.Type) is { } slot ? ["void*", slot] : ["void*"]);
             if (p.Setter is not null)
                 yield return new(p.Setter, "void", ["void*", Arg(p.Type, "value", "").CppType]);
         }
@@ -259,6 +356,9 @@ public static class CppEmitter
                 _ => throw new GeneratorException($"unknown built-in stub {b}"),
             };
     }
+
+    // A ref parameter passes its converted in-value and the record of its value after the call.
+    private static IEnumerable<string> StubParams(ParameterModel p) => Arg(p.Type, p.ManagedName, "").CppType.Split(", ");
 
     private static void EmitTable(CppWriter w, TypeModel t)
     {
@@ -349,7 +449,8 @@ public static class CppEmitter
     {
         var plans = ps.Select((p, i) => Arg(p.Type, p.ManagedName, "a" + i)).ToList();
         foreach (var plan in plans)
-            w.Line(plan.Decl);
+            foreach (string line in plan.Decl.Split('\n'))
+                w.Line(line);
         w.Line($"static const char* const kw[] = {KeywordList(ps)};");
         var convs = string.Concat(plans.Select(p => $", PyShArg_Converter(&{p.Converter}), {p.Target}"));
         string parse = $"PyArg_ParseTupleAndKeywords(args, kwargs, \"{Format(ps.Count)}\", const_cast<char**>(kw){convs})";
@@ -373,7 +474,36 @@ public static class CppEmitter
             args.Add("PyShBound_Handle(self)");
         args.AddRange(passes);
         w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
-        EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0);
+        EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0, EmitOutValues(w, m.Parameters));
+    }
+
+    /// <summary>Declares the out-value of every ref/out parameter; the wrapper that delivers them with the result, or null.</summary>
+    private static Func<string, string>? EmitOutValues(CppWriter w, IReadOnlyList<ParameterModel> ps)
+    {
+        var outs = new List<string>();
+        for (int i = 0; i < ps.Count; i++)
+        {
+            var type = ps[i].Type;
+            if (type.Mode == PassMode.Value)
+                continue;
+            string v = "a" + i;
+            string list = type.Mode == PassMode.Ref ? v + ".list" : v;
+            var e = type.Element;
+            string form = e.IsNullable ? "" : e.Kind switch
+            {
+                ValueKind.Class or ValueKind.Struct or ValueKind.Interface =>
+                    $", PyShOutForm_Bound, &{TypeObject(e.Bound!)}, {HandleKind(e.Bound!)}",
+                ValueKind.Enum => $", PyShOutForm_Enum, nullptr, 0, &{TypeObject(e.Bound!)}",
+                ValueKind.Object => ", PyShOutForm_Object",
+                _ => "",
+            };
+            w.Line($"PyShOutValue {v}_out({list}{form});");
+            outs.Add($"&{v}_out");
+        }
+        if (outs.Count == 0)
+            return null;
+        string all = string.Join(", ", outs);
+        return e => $"PyShBound_DeliverOuts({e}, {{{all}}})";
     }
 
     internal sealed record MethodGroup(string PythonName, int Slot, bool IsStatic, List<MethodModel> Candidates)
@@ -422,7 +552,7 @@ public static class CppEmitter
             var passes = EmitParse(w, m.Parameters, true, "nullptr");
             w.Indent();
             w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
-            EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, new[] { "handle" }.Concat(passes)), true);
+            EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, new[] { "handle" }.Concat(passes)), true, EmitOutValues(w, m.Parameters));
             w.Dedent();
             w.Line("}");
             w.Line("failures.keep();");
@@ -905,10 +1035,11 @@ public static class CppEmitter
         w.Line();
         foreach (var inc in new[]
                  {
-                     "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_scalar.h", "marshal/conv_text.h",
-                     "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h", "objects/enum_builder.h",
-                     "objects/handle_release.h", "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h",
-                     "objects/wrapper_slots.h",
+                     "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_decimal.h", "marshal/conv_guid.h",
+                     "marshal/conv_scalar.h", "marshal/conv_text.h", "marshal/conv_time.h", "marshal/conv_variant.h",
+                     "marshal/conv_version.h", "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h",
+                     "objects/enum_builder.h", "objects/handle_release.h", "objects/host_table.h", "objects/overload_dispatch.h",
+                     "objects/stream_arg.h", "objects/value_args.h", "objects/wrapper_slots.h",
                  })
             w.Line($"#include \"{inc}\"");
         w.Line();

@@ -9,12 +9,30 @@ public enum ValueKind
 {
     Void, Bool, Char, SByte, Byte, Int16, UInt16, Int32, UInt32, Int64, UInt64, Single, Double,
     String, Bytes, Class, Struct, Interface, Enum, Stream,
+    DateTime, DateTimeOffset, TimeSpan, Decimal, Guid, Version, Object, Regex,
 }
+
+/// <summary>How a parameter passes: by value, or from Python as a one-element list (ref, out).</summary>
+public enum PassMode { Value, Ref, Out }
 
 /// <summary>A parameter or result type the runtime can carry; bound kinds name their type.</summary>
 public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
 {
-    public override string ToString() => Kind switch
+    /// <summary>A Nullable&lt;T&gt; of a value kind: None crosses as no value.</summary>
+    public bool IsNullable { get; init; }
+    public PassMode Mode { get; init; }
+
+    /// <summary>The type a ref or out parameter passes, as a plain value.</summary>
+    public CarriedType Element => this with { Mode = PassMode.Value };
+
+    public override string ToString() => Mode switch
+    {
+        PassMode.Ref => "ref " + Element,
+        PassMode.Out => "out " + Element,
+        _ => IsNullable ? Plain() + "?" : Plain(),
+    };
+
+    private string Plain() => Kind switch
     {
         ValueKind.Void => "void",
         ValueKind.Bool => "bool",
@@ -36,6 +54,14 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
         ValueKind.Struct => "struct:" + Bound!.FullName,
         ValueKind.Interface => "interface:" + Bound!.FullName,
         ValueKind.Enum => (Bound!.IsFlags ? "flags:" : "enum:") + Bound.FullName,
+        ValueKind.DateTime => "datetime",
+        ValueKind.DateTimeOffset => "datetimeoffset",
+        ValueKind.TimeSpan => "timespan",
+        ValueKind.Decimal => "decimal",
+        ValueKind.Guid => "guid",
+        ValueKind.Version => "version",
+        ValueKind.Object => "object",
+        ValueKind.Regex => "regex",
         _ => "?",
     };
 }

@@ -412,11 +412,11 @@ public sealed class ModelBuilder
         string? reason = WhyMethodNotBound(type, def, md, name, isCtor, isStatic, sig);
         if (reason is null)
         {
-            var names = ParameterNames(md, sig.ParameterTypes.Length);
+            var names = ParameterNames(md, sig.ParameterTypes.Length, out var attributes);
             var parameters = new List<ParameterModel>();
             for (int i = 0; i < names.Length && reason is null; i++)
             {
-                var carried = Carry(sig.ParameterTypes[i], isResult: false, out string why);
+                var carried = CarryParameter(sig.ParameterTypes[i], attributes[i], out string why);
                 if (carried is null)
                     reason = $"parameter '{names[i]}': {why}";
                 else
@@ -471,14 +471,18 @@ public sealed class ModelBuilder
         _ => false,
     };
 
-    private string[] ParameterNames(MethodDefinition md, int count)
+    private string[] ParameterNames(MethodDefinition md, int count, out ParameterAttributes[] attributes)
     {
         var names = new string[count];
+        attributes = new ParameterAttributes[count];
         foreach (var ph in md.GetParameters())
         {
             var p = _reader.GetParameter(ph);
             if (p.SequenceNumber >= 1 && p.SequenceNumber <= count)
+            {
                 names[p.SequenceNumber - 1] = _reader.GetString(p.Name);
+                attributes[p.SequenceNumber - 1] = p.Attributes;
+            }
         }
         for (int i = 0; i < count; i++)
         {
@@ -633,8 +637,47 @@ public sealed class ModelBuilder
 
     // ---- carried types ----
 
+    // Value types of the framework that cross as Python's own types (datetime, Decimal, UUID, ...).
+    private static readonly Dictionary<string, ValueKind> FrameworkValues = new(StringComparer.Ordinal)
+    {
+        ["System.DateTime"] = ValueKind.DateTime,
+        ["System.DateTimeOffset"] = ValueKind.DateTimeOffset,
+        ["System.TimeSpan"] = ValueKind.TimeSpan,
+        ["System.Decimal"] = ValueKind.Decimal,
+        ["System.Guid"] = ValueKind.Guid,
+        ["System.Version"] = ValueKind.Version,
+        ["System.Text.RegularExpressions.Regex"] = ValueKind.Regex,
+    };
+
+    // Nullable<T> crosses for these: None stands for no value.
+    private static readonly HashSet<ValueKind> NullableKinds =
+    [
+        ValueKind.DateTime, ValueKind.DateTimeOffset, ValueKind.TimeSpan, ValueKind.Decimal, ValueKind.Guid,
+        ValueKind.Bool, ValueKind.Int32, ValueKind.Int64, ValueKind.Double,
+    ];
+
+    /// <summary>A parameter: ref and out become list-passed forms of their element; `in` passes by value.</summary>
+    private CarriedType? CarryParameter(TypeSig sig, ParameterAttributes attributes, out string why)
+    {
+        var t = sig.Unmodified;
+        if (t.Kind != SigKind.ByRef)
+            return Carry(sig, isResult: false, out why, isParameter: true);
+        var element = Carry(t.Element!, isResult: false, out why, isParameter: true);
+        if (element is null)
+        {
+            why = $"{t}: {why}";
+            return null;
+        }
+        bool isOut = (attributes & ParameterAttributes.Out) != 0 && (attributes & ParameterAttributes.In) == 0;
+        if ((attributes & ParameterAttributes.In) != 0 && !isOut)
+            return element;
+        if (element.Kind is ValueKind.Stream or ValueKind.Regex)
+            return Fail(out why, $"{t}: by-reference {element} values are not carried");
+        return element with { Mode = isOut ? PassMode.Out : PassMode.Ref };
+    }
+
     /// <summary>The carried form of a signature type, or null with the reason in <paramref name="why"/>.</summary>
-    private CarriedType? Carry(TypeSig sig, bool isResult, out string why)
+    private CarriedType? Carry(TypeSig sig, bool isResult, out string why, bool isParameter = false)
     {
         why = "";
         var t = sig.Unmodified;
@@ -643,6 +686,9 @@ public sealed class ModelBuilder
             case SigKind.Primitive when t.Primitive == PrimitiveTypeCode.Object && _object is not null:
                 // the assembly defining System.Object binds it: object values cross as its wrappers
                 return new CarriedType(ValueKind.Class, _object);
+            case SigKind.Primitive when t.Primitive == PrimitiveTypeCode.Object:
+                // elsewhere an object value is classified by its Python kind on the way in
+                return new CarriedType(ValueKind.Object);
             case SigKind.Primitive:
                 return CarryPrimitive(t.Primitive, isResult, out why);
             case SigKind.SzArray when t.Element!.Unmodified.IsPrimitive(PrimitiveTypeCode.Byte):
@@ -659,6 +705,12 @@ public sealed class ModelBuilder
             case SigKind.Pointer:
             case SigKind.FunctionPointer:
                 why = $"{t}: pointers are not carried";
+                return null;
+            case SigKind.GenericInstance when t.Element!.FullName == "System.Nullable`1":
+                var value = Carry(t.Arguments[0], isResult: false, out why);
+                if (value is not null && NullableKinds.Contains(value.Kind))
+                    return value with { IsNullable = true };
+                why = $"{t}: of nullable values only {string.Join(", ", NullableKinds.Order())} are carried";
                 return null;
             case SigKind.GenericInstance:
                 why = $"{t}: generic instantiations are not carried yet";
@@ -682,6 +734,11 @@ public sealed class ModelBuilder
                     ? $"{t.FullName} is not bound ({reason})"
                     : $"{t.FullName} is not public";
                 return null;
+            case SigKind.Named when FrameworkValues.TryGetValue(t.FullName, out var framework):
+                // a Python pattern becomes a managed Regex; there is no way back that keeps its meaning
+                if (framework == ValueKind.Regex && !isParameter)
+                    return Fail(out why, $"{t.FullName} crosses only as a parameter");
+                return new CarriedType(framework);
             case SigKind.Named when t.FullName == StreamType:
                 // any stream crosses: a managed one by handle, a Python file object through the raw-I/O callbacks
                 return new CarriedType(ValueKind.Stream);
@@ -739,7 +796,6 @@ public sealed class ModelBuilder
             return new CarriedType(kind.Value);
         why = code switch
         {
-            PrimitiveTypeCode.Object => "object values are not carried yet",
             PrimitiveTypeCode.IntPtr or PrimitiveTypeCode.UIntPtr => "native-sized integers are not carried",
             _ => $"{TypeSig.Keyword(code)} is not carried",
         };

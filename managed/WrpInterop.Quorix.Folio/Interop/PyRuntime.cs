@@ -45,6 +45,8 @@ public static unsafe class PyRuntime
     {
         if (OnException == null)
             return;  // nothing to report to before start-up; the caller's failure result stands
+        if (exception is PyErrorPendingException)
+            return;  // the Python error a callback left is the one to see
         var inner = exception is System.Reflection.TargetInvocationException { InnerException: { } e } ? e : exception;
         IntPtr typeName = NewPyString(inner.GetType().FullName);
         IntPtr message = NewPyString(inner.Message);
