@@ -12,7 +12,7 @@
 
 // A Nullable<T>: has_value 0 stands for None. Same layout as the managed PyOptional<T>.
 template <typename T>
-struct PyShOptional {
+struct PyOptional {
     int32_t has_value;
     int32_t reserved;
     T value;
@@ -21,7 +21,7 @@ struct PyShOptional {
 // O& conversion of a nullable parameter: None gives no value, anything else goes through
 // the value's own converter. 1, or 0 with that converter's error.
 template <typename T, int (*Convert)(PyObject*, T*)>
-int PyShOptional_Conv(PyObject* obj, PyShOptional<T>* out) {
+int PyShOptional_Conv(PyObject* obj, PyOptional<T>* out) {
     out->has_value = obj != Py_None;
     return obj == Py_None ? 1 : Convert(obj, &out->value);
 }

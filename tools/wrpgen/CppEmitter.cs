@@ -162,7 +162,7 @@ public static class CppEmitter
         {
             var value = Arg(type with { IsNullable = false }, managedName, v);
             string wire = value.CppType.TrimEnd('*');
-            return new($"PyShOptional<{wire}>*", $"PyShOptional<{wire}> {v} = {{}};", $"PyShOptional_Conv<{wire}, {value.Converter}>",
+            return new($"PyOptional<{wire}>*", $"PyOptional<{wire}> {v} = {{}};", $"PyShOptional_Conv<{wire}, {value.Converter}>",
                        $"&{v}", $"&{v}");
         }
         return type.Kind switch
@@ -227,7 +227,7 @@ public static class CppEmitter
         if (t.IsNullable)
         {
             string wire = IsRecord(t.Kind) ? RecordOf(t.Kind).Record : t.Kind == ValueKind.TimeSpan ? "int64_t" : Scalar(t.Kind).Type;
-            return $"PyShOptional<{wire}>";
+            return $"PyOptional<{wire}>";
         }
         if (t.Kind == ValueKind.Object)
             return "VariantArg";

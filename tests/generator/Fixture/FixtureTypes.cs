@@ -70,7 +70,7 @@ namespace Quorix.Folio
         public string Title { get; init; } = "";
         public string Secret { set { } }
         public string this[int index] => "";
-        public DateTime Created { get; set; }
+        public DateOnly Created { get; set; }
         public StyleIdentifier DefaultStyle { get; set; }
         public int Revision;
         public event EventHandler? Changed;

@@ -76,6 +76,7 @@ public class CppEmitterTests
         "double" => "double",
         "void*" or "PyObject*" => "IntPtr",
         "void**" => "IntPtr*",
+        _ when cpp.StartsWith("PyOptional<", StringComparison.Ordinal) => $"PyOptional<{CsType(cpp[11..cpp.IndexOf('>')])}>*",
         _ => cpp,  // the argument records keep their names on both sides
     };
 
@@ -342,5 +343,25 @@ public class CppEmitterTests
         {
             Directory.Delete(dir, recursive: true);
         }
+    }
+
+    [Fact]
+    public void ByReferenceValuesGoBackIntoTheCallersListsWithTheResult()
+    {
+        var stamp = Fixture.Type("Quorix.Folio.Stamp");
+        string section = Section(stamp);
+        // out: the list alone; the object value comes back as a variant record
+        Assert.Contains("PyObject* a1 = nullptr;", section);
+        Assert.Contains("PyShArg_Converter(&fn_conv_py_orefpar_to_clr_orefpar), &a1", section);
+        Assert.Contains("PyShOutValue a1_out(a1, PyShOutForm_Object);", section);
+        Assert.Contains("return PyShBound_DeliverOuts(PyBool_FromLong(result), {&a1_out});", section);
+        // ref: item 0 converts as the element, the value after the call is delivered; `in` passes by value
+        Assert.Contains("PyParamByRef a0 = {nullptr, PyShArg_Converter(&fn_conv_py_datetime_to_clr_datetime), &a0_in};", section);
+        Assert.Contains("table.call_000_Shift(PyShBound_Handle(self), &a0_in, a0_out.record(), a1)", section);
+        Assert.Contains("PyShOutValue a0_out(a0.list);", section);
+        // nullable and record results come back through an out-slot
+        Assert.Contains("if (!result.has_value)", section);
+        Assert.Contains("return fn_conv_clr_datetimeoffset_to_py_datetime(&result);", section);
+        Assert.Contains("PyShOptional_Conv<PyDecimalArg, fn_conv_py_decimal_to_clr_decimal>", section);
     }
 }

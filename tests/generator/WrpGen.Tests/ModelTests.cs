@@ -131,15 +131,17 @@ public class ModelTests
         Assert.Equal(ValueKind.Enum, byName["default_style"].Type.Kind);
         var font = Fixture.Type("Quorix.Folio.Font").Properties.Select(p => p.Type.Kind);
         Assert.Equal([ValueKind.Double, ValueKind.Bool, ValueKind.Char, ValueKind.SByte, ValueKind.Byte, ValueKind.Int16,
-                      ValueKind.UInt16, ValueKind.UInt32, ValueKind.Int64, ValueKind.UInt64, ValueKind.Single, ValueKind.String], font);
+                      ValueKind.UInt16, ValueKind.UInt32, ValueKind.Int64, ValueKind.UInt64, ValueKind.Single, ValueKind.String,
+                      ValueKind.Decimal], font);
     }
 
     [Fact]
     public void StaticAttributesUseGetsaAndSetsaStubs()
     {
         var cc = Fixture.Type("Quorix.Folio.ControlChar").StaticAttributes;
-        Assert.Equal(["CELL_CHAR", "CR_LF", "PARAGRAPH_BREAK", "USAGE_COUNT"], cc.Select(s => s.PythonName));
-        Assert.Equal([null, null, null, "setsa_UsageCount"], cc.Select(s => s.Setter));
+        Assert.Equal(["CELL_CHAR", "CR_LF", "PARAGRAPH_BREAK", "USAGE_COUNT", "SENTINEL"], cc.Select(s => s.PythonName));
+        Assert.Equal([null, null, null, "setsa_UsageCount", null], cc.Select(s => s.Setter));
+        Assert.Equal(ValueKind.Object, cc[^1].Type.Kind);
         var hy = Fixture.Type("Quorix.Folio.Hyphenation");
         Assert.Equal(TypeKind.StaticClass, hy.Kind);
         Assert.Equal([("callback", "getsa_Callback", "setsa_Callback"), ("dictionary_count", "getsa_DictionaryCount", null)],
@@ -170,9 +172,9 @@ public class ModelTests
     {
         var model = Fixture.Model;
         var doc = Fixture.Type("Quorix.Folio.Document");
-        string[] skipped = ["Find", "Touch", "Raw", "Counts", "Numbers", "Attach", "Nest", "ToString", "Equals", "GetHashCode", "op_Equality"];
+        string[] skipped = ["Find", "Raw", "Counts", "Numbers", "Attach", "Nest", "ToString", "Equals", "GetHashCode", "op_Equality"];
         Assert.DoesNotContain(doc.Methods, m => skipped.Contains(m.ManagedName));
-        Assert.DoesNotContain(doc.Properties, p => p.ManagedName is "Tag" or "Callback" or "Secret" or "Item" or "Created");
+        Assert.DoesNotContain(doc.Properties, p => p.ManagedName is "Callback" or "Secret" or "Item" or "Created");
         Assert.DoesNotContain(model.Types, t => t.Name is "HugeEnum" or "NodeChangedHandler" or "Box`1" or "Document+Inner" or "Attachment");
         foreach (string member in skipped)
             Assert.Contains(model.Skipped, s => s.Type == "Quorix.Folio.Document" && s.Member.StartsWith(member, StringComparison.Ordinal));
@@ -186,10 +188,34 @@ public class ModelTests
         static string Reason(AssemblyModel m, string member) => m.Skipped.Single(s => s.Member == member).Reason;
         var resolved = Fixture.Model;
         Assert.Contains("System.Action, a delegate of", Reason(resolved, "Callback"));
-        Assert.Contains("System.DateTime, a structure of", Reason(resolved, "Created"));
+        Assert.Contains("System.DateOnly, a structure of", Reason(resolved, "Created"));
         var unresolved = Fixture.Build(Path.Combine(Path.GetTempPath(), "wrpgen-no-such-folder"));
         Assert.Equal("type: System.Action of System.Runtime is not carried", Reason(unresolved, "Callback"));
         // resolution only explains; it never changes what is bound
         Assert.Equal(ModelWriter.Model(resolved), ModelWriter.Model(unresolved));
+    }
+
+    [Fact]
+    public void FrameworkValuesNullablesAndByReferenceParametersAreCarried()
+    {
+        var stamp = Fixture.Type("Quorix.Folio.Stamp");
+        var props = stamp.Properties.ToDictionary(p => p.PythonName, p => p.Type.ToString());
+        Assert.Equal(new Dictionary<string, string>
+        {
+            ["when"] = "datetime", ["printed"] = "datetime?", ["seen"] = "datetimeoffset", ["span"] = "timespan",
+            ["id"] = "guid", ["release"] = "version", ["amount"] = "decimal?",
+        }, props);
+        Assert.Equal("timespan", stamp.StaticAttributes.Single().Type.ToString());
+        var methods = stamp.Methods.ToDictionary(m => m.PythonName, m => string.Join(", ", m.Parameters.Select(p => p.Type)));
+        Assert.Equal("string, out object", methods["try_get"]);
+        // `in` passes by value: nothing comes back
+        Assert.Equal("ref datetime, timespan", methods["shift"]);
+        Assert.Equal("regex", methods["count"]);
+        Assert.Equal("ref int32", Fixture.Type("Quorix.Folio.Document").Methods.Single(m => m.ManagedName == "Touch").Parameters[0].Type.ToString());
+
+        string Reason(string member) => Fixture.Model.Skipped.Single(s => s.Type == "Quorix.Folio.Stamp" && s.Member.StartsWith(member, StringComparison.Ordinal)).Reason;
+        Assert.Contains("crosses only as a parameter", Reason("Pattern"));
+        Assert.Contains("by-reference stream values are not carried", Reason("Swap"));
+        Assert.Contains("of nullable values only", Reason("Ratio"));
     }
 }

@@ -80,6 +80,20 @@ public static unsafe class WrpCs_ControlC_DE22165B
     }
 
     [UnmanagedCallersOnly]
+    public static void getsa_Sentinel(VariantArg* result)
+    {
+        try
+        {
+            var r = global::Quorix.Folio.ControlChar.Sentinel;
+            Variants.SetResult(result, r);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void btp_TypeOf(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.ControlChar>.TypeOf(result);
 
     [UnmanagedCallersOnly]

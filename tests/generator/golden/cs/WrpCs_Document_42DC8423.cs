@@ -267,6 +267,22 @@ public static unsafe class WrpCs_Document_42DC8423
     }
 
     [UnmanagedCallersOnly]
+    public static void call_000_Touch(IntPtr self, int @count, VariantArg* out0)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Document)Handles.Target(self);
+            int arg0 = @count;
+            target.Touch(ref arg0);
+            StubValues.SetPyValue(out0, StubValues.PyInt((int)arg0));
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static int get_NodeType(IntPtr self)
     {
         try
@@ -295,6 +311,35 @@ public static unsafe class WrpCs_Document_42DC8423
         {
             PyRuntime.Raise(e);
             return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void get_Tag(IntPtr self, VariantArg* result)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Document)Handles.Target(self);
+            var r = target.Tag;
+            Variants.SetResult(result, r);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void set_Tag(IntPtr self, VariantArg* @value)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Document)Handles.Target(self);
+            target.Tag = Variants.ToManaged(@value);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
         }
     }
 

@@ -386,6 +386,35 @@ public static unsafe class WrpCs_Font_2F745A5F
     }
 
     [UnmanagedCallersOnly]
+    public static void get_Price(IntPtr self, PyDecimalArg* result)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Font)Handles.Target(self);
+            var r = target.Price;
+            PyValues.Write(result, r);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void set_Price(IntPtr self, PyDecimalArg* @value)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Font)Handles.Target(self);
+            target.Price = PyValues.ToDecimal(@value);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void btp_TypeOf(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.Font>.TypeOf(result);
 
     [UnmanagedCallersOnly]
