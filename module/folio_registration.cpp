@@ -1,6 +1,7 @@
 #include "module/folio_registration.h"
 
 #include "builtins/buffer_view.h"
+#include "builtins/stream_wrapper.h"
 #include "module/ids.h"
 #include "module/pysh.h"
 #include "objects/host_markattr.h"
@@ -53,7 +54,11 @@ int wrpPyj_mlof_FFFFFFFF_interop_wrappers(PyObject* module) {
     PyTypeObject* view = PyShlBufferView_Type();
     if (PyType_Ready(view) < 0)
         return fail_type(-1015, view->tp_name);
-    return add_to_module(module, view, "_ShlBufferView");
+    if (add_to_module(module, view, "_ShlBufferView") < 0)
+        return -1;
+    if (PyStreamWrapper_Ready() < 0)
+        return fail_type(-1015, PyStreamWrapper_Type()->tp_name);
+    return add_to_module(module, PyStreamWrapper_Type(), "_StreamWrapper");
 }
 
 #ifdef QRX_WITH_GENERATED_BINDINGS

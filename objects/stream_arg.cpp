@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 
+#include "builtins/stream_wrapper.h"
 #include "marshal/conv_errors.h"
 #include "module/ids.h"
 #include "module/pysh.h"
@@ -51,6 +52,12 @@ int fn_conv_py_stream_to_clr_stream(PyObject* obj, VariantArg* out) {
     }
     void* handle = nullptr;
     if (fn_conv_py_obj_to_clr_refobj_not_null_handle(obj, &handle)) {
+        // a wrapper of another type passes only when its managed object is a stream
+        int accepted = PyObject_TypeCheck(obj, PyStreamWrapper_Type()) ? 1 : PyStreamWrapper_IsAssignable(handle);
+        if (accepted < 0)
+            return 0;
+        if (!accepted)
+            return marshal_fail_typename(PyExc_TypeError, "can't build Stream from '%s'", obj);
         out->tag = 0;
         out->value = handle;
         return 1;
@@ -66,5 +73,5 @@ int fn_conv_py_stream_to_clr_stream(PyObject* obj, VariantArg* out) {
             return 1;
         }
     }
-    return marshal_fail_typename(PyExc_TypeError, "can't build Stream value from '%s'", obj);
+    return marshal_fail_typename(PyExc_TypeError, "can't build Stream from '%s'", obj);
 }

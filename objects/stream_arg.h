@@ -6,7 +6,8 @@
 
 #include "marshal/records.h"
 
-// None: tag 0, NULL. A wrapper of a managed object: tag 0 with its handle. An instance of
-// io.RawIOBase, io.BufferedIOBase or quorix.pyfund.BytesAsStream: tag 2, borrowed for the
-// call. Anything else: TypeError "can't build Stream value from '%s'". 1, or 0 with an error.
+// None: tag 0, NULL. A stream wrapper, or another wrapper whose managed object is a stream:
+// tag 0 with its handle. An instance of io.RawIOBase, io.BufferedIOBase or
+// quorix.pyfund.BytesAsStream: tag 2, borrowed for the call. Anything else: TypeError
+// "can't build Stream from '%s'". 1, or 0 with an error.
 int fn_conv_py_stream_to_clr_stream(PyObject* obj, VariantArg* out);

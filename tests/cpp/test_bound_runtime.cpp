@@ -316,7 +316,7 @@ TEST_F(BoundArguments, StreamsAreHandlesPythonFilesOrRefused) {
 
     PyShRef text = py_eval(ns.get(), "__import__('io').StringIO('abc')");
     EXPECT_EQ(fn_conv_py_stream_to_clr_stream(text.get(), &arg), 0);
-    EXPECT_EQ(describe(take_error().get()), "TypeError: can't build Stream value from '_io.StringIO'");
+    EXPECT_EQ(describe(take_error().get()), "TypeError: can't build Stream from '_io.StringIO'");
 }
 
 class ArgumentHolders : public PyTest {};

@@ -52,7 +52,7 @@ def test_overloads_report_every_candidate(doc):
         doc.save(42)
     (messages,) = raised.value.args
     assert isinstance(messages, list) and len(messages) == 5
-    assert messages[-1] == "can't build Stream value from 'int'"
+    assert messages[-1] == "can't build Stream from 'int'"
     with pytest.raises(TypeError) as raised:
         doc.save("x.docx", 20)  # a plain int never selects an enumeration overload
     assert "can't build SaveFormat value from 'int'" in raised.value.args[0]

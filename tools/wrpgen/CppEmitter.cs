@@ -305,7 +305,7 @@ public static class CppEmitter
                 w.Line("    PyShWrp_FreeGcHandlePtr(result);");
                 w.Line("    return nullptr;");
                 w.Line("}");
-                w.Line($"return {finish(result.Kind == ValueKind.Stream ? "PyShBound_WrapAsObject(result)" : $"{ToPy(result.Bound!)}(result)")};");
+                w.Line($"return {finish(result.Kind == ValueKind.Stream ? "PyStreamWrapper_FromHandle(result)" : $"{ToPy(result.Bound!)}(result)")};");
                 return;
         }
         w.Line($"{StubReturn(result)} result = {call});");
@@ -1035,7 +1035,7 @@ public static class CppEmitter
         w.Line();
         foreach (var inc in new[]
                  {
-                     "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_decimal.h", "marshal/conv_guid.h",
+                     "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_decimal.h", "marshal/conv_guid.h",
                      "marshal/conv_scalar.h", "marshal/conv_text.h", "marshal/conv_time.h", "marshal/conv_variant.h",
                      "marshal/conv_version.h", "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h",
                      "objects/enum_builder.h", "objects/handle_release.h", "objects/host_table.h", "objects/overload_dispatch.h",
