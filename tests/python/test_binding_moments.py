@@ -172,6 +172,7 @@ class TestVariants:
         (decimal.Decimal("1.50"), "Decimal:1.50"),
         (decimal.Decimal("2.5").as_tuple(), "Decimal:2.5"),
         (dt.datetime(2020, 1, 2, 3, 4, 5), "DateTime:01/02/2020 03:04:05"),
+        (dt.datetime(2020, 1, 2, 3, tzinfo=dt.timezone(dt.timedelta(hours=1))), "DateTime:01/02/2020 02:00:00"),
         (dt.date(2020, 1, 2), "DateTime:01/02/2020 00:00:00"),
         (dt.time(1, 2, 3), "TimeSpan:01:02:03"),
         (dt.timedelta(days=1, seconds=1), "TimeSpan:1.00:00:01"),

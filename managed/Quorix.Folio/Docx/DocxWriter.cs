@@ -27,7 +27,16 @@ internal static class DocxWriter
         // Nothing can have changed a document whose model was never built: its parts go back as stored.
         if (doc.Untouched)
         {
-            Zip(doc.Source!, output, options.CompressionLevel);
+            if (doc.LoadedPropertyParts is not { Dirty: true } changed)
+            {
+                Zip(doc.Source!, output, options.CompressionLevel);
+                return;
+            }
+            // only the property parts changed: the rest goes back as stored
+            var copy = doc.Source!.CloneShallow();
+            changed.WriteTo(copy);
+            copy.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, copy));
+            Zip(copy, output, options.CompressionLevel);
             return;
         }
         // Only a document without any section is completed; otherwise saving leaves the model as it is.
@@ -112,6 +121,7 @@ internal static class DocxWriter
             root.Add(Ns.RelOfficeDocument, main);
             WriteRels(pkg, root, force: true);
         }
+        doc.LoadedPropertyParts?.WriteTo(pkg);
         pkg.Defaults.TryAdd("rels", Ns.CtRels);
         pkg.Defaults.TryAdd("xml", "application/xml");
         pkg.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, pkg));

@@ -147,4 +147,10 @@ public sealed class ImageData
     public void Save(string fileName) => File.WriteAllBytes(fileName, bytes ?? throw new InvalidOperationException("The shape has no image."));
 
     public void Save(Stream stream) => stream.Write(bytes ?? throw new InvalidOperationException("The shape has no image."));
+
+    /// <summary>The image's bytes as a new read-only stream.</summary>
+    public Stream ToStream() => new MemoryStream(bytes ?? throw new InvalidOperationException("The shape has no image."), writable: false);
+
+    /// <summary>A copy of the image's bytes.</summary>
+    public byte[] ToByteArray() => (byte[])(bytes ?? throw new InvalidOperationException("The shape has no image.")).Clone();
 }

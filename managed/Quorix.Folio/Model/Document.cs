@@ -111,6 +111,20 @@ public sealed class Document : DocumentBase
 
     public CommentCollection Comments => new CommentCollection(this);
 
+    // The core, extended and custom property parts: read from the package on first use.
+    private Properties.PropertyParts? propertyParts;
+
+    internal Properties.PropertyParts PropertyParts => propertyParts ??= Properties.PropertyParts.Load(Source);
+
+    /// <summary>The property parts when something asked for them; a save needs no others.</summary>
+    internal Properties.PropertyParts? LoadedPropertyParts => propertyParts;
+
+    /// <summary>Title, author, dates, statistics and the other properties every document may carry.</summary>
+    public Properties.BuiltInDocumentProperties BuiltInDocumentProperties => new(this);
+
+    /// <summary>Properties the document's authors defined by name.</summary>
+    public Properties.CustomDocumentProperties CustomDocumentProperties => new(this);
+
     internal override bool CanHold(Node child) => child is Section;
 
     public SaveOutputParameters Save(string fileName) =>
@@ -173,6 +187,7 @@ public sealed class Document : DocumentBase
     {
         if (pending) BuildPending();
         var copy = new Document(empty: true) { Source = Source, MainPartName = MainPartName, Docx = Docx.Clone(), OriginalFileName = OriginalFileName, OriginalLoadFormat = OriginalLoadFormat };
+        copy.propertyParts = propertyParts?.Clone();
         foreach (var e in Styles.Head) copy.Styles.Head.Add(e.Clone());
         foreach (var s in Styles.All) copy.Styles.AddLoaded(s.Element.Clone());
         foreach (var e in Lists.Head) copy.Lists.Head.Add(e.Clone());

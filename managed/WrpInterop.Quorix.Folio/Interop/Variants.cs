@@ -106,9 +106,10 @@ public static unsafe class Variants
         }
     }
 
+    // The readers answer 0 with a Python error pending; a positive answer may carry more (naive 1, aware 2).
     private static void Check(int status)
     {
-        if (status != 1)
+        if (status <= 0)
             throw new PyErrorPendingException();
     }
 

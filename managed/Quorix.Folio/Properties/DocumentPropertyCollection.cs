@@ -1,0 +1,66 @@
+using System.Collections;
+
+namespace Quorix.Folio.Properties;
+
+/// <summary>The properties of a document of one family (built-in or custom), found by name or position.</summary>
+public abstract class DocumentPropertyCollection : IEnumerable<DocumentProperty>
+{
+    private protected readonly Document doc;
+
+    private protected DocumentPropertyCollection(Document doc) => this.doc = doc;
+
+    private protected PropertyParts Parts => doc.PropertyParts;
+
+    /// <summary>The properties the document holds now, in their order in the part.</summary>
+    private protected abstract List<DocumentProperty> Items();
+
+    public int Count => Items().Count;
+
+    public DocumentProperty? this[string name] => Get(name);
+
+    public DocumentProperty this[int index] => Get(index);
+
+    /// <summary>The property of that name (names compare without regard to case), or null.</summary>
+    public DocumentProperty? Get(string name)
+    {
+        ArgumentNullException.ThrowIfNull(name);
+        return Items().Find(p => string.Equals(p.Name, name, StringComparison.OrdinalIgnoreCase));
+    }
+
+    public DocumentProperty Get(int index)
+    {
+        var items = Items();
+        if (index < 0 || index >= items.Count)
+            throw new ArgumentOutOfRangeException(nameof(index), $"There are {items.Count} properties, no index {index}.");
+        return items[index];
+    }
+
+    public bool Contains(string name) => Get(name) != null;
+
+    public int IndexOf(string name)
+    {
+        ArgumentNullException.ThrowIfNull(name);
+        return Items().FindIndex(p => string.Equals(p.Name, name, StringComparison.OrdinalIgnoreCase));
+    }
+
+    /// <summary>Looks a property up by name, the way a dictionary's TryGetValue does.</summary>
+    public bool TryGetValue(string name, out object? value)
+    {
+        value = Get(name)?.Value;
+        return value != null;
+    }
+
+    public abstract void Remove(string name);
+
+    public void RemoveAt(int index) => Remove(Get(index).Name);
+
+    public void Clear()
+    {
+        foreach (var p in Items())
+            Remove(p.Name);
+    }
+
+    public IEnumerator<DocumentProperty> GetEnumerator() => Items().GetEnumerator();
+
+    IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();
+}
