@@ -1,7 +1,9 @@
 // The yardstick of the call-overhead benchmark: a plain C extension doing the same shapes of
 // work as the bound calls (a float and a str attribute, a method taking one str, a call that
-// returns a new object, a static method taking an enumeration member), with nothing behind them.
+// returns a new object, a static method taking an enumeration member, a datetime and a Decimal
+// built afresh on each get), with nothing behind them.
 #include <Python.h>
+#include <datetime.h>
 
 namespace {
 
@@ -12,6 +14,7 @@ struct RefObject {
 };
 
 PyTypeObject RefType = {PyVarObject_HEAD_INIT(nullptr, 0)};
+PyObject* DecimalType = nullptr;  // decimal.Decimal, imported with the module
 
 PyObject* ref_new(PyTypeObject* type, PyObject*, PyObject*) {
     auto* self = reinterpret_cast<RefObject*>(type->tp_alloc(type, 0));
@@ -30,6 +33,22 @@ void ref_dealloc(PyObject* self) {
 PyObject* get_size(PyObject* self, void*) { return PyFloat_FromDouble(reinterpret_cast<RefObject*>(self)->size); }
 
 PyObject* get_name(PyObject* self, void*) { return Py_NewRef(reinterpret_cast<RefObject*>(self)->name); }
+
+// The same object a bound DateTime property of kind UTC gives: built from its fields each time.
+PyObject* get_created(PyObject*, void*) {
+    return PyDateTimeAPI->DateTime_FromDateAndTime(2024, 2, 29, 13, 14, 15, 123456, PyDateTimeAPI->TimeZone_UTC,
+                                                   PyDateTimeAPI->DateTimeType);
+}
+
+// The same object a bound Decimal property gives: Decimal('12.50'), built from text each time.
+PyObject* get_amount(PyObject*, void*) {
+    PyObject* text = PyUnicode_FromStringAndSize("1250E-2", 7);
+    if (text == nullptr)
+        return nullptr;
+    PyObject* value = PyObject_CallOneArg(DecimalType, text);
+    Py_DECREF(text);
+    return value;
+}
 
 // Reads the argument the way a bound call does: the str's own storage, no copy.
 PyObject* write(PyObject*, PyObject* text) {
@@ -54,6 +73,8 @@ PyObject* width_of(PyObject*, PyObject* member) {
 PyGetSetDef ref_getset[] = {
     {"size", get_size, nullptr, nullptr, nullptr},
     {"name", get_name, nullptr, nullptr, nullptr},
+    {"created", get_created, nullptr, nullptr, nullptr},
+    {"amount", get_amount, nullptr, nullptr, nullptr},
     {nullptr, nullptr, nullptr, nullptr, nullptr},
 };
 
@@ -78,6 +99,16 @@ PyMODINIT_FUNC PyInit_qrx_benchref() {
     RefType.tp_getset = ref_getset;
     RefType.tp_methods = ref_methods;
     if (PyType_Ready(&RefType) < 0)
+        return nullptr;
+    PyDateTime_IMPORT;
+    if (PyDateTimeAPI == nullptr)
+        return nullptr;
+    PyObject* decimal = PyImport_ImportModule("decimal");
+    if (decimal == nullptr)
+        return nullptr;
+    DecimalType = PyObject_GetAttrString(decimal, "Decimal");
+    Py_DECREF(decimal);
+    if (DecimalType == nullptr)
         return nullptr;
     PyObject* module = PyModule_Create(&ref_module);
     if (module != nullptr && PyModule_AddType(module, &RefType) < 0) {

@@ -18,6 +18,25 @@ constexpr int kMaxMantissaDigits = 29;  // 2^96 - 1 has 29 decimal digits
 constexpr uint128 kMantissaEnd = uint128(1) << 96;
 constexpr uint32_t kSignBit = 0x80000000u;
 
+// decimal.Decimal by name: found in the loaded module on the usual path, imported otherwise.
+// New reference, or NULL with an error.
+PyObject*
+decimal_type()
+{
+    PyShRef module(PyImport_GetModule(PyWrpIdModuleName_Decimal));
+    if (module) {
+        PyObject* type = PyObject_GetAttr(module.get(), PyWrpIdTypeName_Decimal);
+        if (type != nullptr && PyType_Check(type))
+            return type;
+        Py_XDECREF(type);
+        PyErr_Clear();  // the import below reports what is wrong
+    }
+    else if (PyErr_Occurred()) {
+        return nullptr;
+    }
+    return PyShImport_ImportType(PyWrpIdModuleName_Decimal, PyWrpIdTypeName_Decimal);
+}
+
 [[gnu::cold, gnu::noinline]] int
 fail_too_large()
 {
@@ -209,29 +228,30 @@ fn_conv_clr_decimal_to_py_decimal(const PyDecimalArg* value)
     int scale = static_cast<int>((flags >> 16) & 0xFF);
     uint128 mantissa = (uint128(value->hi32) << 64) | value->lo64;
 
-    uint8_t reversed[kMaxMantissaDigits + 1];
-    int count = 0;
+    // "[-]<digits>E-<scale>": the decimal module keeps that exponent, so 12.50 stays 12.50.
+    char text[1 + kMaxMantissaDigits + 5];
+    char* end = text + sizeof text;
+    char* p = end;
+    if (scale > 0) {
+        *--p = static_cast<char>('0' + scale % 10);
+        if (scale >= 10)
+            *--p = static_cast<char>('0' + scale / 10);
+        *--p = '-';
+        *--p = 'E';
+    }
     do {
-        reversed[count++] = static_cast<uint8_t>(mantissa % 10);
+        *--p = static_cast<char>('0' + static_cast<int>(mantissa % 10));
         mantissa /= 10;
     } while (mantissa != 0);
-
-    PyShRef digits(PyTuple_New(count));
+    if (flags & kSignBit)
+        *--p = '-';
+    PyShRef digits(PyUnicode_FromStringAndSize(p, end - p));
     if (!digits)
         return nullptr;
-    for (int i = 0; i < count; ++i) {
-        PyObject* digit = PyLong_FromLong(reversed[count - 1 - i]);
-        if (digit == nullptr)
-            return nullptr;
-        PyTuple_SET_ITEM(digits.get(), i, digit);
-    }
-    PyShRef parts(Py_BuildValue("(iOi)", (flags & kSignBit) ? 1 : 0, digits.get(), -scale));
-    if (!parts)
-        return nullptr;
-    PyShRef type(PyShImport_ImportType(PyWrpIdModuleName_Decimal, PyWrpIdTypeName_Decimal));
+    PyShRef type(decimal_type());
     if (!type)
         return nullptr;
-    return PyObject_CallOneArg(type.get(), parts.get());
+    return PyObject_CallOneArg(type.get(), digits.get());
 }
 
 int

@@ -3,6 +3,7 @@
 // stream arguments and the argument holders that must give back what they borrowed.
 #include <cstring>
 
+#include "builtins/stream_wrapper.h"
 #include "host/managed_binding.h"
 #include "marshal/conv_bytes.h"
 #include "marshal/conv_text.h"
@@ -307,11 +308,20 @@ TEST_F(BoundArguments, StreamsAreHandlesPythonFilesOrRefused) {
     EXPECT_EQ(arg.tag, 0);
     EXPECT_EQ(arg.value, nullptr);
 
+    // A stream wrapper passes its handle as it is; another wrapper must be asked about, which
+    // needs the stream table: without a runtime that is the table's error, never a guess.
+    ASSERT_EQ(PyStreamWrapper_Ready(), 0);
+    PyShRef stream(PyType_GenericNew(PyStreamWrapper_Type(), nullptr, nullptr));
+    PyShBound_SetHandle(stream.get(), fake_handle(5), HandleKind_Object);
+    ASSERT_EQ(fn_conv_py_stream_to_clr_stream(stream.get(), &arg), 1);
+    EXPECT_EQ(arg.tag, 0);
+    EXPECT_EQ(arg.value, fake_handle(5));
+    PyShBound_SetHandle(stream.get(), nullptr, HandleKind_Object);
+
     PyShRef wrapper(PyType_GenericNew(fake_sealed_type(), nullptr, nullptr));
     PyShBound_SetHandle(wrapper.get(), fake_handle(4), HandleKind_Object);
-    ASSERT_EQ(fn_conv_py_stream_to_clr_stream(wrapper.get(), &arg), 1);
-    EXPECT_EQ(arg.tag, 0);
-    EXPECT_EQ(arg.value, fake_handle(4));
+    EXPECT_EQ(fn_conv_py_stream_to_clr_stream(wrapper.get(), &arg), 0);
+    EXPECT_NE(describe(take_error().get()).find("SiApiStream"), std::string::npos);
     PyShBound_SetHandle(wrapper.get(), nullptr, HandleKind_Object);
 
     PyShRef text = py_eval(ns.get(), "__import__('io').StringIO('abc')");
