@@ -246,10 +246,10 @@ public static partial class CSharpEmitter
                     continue;
             }
             declarations.Add($"{ParameterType(p.Type)} {name}");
-            if (p.Type.Kind == ValueKind.Stream)
+            if (Lender(p.Type.Kind) is { } lender)
             {
-                prelude.Add($"var arg{i} = StubValues.StreamOf({name}, out var own{i});");
-                // the Python file stays open: it is the caller's; what was written must reach it
+                prelude.Add($"var arg{i} = {lender}({name}, out var own{i});");
+                // a lent Python object stays the caller's: the adapter ends with the call (a file is flushed)
                 flushes.Add($"own{i}?.EndCall();");
                 call.Add($"arg{i}");
             }
@@ -260,6 +260,16 @@ public static partial class CSharpEmitter
         }
         return new Args(declarations, prelude, flushes, string.Join(", ", call));
     }
+
+    /// <summary>The function that turns a lent Python object into its managed adapter, for the kinds passed that way.</summary>
+    private static string? Lender(ValueKind kind) => kind switch
+    {
+        ValueKind.Stream => "StubValues.StreamOf",
+        ValueKind.Enumerable => "PyCollections.EnumerableOf",
+        ValueKind.Collection => "PyCollections.CollectionOf",
+        ValueKind.List => "PyCollections.ListOf",
+        _ => null,
+    };
 
     /// <summary>The record a value kind crosses in, passed by pointer; null for kinds passed as a plain scalar.</summary>
     private static string? Record(ValueKind kind) => kind switch
@@ -289,7 +299,7 @@ public static partial class CSharpEmitter
         ValueKind.String => "PyStringArg*",
         ValueKind.Bytes => "PyBytesArg*",
         ValueKind.Class or ValueKind.Struct or ValueKind.Interface => "IntPtr",
-        ValueKind.Stream or ValueKind.Object => "VariantArg*",
+        ValueKind.Stream or ValueKind.Object or ValueKind.Enumerable or ValueKind.Collection or ValueKind.List => "VariantArg*",
         ValueKind.Regex => "PyRegexArg*",
         _ when Record(type.Kind) is { } record => record + "*",
         _ => throw new GeneratorException($"no parameter form for {type}"),

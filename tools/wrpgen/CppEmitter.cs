@@ -173,6 +173,9 @@ public static class CppEmitter
             ValueKind.Bytes => new("PyBytesArg*", $"PyShBytesHolder {v};", "fn_conv_py_bytes_to_clr_bytes", $"&{v}.arg", $"{v}.get()"),
             ValueKind.Stream => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_stream_to_clr_stream", $"&{v}", $"&{v}"),
             ValueKind.Object => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_variant_to_clr_variant", $"&{v}", $"&{v}"),
+            ValueKind.Enumerable => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_iterable_to_clr_enumerable", $"&{v}", $"&{v}"),
+            ValueKind.Collection => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_sequence_to_clr_collection", $"&{v}", $"&{v}"),
+            ValueKind.List => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_sequence_to_clr_list", $"&{v}", $"&{v}"),
             ValueKind.Regex => new("PyRegexArg*", $"PyShRegexHolder {v};", "fn_conv_py_pattern_to_clr_regex", $"&{v}.arg", $"{v}.get()"),
             ValueKind.TimeSpan => new("int64_t", $"int64_t {v} = 0;", "fn_conv_py_datetimedelta_to_clr_timespan", $"&{v}", v),
             ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version =>
@@ -1035,11 +1038,12 @@ public static class CppEmitter
         w.Line();
         foreach (var inc in new[]
                  {
-                     "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_decimal.h", "marshal/conv_guid.h",
-                     "marshal/conv_scalar.h", "marshal/conv_text.h", "marshal/conv_time.h", "marshal/conv_variant.h",
-                     "marshal/conv_version.h", "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h",
-                     "objects/enum_builder.h", "objects/handle_release.h", "objects/host_table.h", "objects/overload_dispatch.h",
-                     "objects/stream_arg.h", "objects/value_args.h", "objects/wrapper_slots.h",
+                     "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_decimal.h",
+                     "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h", "marshal/conv_time.h",
+                     "marshal/conv_variant.h", "marshal/conv_version.h", "objects/bound_args.h", "objects/bound_class.h",
+                     "objects/bound_registration.h", "objects/collection_arg.h", "objects/enum_builder.h",
+                     "objects/handle_release.h", "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h",
+                     "objects/value_args.h", "objects/wrapper_slots.h",
                  })
             w.Line($"#include \"{inc}\"");
         w.Line();

@@ -10,6 +10,7 @@ public enum ValueKind
     Void, Bool, Char, SByte, Byte, Int16, UInt16, Int32, UInt32, Int64, UInt64, Single, Double,
     String, Bytes, Class, Struct, Interface, Enum, Stream,
     DateTime, DateTimeOffset, TimeSpan, Decimal, Guid, Version, Object, Regex,
+    Enumerable, Collection, List,
 }
 
 /// <summary>How a parameter passes: by value, or from Python as a one-element list (ref, out).</summary>
@@ -62,6 +63,9 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
         ValueKind.Version => "version",
         ValueKind.Object => "object",
         ValueKind.Regex => "regex",
+        ValueKind.Enumerable => "enumerable",
+        ValueKind.Collection => "collection",
+        ValueKind.List => "list",
         _ => "?",
     };
 }

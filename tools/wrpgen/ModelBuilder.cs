@@ -647,7 +647,14 @@ public sealed class ModelBuilder
         ["System.Guid"] = ValueKind.Guid,
         ["System.Version"] = ValueKind.Version,
         ["System.Text.RegularExpressions.Regex"] = ValueKind.Regex,
+        ["System.Collections.IEnumerable"] = ValueKind.Enumerable,
+        ["System.Collections.ICollection"] = ValueKind.Collection,
+        ["System.Collections.IList"] = ValueKind.List,
     };
+
+    // Kinds that Python values stand in for only while a call runs: there is no way back.
+    private static readonly HashSet<ValueKind> ParameterOnly =
+        [ValueKind.Regex, ValueKind.Enumerable, ValueKind.Collection, ValueKind.List];
 
     // Nullable<T> crosses for these: None stands for no value.
     private static readonly HashSet<ValueKind> NullableKinds =
@@ -671,7 +678,7 @@ public sealed class ModelBuilder
         bool isOut = (attributes & ParameterAttributes.Out) != 0 && (attributes & ParameterAttributes.In) == 0;
         if ((attributes & ParameterAttributes.In) != 0 && !isOut)
             return element;
-        if (element.Kind is ValueKind.Stream or ValueKind.Regex)
+        if (element.Kind == ValueKind.Stream || ParameterOnly.Contains(element.Kind))
             return Fail(out why, $"{t}: by-reference {element} values are not carried");
         return element with { Mode = isOut ? PassMode.Out : PassMode.Ref };
     }
@@ -736,7 +743,7 @@ public sealed class ModelBuilder
                 return null;
             case SigKind.Named when FrameworkValues.TryGetValue(t.FullName, out var framework):
                 // a Python pattern becomes a managed Regex; there is no way back that keeps its meaning
-                if (framework == ValueKind.Regex && !isParameter)
+                if (ParameterOnly.Contains(framework) && !isParameter)
                     return Fail(out why, $"{t.FullName} crosses only as a parameter");
                 return new CarriedType(framework);
             case SigKind.Named when t.FullName == StreamType:

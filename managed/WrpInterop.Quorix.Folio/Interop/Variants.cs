@@ -24,7 +24,8 @@ public static unsafe class Variants
     /// <summary>The managed value a classified Python value stands for; a pending Python error throws <see cref="PyErrorPendingException"/>.</summary>
     public static object? ToManaged(VariantArg* arg) => ToManaged(arg->Tag, arg->Value);
 
-    private static object? ToManaged(int tag, IntPtr obj)
+    /// <summary>The managed value of a Python value lent with its classification tag.</summary>
+    public static object? ToManaged(int tag, IntPtr obj)
     {
         switch (tag)
         {
@@ -199,6 +200,18 @@ public static unsafe class Variants
         result->Tag = value.GetType().IsValueType ? VariantArg.TagStructHandle : VariantArg.TagHandle;
         result->Value = Handles.New(value);
     }
+
+    /// <summary>A managed value as a new Python object: its Python kind, or a wrapper; zero with an error pending.</summary>
+    public static IntPtr ToPython(object? value)
+    {
+        VariantArg record = default;
+        SetResult(&record, value);
+        if (record.Tag == VariantArg.TagPyObject)
+            return record.Value;
+        return ((delegate* unmanaged<VariantArg*, IntPtr>)Slot(WriteTable, WriteObject))(&record);
+    }
+
+    private const int WriteTable = 1, WriteObject = 0;
 
     private static bool IsPythonValue(object value) => value is bool or int or short or sbyte or byte or ushort or uint
         or long or ulong or float or double or char or string or byte[] or decimal or DateTime or DateTimeOffset
