@@ -24,6 +24,8 @@ namespace Quorix.Folio
 
         public void Shift(ref DateTime when, in TimeSpan by) { }
         public int Count(Regex pattern) => 0;
+        public int Sum(System.Collections.IEnumerable items, System.Collections.IList into) => 0;
+        public System.Collections.IList? Kept => null;
         public void Swap(ref Stream stream) { }
 
         public Regex? Pattern => null;

@@ -76,6 +76,26 @@ public static unsafe class WrpCs_Stamp_B38C403D
     }
 
     [UnmanagedCallersOnly]
+    public static int call_000_Sum(IntPtr self, VariantArg* @items, VariantArg* @into)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Stamp)Handles.Target(self);
+            var arg0 = PyCollections.EnumerableOf(@items, out var own0);
+            var arg1 = PyCollections.ListOf(@into, out var own1);
+            var r = target.Sum(arg0, arg1);
+            own0?.EndCall();
+            own1?.EndCall();
+            return r;
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void get_When(IntPtr self, PyDateTimeArg* result)
     {
         try
