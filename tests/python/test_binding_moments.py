@@ -157,6 +157,11 @@ class TestNullablesPropertiesAndStatics:
     def test_static_values_come_back_as_python_values(self):
         assert bt.Stamped.epoch == dt.datetime(1970, 1, 1, tzinfo=UTC)
         assert bt.Stamped.rate == decimal.Decimal("0.25")
+        assert bt.Stamped.shared == 3
+        marker = bt.Stamped.marker
+        assert str(marker.get_type()) == "Quorix.BindTest.Node"
+        bt.Stamped.set_shared(dt.timedelta(seconds=5))
+        assert bt.Stamped.shared == dt.timedelta(seconds=5)
 
 
 class TestVariants:

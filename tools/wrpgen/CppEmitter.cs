@@ -749,6 +749,7 @@ public static class CppEmitter
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface =>
                 $"return PyShBound_StaticValue(value, &{TypeObject(s.Type.Bound!)}, {HandleKind(s.Type.Bound!)});",
             ValueKind.Enum => $"return PyShEnum_FromPyLong({TypeObject(s.Type.Bound!)}, PyShBound_StaticValue(value, nullptr, 0));",
+            ValueKind.Object when !s.Type.IsNullable => "return PyShBound_ObjectResult(value);",
             _ => "return PyShBound_StaticValue(value, nullptr, 0);",
         });
         w.Dedent();
