@@ -99,10 +99,12 @@ public static class PyiEmitter
 
         private string Ref(TypeModel t) => Ref(t.Module, t.Name);
 
-        private string Typing(string name)
+        private string Typing(string name) => Imported("typing", name);
+
+        private string Imported(string module, string name)
         {
-            Imports.Add("typing");
-            return "typing." + name;
+            Imports.Add(module);
+            return module + "." + name;
         }
 
         private static bool IsReference(ValueKind kind) =>
@@ -121,8 +123,25 @@ public static class PyiEmitter
         private string ResultType(CarriedType c, NullState state) =>
             ValueType(c) + (IsReference(c.Kind) && state == NullState.MayBeNull ? " | None" : "");
 
-        private string ValueType(CarriedType c) => c.Kind switch
+        private string ValueType(CarriedType c)
         {
+            if (c.Mode != PassMode.Value)
+                return $"list[{ValueType(c.Element)}]";
+            string plain = PlainType(c);
+            return c.IsNullable ? plain + " | None" : plain;
+        }
+
+        private string PlainType(CarriedType c) => c.Kind switch
+        {
+            ValueKind.DateTime or ValueKind.DateTimeOffset => Imported("datetime", "datetime"),
+            ValueKind.TimeSpan => Imported("datetime", "timedelta"),
+            ValueKind.Decimal => Imported("decimal", "Decimal"),
+            ValueKind.Guid => Imported("uuid", "UUID"),
+            ValueKind.Version => "tuple[int, ...] | None",
+            ValueKind.Object => Typing("Any"),
+            ValueKind.Regex => $"{Imported("re", "Pattern")}[str] | str",
+            ValueKind.Enumerable => $"{Typing("Iterable")}[{Typing("Any")}]",
+            ValueKind.Collection or ValueKind.List => $"{Typing("Sequence")}[{Typing("Any")}]",
             ValueKind.Void => "None",
             ValueKind.Bool => "bool",
             ValueKind.Char or ValueKind.String => "str",
@@ -296,6 +315,10 @@ public static class PyiEmitter
             ValueKind.Bytes => "bytes",
             ValueKind.Stream => "stream",
             ValueKind.Void => "None",
+            ValueKind.DateTime or ValueKind.DateTimeOffset => "datetime",
+            ValueKind.TimeSpan or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version or ValueKind.Object
+                or ValueKind.Regex => kind.ToString(),
+            ValueKind.Enumerable or ValueKind.Collection or ValueKind.List => "iterable",
             _ => "int",
         };
 
