@@ -49,6 +49,7 @@ EXPECT = {
     "detect_file_format": ["DOCX False"],
     "LANDSCAPE": ["LANDSCAPE Arial 11.0"],
     "MARKDOWN)\n": ["# Quarterly report"],
+    "try_get_value": ["12.50 2026-01-02T09:30:00+00:00", "True"],
 }
 
 
