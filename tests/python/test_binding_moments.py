@@ -60,6 +60,14 @@ class TestDateTime:
         assert raised(M.date_time, "2000-01-01") == ("TypeError", "can't build DateTime from 'str'")
         assert raised(M.date_time, None) == ("TypeError", "can't build DateTime from 'NoneType'")
 
+    def test_times_of_day_carry_no_date_and_wrap_around_midnight_by_their_offset(self):
+        assert M.ticks(dt.time(1, 2)) == "0|Unspecified"  # a naive time gives no ticks at all
+        plus_two = dt.time(1, 2, tzinfo=dt.timezone(dt.timedelta(hours=2)))
+        assert M.ticks(plus_two) == f"{23 * TICKS_PER_HOUR + 2 * 600_000_000}|Utc"
+        minus_two = dt.time(23, tzinfo=dt.timezone(dt.timedelta(hours=-2)))
+        assert M.ticks(minus_two) == f"{TICKS_PER_HOUR}|Utc"
+        assert raised(M.date_time_offset, dt.time(1)) == ("ValueError", "The tzinfo property of a given time should not be None")
+
     def test_offsets_need_an_aware_value_and_keep_wall_clock_and_offset(self):
         value = dt.datetime(2020, 5, 6, 7, 8, 9, 10, tzinfo=dt.timezone(dt.timedelta(hours=-5, minutes=-30)))
         assert M.date_time_offset(value) == value
