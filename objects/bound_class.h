@@ -44,6 +44,17 @@ int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_n
 // A new wrapper of `type` owning `handle` (kind as given), None for NULL, or NULL (handle freed).
 PyObject* PyShBound_ConvClrToPy(void* handle, PyTypeObject* type, int32_t kind);
 
+// A new wrapper owning `handle` (an object handle), None for NULL, or NULL (handle freed). Its
+// type is `index_table[index]`, the most derived bound type of the object as the managed side
+// found it, or `type` (the result's static type) when the index is out of range (-1: no bound
+// type more derived than the static one).
+inline PyObject* PyShBound_ConvClrToPyIndexed(void* handle, int32_t index, PyTypeObject* type,
+                                              PyTypeObject* const* index_table, int32_t count) {
+    if (static_cast<uint32_t>(index) < static_cast<uint32_t>(count))
+        type = index_table[index];
+    return PyShBound_ConvClrToPy(handle, type, HandleKind_Object);
+}
+
 // A handle of a managed object of no bound type, wrapped as quorix.pyintro.Object; None
 // for NULL; NULL with an error (handle freed).
 PyObject* PyShBound_WrapAsObject(void* handle);

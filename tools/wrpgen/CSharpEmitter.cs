@@ -14,7 +14,36 @@ public static partial class CSharpEmitter
 
     /// <summary>The source files of the model, in registration order: file name and text.</summary>
     public static IReadOnlyList<(string FileName, string Text)> Emit(AssemblyModel model) =>
-        model.Types.Select(t => (SimpleName(t.StubClass) + ".cs", EmitType(t))).ToList();
+        model.Types.Select(t => (SimpleName(t.StubClass) + ".cs", EmitType(t)))
+            .Append((TypeIndexFile, EmitTypeIndex(model)))
+            .ToList();
+
+    public const string TypeIndexFile = "WrpTypeIndex.cs";
+
+    // The managed half of the bound type index; the native half is the registration's type array.
+    private static string EmitTypeIndex(AssemblyModel model)
+    {
+        var w = new Writer();
+        w.Line(Header);
+        w.Line("#nullable disable");
+        w.Line("using System;");
+        w.Line("using System.Runtime.CompilerServices;");
+        w.Line("");
+        w.Line("namespace Quorix.WrpGen.Interop;");
+        w.Line("");
+        w.Line("internal static class WrpTypeIndex");
+        w.Open();
+        w.Line("#pragma warning disable CA2255 // the index must exist before the first stub runs");
+        w.Line("[ModuleInitializer]");
+        w.Line("internal static void Register() => TypeIndex.Register(new Type[]");
+        w.Open();
+        foreach (var t in model.IndexedTypes())
+            w.Line($"typeof({Managed(t)}),");
+        w.Close();
+        w.Line(");");
+        w.Close();
+        return w.ToString();
+    }
 
     /// <summary>
     /// Writes the files into <paramref name="folder"/>, leaving files whose text is unchanged
@@ -393,6 +422,8 @@ public static partial class CSharpEmitter
             ValueKind.Bytes => ("IntPtr", null, "return StubValues.BytesOrNone(r);"),
             ValueKind.Enum => ("int", null, "return (int)r;"),
             ValueKind.TimeSpan => ("long", null, "return r.Ticks;"),
+            ValueKind.Class or ValueKind.Interface when type.Bound!.IsPolymorphic =>
+                ("int", "IntPtr* result", "*result = Handles.New(r);\nreturn TypeIndex.Of(r);"),
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream =>
                 ("void", "IntPtr* result", "*result = Handles.New(r);"),
             ValueKind.Object => ("void", "VariantArg* result", "Variants.SetResult(result, r);"),

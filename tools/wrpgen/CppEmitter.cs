@@ -28,8 +28,16 @@ public static class CppEmitter
         var bindings = new CppWriter();
         bindings.Line("#pragma once");
         bindings.Line();
+        bindings.Line("#include <Python.h>");
+        bindings.Line();
+        bindings.Line("#include <cstdint>");
+        bindings.Line();
         foreach (var g in groups)
             bindings.Line($"#include \"{FileBase(g.Module)}.h\"");
+        bindings.Line();
+        bindings.Line("// Bound type index -> type object: the wrapper type of a result whose object is of a derived type.");
+        bindings.Line($"extern PyTypeObject* const {IndexTable(model)}[];");
+        bindings.Line($"constexpr int32_t {IndexTable(model)}_count = {model.IndexedTypes().Count()};");
         files[BindingsHeader] = bindings.ToString();
 
         foreach (var g in groups)
@@ -69,6 +77,8 @@ public static class CppEmitter
 
     public static string RegisterFunction(AssemblyModel model) => $"wrpPyj_mlof_{TypeHash.Of(model.RootModule)}_register";
 
+    public static string IndexTable(AssemblyModel model) => $"wrpPyj_tyix_{TypeHash.Of(model.RootModule)}";
+
     private static bool IsEmitted(TypeModel t) => t.Kind is TypeKind.Class or TypeKind.StaticClass or TypeKind.Struct
         or TypeKind.Interface or TypeKind.Enum;
 
@@ -86,6 +96,7 @@ public static class CppEmitter
     private static string Table(TypeModel t) => "PyHost_cs_" + Id(t);
     private static string TypeObject(TypeModel t) => "wrpPy_tyds_" + Id(t);
     private static string ToPy(TypeModel t) => "wrpPy_conv_clr_to_py_" + Id(t);
+    private static string ToPyIndexed(TypeModel t) => "wrpPy_conv_clr_to_py_ix_" + Id(t);
     private static string ToClr(TypeModel t) => "wrpPy_conv_py_to_clr_" + Id(t);
     private static string Invalidate(TypeModel t) => $"wrpPy_uafn_{Id(t)}_invalidate";
     private static string Query(TypeModel t) => $"wrpPy_bltp_{Id(t)}_is_not_valid";
@@ -246,9 +257,13 @@ public static class CppEmitter
     private static bool ReturnsHandle(CarriedType t) =>
         !t.IsNullable && t.Kind is ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream;
 
+    private static bool ReturnsIndexedHandle(CarriedType t) =>
+        !t.IsNullable && t.Kind is ValueKind.Class or ValueKind.Interface && t.Bound!.IsPolymorphic;
+
     /// <summary>The stub's C++ return type (handles and records come back through a trailing out-slot instead).</summary>
     private static string StubReturn(CarriedType t) => t.Kind switch
     {
+        _ when ReturnsIndexedHandle(t) => "int32_t",
         _ when ResultRecord(t) is not null => "void",
         ValueKind.Void => "void",
         ValueKind.String or ValueKind.Bytes => "PyObject*",
@@ -300,6 +315,15 @@ public static class CppEmitter
                 return;
             case ValueKind.String or ValueKind.Bytes:
                 w.Line($"return {finish($"PyShBound_PassResult({call}))")};");
+                return;
+            case var _ when ReturnsIndexedHandle(result):
+                w.Line("void* result = nullptr;");
+                w.Line($"int32_t index = {call}{sep}&result);");
+                w.Line("if (PyErr_Occurred()) {");
+                w.Line("    PyShWrp_FreeGcHandlePtr(result);");
+                w.Line("    return nullptr;");
+                w.Line("}");
+                w.Line($"return {finish($"{ToPyIndexed(result.Bound!)}(result, index)")};");
                 return;
             case var _ when ReturnsHandle(result):
                 w.Line("void* result = nullptr;");
@@ -778,7 +802,7 @@ public static class CppEmitter
 
     // ---- whole types
 
-    private static void EmitClass(CppWriter w, TypeModel t, HashSet<string> hidden, CppEmitOptions options)
+    private static void EmitClass(CppWriter w, TypeModel t, HashSet<string> hidden, CppEmitOptions options, string indexTable)
     {
         string id = Id(t);
         w.Line($"// ---- {t.FullName}");
@@ -886,6 +910,13 @@ public static class CppEmitter
         w.Line();
         w.Line($"PyObject* {ToPy(t)}(void* handle) {{ return PyShBound_ConvClrToPy(handle, &{TypeObject(t)}, {HandleKind(t)}); }}");
         w.Line();
+        if (t.IsPolymorphic)
+        {
+            w.Line($"PyObject* {ToPyIndexed(t)}(void* handle, int32_t index) {{");
+            w.Line($"    return PyShBound_ConvClrToPyIndexed(handle, index, &{TypeObject(t)}, {indexTable}, {indexTable}_count);");
+            w.Line("}");
+            w.Line();
+        }
         string init = t.Constructors.Count > 0 ? $"wrpPy_tpsb_{id}_tp_init" : "nullptr";
         string baseType = t.Base is null ? "nullptr" : "&" + TypeObject(t.Base);
         string extra = HasPostCreation(t) ? Eypi(t) : "nullptr";
@@ -1020,6 +1051,8 @@ public static class CppEmitter
                     w.Line($"int {Eypi(t)}();");
                 w.Line($"int {ToClr(t)}(PyObject* obj, void** out);");
                 w.Line($"PyObject* {ToPy(t)}(void* handle);");
+                if (t.IsPolymorphic)
+                    w.Line($"PyObject* {ToPyIndexed(t)}(void* handle, int32_t index);");
             }
             w.Line($"bool {Invalidate(t)}();");
             w.Line($"bool {Query(t)}(std::string& message);");
@@ -1061,7 +1094,7 @@ public static class CppEmitter
             if (t.Kind == TypeKind.Enum)
                 EmitEnum(w, t, options);
             else
-                EmitClass(w, t, HiddenNames(model, t), options);
+                EmitClass(w, t, HiddenNames(model, t), options, IndexTable(model));
         }
         return w.ToString();
     }
@@ -1101,6 +1134,14 @@ public static class CppEmitter
         foreach (var m in model.Modules)
             w.Line($"    {Quote(m.PythonName)},");
         w.Line("    nullptr,");
+        w.Line("};");
+        w.Line();
+        var indexed = model.IndexedTypes().ToList();
+        w.Line($"PyTypeObject* const {IndexTable(model)}[] = {{");
+        foreach (var t in indexed)
+            w.Line($"    &{TypeObject(t)},");
+        if (indexed.Count == 0)
+            w.Line("    nullptr,");
         w.Line("};");
         w.Line();
         w.Line("// Bases come before the classes derived from them.");

@@ -142,6 +142,11 @@ public sealed class TypeModel
     /// <summary>The nearest bound ancestor class, or null when the Python base is the plain wrapper.</summary>
     public TypeModel? Base { get; internal set; }
     public bool IsFlags { get; internal set; }
+    /// <summary>
+    /// A value of this static type may be an object of another bound type (a derived class, or a
+    /// class implementing the interface): results of it carry the bound type index of the object.
+    /// </summary>
+    public bool IsPolymorphic { get; internal set; }
     public string Underlying { get; internal set; } = "";
 
     public List<ConstructorModel> Constructors { get; } = [];
@@ -187,4 +192,10 @@ public sealed class AssemblyModel
     /// <summary>Bound types in registration order: every class after its bound base.</summary>
     public List<TypeModel> Types { get; } = [];
     public List<SkippedMember> Skipped { get; } = [];
+
+    /// <summary>
+    /// The classes in registration order: a class's position is the bound type index the managed
+    /// stubs hand back with a handle. (A boxed structure behind an interface keeps the interface.)
+    /// </summary>
+    public IEnumerable<TypeModel> IndexedTypes() => Types.Where(t => t.Kind == TypeKind.Class);
 }

@@ -90,6 +90,7 @@ public sealed class ModelBuilder
         builder.OrderTypes();
         foreach (var type in model.Types)
             MarkHiddenOverloads(type);
+        MarkPolymorphic(model);
         return model;
     }
 
@@ -281,6 +282,17 @@ public sealed class ModelBuilder
         if (type.Base is not null)
             Place(type.Base, placed);
         _model.Types.Add(type);
+    }
+
+    private static void MarkPolymorphic(AssemblyModel model)
+    {
+        foreach (var type in model.Types)
+        {
+            if (type.Kind == TypeKind.Interface)
+                type.IsPolymorphic = true;
+            for (var b = type.Base; b is not null; b = b.Base)
+                b.IsPolymorphic = true;
+        }
     }
 
     // ---- members ----

@@ -51,7 +51,8 @@ public class CSharpEmitterTests
     public void OneFilePerStubClassNamedAfterIt()
     {
         var files = CSharpEmitter.Emit(Fixture.Model);
-        Assert.Equal(Fixture.Model.Types.Count, files.Count);
+        Assert.Equal(Fixture.Model.Types.Count + 1, files.Count);
+        Assert.Equal(CSharpEmitter.TypeIndexFile, files[^1].FileName);
         foreach (var (type, (name, text)) in Fixture.Model.Types.Zip(files))
         {
             string simple = type.StubClass.Split('.').Last();
@@ -140,7 +141,7 @@ public class CSharpEmitterTests
         string dir = Directory.CreateTempSubdirectory("wrpgen-cs").FullName;
         try
         {
-            Assert.Equal(Fixture.Model.Types.Count, CSharpEmitter.WriteFiles(Fixture.Model, dir));
+            Assert.Equal(Fixture.Model.Types.Count + 1, CSharpEmitter.WriteFiles(Fixture.Model, dir));
             string some = Directory.GetFiles(dir).Order(StringComparer.Ordinal).First();
             var stamp = new DateTime(2001, 1, 1, 0, 0, 0, DateTimeKind.Utc);
             File.SetLastWriteTimeUtc(some, stamp);
@@ -150,7 +151,7 @@ public class CSharpEmitterTests
             Assert.Equal(1, CSharpEmitter.WriteFiles(Fixture.Model, dir));
             Assert.Equal(stamp, File.GetLastWriteTimeUtc(some));
             Assert.False(File.Exists(Path.Combine(dir, "WrpCs_Gone_00000000.cs")));
-            Assert.Equal(Fixture.Model.Types.Count, Directory.GetFiles(dir).Length);
+            Assert.Equal(Fixture.Model.Types.Count + 1, Directory.GetFiles(dir).Length);
         }
         finally
         {

@@ -11,47 +11,53 @@ namespace WrpNs_Quorix.WrpNs_Folio;
 public static unsafe class WrpCs_Node_68731E8A
 {
     [UnmanagedCallersOnly]
-    public static void call_000_Clone(IntPtr self, int @isCloneChildren, IntPtr* result)
+    public static int call_000_Clone(IntPtr self, int @isCloneChildren, IntPtr* result)
     {
         try
         {
             var target = (global::Quorix.Folio.Node)Handles.Target(self);
             var r = target.Clone(@isCloneChildren != 0);
             *result = Handles.New(r);
+            return TypeIndex.Of(r);
         }
         catch (Exception e)
         {
             PyRuntime.Raise(e);
+            return default;
         }
     }
 
     [UnmanagedCallersOnly]
-    public static void call_000_GetChildNodes(IntPtr self, int @nodeType, int @isDeep, IntPtr* result)
+    public static int call_000_GetChildNodes(IntPtr self, int @nodeType, int @isDeep, IntPtr* result)
     {
         try
         {
             var target = (global::Quorix.Folio.Node)Handles.Target(self);
             var r = target.GetChildNodes((global::Quorix.Folio.NodeType)@nodeType, @isDeep != 0);
             *result = Handles.New(r);
+            return TypeIndex.Of(r);
         }
         catch (Exception e)
         {
             PyRuntime.Raise(e);
+            return default;
         }
     }
 
     [UnmanagedCallersOnly]
-    public static void call_001_GetChildNodes(IntPtr self, IntPtr* result)
+    public static int call_001_GetChildNodes(IntPtr self, IntPtr* result)
     {
         try
         {
             var target = (global::Quorix.Folio.Node)Handles.Target(self);
             var r = target.GetChildNodes();
             *result = Handles.New(r);
+            return TypeIndex.Of(r);
         }
         catch (Exception e)
         {
             PyRuntime.Raise(e);
+            return default;
         }
     }
 

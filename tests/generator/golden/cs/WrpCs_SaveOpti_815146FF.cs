@@ -26,30 +26,34 @@ public static unsafe class WrpCs_SaveOpti_815146FF
     }
 
     [UnmanagedCallersOnly]
-    public static void call_000_CreateSaveOptions(int @saveFormat, IntPtr* result)
+    public static int call_000_CreateSaveOptions(int @saveFormat, IntPtr* result)
     {
         try
         {
             var r = global::Quorix.Folio.SaveOptions.CreateSaveOptions((global::Quorix.Folio.SaveFormat)@saveFormat);
             *result = Handles.New(r);
+            return TypeIndex.Of(r);
         }
         catch (Exception e)
         {
             PyRuntime.Raise(e);
+            return default;
         }
     }
 
     [UnmanagedCallersOnly]
-    public static void call_001_CreateSaveOptions(PyStringArg* @fileName, IntPtr* result)
+    public static int call_001_CreateSaveOptions(PyStringArg* @fileName, IntPtr* result)
     {
         try
         {
             var r = global::Quorix.Folio.SaveOptions.CreateSaveOptions(@fileName->ToManaged());
             *result = Handles.New(r);
+            return TypeIndex.Of(r);
         }
         catch (Exception e)
         {
             PyRuntime.Raise(e);
+            return default;
         }
     }
 
