@@ -15,8 +15,59 @@ public static partial class CSharpEmitter
     /// <summary>The source files of the model, in registration order: file name and text.</summary>
     public static IReadOnlyList<(string FileName, string Text)> Emit(AssemblyModel model) =>
         model.Types.Select(t => (SimpleName(t.StubClass) + ".cs", EmitType(t)))
+            .Concat(model.Generics.Select(g => ($"SiApi_{g.Hash}.cs", EmitGeneric(g))))
             .Append((TypeIndexFile, EmitTypeIndex(model)))
             .ToList();
+
+    // The instantiation's classes only fix the element type; the bodies are SequenceStubs<T> and BuiltinStubs<T>.
+    private static string EmitGeneric(GenericInstance g)
+    {
+        var w = new Writer();
+        w.Line(Header);
+        w.Line("// generic instantiations over " + g.Element.FullName);
+        w.Line("#nullable disable");
+        w.Line("using System;");
+        w.Line("using System.Collections.Generic;");
+        w.Line("using System.Runtime.InteropServices;");
+        w.Line("using Quorix.WrpGen.Interop;");
+        w.Line("");
+        w.Line("namespace Quorix.WrpGen.Generic;");
+        string element = Managed(g.Element);
+        foreach (var kind in g.Kinds())
+        {
+            w.Line("");
+            string collection = kind switch
+            {
+                GenericKind.Iter => $"IEnumerator<{element}>",
+                GenericKind.Iterable => $"IEnumerable<{element}>",
+                GenericKind.Array => element + "[]",
+                _ => $"IReadOnlyList<{element}>",
+            };
+            w.Line($"public static unsafe class {StubNames.GenericClassPrefix(kind)}_{g.Hash}");
+            w.Open();
+            foreach (var stub in StubNames.GenericStubs(kind))
+            {
+                var names = stub.Params.Select((_, i) => "a" + i).ToList();
+                string parameters = string.Join(", ", stub.Params.Select((p, i) => $"{GenericParam(p)} {names[i]}"));
+                // the managed name keeps the interop class's historical spelling; the body has one
+                string body = stub.Name.StartsWith("btp_", StringComparison.Ordinal)
+                    ? $"BuiltinStubs<{collection}>.{stub.Name[4..]}"
+                    : $"SequenceStubs<{element}>.{(stub.Name == "SqSetItemNoChek" ? "SqSetItemNoCheck" : stub.Name)}";
+                Forward(w, stub.Return == "v" ? "void" : "int", stub.Name, parameters, $"{body}({string.Join(", ", names)})");
+            }
+            w.Close();
+        }
+        return w.ToString();
+    }
+
+    private static string GenericParam(string code) => code switch
+    {
+        "h" => "IntPtr",
+        "i" => "int",
+        "ph" => "IntPtr*",
+        "pi" => "int*",
+        _ => throw new GeneratorException($"unknown parameter code {code}"),
+    };
 
     public const string TypeIndexFile = "WrpTypeIndex.cs";
 
@@ -110,6 +161,10 @@ public static partial class CSharpEmitter
             if (s.Setter is not null)
                 stubs.Add(() => StaticSetter(w, t, s));
         }
+        if (t.Sequence?.IntIndexer is { } item)
+            stubs.Add(() => Indexer(w, t, SequenceModel.IntIndexerStub, new CarriedType(ValueKind.Int32), item));
+        foreach (var k in t.Sequence?.KeyIndexers ?? [])
+            stubs.Add(() => Indexer(w, t, k.Stub, k.Key, k.Item));
         foreach (string b in t.Builtins)
             stubs.Add(() => Builtin(w, t, b));
         for (int i = 0; i < stubs.Count; i++)
@@ -160,6 +215,14 @@ public static partial class CSharpEmitter
         if (extra is not null)
             declarations.Add(extra);
         Stub(w, returnType, p.Getter!, declarations, [Receiver(t)], [], $"var r = target.{p.ManagedName};", finish);
+    }
+
+    private static void Indexer(Writer w, TypeModel t, string stub, CarriedType key, CarriedType item)
+    {
+        var args = Arguments([new ParameterModel("key", "key", key)]);
+        var (returnType, extra, finish) = Result(item);
+        Stub(w, returnType, stub, ["IntPtr self", .. args.Declarations, extra!], [Receiver(t), .. args.Prelude], args.Flushes,
+             $"var r = target[{args.Call}];", finish);
     }
 
     private static void Setter(Writer w, TypeModel t, PropertyModel p)
@@ -424,7 +487,8 @@ public static partial class CSharpEmitter
             ValueKind.TimeSpan => ("long", null, "return r.Ticks;"),
             ValueKind.Class or ValueKind.Interface when type.Bound!.IsPolymorphic =>
                 ("int", "IntPtr* result", "*result = Handles.New(r);\nreturn TypeIndex.Of(r);"),
-            ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream =>
+            ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream
+                or ValueKind.EnumeratorOf or ValueKind.EnumerableOf or ValueKind.ArrayOf or ValueKind.ListOf =>
                 ("void", "IntPtr* result", "*result = Handles.New(r);"),
             ValueKind.Object => ("void", "VariantArg* result", "Variants.SetResult(result, r);"),
             _ when Record(type.Kind) is { } record => ("void", record + "* result", "PyValues.Write(result, r);"),

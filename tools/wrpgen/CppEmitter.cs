@@ -34,6 +34,7 @@ public static class CppEmitter
         bindings.Line();
         foreach (var g in groups)
             bindings.Line($"#include \"{FileBase(g.Module)}.h\"");
+        bindings.Line($"#include \"{CppGenericEmitter.Header}\"");
         bindings.Line();
         bindings.Line("// Bound type index -> type object: the wrapper type of a result whose object is of a derived type.");
         bindings.Line($"extern PyTypeObject* const {IndexTable(model)}[];");
@@ -45,6 +46,12 @@ public static class CppEmitter
             files[FileBase(g.Module) + ".h"] = EmitHeader(model, g.Module, g.Types);
             files[FileBase(g.Module) + ".cpp"] = EmitSource(model, g.Module, g.Types, options);
         }
+        var genericHeader = new CppWriter();
+        CppGenericEmitter.EmitHeader(genericHeader, model);
+        files[CppGenericEmitter.Header] = genericHeader.ToString();
+        var genericSource = new CppWriter();
+        CppGenericEmitter.EmitSource(genericSource, model);
+        files[CppGenericEmitter.Source] = genericSource.ToString();
         files[RegistrationHeader] = EmitRegistrationHeader(model);
         files[RegistrationSource] = EmitRegistrationSource(model);
         return files;
@@ -84,7 +91,7 @@ public static class CppEmitter
 
     // ---- names
 
-    private static string Ident(string text)
+    internal static string Ident(string text)
     {
         var sb = new StringBuilder(text.Length);
         foreach (char c in text)
@@ -93,18 +100,18 @@ public static class CppEmitter
     }
 
     internal static string Id(TypeModel t) => t.Hash + "_" + Ident(t.Name);
-    private static string Table(TypeModel t) => "PyHost_cs_" + Id(t);
-    private static string TypeObject(TypeModel t) => "wrpPy_tyds_" + Id(t);
+    internal static string Table(TypeModel t) => "PyHost_cs_" + Id(t);
+    internal static string TypeObject(TypeModel t) => "wrpPy_tyds_" + Id(t);
     private static string ToPy(TypeModel t) => "wrpPy_conv_clr_to_py_" + Id(t);
     private static string ToPyIndexed(TypeModel t) => "wrpPy_conv_clr_to_py_ix_" + Id(t);
-    private static string ToClr(TypeModel t) => "wrpPy_conv_py_to_clr_" + Id(t);
-    private static string Invalidate(TypeModel t) => $"wrpPy_uafn_{Id(t)}_invalidate";
-    private static string Query(TypeModel t) => $"wrpPy_bltp_{Id(t)}_is_not_valid";
+    internal static string ToClr(TypeModel t) => "wrpPy_conv_py_to_clr_" + Id(t);
+    internal static string Invalidate(TypeModel t) => $"wrpPy_uafn_{Id(t)}_invalidate";
+    internal static string Query(TypeModel t) => $"wrpPy_bltp_{Id(t)}_is_not_valid";
     private static string Register(TypeModel t) => "wrpPy_rgtp_" + Id(t);
     private static string Eypi(TypeModel t) => "wrpPy_eypi_" + Id(t);
     private static string Slot(int n) => n.ToString("000", CultureInfo.InvariantCulture);
 
-    private static string Quote(string text)
+    internal static string Quote(string text)
     {
         var sb = new StringBuilder("\"");
         foreach (char c in text)
@@ -120,8 +127,8 @@ public static class CppEmitter
         return sb.Append('"').ToString();
     }
 
-    private static bool IsStruct(TypeModel t) => t.Kind == TypeKind.Struct;
-    private static string HandleKind(TypeModel t) => IsStruct(t) ? "HandleKind_Struct" : "HandleKind_Object";
+    internal static bool IsStruct(TypeModel t) => t.Kind == TypeKind.Struct;
+    internal static string HandleKind(TypeModel t) => IsStruct(t) ? "HandleKind_Struct" : "HandleKind_Object";
 
     // ---- value plans
 
@@ -255,7 +262,7 @@ public static class CppEmitter
     }
 
     private static bool ReturnsHandle(CarriedType t) =>
-        !t.IsNullable && t.Kind is ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream;
+        !t.IsNullable && (t.Kind is ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream || t.IsSequence);
 
     private static bool ReturnsIndexedHandle(CarriedType t) =>
         !t.IsNullable && t.Kind is ValueKind.Class or ValueKind.Interface && t.Bound!.IsPolymorphic;
@@ -332,7 +339,7 @@ public static class CppEmitter
                 w.Line("    PyShWrp_FreeGcHandlePtr(result);");
                 w.Line("    return nullptr;");
                 w.Line("}");
-                w.Line($"return {finish(result.Kind == ValueKind.Stream ? "PyStreamWrapper_FromHandle(result)" : $"{ToPy(result.Bound!)}(result)")};");
+                w.Line($"return {finish(result.Kind == ValueKind.Stream ? "PyStreamWrapper_FromHandle(result)" : result.IsSequence ? $"PyGn_Wrap(result, &{CppGenericEmitter.ResultType(result)})" : $"{ToPy(result.Bound!)}(result)")};");
                 return;
         }
         w.Line($"{StubReturn(result)} result = {call});");
@@ -372,6 +379,10 @@ public static class CppEmitter
             if (s.Setter is not null)
                 yield return new(s.Setter, "void", [Arg(s.Type, "value", "").CppType]);
         }
+        if (t.Sequence?.IntIndexer is { } item)
+            yield return new(SequenceModel.IntIndexerStub, StubReturn(item), ["void*", "int32_t", "void**"]);
+        foreach (var k in t.Sequence?.KeyIndexers ?? [])
+            yield return new(k.Stub, StubReturn(k.Item), ["void*", Arg(k.Key, "key", "").CppType, "void**"]);
         foreach (var b in t.Builtins)
             yield return b switch
             {
@@ -800,6 +811,114 @@ public static class CppEmitter
         w.Line();
     }
 
+    // ---- casting
+
+    /// <summary>
+    /// Emits the thin entry functions of the casting block over <paramref name="ops"/> (a
+    /// PyShCastOps expression) and returns their method definitions in table order, without
+    /// get_type, which each caller places itself.
+    /// </summary>
+    internal static List<string> EmitCastBlock(CppWriter w, string prefix, string ops)
+    {
+        (string Name, string Runtime, bool NoArgs)[] entries =
+        [
+            ("type_of", "PyShCast_TypeOf", true), ("cast_to", "PyShCast_CastTo", false),
+            ("cast_from", "PyShCast_CastTo", false), ("reinterpret_obj", "PyShCast_Reinterpret", false),
+            ("cast_as", "PyShCast_CastAs", false), ("is_assignable", "PyShCast_IsAssignable", false),
+        ];
+        foreach (var (name, runtime, noArgs) in entries)
+        {
+            w.Line(noArgs
+                ? $"PyObject* {prefix}_{name}(PyObject*, PyObject*) {{ return {runtime}({ops}); }}"
+                : $"PyObject* {prefix}_{name}(PyObject*, PyObject* obj) {{ return {runtime}({ops}, obj); }}");
+        }
+        w.Line();
+        var defs = entries.Select(e => $"{{\"_{e.Name}\", {prefix}_{e.Name}, " +
+            (e.Name == "cast_from" ? "METH_O" : e.NoArgs ? "METH_NOARGS | METH_STATIC" : "METH_O | METH_STATIC") + ", \"\"}").ToList();
+        defs.Add("{\"get_type\", wrapClrObject_get_type, METH_NOARGS, \"\"}");
+        defs.Add("{\"_qrxsc2p_asserttp\", wrapPySealTp_qrxsc2p_asserttp, METH_NOARGS | METH_CLASS, \"\"}");
+        return defs;
+    }
+
+    private static string CastOps(TypeModel t) => "wrpPy_csop_" + Id(t);
+
+    private static void EmitCastOps(CppWriter w, TypeModel t)
+    {
+        bool has(string stub) => t.Builtins.Contains(stub);
+        string fwd(string stub, string decl, string args) => has(stub)
+            ? $"[]({decl}) {{ return {Table(t)}::get_instance().{stub}({args}); }}" : "nullptr";
+        w.Line($"const PyShCastOps {CastOps(t)} = {{");
+        w.Line($"    {Invalidate(t)}, &{TypeObject(t)}, {HandleKind(t)},");
+        w.Line($"    {fwd("btp_TypeOf", "void** o", "o")},");
+        w.Line($"    {fwd("btp_CastTo", "void* h, void** o", "h, o")},");
+        w.Line($"    {fwd("btp_CastAs", "void* h, void** o", "h, o")},");
+        w.Line($"    {fwd("btp_ReInterpretObj", "void* h, void** o", "h, o")},");
+        w.Line($"    {fwd("btp_IsAssignable", "void* h", "h")},");
+        w.Line("};");
+        w.Line();
+    }
+
+    // ---- item access and iteration of collection classes
+
+    private static string SeqLength(TypeModel owner) => "wrpPy_sqln_" + Id(owner);
+
+    private static bool HasItemAccess(TypeModel t) =>
+        t.Sequence is { CountOwner: not null } q && (q.IntIndexer is not null || q.KeyIndexers.Count > 0);
+
+    private static void EmitSequence(CppWriter w, TypeModel t)
+    {
+        var q = t.Sequence!;
+        string id = Id(t);
+        if (q.IntIndexer is { } item)
+        {
+            w.Line($"PyObject* wrpPy_sqix_{id}(PyObject* self, Py_ssize_t i) {{");
+            w.Indent();
+            w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
+            EmitCallAndReturn(w, item, CallPrefix(SequenceModel.IntIndexerStub, ["PyShBound_Handle(self)", "static_cast<int32_t>(i)"]), true);
+            w.Dedent();
+            w.Line("}");
+            w.Line();
+        }
+        if (q.KeyIndexers.Count > 0)
+        {
+            w.Line($"PyObject* wrpPy_sqky_{id}(PyObject* self, PyObject* key) {{");
+            w.Indent();
+            w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
+            for (int n = 0; n < q.KeyIndexers.Count; n++)
+            {
+                var k = q.KeyIndexers[n];
+                string test = k.Key.Kind == ValueKind.String
+                    ? "PyUnicode_Check(key)"
+                    : $"PyObject_TypeCheck(key, reinterpret_cast<PyTypeObject*>({TypeObject(k.Key.Bound!)}))";
+                var plan = Arg(k.Key, "key", "k" + n);
+                w.Line($"if ({test}) {{");
+                w.Indent();
+                w.Line(plan.Decl);
+                w.Line($"if (!{plan.Converter}(key, {plan.Target}))");
+                w.Line("    return nullptr;");
+                EmitCallAndReturn(w, k.Item, CallPrefix(k.Stub, ["PyShBound_Handle(self)", plan.Pass]), true);
+                w.Dedent();
+                w.Line("}");
+            }
+            w.Line("return PySeq_RefuseKey(key);");
+            w.Dedent();
+            w.Line("}");
+            w.Line();
+        }
+        if (!HasItemAccess(t))
+            return;
+        w.Line($"const PySeqAccess wrpPy_sqac_{id} = {{{SeqLength(q.CountOwner!)}, " +
+               $"{(q.IntIndexer is null ? "nullptr" : "wrpPy_sqix_" + id)}, {(q.KeyIndexers.Count == 0 ? "nullptr" : "wrpPy_sqky_" + id)}}};");
+        w.Line();
+        w.Line($"PyObject* wrpPy_mpsb_{id}(PyObject* self, PyObject* key) {{ return PySeq_Subscript(self, key, wrpPy_sqac_{id}); }}");
+        if (q.IntIndexer is not null)
+            w.Line($"PyObject* wrpPy_sqit_{id}(PyObject* self, Py_ssize_t i) {{ return PySeq_Item(self, i, wrpPy_sqac_{id}); }}");
+        w.Line();
+        w.Line($"PySequenceMethods wrpPy_tysd_{id} = {{{SeqLength(q.CountOwner!)}, nullptr, nullptr, {(q.IntIndexer is null ? "nullptr" : "wrpPy_sqit_" + id)}, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr}};");
+        w.Line($"PyMappingMethods wrpPy_tymp_{id} = {{{SeqLength(q.CountOwner!)}, wrpPy_mpsb_{id}, nullptr}};");
+        w.Line();
+    }
+
     // ---- whole types
 
     private static void EmitClass(CppWriter w, TypeModel t, HashSet<string> hidden, CppEmitOptions options, string indexTable)
@@ -830,6 +949,24 @@ public static class CppEmitter
             EmitProperty(w, t, p);
         foreach (var s in t.StaticAttributes)
             EmitStatic(w, t, s);
+        if (t.Sequence is { } seq)
+        {
+            if (seq.CountOwner == t)
+            {
+                w.Line("}  // namespace");
+                w.Line();
+                w.Line($"Py_ssize_t {SeqLength(t)}(PyObject* self) {{");
+                w.Line($"    int32_t n = {Table(t)}::get_instance().{seq.Count!.Getter}(PyShBound_Handle(self));");
+                w.Line("    return PyErr_Occurred() ? -1 : n;");
+                w.Line("}");
+                w.Line();
+                w.Line("namespace {");
+                w.Line();
+            }
+            EmitSequence(w, t);
+        }
+        EmitCastOps(w, t);
+        var castDefs = EmitCastBlock(w, "wrpPy_btfn_" + id, CastOps(t));
 
         string getType = options.HostStart is not null ? $"wrpPy_tpsb_{id}_get_type" : $"{SlotFamily(t)}_get_type";
         string builtinGetType = $"{{\"get_type\", {getType}, METH_NOARGS, \"\"}}";
@@ -848,9 +985,16 @@ public static class CppEmitter
             w.Line($"    {MethodDef(t, g)},");
         foreach (var s in t.StaticAttributes.Where(s => s.Setter is not null))
             w.Line($"    {{{Quote(StaticSetterName(s))}, wrpPy_spvg_{id}_000_set_{Ident(s.PythonName)}, METH_O | METH_STATIC, \"\"}},");
-        if (HasBuiltinGetType(t) && !mixedNames.Contains("get_type"))
-            w.Line($"    {builtinGetType},");
-        w.Line("    {\"_qrxsc2p_asserttp\", wrapPySealTp_qrxsc2p_asserttp, METH_NOARGS | METH_CLASS, \"\"},");
+        foreach (var def in castDefs)
+        {
+            if (def.StartsWith("{\"get_type\"", StringComparison.Ordinal))
+            {
+                if (HasBuiltinGetType(t) && !mixedNames.Contains("get_type"))
+                    w.Line($"    {builtinGetType},");
+            }
+            else
+                w.Line($"    {def},");
+        }
         w.Line("    {nullptr, nullptr, 0, nullptr},");
         w.Line("};");
         w.Line();
@@ -923,6 +1067,16 @@ public static class CppEmitter
         w.Line($"int {Register(t)}(PyObject* module) {{");
         w.Line($"    PyShBound_DescribeType(&{TypeObject(t)}, {Quote(t.TpName)}, {(IsStruct(t) ? "true" : "false")}, wrpPy_tymd_{id}, wrpPy_typd_{id},");
         w.Line($"                           wrpPy_tpsb_{id}_tp_new, {init});");
+        if (t.Sequence is { } sq)
+        {
+            if (HasItemAccess(t))
+            {
+                w.Line($"    {TypeObject(t)}.tp_as_sequence = &wrpPy_tysd_{id};");
+                w.Line($"    {TypeObject(t)}.tp_as_mapping = &wrpPy_tymp_{id};");
+            }
+            if (sq.Iterable is not null)
+                w.Line($"    {TypeObject(t)}.tp_iter = {CppGenericEmitter.IterableIter(sq.Iterable)};");
+        }
         if (options.HostStart is not null)
         {
             w.Line($"    {TypeObject(t)}.tp_hash = wrpPy_tpsb_{id}_tp_hash;");
@@ -995,18 +1149,22 @@ public static class CppEmitter
             w.Line("    {nullptr, nullptr},");
         w.Line("};");
         w.Line();
+        // The type probe answers Ellipsis on the enumeration itself only; no managed cast yields one.
+        w.Line($"PyObject* wrpPy_enas_{id}(PyObject* cls, PyObject*) {{ return PyShCast_AssertExact(cls, {TypeObject(t)}); }}");
+        w.Line();
         w.Line($"PyMethodDef wrpPy_enxm_{id}[] = {{");
-        w.Line("    {\"_qrxsc2p_asserttp\", wrapPySealTp_qrxsc2p_asserttp, METH_NOARGS | METH_CLASS, \"\"},");
+        w.Line($"    {{\"_qrxsc2p_asserttp\", wrpPy_enas_{id}, METH_NOARGS | METH_CLASS, \"\"}},");
+        w.Line("    {\"_cast_from\", PyShCast_NoCast, METH_O, \"\"},");
         w.Line("};");
         w.Line();
-        w.Line($"const PyShEnumExtra wrpPy_enex_{id}[] = {{{{&wrpPy_enxm_{id}[0], true}}}};");
+        w.Line($"const PyShEnumExtra wrpPy_enex_{id}[] = {{{{&wrpPy_enxm_{id}[0], true}}, {{&wrpPy_enxm_{id}[1], false}}}};");
         w.Line();
         w.Line("}  // namespace");
         w.Line();
         w.Line($"PyObject* {TypeObject(t)} = nullptr;");
         w.Line();
         w.Line($"PyObject* {Eypi(t)}() {{");
-        w.Line($"    return PyShEnum_Build({Quote(t.Name)}, wrpPy_enmb_{id}, {t.EnumMembers.Count}, {(t.IsFlags ? "true" : "false")}, wrpPy_enex_{id}, 1);");
+        w.Line($"    return PyShEnum_Build({Quote(t.Name)}, wrpPy_enmb_{id}, {t.EnumMembers.Count}, {(t.IsFlags ? "true" : "false")}, wrpPy_enex_{id}, 2);");
         w.Line("}");
         w.Line();
         w.Line($"int {ToClr(t)}(PyObject* obj, int32_t* out) {{");
@@ -1051,6 +1209,8 @@ public static class CppEmitter
                     w.Line($"int {Eypi(t)}();");
                 w.Line($"int {ToClr(t)}(PyObject* obj, void** out);");
                 w.Line($"PyObject* {ToPy(t)}(void* handle);");
+                if (t.Sequence?.CountOwner == t)
+                    w.Line($"Py_ssize_t {SeqLength(t)}(PyObject* self);");
                 if (t.IsPolymorphic)
                     w.Line($"PyObject* {ToPyIndexed(t)}(void* handle, int32_t index);");
             }
@@ -1075,7 +1235,7 @@ public static class CppEmitter
                      "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_decimal.h",
                      "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h", "marshal/conv_time.h",
                      "marshal/conv_variant.h", "marshal/conv_version.h", "objects/bound_args.h", "objects/bound_class.h",
-                     "objects/bound_registration.h", "objects/collection_arg.h", "objects/enum_builder.h",
+                     "objects/bound_registration.h", "builtins/seq_access.h", "objects/casting.h", "objects/collection_arg.h", "objects/enum_builder.h",
                      "objects/handle_release.h", "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h",
                      "objects/value_args.h", "objects/wrapper_slots.h",
                  })
@@ -1110,7 +1270,7 @@ public static class CppEmitter
         w.Line();
         w.Line("// The modules the registration fills, in the order of its argument.");
         w.Line($"extern const char* const {fn}_module_names[];");
-        w.Line($"constexpr int {fn}_module_count = {model.Modules.Count};");
+        w.Line($"constexpr int {fn}_module_count = {ModuleNames(model).Count};");
         w.Line();
         w.Line("// 0, or -1 with an ImportError; `modules` holds one module object per name above.");
         w.Line($"int {fn}(PyObject* const* modules);");
@@ -1121,9 +1281,19 @@ public static class CppEmitter
         return w.ToString();
     }
 
+    // The modules the registration fills: the root's, then the one of the generic instantiations.
+    private static List<string> ModuleNames(AssemblyModel model)
+    {
+        var names = model.Modules.Select(m => m.PythonName).ToList();
+        if (model.Generics.Count > 0)
+            names.Add(CppGenericEmitter.GenericModule(model));
+        return names;
+    }
+
     private static string EmitRegistrationSource(AssemblyModel model)
     {
         string fn = RegisterFunction(model);
+        var names = ModuleNames(model);
         var index = model.Modules.Select((m, i) => (m.PythonName, i)).ToDictionary(x => x.PythonName, x => x.i);
         var w = new CppWriter();
         w.Line($"// Registration of every bound type of {model.AssemblyName} into {model.RootModule}.");
@@ -1131,8 +1301,8 @@ public static class CppEmitter
         w.Line($"#include \"{BindingsHeader}\"");
         w.Line();
         w.Line($"const char* const {fn}_module_names[] = {{");
-        foreach (var m in model.Modules)
-            w.Line($"    {Quote(m.PythonName)},");
+        foreach (var m in names)
+            w.Line($"    {Quote(m)},");
         w.Line("    nullptr,");
         w.Line("};");
         w.Line();
@@ -1165,6 +1335,11 @@ public static class CppEmitter
         w.Line($"    for (int i = 0; i < {order.Count}; ++i)");
         w.Line("        if (steps[i](modules[module_of[i]]) < 0)");
         w.Line("            return -1;");
+        foreach (var g in model.Generics)
+        {
+            w.Line($"    if ({CppGenericEmitter.Register(g)}(modules[{model.Modules.Count}]) < 0)");
+            w.Line("        return -1;");
+        }
         w.Line("    return 0;");
         w.Line("}");
         return w.ToString();

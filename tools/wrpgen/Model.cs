@@ -11,13 +11,15 @@ public enum ValueKind
     String, Bytes, Class, Struct, Interface, Enum, Stream,
     DateTime, DateTimeOffset, TimeSpan, Decimal, Guid, Version, Object, Regex,
     Enumerable, Collection, List,
+    /// <summary>Sequence results over a bound element type (<see cref="CarriedType.Generic"/>).</summary>
+    EnumeratorOf, EnumerableOf, ArrayOf, ListOf,
 }
 
 /// <summary>How a parameter passes: by value, or from Python as a one-element list (ref, out).</summary>
 public enum PassMode { Value, Ref, Out }
 
 /// <summary>A parameter or result type the runtime can carry; bound kinds name their type.</summary>
-public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
+public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, GenericInstance? Generic = null)
 {
     /// <summary>A Nullable&lt;T&gt; of a value kind: None crosses as no value.</summary>
     public bool IsNullable { get; init; }
@@ -25,6 +27,8 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
 
     /// <summary>The type a ref or out parameter passes, as a plain value.</summary>
     public CarriedType Element => this with { Mode = PassMode.Value };
+
+    public bool IsSequence => Kind is ValueKind.EnumeratorOf or ValueKind.EnumerableOf or ValueKind.ArrayOf or ValueKind.ListOf;
 
     public override string ToString() => Mode switch
     {
@@ -66,8 +70,62 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null)
         ValueKind.Enumerable => "enumerable",
         ValueKind.Collection => "collection",
         ValueKind.List => "list",
+        ValueKind.EnumeratorOf => "enumerator:" + Generic!.Element.FullName,
+        ValueKind.EnumerableOf => "enumerable:" + Generic!.Element.FullName,
+        ValueKind.ArrayOf => "array:" + Generic!.Element.FullName,
+        ValueKind.ListOf => "list:" + Generic!.Element.FullName,
         _ => "?",
     };
+}
+
+/// <summary>
+/// The generic collection kinds instantiated over one bound element type. Every kind of one element
+/// shares <see cref="Hash"/>, which names its method tables, managed classes and Python types.
+/// </summary>
+public sealed class GenericInstance(TypeModel element)
+{
+    public TypeModel Element { get; } = element;
+    public string Hash { get; } = TypeHash.Of("System.Collections.Generic.IEnumerable`1[[" + element.FullName + "]]");
+    public bool HasArray { get; internal set; }
+    public bool HasList { get; internal set; }
+
+    /// <summary>The kinds emitted for this element: iteration always, arrays and lists where the surface uses them.</summary>
+    public IEnumerable<GenericKind> Kinds()
+    {
+        yield return GenericKind.Iterable;
+        yield return GenericKind.Iter;
+        if (HasList)
+        {
+            yield return GenericKind.ICol;
+            yield return GenericKind.IList;
+        }
+        if (HasArray)
+            yield return GenericKind.Array;
+    }
+}
+
+/// <summary>
+/// Item access of a collection class: the count property, the integer and string indexers and the
+/// element type of the IEnumerable&lt;T&gt; it implements (its Python iteration). Any may be absent.
+/// </summary>
+public sealed class SequenceModel
+{
+    public PropertyModel? Count { get; internal set; }
+    public CarriedType? IntIndexer { get; internal set; }
+    /// <summary>Indexers by a string or an enumeration: subscription with such a key, tried in this order.</summary>
+    public List<KeyIndexer> KeyIndexers { get; } = [];
+    public GenericInstance? Iterable { get; internal set; }
+
+    /// <summary>The class whose "Count" getter gives the length (this class or a bound base).</summary>
+    public TypeModel? CountOwner { get; internal set; }
+
+    public const string IntIndexerStub = "btp_SqGetItem";
+}
+
+/// <summary>An indexer by a key that is not a position; its stub is "btp_MpGetItemBy" + the key's type name.</summary>
+public sealed record KeyIndexer(CarriedType Key, CarriedType Item)
+{
+    public string Stub => "btp_MpGetItemBy" + (Key.Kind == ValueKind.String ? "String" : Key.Bound!.Name);
 }
 
 public sealed record ParameterModel(string ManagedName, string PythonName, CarriedType Type)
@@ -154,6 +212,8 @@ public sealed class TypeModel
     public List<PropertyModel> Properties { get; } = [];
     public List<StaticAttributeModel> StaticAttributes { get; } = [];
     public List<EnumMemberModel> EnumMembers { get; } = [];
+    /// <summary>Null for types without item access or iteration of their own.</summary>
+    public SequenceModel? Sequence { get; internal set; }
 
     public IReadOnlyList<string> Builtins => StubNames.Builtins(Kind);
 
@@ -177,6 +237,10 @@ public sealed class TypeModel
             if (s.Setter is not null)
                 yield return s.Setter;
         }
+        if (Sequence?.IntIndexer is not null)
+            yield return SequenceModel.IntIndexerStub;
+        foreach (var k in Sequence?.KeyIndexers ?? [])
+            yield return k.Stub;
         foreach (var b in Builtins)
             yield return b;
     }
@@ -192,6 +256,8 @@ public sealed class AssemblyModel
     /// <summary>Bound types in registration order: every class after its bound base.</summary>
     public List<TypeModel> Types { get; } = [];
     public List<SkippedMember> Skipped { get; } = [];
+    /// <summary>Generic instantiations in a stable order (by element type name).</summary>
+    public List<GenericInstance> Generics { get; } = [];
 
     /// <summary>
     /// The classes in registration order: a class's position is the bound type index the managed

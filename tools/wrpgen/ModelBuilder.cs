@@ -26,6 +26,7 @@ public sealed class ModelBuilder
     private readonly List<TypeModel> _declared = [];
     private readonly HashSet<string>? _selected;
     private TypeModel? _object;
+    private readonly Dictionary<TypeModel, GenericInstance> _generics = [];
 
     private ModelBuilder(MetadataReader reader, ReferenceResolver resolver, AssemblyModel model, HashSet<string>? selected)
     {
@@ -88,6 +89,8 @@ public sealed class ModelBuilder
         foreach (var type in builder._declared)
             builder.CollectMembers(type);
         builder.OrderTypes();
+        builder.LinkSequences();
+        model.Generics.AddRange(builder._generics.Values.OrderBy(g => g.Element.FullName, StringComparer.Ordinal));
         foreach (var type in model.Types)
             MarkHiddenOverloads(type);
         MarkPolymorphic(model);
@@ -429,6 +432,8 @@ public sealed class ModelBuilder
             for (int i = 0; i < names.Length && reason is null; i++)
             {
                 var carried = CarryParameter(sig.ParameterTypes[i], attributes[i], out string why);
+                if (carried is { IsSequence: true })
+                    (carried, why) = (null, $"{sig.ParameterTypes[i]}: Python sequences as managed collections of bound objects are not carried yet");
                 if (carried is null)
                     reason = $"parameter '{names[i]}': {why}";
                 else
@@ -553,7 +558,9 @@ public sealed class ModelBuilder
         string? reason = null;
         CarriedType? carried = null;
         if (sig.ParameterTypes.Length > 0)
-            reason = "indexed properties are not bound yet";
+            reason = ReadIndexer(type, name, sig, getter, setter, isStatic);
+        else if (isStatic && getter is not null && Carry(sig.ReturnType, isResult: false, out _) is { IsSequence: true })
+            reason = "static sequence values are not carried yet";
         else if (type.Kind == TypeKind.Interface && isStatic)
             reason = "static interface members are not bound";
         else if (getter is null)
@@ -562,8 +569,14 @@ public sealed class ModelBuilder
             reason = "type: " + why;
         if (reason is not null)
         {
-            Skip(type.FullName, name, reason);
+            if (reason.Length > 0)
+                Skip(type.FullName, name, reason);
             return;
+        }
+        if (setter is not null && carried!.IsSequence)
+        {
+            Skip(type.FullName, name + " (setter)", "Python sequences as managed collections are not carried yet");
+            setter = null;
         }
         if (setter is not null && setter.Value.DecodeSignature(TypeSigProvider.Instance, null).ReturnType.HasRequiredModifier(ExternalInit))
         {
@@ -578,6 +591,114 @@ public sealed class ModelBuilder
             type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried!, StubNames.Get(name),
                                                   setter is null ? null : StubNames.Set(name))
                                 { DocId = DocIds.Property(type.FullName, name), Null = _nulls.OfProperty(pd, type.Handle) });
+    }
+
+    /// <summary>"" when the indexer became item access of the type; otherwise why it is not bound.</summary>
+    private string ReadIndexer(TypeModel type, string name, MethodSignature<TypeSig> sig, MethodDefinition? getter,
+                               MethodDefinition? setter, bool isStatic)
+    {
+        if (isStatic || type.Kind != TypeKind.Class || sig.ParameterTypes.Length != 1 || getter is null)
+            return "indexed properties other than an instance getter by one key are not bound";
+        var key = Carry(sig.ParameterTypes[0], isResult: false, out _);
+        bool byInt = key?.Kind == ValueKind.Int32;
+        if (key is null || !(byInt || key.Kind is ValueKind.String or ValueKind.Enum))
+            return $"indexers by {sig.ParameterTypes[0]} are not bound (only by int, string or enumeration)";
+        var carried = Carry(sig.ReturnType, isResult: true, out string why);
+        if (carried is not { Kind: ValueKind.Class or ValueKind.Interface or ValueKind.Struct })
+            return "indexer items: " + (carried is null ? why : $"{carried} is not an object type");
+        type.Sequence ??= new SequenceModel();
+        if (byInt)
+            type.Sequence.IntIndexer = carried;
+        else
+            type.Sequence.KeyIndexers.Add(new KeyIndexer(key!, carried));
+        if (setter is not null)
+            Skip(type.FullName, name + " (setter)", "indexers that store items are not bound yet");
+        return "";
+    }
+
+    // After ordering: the length of a class with item access comes from the nearest "Count" of its
+    // own or of a bound base, and its iteration from the IEnumerable<T> of the most derived T it implements.
+    private void LinkSequences()
+    {
+        foreach (var type in _model.Types.Where(t => t.Kind == TypeKind.Class))
+        {
+            var element = IterableElement(type);
+            if (element is not null)
+            {
+                type.Sequence ??= new SequenceModel();
+                type.Sequence.Iterable = Instance(element);
+            }
+            if (type.Sequence is null)
+                continue;
+            for (var t = type; t is not null && type.Sequence.CountOwner is null; t = t.Base)
+            {
+                var count = t.Properties.FirstOrDefault(p => p.ManagedName == "Count" && p.Type.Kind == ValueKind.Int32);
+                if (count is not null)
+                    (type.Sequence.Count, type.Sequence.CountOwner) = (count, t);
+            }
+        }
+    }
+
+    private TypeModel? IterableElement(TypeModel type)
+    {
+        if (_selected is not null)
+            return null;
+        TypeModel? best = null;
+        foreach (var ih in _reader.GetTypeDefinition(type.Handle).GetInterfaceImplementations())
+        {
+            var iface = _reader.GetInterfaceImplementation(ih).Interface;
+            if (iface.Kind != HandleKind.TypeSpecification)
+                continue;
+            var sig = _reader.GetTypeSpecification((TypeSpecificationHandle)iface).DecodeSignature(TypeSigProvider.Instance, null);
+            if (sig.Kind != SigKind.GenericInstance || sig.Element!.FullName != "System.Collections.Generic.IEnumerable`1")
+                continue;
+            if (Carry(sig.Arguments[0], isResult: true, out _) is not { Bound: { } element } ||
+                element.Kind is not (TypeKind.Class or TypeKind.Interface or TypeKind.Struct))
+                continue;
+            if (best is null || Depth(element) > Depth(best))
+                best = element;
+        }
+        return best;
+    }
+
+    private static int Depth(TypeModel t)
+    {
+        int depth = 0;
+        for (var b = t.Base; b is not null; b = b.Base)
+            depth++;
+        return depth;
+    }
+
+    private GenericInstance Instance(TypeModel element)
+    {
+        if (!_generics.TryGetValue(element, out var g))
+            _generics[element] = g = new GenericInstance(element);
+        return g;
+    }
+
+    private static readonly Dictionary<string, ValueKind> GenericKinds = new(StringComparer.Ordinal)
+    {
+        ["System.Collections.Generic.IEnumerator`1"] = ValueKind.EnumeratorOf,
+        ["System.Collections.Generic.IEnumerable`1"] = ValueKind.EnumerableOf,
+        ["System.Collections.Generic.IReadOnlyList`1"] = ValueKind.ListOf,
+        ["System.Collections.Generic.IList`1"] = ValueKind.ListOf,
+    };
+
+    // A sequence of a bound element type; null with the reason otherwise.
+    private CarriedType? CarrySequence(TypeSig t, ValueKind kind, TypeSig element, out string why)
+    {
+        why = "";
+        if (_selected is not null)
+            return Fail(out why, $"{t}: generic instantiations belong to the full binding, not to a type selection");
+        var carried = Carry(element, isResult: true, out string elementWhy);
+        if (carried is not { Kind: ValueKind.Class or ValueKind.Interface or ValueKind.Struct })
+            return Fail(out why, $"{t}: sequences of {(carried is null ? elementWhy : carried.ToString())} are not carried yet (only of bound objects)");
+        var g = Instance(carried.Bound!);
+        if (kind == ValueKind.ArrayOf)
+            g.HasArray = true;
+        if (kind == ValueKind.ListOf)
+            g.HasList = true;
+        return new CarriedType(kind, null, g);
     }
 
     private MethodDefinition? PublicAccessor(MethodDefinitionHandle handle)
@@ -713,8 +834,7 @@ public sealed class ModelBuilder
             case SigKind.SzArray when t.Element!.Unmodified.IsPrimitive(PrimitiveTypeCode.Byte):
                 return new CarriedType(ValueKind.Bytes);
             case SigKind.SzArray:
-                why = $"{t} is not carried (of arrays only byte[] is)";
-                return null;
+                return CarrySequence(t, ValueKind.ArrayOf, t.Element!, out why);
             case SigKind.Array:
                 why = $"{t}: multi-dimensional arrays are not carried";
                 return null;
@@ -731,8 +851,10 @@ public sealed class ModelBuilder
                     return value with { IsNullable = true };
                 why = $"{t}: of nullable values only {string.Join(", ", NullableKinds.Order())} are carried";
                 return null;
+            case SigKind.GenericInstance when t.Arguments.Length == 1 && GenericKinds.TryGetValue(t.Element!.FullName, out var sequenceKind):
+                return CarrySequence(t, sequenceKind, t.Arguments[0], out why);
             case SigKind.GenericInstance:
-                why = $"{t}: generic instantiations are not carried yet";
+                why = $"{t}: generic instantiations of this kind are not carried yet";
                 return null;
             case SigKind.GenericParameter:
                 why = "generic parameters are not carried";

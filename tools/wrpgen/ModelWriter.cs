@@ -21,6 +21,8 @@ public static class ModelWriter
             Line(w, $"module {m.PythonName} {m.Namespace}");
         foreach (var t in model.Types)
             WriteType(w, t);
+        foreach (var g in model.Generics)
+            Line(w, $"generic {g.Hash} {g.Element.FullName} iter iterable{(g.HasArray ? " array" : "")}{(g.HasList ? " list" : "")}");
         return w.ToString();
     }
 
@@ -52,6 +54,13 @@ public static class ModelWriter
         }
         foreach (var p in t.Properties)
             Line(w, $"  property {p.PythonName} {p.Getter ?? "-"} {p.Setter ?? "-"} {p.Type}");
+        if (t.Sequence is { } q)
+        {
+            Line(w, $"  sequence count={(q.CountOwner is null ? "-" : q.CountOwner.FullName + "." + q.Count!.Getter)} " +
+                    $"item={(q.IntIndexer is null ? "-" : SequenceModel.IntIndexerStub + ":" + q.IntIndexer)} " +
+                    $"iterable={(q.Iterable is null ? "-" : q.Iterable.Hash)}" +
+                    string.Concat(q.KeyIndexers.Select(k => $" key={k.Stub}:{k.Key}->{k.Item}")));
+        }
         foreach (var s in t.StaticAttributes)
             Line(w, $"  static {s.PythonName} {s.Getter} {s.Setter ?? "-"} {s.Type} {(s.IsField ? "field" : "property")}");
         foreach (var e in t.EnumMembers)

@@ -41,4 +41,57 @@ public static class StubNames
         TypeKind.Interface => InterfaceBuiltins,
         _ => throw new ArgumentOutOfRangeException(nameof(kind)),
     };
+
+    // ---- generic instantiations: the stub lists both emitters read, so the two sides cannot drift
+
+    /// <summary>The managed class of an instantiation's kind: "Quorix.WrpGen.Generic.SiApi&lt;Kind&gt;_&lt;H&gt;".</summary>
+    public static string GenericClass(GenericKind kind, string hash) => $"Quorix.WrpGen.Generic.{GenericClassPrefix(kind)}_{hash}";
+
+    public static string GenericClassPrefix(GenericKind kind) => kind switch
+    {
+        GenericKind.Iterable => "SiApiEnumerable",
+        GenericKind.Iter => "SiApiEnumerator",
+        GenericKind.ICol => "SiApiCntCollection",
+        GenericKind.IList => "SiApiCntList",
+        GenericKind.Array => "SiApiArray",
+        _ => throw new ArgumentOutOfRangeException(nameof(kind)),
+    };
+
+    // Parameter codes: h a handle, i a 32-bit int, ph an out handle, pi an out int.
+    private static GenericStub S(string name, string ret, params string[] ps) => new(name, ret, ps);
+
+    private static readonly GenericStub[] Casts =
+        [S("btp_TypeOf", "v", "ph"), S("btp_CastTo", "i", "h", "ph"), S("btp_CastAs", "i", "h", "ph"), S("btp_IsAssignable", "i", "h")];
+
+    private static readonly GenericStub GetItem = S("SqGetItem", "i", "h", "i", "ph", "pi");
+    private static readonly GenericStub GetItemNoCheck = S("SqGetItemNoCheck", "i", "h", "i", "ph", "pi");
+    private static readonly GenericStub IndexBy = S("IndexBy", "i", "h", "i", "i", "i", "i", "h");
+    private static readonly GenericStub CountOf = S("CountOf", "i", "h", "h");
+    private static readonly GenericStub Length = S("SqLength", "i", "h");
+    private static readonly GenericStub Contains = S("SqContains", "i", "h", "h");
+
+    /// <summary>The stubs of a kind's method table, in binding order (the slot order of both sides).</summary>
+    public static IReadOnlyList<GenericStub> GenericStubs(GenericKind kind) => kind switch
+    {
+        GenericKind.Iterable => [S("GetEnumerator", "i", "h", "ph")],
+        GenericKind.Iter => [S("MoveNext", "i", "h", "ph", "pi"), .. Casts],
+        GenericKind.ICol => [Length, Contains, CountOf],
+        GenericKind.IList => [GetItem, GetItemNoCheck, IndexBy, CountOf, .. Casts],
+        GenericKind.Array =>
+        [
+            Length, Contains, GetItem, GetItemNoCheck, S("SqSetItem", "i", "h", "i", "h"), S("SqSetItemNoChek", "i", "h", "i", "h"),
+            S("MpSetItems", "i", "h", "h", "i", "i", "i"), S("Reverse", "i", "h"), S("Sort", "i", "h", "i"), IndexBy, CountOf,
+            Casts[0], Casts[1], S("btp_ReInterpretObj", "i", "h", "ph"), Casts[2], Casts[3],
+        ],
+        _ => throw new ArgumentOutOfRangeException(nameof(kind)),
+    };
+}
+
+public enum GenericKind { Iterable, Iter, ICol, IList, Array }
+
+/// <summary>One stub of a generic kind: its managed name, result code ("i" int, "v" none) and parameter codes.</summary>
+public sealed record GenericStub(string Name, string Return, IReadOnlyList<string> Params)
+{
+    /// <summary>The C++ forwarder's name: lower case with underscores; the built-ins keep theirs.</summary>
+    public string Forwarder => Name.StartsWith("btp_", StringComparison.Ordinal) ? Name : Naming.Snake(Name);
 }

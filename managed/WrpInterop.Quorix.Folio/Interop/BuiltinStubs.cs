@@ -8,15 +8,14 @@ public static unsafe class BuiltinStubs<T>
 {
     public static void TypeOf(IntPtr* result) => BuiltinStubs.TypeOf(typeof(T), result);
 
-    /// <summary>1 with the object as T; 0 for null; a cast the object does not allow is raised in Python.</summary>
+    /// <summary>1 with the object as T; 0 for null and for an object that is no T (not an error).</summary>
     public static int CastTo(IntPtr obj, IntPtr* result)
     {
         try
         {
-            var o = Handles.Target(obj);
-            if (o is null)
+            if (Handles.Target(obj) is not T o)
                 return 0;
-            *result = Handles.New((T)o);
+            *result = Handles.New(o);
             return 1;
         }
         catch (Exception e)

@@ -33,6 +33,7 @@ public class CppEmitterTests
         var expected = new SortedSet<string>(StringComparer.Ordinal)
         {
             CppEmitter.BindingsHeader, CppEmitter.RegistrationHeader, CppEmitter.RegistrationSource,
+            "wrpgen_generic.h", "wrpgen_generic.cpp",
         };
         foreach (var m in Fixture.Model.Modules.Where(m => Fixture.Model.Types.Any(t => t.Module == m.PythonName)))
         {
@@ -199,7 +200,8 @@ public class CppEmitterTests
         Assert.Equal(["describe", "describe", "get_type", "get_type"], Entries(section, "wrpPy_tymx_" + id));
         Assert.Matches($@"\{{\{{""get_type"", [^\n]*_000_get_type\)\), METH_VARARGS \| METH_KEYWORDS, """"\}}, " +
                        @"\{""get_type"", wrapClrObject_get_type, METH_NOARGS, """"\}\},", section);
-        Assert.Equal(["_qrxsc2p_asserttp"], Entries(section, "wrpPy_tymd_" + id));
+        Assert.Equal(["_type_of", "_cast_to", "_cast_from", "_reinterpret_obj", "_cast_as", "_is_assignable", "_qrxsc2p_asserttp"],
+                     Entries(section, "wrpPy_tymd_" + id));
 
         // everywhere else the built-in stays in the table once and nothing is mixed
         foreach (var t in Fixture.Model.Types.Where(t => t.Kind is TypeKind.Class or TypeKind.Struct && t.Name is not ("Style" or "Cluster")))

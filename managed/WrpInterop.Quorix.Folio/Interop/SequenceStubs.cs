@@ -1,0 +1,253 @@
+namespace Quorix.WrpGen.Interop;
+
+/// <summary>
+/// The bodies of the generic instantiations' stubs, written once: each generated
+/// Quorix.WrpGen.Generic.SiApi&lt;Kind&gt;_&lt;H&gt; class forwards here with its element type.
+/// Elements leave as a GC handle plus the bound type index of the object (TypeIndex); they
+/// arrive as the handle of the wrapper that holds them (zero for None). Results: a count, index
+/// or status; negative with the managed exception raised in Python on failure.
+/// </summary>
+public static unsafe class SequenceStubs<T>
+{
+    public const int Item = 0, End = 1, OutOfRange = 2, Failed = -1;
+
+    private static T Element(IntPtr value) => value == IntPtr.Zero ? default! : (T)Handles.Target(value)!;
+
+    private static int Fail(Exception e)
+    {
+        PyRuntime.Raise(e);
+        return Failed;
+    }
+
+    private static void Hand(T value, IntPtr* item, int* index)
+    {
+        *item = Handles.New(value);
+        *index = TypeIndex.Of(value);
+    }
+
+    // ---- enumerator and enumerable
+
+    /// <summary>Item (handle and index written), End, or 2 with the exception raised.</summary>
+    public static int MoveNext(IntPtr self, IntPtr* item, int* index)
+    {
+        try
+        {
+            var e = (IEnumerator<T>)Handles.Target(self)!;
+            if (!e.MoveNext())
+                return End;
+            Hand(e.Current, item, index);
+            return Item;
+        }
+        catch (Exception ex)
+        {
+            PyRuntime.Raise(ex);
+            return OutOfRange;
+        }
+    }
+
+    public static int GetEnumerator(IntPtr self, IntPtr* result)
+    {
+        try
+        {
+            *result = Handles.New(((IEnumerable<T>)Handles.Target(self)!).GetEnumerator());
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    // ---- indexed sequences: arrays and lists (read-only lists refuse the stores)
+
+    private static IReadOnlyList<T> Reader(IntPtr self) => (IReadOnlyList<T>)Handles.Target(self)!;
+
+    // An array's items can be stored although its IList<T> calls itself read-only (fixed size).
+    private static IList<T> Writer(IntPtr self) => Handles.Target(self) switch
+    {
+        T[] array => array,
+        IList<T> { IsReadOnly: false } list => list,
+        _ => throw new NotSupportedException("the collection is read-only"),
+    };
+
+    public static int SqLength(IntPtr self)
+    {
+        try
+        {
+            return Reader(self).Count;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    public static int SqGetItem(IntPtr self, int i, IntPtr* item, int* index)
+    {
+        try
+        {
+            var list = Reader(self);
+            if ((uint)i >= (uint)list.Count)
+                return OutOfRange;
+            Hand(list[i], item, index);
+            return Item;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>The caller has checked the index against the length it just read.</summary>
+    public static int SqGetItemNoCheck(IntPtr self, int i, IntPtr* item, int* index)
+    {
+        try
+        {
+            Hand(Reader(self)[i], item, index);
+            return Item;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    public static int SqSetItem(IntPtr self, int i, IntPtr value)
+    {
+        try
+        {
+            var list = Writer(self);
+            if ((uint)i >= (uint)list.Count)
+                return OutOfRange;
+            list[i] = Element(value);
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    public static int SqSetItemNoCheck(IntPtr self, int i, IntPtr value)
+    {
+        try
+        {
+            Writer(self)[i] = Element(value);
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>1 when the whole of a managed sequence was stored into the slice; 0 declines (not one of ours).</summary>
+    public static int MpSetItems(IntPtr self, IntPtr items, int start, int count, int step)
+    {
+        try
+        {
+            if (Handles.Target(items) is not IReadOnlyList<T> source || source.Count != count)
+                return 0;
+            var target = Writer(self);
+            var copy = source.ToArray();  // the source may be the target itself
+            for (int k = 0; k < count; k++)
+                target[start + k * step] = copy[k];
+            return 1;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    public static int SqContains(IntPtr self, IntPtr value)
+    {
+        try
+        {
+            return Reader(self).Contains(Element(value)) ? 1 : 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    public static int CountOf(IntPtr self, IntPtr value)
+    {
+        try
+        {
+            var wanted = Element(value);
+            int n = 0;
+            foreach (var x in Reader(self))
+                if (EqualityComparer<T>.Default.Equals(x, wanted))
+                    n++;
+            return n;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>The first index in [start, stop) holding the value; -1 when none (no exception raised).</summary>
+    public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, IntPtr value)
+    {
+        try
+        {
+            var list = Reader(self);
+            int n = list.Count;
+            int from = hasStart != 0 ? Clip(start, n) : 0, to = hasStop != 0 ? Clip(stop, n) : n;
+            var wanted = Element(value);
+            for (int i = from; i < to; i++)
+                if (EqualityComparer<T>.Default.Equals(list[i], wanted))
+                    return i;
+            return -1;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    // Python's bounds of list.index: negative counts from the end, then clipped to [0, n].
+    private static int Clip(int i, int n) => i < 0 ? Math.Max(0, i + n) : Math.Min(i, n);
+
+    public static int Reverse(IntPtr self)
+    {
+        try
+        {
+            var list = Writer(self);
+            for (int i = 0, j = list.Count - 1; i < j; i++, j--)
+                (list[i], list[j]) = (list[j], list[i]);
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>A stable sort by the elements' default ordering, descending when asked.</summary>
+    public static int Sort(IntPtr self, int reverse)
+    {
+        try
+        {
+            var list = Writer(self);
+            var sorted = list.ToArray();
+            var comparer = Comparer<T>.Default;
+            var order = sorted.Select((v, i) => (v, i)).ToArray();
+            Array.Sort(order, (a, b) =>
+            {
+                int c = comparer.Compare(a.v, b.v);
+                return c != 0 ? (reverse != 0 ? -c : c) : a.i.CompareTo(b.i);
+            });
+            for (int i = 0; i < order.Length; i++)
+                list[i] = order[i].v;
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e is InvalidOperationException { InnerException: { } inner } ? inner : e);
+        }
+    }
+}
