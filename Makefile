@@ -154,6 +154,9 @@ test-python:
 	$(DOTNET) build tests/fixtures/IncompleteInterop/IncompleteInterop.csproj $(DOTNET_OPTS) \
 	    -o $(BUILD)/fixtures/incomplete-interop
 	$(DOTNET) build tests/fixtures/HostFixture/HostFixture.csproj $(DOTNET_OPTS) -o $(BUILD)/fixtures/host-fixture
+	tools/break-generic-stubs.sh $(GEN_DIR)/folio/cs $(BUILD)/fixtures/broken-generic-src
+	$(DOTNET) build tests/fixtures/BrokenGenericInterop/BrokenGenericInterop.csproj $(DOTNET_OPTS) \
+	    -p:QrxGeneratedDir=$(abspath $(BUILD)/fixtures/broken-generic-src) -o $(BUILD)/fixtures/broken-generic
 	QRX_BUILD_DIR=$(abspath $(BUILD)) PYTHONPATH=$(BUILD)/python $(PYTHON) -m pytest -q tests/python
 
 bench: build wheel

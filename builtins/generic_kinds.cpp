@@ -2,6 +2,7 @@
 
 #include "builtins/seq_access.h"
 #include "module/pysh_ref.h"
+#include "objects/host_table.h"
 #include "objects/bound_class.h"
 #include "objects/handle_release.h"
 #include "objects/seal_object.h"
@@ -166,6 +167,11 @@ int to_index(PyObject* obj, void* out) {
 }
 
 }  // namespace
+
+int32_t PyGn_TableFailed(const PyHostTable& table) {
+    PyErr_SetString(PyExc_TypeError, table.error_msg());
+    return -1;
+}
 
 void PyGn_DescribeType(PyGnTypeObject* gn, const char* tp_name, PyGnKind kind) {
     PyTypeObject* type = &gn->type;

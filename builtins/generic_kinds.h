@@ -48,6 +48,11 @@ struct PyGnTypeObject {
 
 enum class PyGnKind { Iter, Iterable, Array, List };
 
+class PyHostTable;
+
+// -1 with TypeError carrying the binding message of a table that failed to bind.
+[[gnu::cold, gnu::noinline]] int32_t PyGn_TableFailed(const PyHostTable& table);
+
 // Fills the slots of an instantiation's type before it is readied.
 void PyGn_DescribeType(PyGnTypeObject* type, const char* tp_name, PyGnKind kind);
 

@@ -99,8 +99,13 @@ PyObject* PySeq_Item(PyObject* self, Py_ssize_t i, const PySeqAccess& access) {
 }
 
 PyObject* PySeq_Subscript(PyObject* self, PyObject* key, const PySeqAccess& access) {
+    if (access.by_key != nullptr && !PySlice_Check(key)) {
+        PyObject* found = access.by_key(self, key);
+        if (found != nullptr || PyErr_Occurred())
+            return found;
+    }
     if (access.item == nullptr)
-        return access.by_key != nullptr ? access.by_key(self, key) : PySeq_RefuseKey(key);
+        return PySeq_RefuseKey(key);
     if (PyIndex_Check(key)) {
         Py_ssize_t i;
         if (absolute_index(self, key, access, &i) < 0)
@@ -108,7 +113,7 @@ PyObject* PySeq_Subscript(PyObject* self, PyObject* key, const PySeqAccess& acce
         return access.item(self, i);
     }
     if (!PySlice_Check(key))
-        return access.by_key != nullptr ? access.by_key(self, key) : PySeq_RefuseKey(key);
+        return PySeq_RefuseKey(key);
     Py_ssize_t start, step, n;
     if (clip_slice(self, key, access, &start, &step, &n) < 0)
         return nullptr;

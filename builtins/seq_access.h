@@ -12,8 +12,9 @@ struct PySeqAccess {
     // Item i with 0 <= i < length (the caller checked): a new reference, or NULL with an error;
     // NULL for a collection without positional access (integer keys then go to by_key).
     PyObject* (*item)(PyObject* self, Py_ssize_t i);
-    // A key that is neither an integer nor a slice: a new reference, NULL with an error; NULL
-    // when the collection has no keyed access (the key is then refused by type).
+    // Keyed access, asked first for every key but a slice (an enumeration member is also an
+    // integer): a new reference; NULL with an error; NULL without one when the key is none of
+    // its types. NULL when the collection has no keyed access.
     PyObject* (*by_key)(PyObject* self, PyObject* key);
 };
 
@@ -23,7 +24,7 @@ int PySeq_CheckIndex(Py_ssize_t i);
 // NULL with TypeError "list indices must be integers or slices, not <type of key>".
 [[gnu::cold, gnu::noinline]] PyObject* PySeq_RefuseKey(PyObject* key);
 
-// x[key]: an integer (negative counts from the end), a slice (a new list) or a key of by_key.
+// x[key]: a key of by_key, an integer (negative counts from the end) or a slice (a new list).
 PyObject* PySeq_Subscript(PyObject* self, PyObject* key, const PySeqAccess& access);
 // sq_item: i already adjusted by the interpreter; IndexError outside [0, length).
 PyObject* PySeq_Item(PyObject* self, Py_ssize_t i, const PySeqAccess& access);

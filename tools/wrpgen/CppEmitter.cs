@@ -900,7 +900,7 @@ public static class CppEmitter
                 w.Dedent();
                 w.Line("}");
             }
-            w.Line("return PySeq_RefuseKey(key);");
+            w.Line("return nullptr;  // none of its key types");
             w.Dedent();
             w.Line("}");
             w.Line();

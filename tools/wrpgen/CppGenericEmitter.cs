@@ -176,7 +176,10 @@ internal static class CppGenericEmitter
         {
             var decl = string.Join(", ", s.Params.Select((p, i) => $"{CppParam(p)} a{i}"));
             var args = string.Join(", ", s.Params.Select((_, i) => $"a{i}"));
-            w.Line($"{Ret(s)} {s.Forwarder}({decl}) const {{ return {s.Forwarder}_({args}); }}");
+            // a slot left unbound by an earlier failure answers with the binding message
+            w.Line(s.Return == "v"
+                ? $"void {s.Forwarder}({decl}) const {{ if ({s.Forwarder}_) {s.Forwarder}_({args}); else PyGn_TableFailed(*this); }}"
+                : $"int32_t {s.Forwarder}({decl}) const {{ return {s.Forwarder}_ ? {s.Forwarder}_({args}) : PyGn_TableFailed(*this); }}");
         }
         w.Dedent();
         w.Line();
