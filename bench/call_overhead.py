@@ -2,7 +2,9 @@
 (bench/ref_module.cpp) doing the same shape of work, plus the wall time of the first import and
 the cost of the first Document(file) + save in a fresh process against the same work warm, for
 the build tree (assemblies as compiled, JIT) and, with --wheel-root, the wheel's tree
-(assemblies precompiled ReadyToRun).
+(assemblies precompiled ReadyToRun). Collection rows: iteration, indexing and len() of a
+100,000-paragraph body against the same shapes in C and against one wrapper-returning call, and
+the cost of typing results by their object's class.
 
 Run after `make wheel`:
     PYTHONPATH=build/python /usr/bin/python3 bench/call_overhead.py --wheel-root build/wheel
@@ -150,6 +152,51 @@ def stream_rows():
               f" speed {lo:.2f}-{hi:.2f}x of BytesIO  >= 0.5  {verdict}")
 
 
+ITEMS = 100_000
+
+
+def per_item_ns(stmt, namespace, items):
+    timer = timeit.Timer(stmt, globals=namespace)
+    return min(timer.repeat(repeat=5, number=1)) / items * 1e9
+
+
+def collections(ns):
+    doc = qf.Document()
+    builder = qf.DocumentBuilder(doc)
+    for _ in range(ITEMS - 1):
+        builder.writeln("p")
+    # The wrapper-returning call and the typed-result rows use the small document of `ns`: some
+    # body-level calls of the engine walk the whole body.
+    paras = doc.first_section.body.paragraphs
+    assert len(paras) == ITEMS
+    ns = dict(ns, paras=paras, cseq=qrx_benchref.Ref.seq(ITEMS))
+    wrapper_call = per_call_ns("body.ensure_minimum()", ns)
+    c_make = per_call_ns("ref.make()", ns)
+    print(f"\n{'collections':32} {'bound ns':>9} {'C ns':>7} {'ratio':>6}  {'/call':>6}  target")
+    rows = [
+        ("for p in paragraphs (per item)", per_item_ns("for p in paras: pass", ns, ITEMS),
+         per_item_ns("for p in cseq: pass", ns, ITEMS), "call", 1.5),
+        ("coll[i]", per_call_ns("paras[5]", ns), per_call_ns("cseq[5]", ns), None, None),
+        ("len(coll)", per_call_ns("len(paras)", ns), per_call_ns("len(cseq)", ns), "C", 3.0),
+    ]
+    for name, b, c, against, target in rows:
+        per_call = b / wrapper_call
+        ratio = b / c
+        if target is None:
+            verdict = "-"
+        else:
+            measured = per_call if against == "call" else ratio
+            verdict = f"<= {target:g}x {against}  " + ("ok" if measured <= target else "MISSED")
+        print(f"{name:32} {b:9.1f} {c:7.1f} {ratio:6.2f}  {per_call:6.2f}  {verdict}")
+    print(f"{'(one wrapper-returning call)':32} {wrapper_call:9.1f} {c_make:7.1f} {wrapper_call / c_make:6.2f}")
+    # The same getter shape, once typed by the object's class (first_child is declared Node) and
+    # once of a leaf class that needs no typing (first_paragraph).
+    typed = per_call_ns("body.first_child", ns)
+    plain = per_call_ns("body.first_paragraph", ns)
+    print(f"{'typed result / plain result':32} {typed:9.1f} {plain:7.1f} {typed / plain:6.2f}  {'':6}  "
+          f"<= 1.1  {'ok' if typed / plain <= 1.1 else 'MISSED'}")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--wheel-root", help="the wheel's staged tree (make wheel writes build/wheel)")
@@ -189,6 +236,7 @@ def main():
         verdict = "-" if target is None else (f"<= {target:g}  " + ("ok" if ratio <= target else "MISSED"))
         print(f"{name:32} {b:9.1f} {c:7.1f} {ratio:6.2f}  {verdict}")
     stream_rows()
+    collections(ns)
     ms = import_ms()
     print(f"{'import quorix.folio (fresh process)':32} {ms:9.1f} ms{'':6}  < 150 ms  {'ok' if ms < 150 else 'MISSED'}")
     report_first_use(args.wheel_root)

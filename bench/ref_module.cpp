@@ -1,7 +1,7 @@
 // The yardstick of the call-overhead benchmark: a plain C extension doing the same shapes of
 // work as the bound calls (a float and a str attribute, a method taking one str, a call that
 // returns a new object, a static method taking an enumeration member, a datetime and a Decimal
-// built afresh on each get), with nothing behind them.
+// built afresh on each get, a sequence whose items are new objects), with nothing behind them.
 #include <Python.h>
 #include <datetime.h>
 
@@ -70,6 +70,38 @@ PyObject* width_of(PyObject*, PyObject* member) {
     return PyLong_FromLong(value * 2);
 }
 
+// A sequence of `length` items, each a new Ref made when read: len(), s[i] and iteration (the
+// interpreter's sequence iterator over sq_item) as plain C does them.
+struct RefSeqObject {
+    PyObject_HEAD
+    Py_ssize_t length;
+};
+
+PyTypeObject RefSeqType = {PyVarObject_HEAD_INIT(nullptr, 0)};
+
+Py_ssize_t seq_length(PyObject* self) { return reinterpret_cast<RefSeqObject*>(self)->length; }
+
+PyObject* seq_item(PyObject* self, Py_ssize_t i) {
+    if (i < 0 || i >= seq_length(self)) {
+        PyErr_SetString(PyExc_IndexError, "list index out of range");
+        return nullptr;
+    }
+    return ref_new(&RefType, nullptr, nullptr);
+}
+
+PySequenceMethods seq_as_sequence = {seq_length, nullptr, nullptr, seq_item, nullptr, nullptr, nullptr, nullptr,
+                                     nullptr, nullptr};
+
+PyObject* seq(PyObject*, PyObject* arg) {
+    Py_ssize_t n = PyLong_AsSsize_t(arg);
+    if (n == -1 && PyErr_Occurred())
+        return nullptr;
+    auto* s = PyObject_New(RefSeqObject, &RefSeqType);
+    if (s != nullptr)
+        s->length = n;
+    return reinterpret_cast<PyObject*>(s);
+}
+
 PyGetSetDef ref_getset[] = {
     {"size", get_size, nullptr, nullptr, nullptr},
     {"name", get_name, nullptr, nullptr, nullptr},
@@ -82,6 +114,7 @@ PyMethodDef ref_methods[] = {
     {"write", write, METH_O, nullptr},
     {"make", make, METH_NOARGS, nullptr},
     {"width_of", width_of, METH_O | METH_STATIC, nullptr},
+    {"seq", seq, METH_O | METH_STATIC, nullptr},
     {nullptr, nullptr, 0, nullptr},
 };
 
@@ -109,6 +142,12 @@ PyMODINIT_FUNC PyInit_qrx_benchref() {
     DecimalType = PyObject_GetAttrString(decimal, "Decimal");
     Py_DECREF(decimal);
     if (DecimalType == nullptr)
+        return nullptr;
+    RefSeqType.tp_name = "qrx_benchref.RefSeq";
+    RefSeqType.tp_basicsize = sizeof(RefSeqObject);
+    RefSeqType.tp_flags = Py_TPFLAGS_DEFAULT;
+    RefSeqType.tp_as_sequence = &seq_as_sequence;
+    if (PyType_Ready(&RefSeqType) < 0)
         return nullptr;
     PyObject* module = PyModule_Create(&ref_module);
     if (module != nullptr && PyModule_AddType(module, &RefType) < 0) {
