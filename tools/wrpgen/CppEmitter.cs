@@ -862,7 +862,7 @@ public static class CppEmitter
 
     private static string SeqLength(TypeModel owner) => "wrpPy_sqln_" + Id(owner);
 
-    private static bool HasItemAccess(TypeModel t) =>
+    internal static bool HasItemAccess(TypeModel t) =>
         t.Sequence is { CountOwner: not null } q && (q.IntIndexer is not null || q.KeyIndexers.Count > 0);
 
     private static void EmitSequence(CppWriter w, TypeModel t)

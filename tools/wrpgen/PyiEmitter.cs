@@ -149,8 +149,34 @@ public static class PyiEmitter
             ValueKind.Bytes => "bytes",
             ValueKind.Stream => Typing("BinaryIO"),
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Enum => Ref(c.Bound!),
+            ValueKind.Enumerator => $"{Typing("Iterator")}[{Ref(c.Generic!.Element)}]",
+            ValueKind.Enumerable => $"{Typing("Iterable")}[{Ref(c.Generic!.Element)}]",
+            ValueKind.Array or ValueKind.List => $"{Typing("Sequence")}[{Ref(c.Generic!.Element)}]",
             _ => "int",
         };
+
+        // Item access and iteration of a collection class; a missing key gives None.
+        private void SequenceSlots(TypeModel t)
+        {
+            var q = t.Sequence!;
+            if (CppEmitter.HasItemAccess(t))
+            {
+                Def([], "__len__", "self", "int", null);
+                // enumeration members are ints to a type checker: their keys read as the int form
+                var forms = new List<(string Key, string Result)>();
+                if (q.IntIndexer is { } item)
+                {
+                    forms.Add(("int", ValueType(item)));
+                    // a list at run time; a covariant sequence, so a derived collection's slices fit its base's
+                    forms.Add(("slice", $"{Typing("Sequence")}[{ValueType(item)}]"));
+                }
+                forms.AddRange(q.KeyIndexers.Where(k => k.Key.Kind != ValueKind.Enum).Select(k => (ValueType(k.Key), ValueType(k.Item) + " | None")));
+                foreach (var (key, result) in forms)
+                    Def(forms.Count > 1 ? [Typing("overload")] : [], "__getitem__", $"self, key: {key}", result, null);
+            }
+            if (q.Iterable is { } g)
+                Def([], "__iter__", "self", $"{Typing("Iterator")}[{Ref(g.Element)}]", null);
+        }
 
         private void Doc(int depth, string? id, bool asBody)
         {
@@ -235,6 +261,8 @@ public static class PyiEmitter
                 Property(p);
             foreach (var s in t.StaticAttributes)
                 Static(s);
+            if (t.Sequence is not null)
+                SequenceSlots(t);
             if (CppEmitter.HasBuiltinGetType(t) && !groups.Any(g => g.PythonName == "get_type"))
                 Def([], "get_type", "self", Ref(TypeModule, "Type"), null);
             if (_text.Length == before)
