@@ -95,6 +95,19 @@ namespace Quorix.Folio
         public DocumentBase? GetChildNodes() => null;
     }
 
+    /// <summary>Item access by position and by name, iteration, an array and a read-only list.</summary>
+    public class NodeList : IEnumerable<Node>
+    {
+        public int Count => 0;
+        public Node this[int index] => throw new ArgumentOutOfRangeException(nameof(index));
+        public Run? this[string name] => null;
+        public Node this[int row, int column] => throw new NotSupportedException();
+        public Node[] ToArray() => Array.Empty<Node>();
+        public IReadOnlyList<Run> Runs => Array.Empty<Run>();
+        public IEnumerator<Node> GetEnumerator() => ((IEnumerable<Node>)ToArray()).GetEnumerator();
+        System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();
+    }
+
     public class Run : Node
     {
         public Run(DocumentBase doc, string text) { }

@@ -54,3 +54,81 @@ public class TypeIndexTests
         Assert.DoesNotContain("wrpPy_conv_clr_to_py_ix_" + Type("Quorix.Folio.Run").Hash, cpp);
     }
 }
+
+/// <summary>Collections: the model of item access and the generic tables both languages bind.</summary>
+public class SequenceTests
+{
+    private static TypeModel NodeList => Fixture.Model.Types.Single(t => t.FullName == "Quorix.Folio.NodeList");
+
+    [Fact]
+    public void IndexersCountAndIterationMakeTheSequenceOfAClass()
+    {
+        var q = NodeList.Sequence!;
+        Assert.Same(NodeList, q.CountOwner);
+        Assert.Equal("class:Quorix.Folio.Node", q.IntIndexer!.ToString());
+        Assert.Equal("btp_MpGetItemByString", Assert.Single(q.KeyIndexers).Stub);
+        Assert.Equal("Quorix.Folio.Node", q.Iterable!.Element.FullName);
+        Assert.Contains(Fixture.Model.Skipped, s => s.Type == "Quorix.Folio.NodeList" && s.Member == "Item"
+                        && s.Reason.StartsWith("indexed properties other than", StringComparison.Ordinal));
+        var order = NodeList.BindingOrder().ToList();
+        Assert.True(order.IndexOf("btp_SqGetItem") < order.IndexOf("btp_MpGetItemByString"));
+        Assert.True(order.IndexOf("btp_MpGetItemByString") < order.IndexOf("btp_TypeOf"));
+    }
+
+    [Fact]
+    public void ArraysListsAndEnumeratorsShareOneInstantiationPerElement()
+    {
+        var node = Fixture.Model.Generics.Single(g => g.Element.FullName == "Quorix.Folio.Node");
+        var run = Fixture.Model.Generics.Single(g => g.Element.FullName == "Quorix.Folio.Run");
+        Assert.True(node.HasArray && !node.HasList);
+        Assert.True(run.HasList && !run.HasArray);
+        Assert.NotEqual(node.Hash, run.Hash);
+        Assert.NotEqual(node.Hash, node.Element.Hash);
+        var toArray = NodeList.Methods.Single(m => m.ManagedName == "ToArray");
+        Assert.Same(node, toArray.Result.Generic);
+        Assert.Equal(ValueKind.List, NodeList.Properties.Single(p => p.ManagedName == "Runs").Type.Kind);
+    }
+
+    // The managed classes and the native tables of every generic kind bind the same names in the same order.
+    [Fact]
+    public void BothLanguagesBindTheGenericStubsInOneOrder()
+    {
+        var cs = CSharpEmitter.Emit(Fixture.Model).ToDictionary(f => f.FileName, f => f.Text);
+        string cpp = CppEmitter.Emit(Fixture.Model)["wrpgen_generic.cpp"];
+        foreach (var g in Fixture.Model.Generics)
+        {
+            string text = cs[$"SiApi_{g.Hash}.cs"];
+            foreach (var kind in g.Kinds())
+            {
+                string cls = StubNames.GenericClassPrefix(kind) + "_" + g.Hash;
+                int at = text.IndexOf($"public static unsafe class {cls}\n", StringComparison.Ordinal);
+                Assert.True(at >= 0, cls);
+                int end = text.IndexOf("\n}\n", at, StringComparison.Ordinal);
+                var managed = System.Text.RegularExpressions.Regex.Matches(text[at..end], @"public static \w+ (\w+)\(")
+                    .Select(m => m.Groups[1].Value).ToList();
+
+                string table = $"class PyHost_gn_{kind}_{g.Hash} final";
+                int t0 = cpp.IndexOf(table, StringComparison.Ordinal);
+                Assert.True(t0 >= 0, table);
+                int t1 = cpp.IndexOf("bind_all(", t0, StringComparison.Ordinal);
+                var native = System.Text.RegularExpressions.Regex.Matches(cpp[t0..t1], @"\{""(\w+)"", slot_of")
+                    .Select(m => m.Groups[1].Value).ToList();
+                Assert.Contains($"PyHostTable(\"{StubNames.GenericClass(kind, g.Hash)}\")", cpp[t0..t1]);
+
+                var expected = StubNames.GenericStubs(kind).Select(s => s.Name).ToList();
+                Assert.Equal(expected, managed);
+                Assert.Equal(expected, native);
+            }
+        }
+    }
+
+    [Fact]
+    public void TheArrayAndListTablesKeepTheirHistoricalSpellings()
+    {
+        Assert.Contains("SqSetItemNoChek", StubNames.GenericStubs(GenericKind.Array).Select(s => s.Name));
+        Assert.DoesNotContain("SqSetItemNoCheck", StubNames.GenericStubs(GenericKind.Array).Select(s => s.Name));
+        Assert.Equal(["MoveNext", "btp_TypeOf", "btp_CastTo", "btp_CastAs", "btp_IsAssignable"],
+                     StubNames.GenericStubs(GenericKind.Iter).Select(s => s.Name));
+        Assert.Equal("btp_IsAssignable", StubNames.GenericStubs(GenericKind.Array)[^1].Name);
+    }
+}

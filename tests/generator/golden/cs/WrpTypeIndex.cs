@@ -14,6 +14,7 @@ internal static class WrpTypeIndex
         typeof(global::Quorix.Folio.Node),
         typeof(global::Quorix.Folio.DocumentBase),
         typeof(global::Quorix.Folio.Document),
+        typeof(global::Quorix.Folio.NodeList),
         typeof(global::Quorix.Folio.Run),
         typeof(global::Quorix.Folio.SaveOutputParameters),
         typeof(global::Quorix.Folio.SaveOptions),
