@@ -39,7 +39,8 @@ def _run(block, folder):
 # wrong thing fails as surely as one that raises.
 EXPECT = {
     'print(qf.Document("hello.docx")': ["Hello from Python"],
-    "while node is not None:\n    if node.node_type": ["'Quarterly report'", "'Sales grew. Every region contributed.'", "'Appendix'"],
+    "for para in body.paragraphs:": ["'Quarterly report'", "'Sales grew. Every region contributed.'", "'Appendix'",
+                                     "['Section', 'Body', 'Paragraph', 'Run']"],
     "table.set_borders": ["3 rows of 2 cells", "Region 15"],
     'insert_image("logo.png"': ["96.0 48.0 PNG"],
     "apply_number_default": ["1. Unpack", "2. Install", "3. Run", "Done."],
