@@ -259,6 +259,20 @@ class TestCasting:
         assert qf.SaveFormat._qrxsc2p_asserttp() is Ellipsis and qf.LoadFormat._qrxsc2p_asserttp() is Ellipsis
         assert qf.Document._qrxsc2p_asserttp() is True
 
+    def test_managed_type_parameters_take_classes_none_and_types(self):
+        pi = pytest.importorskip("quorix.pyintro")
+        assert qf.SaveFormat._type_of().full_name == "Quorix.Folio.SaveFormat"
+        # an enumeration class passes its managed type through _type_of
+        assert pi.Enum.get_underlying_type(qf.SaveFormat).full_name == "System.Int32"
+        assert pi.Enum.get_underlying_type(qf.SaveFormat._type_of()).full_name == "System.Int32"
+        with pytest.raises(RuntimeError, match="ArgumentException"):
+            pi.Enum.get_underlying_type(qf.Document)  # a bound class: its type, which is no enumeration
+        with pytest.raises(RuntimeError, match="ArgumentNullException"):
+            pi.Enum.get_underlying_type(None)
+        for bad, name in ((int, "type"), (3, "int"), (qf.Document(), "quorix.folio.Document")):
+            with pytest.raises(TypeError, match=f"^can't build Type value from '{re.escape(name)}'$"):
+                pi.Enum.get_underlying_type(bad)
+
     def test_generic_wrappers_cast_as_their_managed_type(self, arr):
         kind = type(arr)
         assert kind._type_of().full_name == "Quorix.Folio.Paragraph[]"

@@ -199,6 +199,9 @@ public static class CppEmitter
             ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version =>
                 RecordArg(type.Kind, v),
             ValueKind.Enum => new("int32_t", $"int32_t {v} = 0;", ToClr(type.Bound!), $"&{v}", v),
+            // a managed Type also comes from a class (its _type_of) or None
+            ValueKind.Class when type.Bound!.FullName == "System.Type" =>
+                new("void*", $"PyShEphObjHolder {v};", "wrpPye_conv_py_to_clr_FFFFFFF_Type", $"&{v}.arg", $"{v}.get()"),
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface =>
                 new("void*", $"void* {v} = nullptr;", ToClr(type.Bound!), $"&{v}", v),
             _ => ScalarArg(type.Kind, v),
@@ -1152,19 +1155,25 @@ public static class CppEmitter
         // The type probe answers Ellipsis on the enumeration itself only; no managed cast yields one.
         w.Line($"PyObject* wrpPy_enas_{id}(PyObject* cls, PyObject*) {{ return PyShCast_AssertExact(cls, {TypeObject(t)}); }}");
         w.Line();
+        w.Line($"const PyShCastOps wrpPy_csop_{id} = {{{Invalidate(t)}, nullptr, HandleKind_Object, " +
+               $"[](void** o) {{ {Table(t)}::get_instance().btp_TypeOf(o); }}, nullptr, nullptr, nullptr, nullptr}};");
+        w.Line();
+        w.Line($"PyObject* wrpPy_enty_{id}(PyObject*, PyObject*) {{ return PyShCast_TypeOf(wrpPy_csop_{id}); }}");
+        w.Line();
         w.Line($"PyMethodDef wrpPy_enxm_{id}[] = {{");
         w.Line($"    {{\"_qrxsc2p_asserttp\", wrpPy_enas_{id}, METH_NOARGS | METH_CLASS, \"\"}},");
         w.Line("    {\"_cast_from\", PyShCast_NoCast, METH_O, \"\"},");
+        w.Line($"    {{\"_type_of\", wrpPy_enty_{id}, METH_NOARGS | METH_CLASS, \"\"}},");
         w.Line("};");
         w.Line();
-        w.Line($"const PyShEnumExtra wrpPy_enex_{id}[] = {{{{&wrpPy_enxm_{id}[0], true}}, {{&wrpPy_enxm_{id}[1], false}}}};");
+        w.Line($"const PyShEnumExtra wrpPy_enex_{id}[] = {{{{&wrpPy_enxm_{id}[0], true}}, {{&wrpPy_enxm_{id}[1], false}}, {{&wrpPy_enxm_{id}[2], true}}}};");
         w.Line();
         w.Line("}  // namespace");
         w.Line();
         w.Line($"PyObject* {TypeObject(t)} = nullptr;");
         w.Line();
         w.Line($"PyObject* {Eypi(t)}() {{");
-        w.Line($"    return PyShEnum_Build({Quote(t.Name)}, wrpPy_enmb_{id}, {t.EnumMembers.Count}, {(t.IsFlags ? "true" : "false")}, wrpPy_enex_{id}, 2);");
+        w.Line($"    return PyShEnum_Build({Quote(t.Name)}, wrpPy_enmb_{id}, {t.EnumMembers.Count}, {(t.IsFlags ? "true" : "false")}, wrpPy_enex_{id}, 3);");
         w.Line("}");
         w.Line();
         w.Line($"int {ToClr(t)}(PyObject* obj, int32_t* out) {{");
@@ -1236,7 +1245,7 @@ public static class CppEmitter
                      "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h", "marshal/conv_time.h",
                      "marshal/conv_variant.h", "marshal/conv_version.h", "objects/bound_args.h", "objects/bound_class.h",
                      "objects/bound_registration.h", "builtins/seq_access.h", "objects/casting.h", "objects/collection_arg.h", "objects/enum_builder.h",
-                     "objects/handle_release.h", "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h",
+                     "objects/handle_release.h", "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h", "objects/type_arg.h",
                      "objects/value_args.h", "objects/wrapper_slots.h",
                  })
             w.Line($"#include \"{inc}\"");

@@ -149,9 +149,9 @@ public static class PyiEmitter
             ValueKind.Bytes => "bytes",
             ValueKind.Stream => Typing("BinaryIO"),
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Enum => Ref(c.Bound!),
-            ValueKind.Enumerator => $"{Typing("Iterator")}[{Ref(c.Generic!.Element)}]",
-            ValueKind.Enumerable => $"{Typing("Iterable")}[{Ref(c.Generic!.Element)}]",
-            ValueKind.Array or ValueKind.List => $"{Typing("Sequence")}[{Ref(c.Generic!.Element)}]",
+            ValueKind.EnumeratorOf => $"{Typing("Iterator")}[{Ref(c.Generic!.Element)}]",
+            ValueKind.EnumerableOf => $"{Typing("Iterable")}[{Ref(c.Generic!.Element)}]",
+            ValueKind.ArrayOf or ValueKind.ListOf => $"{Typing("Sequence")}[{Ref(c.Generic!.Element)}]",
             _ => "int",
         };
 

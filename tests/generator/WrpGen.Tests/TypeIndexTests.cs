@@ -86,7 +86,7 @@ public class SequenceTests
         Assert.NotEqual(node.Hash, node.Element.Hash);
         var toArray = NodeList.Methods.Single(m => m.ManagedName == "ToArray");
         Assert.Same(node, toArray.Result.Generic);
-        Assert.Equal(ValueKind.List, NodeList.Properties.Single(p => p.ManagedName == "Runs").Type.Kind);
+        Assert.Equal(ValueKind.ListOf, NodeList.Properties.Single(p => p.ManagedName == "Runs").Type.Kind);
     }
 
     // The managed classes and the native tables of every generic kind bind the same names in the same order.

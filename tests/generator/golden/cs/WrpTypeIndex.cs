@@ -23,6 +23,7 @@ internal static class WrpTypeIndex
         typeof(global::Quorix.Folio.ControlChar),
         typeof(global::Quorix.Folio.Style),
         typeof(global::Quorix.Folio.FolioException),
+        typeof(global::Quorix.Folio.Stamp),
         typeof(global::Quorix.Folio.Drawing.Charts.Chart),
         typeof(global::Quorix.Folio.Saving.PdfSaveOptions),
     }
