@@ -1,4 +1,5 @@
 using System.Xml;
+using Quorix.Folio.Formats;
 using Quorix.Folio.Formatting;
 using Quorix.Folio.Loading;
 using Quorix.Folio.Package;
@@ -23,9 +24,7 @@ internal static class DocxReader
     /// when the document is first used.</summary>
     public static void Load(Document doc, Stream input, LoadOptions options)
     {
-        if (options.LoadFormat is not (LoadFormat.Auto or LoadFormat.Docx))
-            throw new UnsupportedFileFormatException($"Loading {options.LoadFormat} documents is not supported; only DOCX is.");
-        var data = ReadAll(input, options.MaxTotalSize);
+        var data = InputBuffer.ReadAll(input, options.MaxTotalSize);
         switch (FormatSniffer.Sniff(new MemoryStream(data, false)))
         {
             case SniffedKind.Docx:
@@ -59,10 +58,11 @@ internal static class DocxReader
             doc.Source = pkg;
             doc.MainPartName = main;
         });
+        doc.BuildOnFirstUse(Build);
     }
 
     /// <summary>Builds the model of a loaded document from its package.</summary>
-    public static void Build(Document doc) => Guarded(() => Parse(doc, doc.Source!, doc.MainPartName!));
+    private static void Build(Document doc) => Guarded(() => Parse(doc, doc.Source!, doc.MainPartName!));
 
     /// <summary>Runs a reading step, turning whatever a damaged package makes it throw into the engine's exception.</summary>
     private static void Guarded(Action step)
@@ -84,28 +84,6 @@ internal static class DocxReader
         {
             throw new FileCorruptedException("The document structure is invalid: " + e.Message, e);
         }
-    }
-
-    /// <summary>The whole input, refused beyond the size limit before it is read.</summary>
-    private static byte[] ReadAll(Stream s, long limit)
-    {
-        if (s.CanSeek)
-        {
-            long length = s.Length - s.Position;
-            if (length > limit || length > Array.MaxLength) throw new FileCorruptedException("The input is larger than the size limit.");
-            var buf = new byte[length];
-            s.ReadExactly(buf);
-            return buf;
-        }
-        var ms = new MemoryStream();
-        var chunk = new byte[81920];
-        int n;
-        while ((n = s.Read(chunk, 0, chunk.Length)) > 0)
-        {
-            if (ms.Length + n > limit) throw new FileCorruptedException("The input is larger than the size limit.");
-            ms.Write(chunk, 0, n);
-        }
-        return ms.ToArray();
     }
 
     private static string MainPart(OpcPackage pkg)

@@ -46,6 +46,9 @@ public sealed class Shape : ShapeBase
 
     public override NodeType NodeType => NodeType.Shape;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Shape>(visitor, visitor.VisitShapeStart(this), static (v, n) => v.VisitShapeEnd(n));
+
     public ImageData ImageData => imageData;
 
     public bool HasImage => imageData.HasImage;

@@ -42,6 +42,8 @@ public sealed class FieldStart : FieldChar
 
     public override NodeType NodeType => NodeType.FieldStart;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitFieldStart(this);
+
     internal override char Char => ControlChar.FieldStartChar;
 
     // The begin marker as read: locks, dirty flags and form-field data the model does not interpret.
@@ -64,6 +66,8 @@ public sealed class FieldSeparator : FieldChar
 
     public override NodeType NodeType => NodeType.FieldSeparator;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitFieldSeparator(this);
+
     internal override char Char => ControlChar.FieldSeparatorChar;
 
     internal override Node CloneTo(DocumentBase? target, bool deep) => new FieldSeparator(target, RPr.Clone());
@@ -76,6 +80,8 @@ public sealed class FieldEnd : FieldChar
     internal FieldEnd(DocumentBase? doc, PropBag rPr) : base(doc, rPr) { }
 
     public override NodeType NodeType => NodeType.FieldEnd;
+
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitFieldEnd(this);
 
     internal override char Char => ControlChar.FieldEndChar;
 

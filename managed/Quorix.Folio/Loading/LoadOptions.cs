@@ -14,7 +14,7 @@ public class LoadOptions
 
     public string? Password { get; set; }
 
-    /// <summary>Auto detects the format; DOCX is the only format loaded.</summary>
+    /// <summary>Auto detects the format from the content; any other value is loaded as that format.</summary>
     public LoadFormat LoadFormat { get; set; } = LoadFormat.Auto;
 
     /// <summary>Largest decompressed part accepted, in bytes; guards against archive bombs.</summary>

@@ -10,6 +10,8 @@ public sealed class BookmarkStart : Node
 
     public override NodeType NodeType => NodeType.BookmarkStart;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitBookmarkStart(this);
+
     public string Name
     {
         get => name;
@@ -36,6 +38,8 @@ public sealed class BookmarkEnd : Node
     public BookmarkEnd(DocumentBase doc, string name) : base(doc) { this.name = BookmarkStart.Check(name); }
 
     public override NodeType NodeType => NodeType.BookmarkEnd;
+
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitBookmarkEnd(this);
 
     public string Name
     {

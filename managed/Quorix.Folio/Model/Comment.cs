@@ -54,6 +54,9 @@ public sealed class Comment : InlineStory
 
     public override NodeType NodeType => NodeType.Comment;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Comment>(visitor, visitor.VisitCommentStart(this), static (v, n) => v.VisitCommentEnd(n));
+
     internal int Id = -1;
     internal List<Formatting.PropElement.Attr>? ExtraAttrs;
 
@@ -87,6 +90,8 @@ public sealed class CommentRangeStart : Node
 
     public override NodeType NodeType => NodeType.CommentRangeStart;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitCommentRangeStart(this);
+
     public int Id { get; set; }
 
     public override string GetText() => "";
@@ -99,6 +104,8 @@ public sealed class CommentRangeEnd : Node
     public CommentRangeEnd(DocumentBase doc, int id) : base(doc) { Id = id; }
 
     public override NodeType NodeType => NodeType.CommentRangeEnd;
+
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitCommentRangeEnd(this);
 
     public int Id { get; set; }
 

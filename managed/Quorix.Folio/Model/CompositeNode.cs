@@ -191,6 +191,20 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
         for (var n = first; n != null; n = n.next) copy.LinkLast(n.CloneTo(target, true));
     }
 
+    /// <summary>Visits the children after the start visit's answer, then the end visit. The next sibling
+    /// is taken before a child is visited, so a visitor may remove the node it is given.</summary>
+    private protected VisitorAction Walk<T>(DocumentVisitor visitor, VisitorAction start, Func<DocumentVisitor, T, VisitorAction> end) where T : CompositeNode
+    {
+        if (start != VisitorAction.Continue) return start == VisitorAction.Stop ? VisitorAction.Stop : VisitorAction.Continue;
+        for (var n = first; n != null;)
+        {
+            var following = n.next;
+            if (n.AcceptCore(visitor) == VisitorAction.Stop) return VisitorAction.Stop;
+            n = following;
+        }
+        return end(visitor, (T)this) == VisitorAction.Stop ? VisitorAction.Stop : VisitorAction.Continue;
+    }
+
     /// <summary>All descendants in document order, opaque ones included, for writers.</summary>
     internal IEnumerable<Node> RawChildren()
     {

@@ -1,9 +1,9 @@
 using System.Runtime.ExceptionServices;
 using Quorix.Folio.Docx;
+using Quorix.Folio.Formats;
 using Quorix.Folio.Loading;
 using Quorix.Folio.Package;
 using Quorix.Folio.Saving;
-using Quorix.Folio.Text;
 
 namespace Quorix.Folio;
 
@@ -64,13 +64,27 @@ public sealed class Document : DocumentBase
         Load(stream, loadOptions);
     }
 
-    // The package is read and checked now; the nodes, styles and lists are built on first use,
-    // and a document saved untouched is written back from the parts as they were stored.
     private void Load(Stream stream, LoadOptions? options)
     {
         options ??= new LoadOptions();
-        DocxReader.Load(this, stream, options);
-        OriginalLoadFormat = LoadFormat.Docx;
+        var format = options.LoadFormat;
+        if (format == LoadFormat.Auto)
+        {
+            // Detection reads ahead and rewinds, which a forward-only stream cannot do.
+            if (!stream.CanSeek) stream = new MemoryStream(InputBuffer.ReadAll(stream, options.MaxTotalSize), false);
+            format = FileFormatUtil.FormatToLoad(stream);
+        }
+        FormatRegistry.ReaderFor(format).Read(stream, this, options);
+        OriginalLoadFormat = format;
+    }
+
+    // A reader may check its input now and build the nodes, styles and lists on first use; a
+    // document saved untouched can then be written back from what was read.
+    private Action<Document>? deferredBuild;
+
+    internal void BuildOnFirstUse(Action<Document> build)
+    {
+        deferredBuild = build;
         pending = true;
     }
 
@@ -85,7 +99,7 @@ public sealed class Document : DocumentBase
         pending = false;
         try
         {
-            DocxReader.Build(this);
+            deferredBuild!(this);
         }
         catch (Exception e)
         {
@@ -98,6 +112,9 @@ public sealed class Document : DocumentBase
     }
 
     public override NodeType NodeType => NodeType.Document;
+
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Document>(visitor, visitor.VisitDocumentStart(this), static (v, n) => v.VisitDocumentEnd(n));
 
     public string? OriginalFileName { get; private set; }
 
@@ -162,23 +179,8 @@ public sealed class Document : DocumentBase
         return SaveTo(stream, saveOptions, null);
     }
 
-    private SaveOutputParameters SaveTo(Stream stream, SaveOptions options, string? path)
-    {
-        switch (options)
-        {
-            case OoxmlSaveOptions o:
-                DocxWriter.Save(this, stream, o);
-                return new SaveOutputParameters("application/vnd.openxmlformats-officedocument.wordprocessingml.document");
-            case MarkdownSaveOptions m:
-                MarkdownWriter.Save(this, stream, m, path);
-                return new SaveOutputParameters("text/markdown");
-            case TxtSaveOptions t:
-                PlainTextWriter.Save(this, stream, t);
-                return new SaveOutputParameters("text/plain");
-            default:
-                throw new ArgumentException($"Saving to {options.SaveFormat} is not supported.", nameof(options));
-        }
-    }
+    private SaveOutputParameters SaveTo(Stream stream, SaveOptions options, string? path) =>
+        FormatRegistry.WriterFor(options.SaveFormat).Write(this, stream, options, path);
 
     /// <summary>A deep copy, independent of this document.</summary>
     public Document Clone() => (Document)CloneTo(null, true);

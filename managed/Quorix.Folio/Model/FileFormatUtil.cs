@@ -37,6 +37,16 @@ public static class FileFormatUtil
         };
     }
 
+    /// <summary>The format a document in the stream is loaded as; refuses what no reader could load.</summary>
+    internal static LoadFormat FormatToLoad(Stream stream) => FormatSniffer.Sniff(stream) switch
+    {
+        SniffedKind.Docx or SniffedKind.EncryptedOoxml => LoadFormat.Docx,
+        SniffedKind.Text => LoadFormat.Text,
+        SniffedKind.Empty => throw new FileCorruptedException("The file is empty."),
+        SniffedKind.LegacyCompound => throw new UnsupportedFileFormatException("The file is a legacy binary word-processing document (DOC); loading that format is not supported."),
+        _ => throw new UnsupportedFileFormatException("The file's format is not recognised: it is not a document format this library reads."),
+    };
+
     public static SaveFormat ExtensionToSaveFormat(string extension)
     {
         var e = (extension ?? "").TrimStart('.').ToLowerInvariant();

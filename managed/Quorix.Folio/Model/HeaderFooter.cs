@@ -13,6 +13,9 @@ public sealed class HeaderFooter : Story
 
     public override NodeType NodeType => NodeType.HeaderFooter;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<HeaderFooter>(visitor, visitor.VisitHeaderFooterStart(this), static (v, n) => v.VisitHeaderFooterEnd(n));
+
     public HeaderFooterType HeaderFooterType => type;
 
     public bool IsHeader => type is HeaderFooterType.HeaderPrimary or HeaderFooterType.HeaderFirst or HeaderFooterType.HeaderEven;

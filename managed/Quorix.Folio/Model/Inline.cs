@@ -36,6 +36,8 @@ public sealed class Run : Inline
 
     public override NodeType NodeType => NodeType.Run;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitRun(this);
+
     public string Text
     {
         get => text;

@@ -58,6 +58,15 @@ public abstract class Node
 
     internal abstract Node CloneTo(DocumentBase? target, bool deep);
 
+    /// <summary>Walks the node and everything below it with the visitor; false when the visitor stopped the walk.</summary>
+    public bool Accept(DocumentVisitor visitor)
+    {
+        ArgumentNullException.ThrowIfNull(visitor);
+        return AcceptCore(visitor) != VisitorAction.Stop;
+    }
+
+    internal abstract VisitorAction AcceptCore(DocumentVisitor visitor);
+
     public void Remove()
     {
         parent?.RemoveChild(this);

@@ -32,6 +32,8 @@ internal sealed class OpaqueNode : Node
 
     internal override bool IsOpaque => true;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitKept(this);
+
     public override string GetText() => "";
 
     internal override void AppendText(StringBuilder sb) { }

@@ -19,6 +19,9 @@ public sealed class Paragraph : CompositeNode
 
     public override NodeType NodeType => NodeType.Paragraph;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Paragraph>(visitor, visitor.VisitParagraphStart(this), static (v, n) => v.VisitParagraphEnd(n));
+
     public RunCollection Runs => new RunCollection(this);
 
     public ParagraphFormat ParagraphFormat => new ParagraphFormat(PPr, doc, ParagraphChain);

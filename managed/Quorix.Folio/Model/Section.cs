@@ -14,6 +14,9 @@ public sealed class Section : CompositeNode
 
     public override NodeType NodeType => NodeType.Section;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Section>(visitor, visitor.VisitSectionStart(this), static (v, n) => v.VisitSectionEnd(n));
+
     public Body? Body => (Body?)GetChild(NodeType.Body, 0, false);
 
     public HeaderFooterCollection HeadersFooters => new HeaderFooterCollection(this);

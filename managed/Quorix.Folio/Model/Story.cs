@@ -61,6 +61,9 @@ public sealed class Body : Story
 
     public override NodeType NodeType => NodeType.Body;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Body>(visitor, visitor.VisitBodyStart(this), static (v, n) => v.VisitBodyEnd(n));
+
     public override StoryType StoryType => StoryType.MainText;
 
     public Section? ParentSection => parent as Section;

@@ -19,6 +19,9 @@ public sealed class Footnote : InlineStory
 
     public override NodeType NodeType => NodeType.Footnote;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Footnote>(visitor, visitor.VisitFootnoteStart(this), static (v, n) => v.VisitFootnoteEnd(n));
+
     public FootnoteType FootnoteType => type;
 
     /// <summary>Numbered automatically unless a custom mark was given.</summary>

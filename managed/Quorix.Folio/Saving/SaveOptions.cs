@@ -39,7 +39,7 @@ public abstract class SaveOptions
         SaveFormat.Docx => new OoxmlSaveOptions(),
         SaveFormat.Text => new TxtSaveOptions(),
         SaveFormat.Markdown => new MarkdownSaveOptions(),
-        _ => throw new ArgumentException($"Saving to {saveFormat} is not supported.", nameof(saveFormat)),
+        _ => throw new UnsupportedFileFormatException($"Saving to {saveFormat} is not supported."),
     };
 
     public static SaveOptions CreateSaveOptions(string fileName) => CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(fileName)));

@@ -14,6 +14,9 @@ public sealed class Cell : CompositeNode
 
     public override NodeType NodeType => NodeType.Cell;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Cell>(visitor, visitor.VisitCellStart(this), static (v, n) => v.VisitCellEnd(n));
+
     public ParagraphCollection Paragraphs => new ParagraphCollection(this);
 
     public TableCollection Tables => new TableCollection(this);

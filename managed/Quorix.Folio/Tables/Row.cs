@@ -15,6 +15,9 @@ public sealed class Row : CompositeNode
 
     public override NodeType NodeType => NodeType.Row;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Row>(visitor, visitor.VisitRowStart(this), static (v, n) => v.VisitRowEnd(n));
+
     public CellCollection Cells => new CellCollection(this);
 
     public Cell? FirstCell => (Cell?)GetChild(NodeType.Cell, 0, false);

@@ -17,6 +17,9 @@ public sealed class Table : CompositeNode
 
     public override NodeType NodeType => NodeType.Table;
 
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<Table>(visitor, visitor.VisitTableStart(this), static (v, n) => v.VisitTableEnd(n));
+
     public RowCollection Rows => new RowCollection(this);
 
     public Row? FirstRow => (Row?)GetChild(NodeType.Row, 0, false);

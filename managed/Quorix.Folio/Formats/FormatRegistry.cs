@@ -1,0 +1,39 @@
+using Quorix.Folio.Docx;
+using Quorix.Folio.Text;
+
+namespace Quorix.Folio.Formats;
+
+/// <summary>The readers and writers the engine has, one per format. <see cref="Document"/> loads and
+/// saves only through here, so a new format is one reader or writer class and one line below.</summary>
+internal static class FormatRegistry
+{
+    private static readonly Dictionary<LoadFormat, IDocumentReader> Readers = new();
+    private static readonly Dictionary<SaveFormat, IDocumentWriter> Writers = new();
+
+    static FormatRegistry()
+    {
+        Add(new DocxDocumentReader());
+        Add(new DocxDocumentWriter());
+        Add(new MarkdownDocumentWriter());
+        Add(new TextDocumentWriter());
+    }
+
+    private static void Add(IDocumentReader reader) => Readers.Add(reader.Format, reader);
+
+    private static void Add(IDocumentWriter writer) => Writers.Add(writer.Format, writer);
+
+    public static bool CanLoad(LoadFormat format) => Readers.ContainsKey(format);
+
+    public static bool CanSave(SaveFormat format) => Writers.ContainsKey(format);
+
+    public static IDocumentReader ReaderFor(LoadFormat format) =>
+        Readers.TryGetValue(format, out var r) ? r
+        : throw new UnsupportedFileFormatException($"Loading {Name(format)} documents is not supported.");
+
+    public static IDocumentWriter WriterFor(SaveFormat format) =>
+        Writers.TryGetValue(format, out var w) ? w
+        : throw new UnsupportedFileFormatException($"Saving to {Name(format)} is not supported.");
+
+    private static string Name<T>(T format) where T : struct, Enum =>
+        Enum.IsDefined(format) ? format.ToString()! : "format " + Convert.ToInt32(format);
+}
