@@ -27,7 +27,7 @@ public sealed class Range
         }
     }
 
-    /// <summary>Replaces every occurrence of the text; returns the number of replacements.</summary>
+    /// <summary>Replaces every occurrence of the text, matching case; returns the number of replacements.</summary>
     public int Replace(string pattern, string replacement) => Replace(pattern, replacement, new FindReplaceOptions());
 
     public int Replace(string pattern, string replacement, FindReplaceOptions options)
@@ -35,18 +35,30 @@ public sealed class Range
         ArgumentException.ThrowIfNullOrEmpty(pattern);
         ArgumentNullException.ThrowIfNull(options);
         var escaped = Regex.Escape(pattern);
-        if (options.FindWholeWordsOnly) escaped = @"(?<![\w])" + escaped + @"(?![\w])";
-        var re = new Regex(escaped, options.MatchCase ? RegexOptions.CultureInvariant : RegexOptions.IgnoreCase | RegexOptions.CultureInvariant);
-        // The replacement is literal text here, not a substitution pattern.
-        return TextReplacer.Run(node, re, _ => replacement ?? "");
+        if (options.FindWholeWordsOnly) escaped = @"(?<!\w)" + escaped + @"(?!\w)";
+        var flags = RegexOptions.CultureInvariant | (options.MatchCase ? RegexOptions.None : RegexOptions.IgnoreCase);
+        return Run(new Regex(escaped, flags), replacement, options);
     }
 
-    public int Replace(Regex pattern, string replacement) => Replace(pattern, replacement, new FindReplaceOptions());
+    /// <summary>Replaces every match of the expression; <c>$1</c> and the like in the replacement stand
+    /// for the match's groups, as in <see cref="Regex.Replace(string, string)"/>.</summary>
+    public int Replace(Regex pattern, string replacement) => Replace(pattern, replacement, new FindReplaceOptions { UseSubstitutions = true });
 
+    /// <summary>Replaces every match of the expression; its own options decide case, and
+    /// <see cref="FindReplaceOptions.UseSubstitutions"/> whether <c>$1</c> stands for a group.</summary>
     public int Replace(Regex pattern, string replacement, FindReplaceOptions options)
     {
         ArgumentNullException.ThrowIfNull(pattern);
-        return TextReplacer.Run(node, pattern, m => m.Result(replacement ?? ""));
+        ArgumentNullException.ThrowIfNull(options);
+        if (options.FindWholeWordsOnly) pattern = new Regex(@"(?<!\w)(?:" + pattern + @")(?!\w)", pattern.Options, pattern.MatchTimeout);
+        return Run(pattern, replacement, options);
+    }
+
+    private int Run(Regex re, string replacement, FindReplaceOptions options)
+    {
+        replacement ??= "";
+        Func<Match, string> text = options.UseSubstitutions ? m => m.Result(replacement) : _ => replacement;
+        return TextReplacer.Run(node, re, text, options);
     }
 
     /// <summary>Removes the node's content: the node itself, unless it is a document or story.</summary>
