@@ -67,6 +67,7 @@ internal static class BodyReader
                 }
             }
             else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") body.LinkLast(ReadTable(r, ctx));
+            else if (r.NamespaceURI == Ns.W && r.LocalName is "sdt" or "customXml" && !r.IsEmptyElement) ReadBodyContainer(r, body, ctx);
             else if (r.NamespaceURI == Ns.W && r.LocalName == "sectPr")
             {
                 var e = PropElement.Read(r);
@@ -133,11 +134,47 @@ internal static class BodyReader
         {
             if (r.EOF) throw new XmlException("Unexpected end of content.");
             if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
-            if (r.NamespaceURI == Ns.W && r.LocalName == "p") container.LinkLast(ReadParagraph(r, ctx, out _));
-            else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") container.LinkLast(ReadTable(r, ctx));
-            else container.LinkLast(Opaque(r, ctx, OpaqueKind.Block));
+            ReadBlock(r, container, ctx);
         }
         r.Read();
+    }
+
+    /// <summary>One block: a paragraph, a table, a container around blocks, or content kept as read.</summary>
+    private static void ReadBlock(XmlReader r, CompositeNode container, ReadContext ctx)
+    {
+        if (r.NamespaceURI == Ns.W)
+        {
+            switch (r.LocalName)
+            {
+                case "p":
+                    container.LinkLast(ReadParagraph(r, ctx, out _));
+                    return;
+                case "tbl":
+                    container.LinkLast(ReadTable(r, ctx));
+                    return;
+                case "sdt":
+                case "customXml":
+                    if (r.IsEmptyElement) break;
+                    ReadContainer(r, ctx, OpaqueKind.Block, container.LinkLast, () => ReadBlock(r, container, ctx));
+                    return;
+            }
+        }
+        container.LinkLast(Opaque(r, ctx, OpaqueKind.Block));
+    }
+
+    // A container in the body may end a section inside it; such a one is kept whole, so that
+    // sections stay where they were.
+    private static void ReadBodyContainer(XmlReader r, Body body, ReadContext ctx)
+    {
+        var xml = r.ReadOuterXml();
+        if (xml.Contains("sectPr", StringComparison.Ordinal))
+        {
+            body.LinkLast(new OpaqueNode(ctx.Doc, OpaqueKind.Block, RawXml.DropRootDeclarations(xml, ctx.Root), null, VisibleText(xml)));
+            return;
+        }
+        using var sub = DocxReader.Open(xml);
+        sub.MoveToContent();
+        ReadBlock(sub, body, ctx);
     }
 
     public static OpaqueNode Opaque(XmlReader r, ReadContext ctx, OpaqueKind kind, PropBag? rPr = null)
@@ -250,6 +287,14 @@ internal static class BodyReader
             case "r":
                 RunReader.ReadRun(r, p, ctx);
                 return;
+            case "sdt":
+            case "smartTag":
+            case "customXml":
+            case "dir":
+            case "bdo":
+                if (r.IsEmptyElement) break;
+                ReadContainer(r, ctx, OpaqueKind.Inline, p.LinkLast, () => ReadInline(r, p, ctx));
+                return;
             case "hyperlink":
                 ReadHyperlink(r, p, ctx);
                 return;
@@ -285,6 +330,76 @@ internal static class BodyReader
             }
         }
         p.LinkLast(Opaque(r, ctx, OpaqueKind.Inline));
+    }
+
+    // Property elements of the containers read by ReadContainer; they stay with the start tag.
+    private static bool IsContainerProps(XmlReader r) =>
+        r.NamespaceURI == Ns.W && r.LocalName is "sdtPr" or "sdtEndPr" or "smartTagPr" or "customXmlPr";
+
+    /// <summary>Reads a container the model does not represent (a content control, smart tag,
+    /// custom XML element, direction override) as two kept markers around its content, which
+    /// becomes ordinary nodes: its text is found, and the notes referenced in it are placed.</summary>
+    private static void ReadContainer(XmlReader r, ReadContext ctx, OpaqueKind kind, Action<Node> link, Action readChild)
+    {
+        var open = new StringBuilder();
+        var close = "</" + r.Name + ">";
+        StartTag(r, open);
+        int depth = r.Depth;
+        r.Read();
+        OpaqueNode? start = null;
+        void Open()
+        {
+            if (start != null) return;
+            start = new OpaqueNode(ctx.Doc, kind, open.ToString()) { Opens = true };
+            link(start);
+        }
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of a content container.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (start == null && IsContainerProps(r))
+                open.Append(RawXml.DropRootDeclarations(r.ReadOuterXml(), ctx.Root));
+            else if (start == null && r.NamespaceURI == Ns.W && r.LocalName == "sdtContent")
+            {
+                if (r.IsEmptyElement) { r.Read(); continue; }
+                StartTag(r, open);
+                close = "</" + r.Name + ">" + close;
+                Open();
+                int inner = r.Depth;
+                r.Read();
+                while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == inner))
+                {
+                    if (r.EOF) throw new XmlException("Unexpected end of a content control.");
+                    if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+                    readChild();
+                }
+                r.Read();
+            }
+            else
+            {
+                Open();
+                readChild();
+            }
+        }
+        r.Read();
+        Open();
+        // Declarations the part's root makes need not be repeated on the start tag.
+        start!.Xml = RawXml.DropRootDeclarations(start.Xml, ctx.Root);
+        var end = new OpaqueNode(ctx.Doc, kind, close) { Partner = start };
+        start!.Partner = end;
+        link(end);
+    }
+
+    private static void StartTag(XmlReader r, StringBuilder sb)
+    {
+        sb.Append('<').Append(r.Name);
+        if (r.MoveToFirstAttribute())
+        {
+            do sb.Append(' ').Append(r.Name).Append("=\"").Append(System.Security.SecurityElement.Escape(r.Value)).Append('"');
+            while (r.MoveToNextAttribute());
+            r.MoveToElement();
+        }
+        sb.Append(r.IsEmptyElement ? "/>" : ">");
     }
 
     // A link element becomes the field a word processor would build for it, so both kinds look alike.
@@ -437,9 +552,7 @@ internal static class BodyReader
                     spanned = span - 1;
                 }
             }
-            else if (r.NamespaceURI == Ns.W && r.LocalName == "p") cell.LinkLast(ReadParagraph(r, ctx, out _));
-            else if (r.NamespaceURI == Ns.W && r.LocalName == "tbl") cell.LinkLast(ReadTable(r, ctx));
-            else cell.LinkLast(Opaque(r, ctx, OpaqueKind.Block));
+            else ReadBlock(r, cell, ctx);
         }
         r.Read();
         return cell;

@@ -15,6 +15,7 @@ internal static class BodyWriter
     public static void WriteBlocks(XmlWriter w, CompositeNode container, PartWriter pw, Action<XmlWriter>? firstParagraphPrefix = null)
     {
         bool lastWasParagraph = false;
+        var kept = new KeptContainers();
         for (var n = container.first; n != null; n = n.next)
         {
             switch (n)
@@ -28,14 +29,20 @@ internal static class BodyWriter
                     WriteTable(w, t, pw);
                     lastWasParagraph = false;
                     break;
+                case OpaqueNode { Partner: not null } marker:
+                    // The content between a container's markers decides how the container ends.
+                    kept.Write(w, marker);
+                    break;
                 case OpaqueNode o:
                     w.WriteRaw(o.Xml);
                     lastWasParagraph = o.Xml.StartsWith("<w:p", StringComparison.Ordinal) && !o.Xml.StartsWith("<w:pPr", StringComparison.Ordinal);
                     break;
             }
         }
-        // Cells, notes and comments must end with a paragraph to be valid.
-        if (!lastWasParagraph && container is not Body)
+        kept.CloseAll(w);
+        // Cells, notes and comments must end with a paragraph to be valid; bodies, headers and
+        // footers may end with a table or content control, and an added paragraph would change the layout.
+        if (!lastWasParagraph && (container is not Story || container.first == null))
         {
             w.WriteStartElement("p", Ns.W);
             firstParagraphPrefix?.Invoke(w);
@@ -61,11 +68,14 @@ internal static class BodyWriter
             w.WriteEndElement();
         }
         prefix?.Invoke(w);
+        var kept = new KeptContainers();
         for (var n = p.first; n != null; n = n.next)
         {
             if (n is FieldStart { Wrapper: not null } fs && TryWriteWrapped(w, fs, pw) is { } end) n = end;
+            else if (n is OpaqueNode { Partner: not null } marker) kept.Write(w, marker);
             else WriteInline(w, n, pw);
         }
+        kept.CloseAll(w);
         w.WriteEndElement();
     }
 
@@ -180,7 +190,7 @@ internal static class BodyWriter
             if (end is FieldStart || end is FieldSeparator) return null;
             end = end.next;
         }
-        if (end == null) return null;
+        if (end == null || !KeptContainers.Balanced(sep.next, end)) return null;
         var wrapper = fs.Wrapper!;
         if (wrapper.Get("id", Ns.R) is { } relId && !pw.Rels.Has(relId)) return null;
         w.WriteStartElement(wrapper.Local, Ns.W);
@@ -282,8 +292,10 @@ internal static class BodyWriter
         if (!t.TblPr.Has("tblW")) t.TblPr.GetOrAdd("tblW").Set("w", "0").Set("type", "auto");
         foreach (var e in t.TblPr.Items) e.Write(w);
         w.WriteEndElement();
+        // The grid read with the table stays as it was unless the rows now need more columns:
+        // rows may span columns or leave some out, and the widths are the author's.
         int cols = Math.Max(1, t.GridColumns());
-        var grid = t.Grid.Count == cols ? t.Grid : EvenGrid(t, cols);
+        var grid = t.Grid.Count >= cols ? t.Grid : t.Grid.Count > 0 ? Extended(t.Grid, cols) : EvenGrid(t, cols);
         w.WriteStartElement("tblGrid", Ns.W);
         foreach (var g in grid)
         {
@@ -298,6 +310,13 @@ internal static class BodyWriter
             else if (n is OpaqueNode o) w.WriteRaw(o.Xml);
         }
         w.WriteEndElement();
+    }
+
+    private static List<int> Extended(List<int> grid, int cols)
+    {
+        var wider = new List<int>(grid);
+        while (wider.Count < cols) wider.Add(grid[^1]);
+        return wider;
     }
 
     private static List<int> EvenGrid(Table t, int cols)

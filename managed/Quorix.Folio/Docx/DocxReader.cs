@@ -125,7 +125,17 @@ internal static class DocxReader
             }
         }
         BodyReader.ReadDocument(doc, ctx);
+        Keep(notes.Footnotes, doc.Docx.KeptFootnotes);
+        Keep(notes.Endnotes, doc.Docx.KeptEndnotes);
+        foreach (var c in notes.Comments.Values) doc.Docx.KeptComments.Add(c);
         doc.Changed();
+    }
+
+    // Notes no reference in the model claimed are referenced from content kept as read.
+    private static void Keep(Dictionary<string, Notes.Footnote> unclaimed, List<(int, Notes.Footnote)> kept)
+    {
+        foreach (var (id, note) in unclaimed)
+            if (Units.ParseInt(id) is int n) kept.Add((n, note));
     }
 
     public static XmlReader Open(byte[] bytes) => XmlReader.Create(new MemoryStream(bytes, false), WithNames());

@@ -9,10 +9,18 @@ internal sealed class DocxState
     public readonly List<PropElement> FootnoteSeparators = new();
     public readonly List<PropElement> EndnoteSeparators = new();
     public PropElement? BodyTail;
+    // Notes and comments whose references sit in content kept as read: written back under the
+    // identifiers that content uses, which new notes and comments then avoid.
+    public readonly List<(int Id, Notes.Footnote Note)> KeptFootnotes = new();
+    public readonly List<(int Id, Notes.Footnote Note)> KeptEndnotes = new();
+    public readonly List<Comment> KeptComments = new();
 
-    public DocxState Clone()
+    public DocxState Clone(DocumentBase target)
     {
         var c = new DocxState();
+        c.KeptFootnotes.AddRange(KeptFootnotes.Select(k => (k.Id, (Notes.Footnote)k.Note.CloneTo(target, true))));
+        c.KeptEndnotes.AddRange(KeptEndnotes.Select(k => (k.Id, (Notes.Footnote)k.Note.CloneTo(target, true))));
+        c.KeptComments.AddRange(KeptComments.Select(k => (Comment)k.CloneTo(target, true)));
         foreach (var kv in Roots) c.Roots[kv.Key] = kv.Value;
         c.FootnoteSeparators.AddRange(FootnoteSeparators.Select(e => e.Clone()));
         c.EndnoteSeparators.AddRange(EndnoteSeparators.Select(e => e.Clone()));

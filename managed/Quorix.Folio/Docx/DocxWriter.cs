@@ -60,8 +60,9 @@ internal static class DocxWriter
         }
 
         EnsureReferencedStyles(doc);
-        state.FootnoteBase = NextId(doc.Docx.FootnoteSeparators);
-        state.EndnoteBase = NextId(doc.Docx.EndnoteSeparators);
+        state.FootnoteBase = NextId(doc.Docx.FootnoteSeparators, doc.Docx.KeptFootnotes);
+        state.EndnoteBase = NextId(doc.Docx.EndnoteSeparators, doc.Docx.KeptEndnotes);
+        foreach (var c in doc.Docx.KeptComments) state.CommentIds.Add(c.Id);
 
         var mainWriter = new PartWriter(state, mainRels);
         var headerParts = new List<(HeaderFooter Hf, string Part, string RelId)>();
@@ -97,11 +98,11 @@ internal static class DocxWriter
             WriteRels(pkg, scope);
         }
 
-        if (state.Footnotes.Count > 0 || doc.Docx.FootnoteSeparators.Count > 0)
+        if (state.Footnotes.Count > 0 || doc.Docx.FootnoteSeparators.Count > 0 || doc.Docx.KeptFootnotes.Count > 0)
             NotesPart(pkg, state, mainRels, oldPartRels, oldIds, false);
-        if (state.Endnotes.Count > 0 || doc.Docx.EndnoteSeparators.Count > 0)
+        if (state.Endnotes.Count > 0 || doc.Docx.EndnoteSeparators.Count > 0 || doc.Docx.KeptEndnotes.Count > 0)
             NotesPart(pkg, state, mainRels, oldPartRels, oldIds, true);
-        if (state.Comments.Count > 0) CommentsPart(pkg, state, mainRels, oldPartRels, oldIds);
+        if (state.Comments.Count > 0 || doc.Docx.KeptComments.Count > 0) CommentsPart(pkg, state, mainRels, oldPartRels, oldIds);
 
         var stylesPart = PartOf(mainRels, main, Ns.RelStyles) ?? AddPart(mainRels, main, Ns.RelStyles, "word/styles.xml");
         pkg.Parts[stylesPart] = Render(w => StylesPart(w, doc, stylesPart));
@@ -136,9 +137,10 @@ internal static class DocxWriter
         return doc.MainPartName != null ? doc.Docx.Roots.GetValueOrDefault(doc.MainPartName) : null;
     }
 
-    private static int NextId(List<PropElement> separators)
+    private static int NextId(List<PropElement> separators, List<(int Id, Footnote Note)> kept)
     {
         int max = 0;
+        foreach (var (id, _) in kept) max = Math.Max(max, id);
         foreach (var e in separators) max = Math.Max(max, Units.ParseInt(e.Get("id")) ?? 0);
         return max + 1;
     }
@@ -222,6 +224,7 @@ internal static class DocxWriter
             while (lastBlock is OpaqueNode) lastBlock = lastBlock.prev;
             if (body != null)
             {
+                var kept = new KeptContainers();
                 for (var n = body.first; n != null; n = n.next)
                 {
                     switch (n)
@@ -233,10 +236,11 @@ internal static class DocxWriter
                             BodyWriter.WriteTable(w, t, pw);
                             break;
                         case OpaqueNode o:
-                            w.WriteRaw(o.Xml);
+                            kept.Write(w, o);
                             break;
                     }
                 }
+                kept.CloseAll(w);
             }
             if (lastBlock == null && lastSection)
             {
@@ -293,9 +297,10 @@ internal static class DocxWriter
             RootInfo.WriteStart(w, endnotes ? "endnotes" : "footnotes", RootFor(doc, part));
             foreach (var e in separators) e.Write(w);
             // Notes met while writing notes (rare nesting) are appended as the list grows.
-            for (int i = 0; i < list.Count; i++)
+            var kept = endnotes ? doc.Docx.KeptEndnotes : doc.Docx.KeptFootnotes;
+            for (int i = 0; i < kept.Count + list.Count; i++)
             {
-                var (id, note) = list[i];
+                var (id, note) = i < kept.Count ? kept[i] : list[i - kept.Count];
                 w.WriteStartElement(endnotes ? "endnote" : "footnote", Ns.W);
                 w.WriteAttributeString("id", Ns.W, Units.Str(id));
                 BodyWriter.WriteBlocks(w, note, pw, x => MarkRun(x, refStyle, note.IsAuto ? (endnotes ? "endnoteRef" : "footnoteRef") : null));
@@ -350,7 +355,7 @@ internal static class DocxWriter
         pkg.Parts[part] = Render(w =>
         {
             RootInfo.WriteStart(w, "comments", RootFor(doc, part));
-            foreach (var c in state.Comments)
+            foreach (var c in doc.Docx.KeptComments.Concat(state.Comments))
             {
                 w.WriteStartElement("comment", Ns.W);
                 w.WriteAttributeString("id", Ns.W, Units.Str(c.Id));

@@ -188,7 +188,24 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
 
     internal void CloneChildrenInto(CompositeNode copy, DocumentBase? target)
     {
-        for (var n = first; n != null; n = n.next) copy.LinkLast(n.CloneTo(target, true));
+        List<(OpaqueNode Source, OpaqueNode Copy)>? open = null;
+        for (var n = first; n != null; n = n.next)
+        {
+            var c = n.CloneTo(target, true);
+            copy.LinkLast(c);
+            // Markers of one container are siblings; the copies are paired like the originals.
+            if (n is OpaqueNode { Partner: { } partner } o)
+            {
+                var oc = (OpaqueNode)c;
+                if (o.Opens) (open ??= new()).Add((o, oc));
+                else if (open?.FindIndex(x => x.Source == partner) is int i and >= 0)
+                {
+                    oc.Partner = open[i].Copy;
+                    open[i].Copy.Partner = oc;
+                    open.RemoveAt(i);
+                }
+            }
+        }
     }
 
     /// <summary>Visits the children after the start visit's answer, then the end visit. The next sibling

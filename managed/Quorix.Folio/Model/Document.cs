@@ -188,7 +188,8 @@ public sealed class Document : DocumentBase
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
         if (pending) BuildPending();
-        var copy = new Document(empty: true) { Source = Source, MainPartName = MainPartName, Docx = Docx.Clone(), OriginalFileName = OriginalFileName, OriginalLoadFormat = OriginalLoadFormat };
+        var copy = new Document(empty: true) { Source = Source, MainPartName = MainPartName, OriginalFileName = OriginalFileName, OriginalLoadFormat = OriginalLoadFormat };
+        copy.Docx = Docx.Clone(copy);
         copy.propertyParts = propertyParts?.Clone();
         foreach (var e in Styles.Head) copy.Styles.Head.Add(e.Clone());
         foreach (var s in Styles.All) copy.Styles.AddLoaded(s.Element.Clone());

@@ -15,10 +15,24 @@ internal enum OpaqueKind
 internal sealed class OpaqueNode : Node
 {
     public readonly OpaqueKind Kind;
-    public readonly string Xml;
+    public string Xml;
     public readonly PropBag? RPr;
     // Text a reader would see in it (deleted/inserted runs, content controls), for plain-text output.
     public readonly string VisibleText;
+
+    // A container whose content the model shows (a content control, a smart tag) is kept as two
+    // markers around that content: the start tag with its properties, and the end tag. Each
+    // marker knows the other, so that a writer can keep the markup balanced whatever was edited.
+    public OpaqueNode? Partner;
+    public bool Opens;
+
+    public static (OpaqueNode Open, OpaqueNode Close) Bracket(DocumentBase? doc, OpaqueKind kind, string openXml, string closeXml)
+    {
+        var open = new OpaqueNode(doc, kind, openXml) { Opens = true };
+        var close = new OpaqueNode(doc, kind, closeXml) { Partner = open };
+        open.Partner = close;
+        return (open, close);
+    }
 
     public OpaqueNode(DocumentBase? doc, OpaqueKind kind, string xml, PropBag? rPr = null, string visibleText = "") : base(doc)
     {
@@ -38,5 +52,5 @@ internal sealed class OpaqueNode : Node
 
     internal override void AppendText(StringBuilder sb) { }
 
-    internal override Node CloneTo(DocumentBase? target, bool deep) => new OpaqueNode(target, Kind, Xml, RPr?.Clone(), VisibleText);
+    internal override Node CloneTo(DocumentBase? target, bool deep) => new OpaqueNode(target, Kind, Xml, RPr?.Clone(), VisibleText) { Opens = Opens };
 }

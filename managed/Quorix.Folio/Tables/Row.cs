@@ -44,7 +44,7 @@ public sealed class Row : CompositeNode
     {
         int w = (TrPr.Int("gridBefore") ?? 0) + (TrPr.Int("gridAfter") ?? 0);
         for (var c = first; c != null; c = c.next)
-            if (c is Cell cell && cell.CellFormat.HorizontalMerge != CellMerge.Previous) w += cell.Span;
+            if (c is Cell cell) w += cell.Span;
         return w;
     }
 
