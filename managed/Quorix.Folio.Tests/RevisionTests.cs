@@ -24,8 +24,8 @@ public class RevisionTests
     {
         var doc = Tracked();
         Assert.True(doc.HasRevisions);
-        // Before a decision the model shows neither side of the change as text.
-        Assert.StartsWith("Keep  styled", doc.GetText());
+        // Before a decision both sides of a change are nodes of the tree, so its text has both.
+        Assert.StartsWith("Keep addedremoved styled", doc.GetText());
         Assert.Equal(4, doc.AcceptAllRevisions());
         Assert.False(doc.HasRevisions);
         var back = TestSupport.RoundTrip(doc);
@@ -69,5 +69,94 @@ public class RevisionTests
         var doc = new Document(new MemoryStream(bytes));
         Assert.Equal(4, doc.AcceptAllRevisions());
         Assert.Equal("Keep added styled\r", TestSupport.RoundTrip(doc).FirstSection!.Body!.FirstParagraph!.GetText());
+    }
+
+    [Fact]
+    public void EachChangeIsListedWithItsKindAuthorAndDate()
+    {
+        var doc = Tracked();
+        var all = doc.Revisions.ToArray();
+        Assert.Equal(new[] { RevisionType.Insertion, RevisionType.Deletion, RevisionType.FormatChange, RevisionType.Insertion },
+                     all.Select(r => r.RevisionType));
+        Assert.All(all, r => Assert.Equal("A", r.Author));
+        Assert.Equal(new DateTime(2024, 2, 2, 0, 0, 0, DateTimeKind.Utc), all[0].DateTime);
+        Assert.Equal("added", all[0].ParentNode.GetText());
+        Assert.IsType<Tables.Row>(all[3].ParentNode);
+        Assert.Equal(new[] { "added", "removed" }, doc.Revisions.Groups.Select(g => g.Text));
+    }
+
+    [Fact]
+    public void OneChangeIsDecidedAloneAndTheRestSurviveASave()
+    {
+        var doc = Tracked();
+        doc.Revisions[1].Accept();   // the deletion goes
+        doc.Revisions[0].Reject();   // the insertion goes
+        Assert.StartsWith("Keep  styled", doc.GetText());
+        var back = TestSupport.RoundTrip(doc);
+        Assert.Equal(new[] { RevisionType.FormatChange, RevisionType.Insertion }, back.Revisions.Select(r => r.RevisionType));
+        var xml = TestSupport.Part(TestSupport.ToBytes(back), "word/document.xml");
+        Assert.DoesNotContain("delText", xml);
+        Assert.Contains("rPrChange", xml);
+    }
+
+    [Fact]
+    public void UndecidedChangesAreWrittenBackAsChanges()
+    {
+        var doc = Tracked();
+        new DocumentBuilder(doc).Writeln("touched");
+        var back = TestSupport.RoundTrip(doc);
+        Assert.Equal(doc.Revisions.Select(r => (r.RevisionType, r.Author, r.ParentNode.GetText())),
+                     back.Revisions.Select(r => (r.RevisionType, r.Author, r.ParentNode.GetText())));
+        var xml = TestSupport.Part(TestSupport.ToBytes(back), "word/document.xml");
+        Assert.Contains("<w:delText>removed</w:delText>", xml);
+        Assert.Contains("w:author=\"A\"", xml);
+        // Readers show the document as it reads with the deletions made.
+        Assert.Contains("Keep added styled", TestSupport.ToText(back, SaveFormat.Text));
+    }
+
+    [Fact]
+    public void DeletedParagraphMarkJoinsTheParagraphsWhenAccepted()
+    {
+        const string body = @"<w:body><w:p><w:pPr><w:rPr><w:del w:id=""9"" w:author=""B""/></w:rPr></w:pPr><w:r><w:t>first</w:t></w:r></w:p>
+<w:p><w:pPr><w:jc w:val=""center""/></w:pPr><w:r><w:t>second</w:t></w:r></w:p><w:sectPr/></w:body>";
+        Document Load() => new Document(new MemoryStream(TestSupport.WithPart(TestSupport.ToBytes(new Document()), "word/document.xml",
+            x => x![..x!.IndexOf("<w:body>")] + body + "</w:document>")));
+        var accepted = Load();
+        Assert.Equal(RevisionType.Deletion, accepted.Revisions.Single().RevisionType);
+        accepted.AcceptAllRevisions();
+        var p = accepted.FirstSection!.Body!.FirstParagraph!;
+        Assert.Equal("firstsecond\f", accepted.GetText());
+        Assert.Equal(ParagraphAlignment.Center, p.ParagraphFormat.Alignment);
+        var rejected = Load();
+        rejected.RejectAllRevisions();
+        Assert.Equal("first\rsecond\f", rejected.GetText());
+        Assert.False(rejected.HasRevisions);
+    }
+
+    [Fact]
+    public void NotesAndCommentsInsideChangesKeepTheirText()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.Write("Body");
+        b.InsertFootnote(Notes.FootnoteType.Footnote, "note one");
+        b.Write(" more");
+        b.InsertFootnote(Notes.FootnoteType.Footnote, "note two");
+        var bytes = TestSupport.ToBytes(doc);
+        // Wrap the first note's reference in an insertion and the second in a deletion.
+        var xml = TestSupport.Part(bytes, "word/document.xml");
+        int first = xml.IndexOf("<w:r><w:rPr><w:rStyle w:val=\"FootnoteReference\"");
+        int firstEnd = xml.IndexOf("</w:r>", first) + 6;
+        int second = xml.IndexOf("<w:r><w:rPr><w:rStyle w:val=\"FootnoteReference\"", firstEnd);
+        int secondEnd = xml.IndexOf("</w:r>", second) + 6;
+        Assert.True(first > 0 && second > 0, xml);
+        var edited = xml[..first] + "<w:ins w:id=\"50\" w:author=\"C\">" + xml[first..firstEnd] + "</w:ins>" + xml[firstEnd..second] +
+                     "<w:del w:id=\"51\" w:author=\"C\">" + xml[second..secondEnd] + "</w:del>" + xml[secondEnd..];
+        var loaded = new Document(new MemoryStream(TestSupport.WithPart(bytes, "word/document.xml", _ => edited)));
+        _ = loaded.FirstSection;
+        var saved = TestSupport.RoundTrip(loaded);
+        var notes = saved.GetChildNodes(NodeType.Footnote, true).Cast<Notes.Footnote>().Select(f => f.GetText().Trim()).ToArray();
+        Assert.Equal(new[] { "note one", "note two" }, notes);
+        Assert.Equal(2, saved.Revisions.Count);
     }
 }

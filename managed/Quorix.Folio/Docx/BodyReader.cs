@@ -287,6 +287,13 @@ internal static class BodyReader
             case "r":
                 RunReader.ReadRun(r, p, ctx);
                 return;
+            case "ins":
+            case "del":
+            case "moveFrom":
+            case "moveTo":
+                if (r.IsEmptyElement) break;
+                ReadTracked(r, p, ctx);
+                return;
             case "sdt":
             case "smartTag":
             case "customXml":
@@ -330,6 +337,25 @@ internal static class BodyReader
             }
         }
         p.LinkLast(Opaque(r, ctx, OpaqueKind.Inline));
+    }
+
+    /// <summary>Tracked inserted, deleted or moved content: ordinary nodes that share the change's
+    /// element, so that each change can be listed, accepted and rejected, and written back as read.</summary>
+    private static void ReadTracked(XmlReader r, Paragraph p, ReadContext ctx)
+    {
+        var mark = new PropElement(r.LocalName) { Attrs = PropElement.ReadAttrs(r) };
+        var before = p.last;
+        int depth = r.Depth;
+        r.Read();
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of a tracked change.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            ReadInline(r, p, ctx);
+        }
+        r.Read();
+        // A change nested in this one keeps its own element.
+        for (var n = before == null ? p.first : before.next; n != null; n = n.next) n.Rev ??= mark;
     }
 
     // Property elements of the containers read by ReadContainer; they stay with the start tag.

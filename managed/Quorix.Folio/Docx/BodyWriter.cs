@@ -71,6 +71,7 @@ internal static class BodyWriter
         var kept = new KeptContainers();
         for (var n = p.first; n != null; n = n.next)
         {
+            kept.Track(w, n.Rev);
             if (n is FieldStart { Wrapper: not null } fs && TryWriteWrapped(w, fs, pw) is { } end) n = end;
             else if (n is OpaqueNode { Partner: not null } marker) kept.Write(w, marker);
             else WriteInline(w, n, pw);
@@ -84,7 +85,7 @@ internal static class BodyWriter
         switch (n)
         {
             case Run r:
-                WriteRun(w, r.RPr, r.Text, pw.InFieldCode, r.XAttrs);
+                WriteRun(w, r.RPr, r.Text, pw.InFieldCode, r.XAttrs, r.Rev?.Local is "del" or "moveFrom");
                 break;
             case FieldStart fs:
                 StartRun(w, fs.RPr);
@@ -190,7 +191,7 @@ internal static class BodyWriter
             if (end is FieldStart || end is FieldSeparator) return null;
             end = end.next;
         }
-        if (end == null || !KeptContainers.Balanced(sep.next, end)) return null;
+        if (end == null || !KeptContainers.Balanced(sep.next, end) || !OneChange(fs, end)) return null;
         var wrapper = fs.Wrapper!;
         if (wrapper.Get("id", Ns.R) is { } relId && !pw.Rels.Has(relId)) return null;
         w.WriteStartElement(wrapper.Local, Ns.W);
@@ -198,6 +199,14 @@ internal static class BodyWriter
         for (var n = sep.next; n != end; n = n!.next) WriteInline(w, n!, pw);
         w.WriteEndElement();
         return end;
+    }
+
+    // A link written in its own element sits inside one tracked change or none.
+    private static bool OneChange(Node first, Node end)
+    {
+        for (var n = first; n != end; n = n!.next)
+            if (!ReferenceEquals(n!.Rev, first.Rev)) return false;
+        return ReferenceEquals(end.Rev, first.Rev);
     }
 
     private static int NextFree(HashSet<int> used)
@@ -222,17 +231,17 @@ internal static class BodyWriter
         w.WriteEndElement();
     }
 
-    public static void WriteRun(XmlWriter w, PropBag rPr, string text, bool code, List<PropElement.Attr>? attrs = null)
+    public static void WriteRun(XmlWriter w, PropBag rPr, string text, bool code, List<PropElement.Attr>? attrs = null, bool deleted = false)
     {
         w.WriteStartElement("r", Ns.W);
         PropElement.WriteAttrs(w, attrs);
         rPr.Write(w, "rPr");
-        WriteText(w, text, code);
+        WriteText(w, text, code, deleted);
         w.WriteEndElement();
     }
 
     /// <summary>Run text with tabs, breaks and hyphens turned back into their elements.</summary>
-    private static void WriteText(XmlWriter w, string text, bool code)
+    private static void WriteText(XmlWriter w, string text, bool code, bool deleted = false)
     {
         int start = 0;
         for (int i = 0; i < text.Length; i++)
@@ -240,7 +249,7 @@ internal static class BodyWriter
             char c = text[i];
             if (c >= 0x20 && !char.IsSurrogate(c) && c != '\uFFFE' && c != '\uFFFF') continue;
             if (char.IsSurrogate(c) && char.IsHighSurrogate(c) && i + 1 < text.Length && char.IsLowSurrogate(text[i + 1])) { i++; continue; }
-            Chunk(w, text, start, i, code);
+            Chunk(w, text, start, i, code, deleted);
             start = i + 1;
             switch (c)
             {
@@ -257,14 +266,14 @@ internal static class BodyWriter
                 // Other control characters and broken surrogates cannot be stored in XML: dropped.
             }
         }
-        Chunk(w, text, start, text.Length, code);
+        Chunk(w, text, start, text.Length, code, deleted);
     }
 
-    private static void Chunk(XmlWriter w, string text, int from, int to, bool code)
+    private static void Chunk(XmlWriter w, string text, int from, int to, bool code, bool deleted)
     {
         if (to <= from) return;
         var s = from == 0 && to == text.Length ? text : text.Substring(from, to - from);
-        w.WriteStartElement(code ? "instrText" : "t", Ns.W);
+        w.WriteStartElement(deleted ? (code ? "delInstrText" : "delText") : code ? "instrText" : "t", Ns.W);
         if (s[0] == ' ' || s[^1] == ' ' || s.Contains("  ", StringComparison.Ordinal))
             w.WriteAttributeString("xml", "space", Ns.Xml, "preserve");
         w.WriteString(s);

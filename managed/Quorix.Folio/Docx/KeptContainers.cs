@@ -1,13 +1,37 @@
 using System.Xml;
+using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio.Docx;
 
 /// <summary>Writes the markers of kept containers so that the markup stays balanced, however the
 /// content between them was edited: an end whose start is not open in this container is left out,
-/// and a start whose end went elsewhere is closed where the container's content ends.</summary>
+/// and a start whose end went elsewhere is closed where the container's content ends. Tracked
+/// changes are wrapped in their elements again, inside the containers.</summary>
 internal sealed class KeptContainers
 {
     private List<OpaqueNode>? open;
+    // The tracked change whose element is open at the current container level, and the one open
+    // outside each container that was entered.
+    private PropElement? change;
+    private List<PropElement?>? outer;
+
+    /// <summary>Opens or closes tracked-change elements as the node about to be written needs.</summary>
+    public void Track(XmlWriter w, PropElement? rev)
+    {
+        if (ReferenceEquals(rev, change)) return;
+        EndChange(w);
+        if (rev == null || outer?.Exists(o => ReferenceEquals(o, rev)) == true) return;
+        w.WriteStartElement(rev.Local, Ns.W);
+        PropElement.WriteAttrs(w, rev.Attrs);
+        change = rev;
+    }
+
+    private void EndChange(XmlWriter w)
+    {
+        if (change == null) return;
+        w.WriteEndElement();
+        change = null;
+    }
 
     public void Write(XmlWriter w, OpaqueNode o)
     {
@@ -19,21 +43,38 @@ internal sealed class KeptContainers
         if (o.Opens)
         {
             (open ??= new()).Add(o);
+            (outer ??= new()).Add(change);
+            change = null;
             w.WriteRaw(o.Xml);
             return;
         }
         int i = open?.LastIndexOf(o.Partner) ?? -1;
         if (i < 0) return;
-        for (int k = open!.Count - 1; k > i; k--) w.WriteRaw(open[k].Partner!.Xml);
-        open.RemoveRange(i, open.Count - i);
+        CloseDownTo(w, i + 1);
+        EndChange(w);
         w.WriteRaw(o.Xml);
+        change = outer![i];
+        open!.RemoveAt(i);
+        outer.RemoveAt(i);
     }
 
     public void CloseAll(XmlWriter w)
     {
+        CloseDownTo(w, 0);
+        EndChange(w);
+    }
+
+    private void CloseDownTo(XmlWriter w, int level)
+    {
         if (open == null) return;
-        for (int k = open.Count - 1; k >= 0; k--) w.WriteRaw(open[k].Partner!.Xml);
-        open.Clear();
+        for (int k = open.Count - 1; k >= level; k--)
+        {
+            EndChange(w);
+            w.WriteRaw(open[k].Partner!.Xml);
+            change = outer![k];
+            open.RemoveAt(k);
+            outer.RemoveAt(k);
+        }
     }
 
     /// <summary>Whether the nodes from <paramref name="first"/> up to, not including, <paramref name="end"/>

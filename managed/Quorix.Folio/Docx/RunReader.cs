@@ -79,6 +79,7 @@ internal static class RunReader
                     rPr = PropBag.Read(r, PropOrder.Run);
                     break;
                 case "t":
+                case "delText":
                     if (inCode) { Flush(); inCode = false; }
                     if (markFor != null)
                     {
@@ -91,6 +92,7 @@ internal static class RunReader
                     ReadText(r, text);
                     break;
                 case "instrText":
+                case "delInstrText":
                     // Field code gets runs of its own, so the writer can tell code from result.
                     if (!inCode) { Flush(); inCode = true; }
                     ReadText(r, text);

@@ -192,6 +192,7 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
         for (var n = first; n != null; n = n.next)
         {
             var c = n.CloneTo(target, true);
+            c.Rev = n.Rev;
             copy.LinkLast(c);
             // Markers of one container are siblings; the copies are paired like the originals.
             if (n is OpaqueNode { Partner: { } partner } o)

@@ -221,13 +221,16 @@ public sealed class Document : DocumentBase
     }
 
     /// <summary>Whether the document carries tracked changes.</summary>
-    public bool HasRevisions => Revisions.Any(this);
+    public bool HasRevisions => Revision.Find(this).Count > 0;
 
-    /// <summary>Makes tracked insertions, deletions and formatting changes final; returns how many were applied.</summary>
-    public int AcceptAllRevisions() => Revisions.Process(this, accept: true);
+    /// <summary>The tracked changes, each of which can be accepted or rejected on its own.</summary>
+    public RevisionCollection Revisions => new RevisionCollection(this);
 
-    /// <summary>Undoes tracked insertions, deletions and formatting changes; returns how many were undone.</summary>
-    public int RejectAllRevisions() => Revisions.Process(this, accept: false);
+    /// <summary>Makes tracked insertions, deletions, moves and formatting changes final; returns how many were applied.</summary>
+    public int AcceptAllRevisions() => Revision.DecideAll(this, accept: true);
+
+    /// <summary>Undoes tracked insertions, deletions, moves and formatting changes; returns how many were undone.</summary>
+    public int RejectAllRevisions() => Revision.DecideAll(this, accept: false);
 
     /// <summary>Adds what an empty document needs to be saved: a section, a body and a paragraph.</summary>
     public void EnsureMinimum()

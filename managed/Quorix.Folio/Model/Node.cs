@@ -11,6 +11,8 @@ public abstract class Node
     internal DocumentBase? doc;
     // Attributes of the element the node was read from (revision ids, paragraph ids), written back as read.
     internal List<Formatting.PropElement.Attr>? XAttrs;
+    // The tracked insertion, deletion or move the node came in, shared by the nodes of one change.
+    internal Formatting.PropElement? Rev;
 
     private protected Node(DocumentBase? doc) { this.doc = doc; }
 

@@ -66,6 +66,9 @@ internal sealed class TextReplacer
         {
             switch (n)
             {
+                // Deleted text is not searched: a reader of the document does not see it.
+                case Run { Rev.Local: "del" or "moveFrom" }:
+                    break;
                 case Run r:
                     starts.Add(text.Length);
                     runs.Add(r);

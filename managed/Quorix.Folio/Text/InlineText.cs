@@ -16,6 +16,8 @@ internal static class InlineText
         var stack = new List<(bool InCode, StringBuilder Code, bool Link)>();
         for (var n = p.first; n != null; n = n.next)
         {
+            // Tracked deletions are shown as the document reads once they are accepted: gone.
+            if (n.Rev?.Local is "del" or "moveFrom") continue;
             switch (n)
             {
                 case FieldStart:
