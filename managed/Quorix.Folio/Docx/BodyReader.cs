@@ -186,7 +186,7 @@ internal static class BodyReader
     }
 
     // Inserted runs and content controls still show text; deleted text does not.
-    private static string VisibleText(string xml)
+    public static string VisibleText(string xml)
     {
         if (!xml.Contains("<w:t", StringComparison.Ordinal) && !xml.Contains(":t>", StringComparison.Ordinal) && !xml.Contains(":t ", StringComparison.Ordinal)) return "";
         var sb = new StringBuilder();

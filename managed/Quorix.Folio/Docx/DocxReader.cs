@@ -53,6 +53,7 @@ internal static class DocxReader
         Guarded(() =>
         {
             var pkg = OpcPackage.Read(data, options.MaxPartSize, options.MaxTotalSize);
+            Conformance.LoadAsTransitional(pkg);
             string main = MainPart(pkg);
             PackageCheck.Run(pkg, main);
             doc.Source = pkg;

@@ -29,14 +29,14 @@ internal static class DocxWriter
         {
             if (doc.LoadedPropertyParts is not { Dirty: true } changed)
             {
-                Zip(doc.Source!, output, options.CompressionLevel);
+                Zip(Conform(doc.Source!, doc.MainPartName!, options), output, options.CompressionLevel);
                 return;
             }
             // only the property parts changed: the rest goes back as stored
             var copy = doc.Source!.CloneShallow();
             changed.WriteTo(copy);
             copy.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, copy));
-            Zip(copy, output, options.CompressionLevel);
+            Zip(Conform(copy, doc.MainPartName!, options), output, options.CompressionLevel);
             return;
         }
         // Only a document without any section is completed; otherwise saving leaves the model as it is.
@@ -126,8 +126,11 @@ internal static class DocxWriter
         pkg.Defaults.TryAdd("rels", Ns.CtRels);
         pkg.Defaults.TryAdd("xml", "application/xml");
         pkg.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, pkg));
-        Zip(pkg, output, options.CompressionLevel);
+        Zip(Conform(pkg, main, options), output, options.CompressionLevel);
     }
+
+    private static OpcPackage Conform(OpcPackage pkg, string main, OoxmlSaveOptions options) =>
+        options.Compliance == OoxmlCompliance.Iso29500_2008_Strict ? Conformance.SaveAsStrict(pkg, main) : pkg;
 
     /// <summary>The root a part was read with; new parts take the main document's, whose prefixes
     /// the markup copied between parts may use.</summary>

@@ -42,4 +42,58 @@ internal static class DrawingReader
         shape.RelId = embed;
         return shape;
     }
+
+    private const string Vml = "urn:schemas-microsoft-com:vml";
+
+    /// <summary>A legacy (VML) picture: one shape whose only content is an image, no text box.</summary>
+    public static Shape? TryVmlPicture(string xml, ReadContext ctx)
+    {
+        string? relId = null, alt = null, style = null;
+        int shapes = 0;
+        using (var r = DocxReader.Open(xml))
+        {
+            while (r.Read())
+            {
+                if (r.NodeType != XmlNodeType.Element || r.NamespaceURI != Vml) continue;
+                switch (r.LocalName)
+                {
+                    case "textbox":
+                        return null;
+                    case "imagedata":
+                        relId ??= r.GetAttribute("id", Ns.R);
+                        alt ??= r.GetAttribute("title", "urn:schemas-microsoft-com:office:office");
+                        break;
+                    case "shape" or "rect" or "oval" or "line" or "polyline" or "roundrect" or "arc" or "group":
+                        shapes++;
+                        style ??= r.GetAttribute("style");
+                        alt = r.GetAttribute("alt") ?? alt;
+                        break;
+                }
+            }
+        }
+        if (shapes != 1 || relId == null || ctx.Target(relId) is not { } bytes) return null;
+        var shape = new Shape(ctx.Doc) { AlternativeText = alt ?? "" };
+        shape.ImageData.Load(bytes);
+        shape.SetSizeNoReset(StylePoints(style, "width"), StylePoints(style, "height"));
+        shape.RawXml = RawXml.DropRootDeclarations(xml, ctx.Root);
+        shape.RelId = relId;
+        return shape;
+    }
+
+    // A length from a VML style ("width:120pt;height:1in"), in points; 0 when absent or unreadable.
+    private static double StylePoints(string? style, string name)
+    {
+        if (style == null) return 0;
+        foreach (var part in style.Split(';'))
+        {
+            int colon = part.IndexOf(':');
+            if (colon < 0 || part[..colon].Trim() != name) continue;
+            var v = part[(colon + 1)..].Trim();
+            double factor = v.EndsWith("pt") ? 1 : v.EndsWith("in") ? 72 : v.EndsWith("cm") ? 72 / 2.54 : v.EndsWith("mm") ? 72 / 25.4 : v.EndsWith("px") ? 0.75 : 1;
+            var number = v.TrimEnd('p', 't', 'i', 'n', 'c', 'm', 'x');
+            return double.TryParse(number, System.Globalization.NumberStyles.Float, System.Globalization.CultureInfo.InvariantCulture, out var d)
+                ? Math.Clamp(d * factor, 0, 22000) : 0;
+        }
+        return 0;
+    }
 }

@@ -65,6 +65,7 @@ internal static class PackageCheck
             : bytes.Length >= ParallelChecksumFrom ? Task.Run(() => stored.CheckChecksum(bytes))
             : null;
         if (stored != null && checksum == null) stored.CheckChecksum(bytes);
+        RefuseDocumentType(bytes, name);
         XmlRootName found;
         try
         {
@@ -79,5 +80,31 @@ internal static class PackageCheck
             throw new FileCorruptedException($"The XML nests more than {Formatting.PropElement.MaxDepth} elements deep.");
         if (root != null && (found.LocalName != root || found.NamespaceUri != Ns.W))
             throw new FileCorruptedException($"The part '{name}' does not start with the expected '{root}' element.");
+    }
+
+    /// <summary>Parts of a package never declare a document type; one that does is refused with what is
+    /// wrong with the file, before a parser reports it in terms of its own settings.</summary>
+    internal static void RefuseDocumentType(ReadOnlySpan<byte> xml, string part)
+    {
+        int at = 0;
+        while (true)
+        {
+            int lt = xml[at..].IndexOf((byte)'<');
+            if (lt < 0) return;
+            at += lt;
+            var rest = xml[at..];
+            if (rest.StartsWith("<?"u8)) at += Skip(rest, "?>"u8);
+            else if (rest.StartsWith("<!--"u8)) at += Skip(rest, "-->"u8);
+            else if (rest.StartsWith("<!DOCTYPE"u8))
+                throw new FileCorruptedException($"The part '{part}' declares a document type (<!DOCTYPE ...>), which no part of a DOCX file may contain: the file is damaged or was not written by a word processor, and it is not loaded.");
+            else return;
+            if (at >= xml.Length) return;
+        }
+    }
+
+    private static int Skip(ReadOnlySpan<byte> from, ReadOnlySpan<byte> end)
+    {
+        int i = from.IndexOf(end);
+        return i < 0 ? from.Length : i + end.Length;
     }
 }

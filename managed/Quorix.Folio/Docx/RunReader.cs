@@ -192,6 +192,28 @@ internal static class RunReader
                     else p.LinkLast(new OpaqueNode(doc, OpaqueKind.RunContent, xml, Props()));
                     break;
                 }
+                case "pict":
+                {
+                    Flush();
+                    var full = r.ReadOuterXml();
+                    if (DrawingReader.TryVmlPicture(full, ctx) is { } picture)
+                    {
+                        picture.RPr = Props();
+                        p.LinkLast(picture);
+                    }
+                    else p.LinkLast(new OpaqueNode(doc, OpaqueKind.RunContent, RawXml.DropRootDeclarations(full, ctx.Root), Props(), BodyReader.VisibleText(full)));
+                    break;
+                }
+                case "sym":
+                {
+                    // A character from a symbol font: kept as written, shown as its character.
+                    Flush();
+                    var code = r.GetAttribute("char", Ns.W);
+                    var symbol = code != null && int.TryParse(code, System.Globalization.NumberStyles.HexNumber, null, out var c) && c is > 0 and < 0xFFFE && !char.IsSurrogate((char)c)
+                        ? ((char)c).ToString() : "";
+                    p.LinkLast(new OpaqueNode(doc, OpaqueKind.RunContent, RawXml.DropRootDeclarations(r.ReadOuterXml(), ctx.Root), Props(), symbol) { ShowsText = true });
+                    break;
+                }
                 default:
                     Flush();
                     p.LinkLast(BodyReader.Opaque(r, ctx, OpaqueKind.RunContent, Props()));

@@ -48,9 +48,16 @@ internal sealed class OpaqueNode : Node
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitKept(this);
 
-    public override string GetText() => "";
+    // Whether the text is part of the paragraph's text, as a symbol character is.
+    public bool ShowsText;
 
-    internal override void AppendText(StringBuilder sb) { }
+    public override string GetText() => ShowsText ? VisibleText : "";
 
-    internal override Node CloneTo(DocumentBase? target, bool deep) => new OpaqueNode(target, Kind, Xml, RPr?.Clone(), VisibleText) { Opens = Opens };
+    internal override void AppendText(StringBuilder sb)
+    {
+        if (ShowsText) sb.Append(VisibleText);
+    }
+
+    internal override Node CloneTo(DocumentBase? target, bool deep) =>
+        new OpaqueNode(target, Kind, Xml, RPr?.Clone(), VisibleText) { Opens = Opens, ShowsText = ShowsText };
 }

@@ -75,6 +75,7 @@ internal sealed class OpcPackage
         var list = new List<Relationship>();
         var bytes = Get(RelsNameOf(part));
         if (bytes == null) return list;
+        Docx.PackageCheck.RefuseDocumentType(bytes, RelsNameOf(part));
         using var r = XmlReader.Create(new MemoryStream(bytes), settings);
         while (r.Read())
         {
@@ -102,6 +103,7 @@ internal sealed class OpcPackage
 
     private void ReadContentTypes(byte[] bytes)
     {
+        Docx.PackageCheck.RefuseDocumentType(bytes, "[Content_Types].xml");
         using var r = XmlReader.Create(new MemoryStream(bytes), DocxReader.Settings);
         while (r.Read())
         {

@@ -8,6 +8,13 @@ public enum CompressionLevel
     SuperFast = 3,
 }
 
+public enum OoxmlCompliance
+{
+    Ecma376_2006 = 0,
+    Iso29500_2008_Transitional = 1,
+    Iso29500_2008_Strict = 2,
+}
+
 public enum TxtExportHeadersFootersMode
 {
     None = 0,
@@ -61,6 +68,22 @@ public sealed class OoxmlSaveOptions : SaveOptions
     }
 
     public CompressionLevel CompressionLevel { get; set; } = CompressionLevel.Normal;
+
+    /// <summary>The conformance class written: transitional by default, whatever the source was; strict
+    /// on request. The 2006 edition's markup is not written.</summary>
+    public OoxmlCompliance Compliance
+    {
+        get => compliance;
+        set
+        {
+            if (!Enum.IsDefined(value)) throw new ArgumentOutOfRangeException(nameof(value));
+            if (value == OoxmlCompliance.Ecma376_2006)
+                throw new UnsupportedFileFormatException("Saving in the markup of the 2006 edition is not supported; use Iso29500_2008_Transitional or Iso29500_2008_Strict.");
+            compliance = value;
+        }
+    }
+
+    private OoxmlCompliance compliance = OoxmlCompliance.Iso29500_2008_Transitional;
 }
 
 public abstract class TxtSaveOptionsBase : SaveOptions
