@@ -188,4 +188,34 @@ public class FidelityTests
         var rels = TestSupport.WithPart(TestSupport.ToBytes(new Document()), "_rels/.rels", x => "<!DOCTYPE r>" + x![(x!.IndexOf("?>") + 2)..]);
         Assert.DoesNotContain("DtdProcessing", Assert.Throws<FileCorruptedException>(() => new Document(new MemoryStream(rels))).Message);
     }
+
+    private const string TextBox =
+        "<w:r><mc:AlternateContent xmlns:mc=\"http://schemas.openxmlformats.org/markup-compatibility/2006\">" +
+        "<mc:Choice Requires=\"wps\"><w:drawing><wp:anchor xmlns:wp=\"http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing\"><wp:extent cx=\"914400\" cy=\"457200\"/>" +
+        "<a:graphic xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\"><a:graphicData uri=\"http://schemas.microsoft.com/office/word/2010/wordprocessingShape\">" +
+        "<wps:wsp xmlns:wps=\"http://schemas.microsoft.com/office/word/2010/wordprocessingShape\"><wps:txbx><w:txbxContent><w:p><w:r><w:t>Boxed ACME text</w:t></w:r></w:p><w:p><w:r><w:t>second line</w:t></w:r></w:p></w:txbxContent></wps:txbx></wps:wsp>" +
+        "</a:graphicData></a:graphic></wp:anchor></w:drawing></mc:Choice>" +
+        "<mc:Fallback><w:pict><v:rect xmlns:v=\"urn:schemas-microsoft-com:vml\" style=\"width:72pt;height:36pt\"><v:textbox><w:txbxContent><w:p><w:r><w:t>Boxed ACME text</w:t></w:r></w:p><w:p><w:r><w:t>second line</w:t></w:r></w:p></w:txbxContent></v:textbox></v:rect></w:pict></mc:Fallback>" +
+        "</mc:AlternateContent></w:r>";
+
+    [Fact]
+    public void TextBoxesAreNodesWhoseTextIsFoundReplacedAndWrittenToEveryCopy()
+    {
+        var bytes = WithBody("<w:p><w:r><w:t xml:space=\"preserve\">Before </w:t></w:r>" + TextBox + "<w:r><w:t xml:space=\"preserve\"> after</w:t></w:r></w:p>");
+        var doc = new Document(new MemoryStream(bytes));
+        var box = (Shape)doc.GetChild(NodeType.Shape, 0, true)!;
+        Assert.True(box.IsTextBox);
+        Assert.Equal(2, box.GetChildNodes(NodeType.Paragraph, false).Count);
+        Assert.Contains("Boxed ACME text\rsecond line", doc.GetText());
+        Assert.Equal(1, doc.Range.Replace("ACME", "Contoso"));
+        var saved = TestSupport.ToBytes(doc);
+        var xml = TestSupport.Part(saved, "word/document.xml");
+        Assert.Equal(2, Regex.Matches(xml, "Boxed Contoso text").Count);
+        Assert.DoesNotContain("ACME", xml);
+        Assert.Contains("<v:textbox>", xml);
+        var back = new Document(new MemoryStream(saved));
+        Assert.Equal(doc.GetText(), back.GetText());
+        Assert.Contains("Boxed Contoso text", TestSupport.ToText(back, SaveFormat.Markdown));
+        Assert.Contains("Before", TestSupport.ToText(back, SaveFormat.Text));
+    }
 }

@@ -162,6 +162,17 @@ internal static class BodyWriter
                 w.WriteEndElement();
                 break;
             }
+            case Shape { TextBoxFrame: { } frame } box:
+                // Every copy of the box's content is written from the one model of it.
+                StartRun(w, box.RPr);
+                for (int i = 0; i < frame.Length - 1; i++)
+                {
+                    w.WriteRaw(frame[i]);
+                    WriteBlocks(w, box, pw);
+                }
+                w.WriteRaw(frame[^1]);
+                w.WriteEndElement();
+                break;
             case Shape s:
                 StartRun(w, s.RPr);
                 DrawingWriter.Write(w, s, pw);

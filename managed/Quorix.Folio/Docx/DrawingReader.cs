@@ -96,4 +96,50 @@ internal static class DrawingReader
         }
         return 0;
     }
+
+    /// <summary>A text box, in either drawing vocabulary or both: a shape whose children are the
+    /// box's paragraphs, read from its first copy; null for anything else, which stays as read.</summary>
+    public static Shape? TryTextBox(string full, ReadContext ctx)
+    {
+        if (!full.Contains("txbxContent", StringComparison.Ordinal)) return null;
+        var xml = RawXml.DropRootDeclarations(full, ctx.Root);
+        var frame = new List<string>();
+        int at = 0, open = -1;
+        foreach (var m in TextBoxTags(xml))
+        {
+            // Each copy must open and close once, in turn: no nested boxes, no empty elements.
+            if (m.Empty || m.Closing != (open >= 0)) return null;
+            if (!m.Closing)
+            {
+                frame.Add(xml[at..(m.Index + m.Length)]);
+                open = m.Index;
+            }
+            else open = -1;
+            at = m.Closing ? m.Index : at;
+        }
+        if (open >= 0 || frame.Count == 0) return null;
+        // Notes and comments cannot be written twice; a box holding them in two copies stays as read.
+        if (frame.Count > 2 && System.Text.RegularExpressions.Regex.IsMatch(xml, "(footnote|endnote|comment)Reference")) return null;
+        frame.Add(xml[at..]);
+        var shape = new Shape(ctx.Doc) { TextBoxFrame = frame.ToArray() };
+        using var r = DocxReader.Open(full);
+        while (r.Read())
+        {
+            if (r.NodeType == XmlNodeType.Element && r.NamespaceURI == Ns.W && r.LocalName == "txbxContent")
+            {
+                BodyReader.ReadBlocks(r, shape, ctx);
+                break;
+            }
+        }
+        return shape;
+    }
+
+    private readonly record struct Tag(int Index, int Length, bool Closing, bool Empty);
+
+    // Start and end tags of the box content element, in order; text never holds a '<'.
+    private static IEnumerable<Tag> TextBoxTags(string xml)
+    {
+        foreach (System.Text.RegularExpressions.Match m in System.Text.RegularExpressions.Regex.Matches(xml, @"<(/?)(?:\w+:)?txbxContent\b[^>]*?(/?)>"))
+            yield return new Tag(m.Index, m.Length, m.Groups[1].Length > 0, m.Groups[2].Length > 0);
+    }
 }

@@ -70,6 +70,18 @@ internal static class RunReader
             if (r.NamespaceURI != Ns.W)
             {
                 Flush();
+                // A drawing given in two vocabularies, for old and new readers: a text box when it holds one.
+                if (r.LocalName == "AlternateContent")
+                {
+                    var full = r.ReadOuterXml();
+                    if (DrawingReader.TryTextBox(full, ctx) is { } box)
+                    {
+                        box.RPr = Props();
+                        p.LinkLast(box);
+                    }
+                    else p.LinkLast(new OpaqueNode(doc, OpaqueKind.RunContent, RawXml.DropRootDeclarations(full, ctx.Root), Props(), BodyReader.VisibleText(full)));
+                    continue;
+                }
                 p.LinkLast(BodyReader.Opaque(r, ctx, OpaqueKind.RunContent, Props()));
                 continue;
             }
@@ -183,7 +195,7 @@ internal static class RunReader
                     Flush();
                     var full = r.ReadOuterXml();
                     var xml = RawXml.DropRootDeclarations(full, ctx.Root);
-                    var shape = DrawingReader.TryPicture(full, ctx);
+                    var shape = DrawingReader.TryPicture(full, ctx) ?? DrawingReader.TryTextBox(full, ctx);
                     if (shape != null)
                     {
                         shape.RPr = Props();
@@ -196,7 +208,7 @@ internal static class RunReader
                 {
                     Flush();
                     var full = r.ReadOuterXml();
-                    if (DrawingReader.TryVmlPicture(full, ctx) is { } picture)
+                    if ((DrawingReader.TryVmlPicture(full, ctx) ?? DrawingReader.TryTextBox(full, ctx)) is { } picture)
                     {
                         picture.RPr = Props();
                         p.LinkLast(picture);

@@ -86,9 +86,22 @@ public sealed class Shape : ShapeBase
         height = h;
     }
 
-    public override string GetText() => "";
+    // A text box: the drawing as read, cut where the box's content stood (a drawing may carry the
+    // content twice, once for readers of each drawing vocabulary). The content is the shape's children.
+    internal string[]? TextBoxFrame;
 
-    internal override void AppendText(StringBuilder sb) { }
+    /// <summary>Whether the shape is a text box, whose paragraphs and tables are its children.</summary>
+    public bool IsTextBox => TextBoxFrame != null;
+
+    internal override bool CanHold(Node child) => TextBoxFrame != null && BlockRules.IsBlock(child);
+
+    // A text box's text belongs to the paragraph it stands in, as a reader of the page sees it.
+    public override string GetText() => TextBoxFrame != null ? base.GetText() : "";
+
+    internal override void AppendText(StringBuilder sb)
+    {
+        if (TextBoxFrame != null) base.AppendText(sb);
+    }
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
@@ -103,6 +116,10 @@ public sealed class Shape : ShapeBase
         s.imageData.CopyFrom(imageData);
         // The raw drawing names a relationship of this document only.
         if (target?.SharesPackageWith(doc) == true) { s.RawXml = RawXml; s.RelId = RelId; }
+        // A text box's frame travels unless it names relationships of this document's package.
+        if (target?.SharesPackageWith(doc) == true || TextBoxFrame?.Any(f => f.Contains(" r:", StringComparison.Ordinal)) == false)
+            s.TextBoxFrame = TextBoxFrame;
+        if (deep && s.TextBoxFrame != null) CloneChildrenInto(s, target);
         return s;
     }
 }

@@ -55,6 +55,9 @@ internal static class InlineText
                 case Notes.Footnote f:
                     yield return new Piece(Kind.Note, f, "");
                     break;
+                case Drawing.Shape { IsTextBox: true } box when box.GetText().TrimEnd(ControlChar.ParagraphBreakChar) is { Length: > 0 } boxText:
+                    yield return new Piece(Kind.Text, box, boxText);
+                    break;
                 case Drawing.Shape s when s.HasImage:
                     yield return new Piece(Kind.Image, s, s.AlternativeText);
                     break;
