@@ -163,6 +163,11 @@ def main():
         pairs = [s / o for o, s in zip(ours_runs[1:], sdk_runs[1:])] or [sdk_runs[0] / ours_runs[0]]
         print(f"same workload, Open XML SDK in the same process: best {min(sdk_runs) * 1000:.0f} ms "
               f"(first {sdk_runs[0] * 1000:.0f}); SDK/ours per warm pair {min(pairs):.2f}x-{max(pairs):.2f}x  (target >= 2x)")
+    mem = [driver("memory", src, os.path.join(work, "ours-mem.docx"))[0][0] for _ in range(n)]
+    peak = min(m["peakMB"] for m in mem)
+    print(f"managed heap over load, first use and save: peak {peak:.1f}-{max(m['peakMB'] for m in mem):.1f} MB, "
+          f"live after {mem[0]['liveMB']:.1f} MB, XML in the package {mem[0]['xmlMB']:.1f} MB: "
+          f"peak/XML {peak / mem[0]['xmlMB']:.1f}x  (target <= 4x)")
     if not args.keep:
         shutil.rmtree(work, ignore_errors=True)
 

@@ -9,6 +9,8 @@ using Quorix.Folio.Tables;
 //   generate <out.docx> <pages> <rows>   build the benchmark document
 //   loadsave <in.docx> <out.docx>        load then save
 //   markdown <in.docx> <out.md>          load then save as Markdown
+//   memory <in.docx> <out.docx>          peak and live managed heap over load, first use, save,
+//                                        beside the uncompressed size of the package's XML
 //   readall <in.docx> <out.docx> [n]     load, read every paragraph and table cell, save; n times,
 //                                        alternating with the Open XML SDK doing the same
 static void Emit(string op, params (string Key, double Ms)[] parts)
@@ -70,6 +72,38 @@ switch (args[0])
             long sdkChars = SdkReadAll(args[1], args[2] + ".sdk.docx");
             Emit("sdk-readall", ("total", sw.Elapsed.TotalMilliseconds), ("chars", sdkChars));
         }
+        break;
+    }
+    case "memory":
+    {
+        long xmlBytes = 0;
+        using (var zip = System.IO.Compression.ZipFile.OpenRead(args[1]))
+            foreach (var e in zip.Entries)
+                if (e.FullName.EndsWith(".xml", StringComparison.OrdinalIgnoreCase) || e.FullName.EndsWith(".rels", StringComparison.OrdinalIgnoreCase))
+                    xmlBytes += e.Length;
+        GC.Collect();
+        long baseline = GC.GetTotalMemory(true), peak = baseline;
+        // Sampled from another thread; the collector's own record of the largest heap backs it up.
+        using var done = new ManualResetEventSlim();
+        var sampler = new Thread(() =>
+        {
+            while (!done.IsSet)
+            {
+                peak = Math.Max(peak, GC.GetTotalMemory(false));
+                Thread.Sleep(1);
+            }
+        }) { IsBackground = true };
+        sampler.Start();
+        var doc = new Document(args[1]);
+        _ = doc.FirstSection!.Body!.Paragraphs.Count;
+        doc.Save(args[2], SaveFormat.Docx);
+        done.Set();
+        sampler.Join();
+        foreach (var kind in new[] { GCKind.Ephemeral, GCKind.FullBlocking, GCKind.Background })
+            peak = Math.Max(peak, GC.GetGCMemoryInfo(kind).HeapSizeBytes);
+        long live = GC.GetTotalMemory(true) - baseline;
+        GC.KeepAlive(doc);
+        Emit("memory", ("xmlMB", xmlBytes / 1e6), ("peakMB", (peak - baseline) / 1e6), ("liveMB", live / 1e6));
         break;
     }
     case "markdown":
