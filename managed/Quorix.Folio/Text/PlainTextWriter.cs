@@ -5,19 +5,21 @@ using Quorix.Folio.Tables;
 
 namespace Quorix.Folio.Text;
 
-/// <summary>Saves the document as plain text: paragraphs, list labels, tables as tab-separated rows.</summary>
-internal sealed class PlainTextWriter
+/// <summary>Saves the document as plain text: paragraphs, list labels, tables as tab-separated rows.
+/// It walks the model as a visitor; the inline content of a paragraph is read as a reader sees it.</summary>
+internal sealed class PlainTextWriter : DocumentVisitor
 {
-    private readonly Document doc;
     private readonly TxtSaveOptions options;
     private readonly StringBuilder sb = new();
     private readonly ListLabeler labels;
     private readonly List<Footnote> notes = new();
     private readonly string br;
+    // The header or footer being written now; the walk passes over the others.
+    private HeaderFooter? shown;
+    private bool inTable, rowHasCell, cellHasText;
 
     private PlainTextWriter(Document doc, TxtSaveOptions options)
     {
-        this.doc = doc;
         this.options = options;
         labels = new ListLabeler(doc);
         br = options.ParagraphBreak ?? ControlChar.CrLf;
@@ -26,24 +28,41 @@ internal sealed class PlainTextWriter
     public static void Save(Document doc, Stream output, TxtSaveOptions options)
     {
         var w = new PlainTextWriter(doc, options);
-        w.WriteDocument();
+        doc.Accept(w);
         var bytes = new UTF8Encoding(false).GetBytes(w.sb.ToString());
         output.Write(bytes);
     }
 
-    private void WriteDocument()
+    private bool PrimaryOnly => options.ExportHeadersFootersMode == TxtExportHeadersFootersMode.PrimaryOnly;
+
+    private void Show(HeaderFooter? hf)
     {
-        foreach (Section s in doc.Sections)
-        {
-            if (options.ExportHeadersFootersMode == TxtExportHeadersFootersMode.PrimaryOnly && s.HeadersFooters[HeaderFooterType.HeaderPrimary] is { } h)
-                Blocks(h);
-            if (s.Body != null) Blocks(s.Body);
-            if (options.ExportHeadersFootersMode == TxtExportHeadersFootersMode.PrimaryOnly && s.HeadersFooters[HeaderFooterType.FooterPrimary] is { } f)
-                Blocks(f);
-        }
+        if (hf == null) return;
+        shown = hf;
+        hf.Accept(this);
+        shown = null;
+    }
+
+    public override VisitorAction VisitSectionStart(Section section)
+    {
+        if (PrimaryOnly) Show(section.HeadersFooters[HeaderFooterType.HeaderPrimary]);
+        return VisitorAction.Continue;
+    }
+
+    public override VisitorAction VisitSectionEnd(Section section)
+    {
+        if (PrimaryOnly) Show(section.HeadersFooters[HeaderFooterType.FooterPrimary]);
+        return VisitorAction.Continue;
+    }
+
+    public override VisitorAction VisitHeaderFooterStart(HeaderFooter headerFooter) =>
+        headerFooter == shown ? VisitorAction.Continue : VisitorAction.SkipThisNode;
+
+    public override VisitorAction VisitDocumentEnd(Document doc)
+    {
         if (options.ExportHeadersFootersMode == TxtExportHeadersFootersMode.AllAtEnd)
             foreach (Section s in doc.Sections)
-                foreach (HeaderFooter hf in s.HeadersFooters) Blocks(hf);
+                foreach (HeaderFooter hf in s.HeadersFooters) Show(hf);
         for (int i = 0; i < notes.Count; i++)
         {
             sb.Append('[').Append(i + 1).Append("] ");
@@ -51,18 +70,62 @@ internal sealed class PlainTextWriter
             foreach (Paragraph p in notes[i].Paragraphs) inner.Append(ParagraphText(p)).Append(' ');
             sb.Append(inner.ToString().TrimEnd()).Append(br);
         }
+        return VisitorAction.Continue;
     }
 
-    private void Blocks(CompositeNode container)
+    // A paragraph's inline content, notes and text boxes included, is read as one piece.
+    public override VisitorAction VisitParagraphStart(Paragraph paragraph)
     {
-        for (var n = container.first; n != null; n = n.next)
+        if (!inTable) Paragraph(paragraph);
+        else if (paragraph.ParentNode is Cell)
         {
-            if (n is Paragraph p) Paragraph(p);
-            else if (n is Table t) Table(t);
-            // Content controls and other kept blocks still show their text.
-            else if (n is OpaqueNode { Kind: OpaqueKind.Block } o && o.VisibleText.Length > 0)
-                foreach (var line in o.VisibleText.Split(ControlChar.ParagraphBreakChar)) sb.Append(line).Append(br);
+            if (cellHasText) sb.Append(' ');
+            sb.Append(ParagraphText(paragraph));
+            cellHasText = true;
         }
+        return VisitorAction.SkipThisNode;
+    }
+
+    // A table in a cell adds nothing to the cell's line.
+    public override VisitorAction VisitTableStart(Table table)
+    {
+        if (inTable) return VisitorAction.SkipThisNode;
+        inTable = true;
+        return VisitorAction.Continue;
+    }
+
+    public override VisitorAction VisitTableEnd(Table table)
+    {
+        inTable = false;
+        return VisitorAction.Continue;
+    }
+
+    public override VisitorAction VisitRowStart(Row row)
+    {
+        rowHasCell = false;
+        return VisitorAction.Continue;
+    }
+
+    public override VisitorAction VisitRowEnd(Row row)
+    {
+        sb.Append(br);
+        return VisitorAction.Continue;
+    }
+
+    public override VisitorAction VisitCellStart(Cell cell)
+    {
+        if (rowHasCell) sb.Append('\t');
+        rowHasCell = true;
+        cellHasText = false;
+        return VisitorAction.Continue;
+    }
+
+    // Blocks kept as read in a story still show their text.
+    internal override VisitorAction VisitKept(OpaqueNode node)
+    {
+        if (node is { Kind: OpaqueKind.Block, ParentNode: Story, VisibleText.Length: > 0 })
+            foreach (var line in node.VisibleText.Split(ControlChar.ParagraphBreakChar)) sb.Append(line).Append(br);
+        return VisitorAction.Continue;
     }
 
     private void Paragraph(Paragraph p)
@@ -104,27 +167,6 @@ internal sealed class PlainTextWriter
                 case Docx.RunReader.SoftHyphen: break;
                 default: t.Append(c); break;
             }
-        }
-    }
-
-    private void Table(Table t)
-    {
-        foreach (Row r in t.Rows)
-        {
-            bool first = true;
-            foreach (Cell c in r.Cells)
-            {
-                if (!first) sb.Append('\t');
-                first = false;
-                var cell = new StringBuilder();
-                foreach (Paragraph p in c.Paragraphs)
-                {
-                    if (cell.Length > 0) cell.Append(' ');
-                    cell.Append(ParagraphText(p));
-                }
-                sb.Append(cell);
-            }
-            sb.Append(br);
         }
     }
 }
