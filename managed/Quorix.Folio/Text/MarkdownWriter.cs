@@ -8,7 +8,7 @@ using Quorix.Folio.Tables;
 namespace Quorix.Folio.Text;
 
 /// <summary>Saves the document as Markdown: headings from outline levels, emphasis, lists, pipe tables, links, pictures.</summary>
-internal sealed class MarkdownWriter
+internal sealed class MarkdownWriter : StoryVisitor
 {
     private readonly Document doc;
     private readonly MarkdownSaveOptions options;
@@ -20,7 +20,7 @@ internal sealed class MarkdownWriter
     private bool lastWasListItem;
     private bool any;
 
-    private MarkdownWriter(Document doc, MarkdownSaveOptions options, string? outputPath)
+    private MarkdownWriter(Document doc, MarkdownSaveOptions options, string? outputPath) : base(options.ExportHeadersFootersMode)
     {
         this.doc = doc;
         this.options = options;
@@ -31,22 +31,14 @@ internal sealed class MarkdownWriter
     public static void Save(Document doc, Stream output, MarkdownSaveOptions options, string? path)
     {
         var w = new MarkdownWriter(doc, options, path);
-        w.WriteDocument();
+        doc.Accept(w);
         var text = w.sb.ToString();
         if (options.ParagraphBreak != "\n") text = text.Replace("\n", options.ParagraphBreak ?? "\n");
         output.Write(new UTF8Encoding(false).GetBytes(text));
     }
 
-    private void WriteDocument()
+    public override VisitorAction VisitDocumentEnd(Document document)
     {
-        foreach (Section s in doc.Sections)
-        {
-            if (options.ExportHeadersFootersMode == TxtExportHeadersFootersMode.PrimaryOnly && s.HeadersFooters[HeaderFooterType.HeaderPrimary] is { } h)
-                Blocks(h);
-            if (s.Body != null) Blocks(s.Body);
-            if (options.ExportHeadersFootersMode == TxtExportHeadersFootersMode.PrimaryOnly && s.HeadersFooters[HeaderFooterType.FooterPrimary] is { } f)
-                Blocks(f);
-        }
         for (int i = 0; i < notes.Count; i++)
         {
             Separate(false);
@@ -60,6 +52,7 @@ internal sealed class MarkdownWriter
             }
             sb.Append('\n');
         }
+        return VisitorAction.Continue;
     }
 
     private void Separate(bool listItem)
@@ -69,33 +62,60 @@ internal sealed class MarkdownWriter
         lastWasListItem = listItem;
     }
 
-    private void Blocks(CompositeNode container)
+    // Consecutive paragraphs in a code style of one story become one fenced block.
+    private readonly List<string> codeLines = new();
+
+    private void FlushCode()
     {
-        for (var n = container.first; n != null; n = n.next)
+        if (codeLines.Count == 0) return;
+        CodeBlock(codeLines);
+        codeLines.Clear();
+    }
+
+    // A paragraph's inline content, notes and text boxes included, is read as one piece.
+    public override VisitorAction VisitParagraphStart(Paragraph paragraph)
+    {
+        if (IsCodeBlock(paragraph)) codeLines.Add(PlainText(paragraph));
+        else
         {
-            if (n is Paragraph cp && IsCodeBlock(cp))
-            {
-                var lines = new List<string>();
-                Node last = n;
-                for (var c = n; c is Paragraph q && IsCodeBlock(q); c = c.next)
-                {
-                    lines.Add(PlainText(q));
-                    last = c;
-                }
-                CodeBlock(lines);
-                n = last;
-            }
-            else if (n is Paragraph p) Paragraph(p);
-            else if (n is Table t) Table(t);
-            // Content controls and other kept blocks still show their text.
-            else if (n is OpaqueNode { Kind: OpaqueKind.Block } o && o.VisibleText.Length > 0)
-                foreach (var line in o.VisibleText.Split(ControlChar.ParagraphBreakChar))
-                {
-                    if (line.Trim().Length == 0) continue;
-                    Separate(false);
-                    sb.Append(EscapeLineStart(Escape(line, false).TrimStart())).Append('\n');
-                }
+            FlushCode();
+            Paragraph(paragraph);
         }
+        return VisitorAction.SkipThisNode;
+    }
+
+    public override VisitorAction VisitTableStart(Table table)
+    {
+        FlushCode();
+        Table(table);
+        return VisitorAction.SkipThisNode;
+    }
+
+    public override VisitorAction VisitBodyEnd(Body body)
+    {
+        FlushCode();
+        return VisitorAction.Continue;
+    }
+
+    public override VisitorAction VisitHeaderFooterEnd(HeaderFooter headerFooter)
+    {
+        FlushCode();
+        return VisitorAction.Continue;
+    }
+
+    // Blocks kept as read in a story still show their text.
+    internal override VisitorAction VisitKept(OpaqueNode node)
+    {
+        if (node.ParentNode is not Story) return VisitorAction.Continue;
+        FlushCode();
+        if (node.Kind != OpaqueKind.Block || node.VisibleText.Length == 0) return VisitorAction.Continue;
+        foreach (var line in node.VisibleText.Split(ControlChar.ParagraphBreakChar))
+        {
+            if (line.Trim().Length == 0) continue;
+            Separate(false);
+            sb.Append(EscapeLineStart(Escape(line, false).TrimStart())).Append('\n');
+        }
+        return VisitorAction.Continue;
     }
 
     private static string PlainText(Paragraph p)

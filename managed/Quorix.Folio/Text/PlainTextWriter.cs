@@ -7,18 +7,16 @@ namespace Quorix.Folio.Text;
 
 /// <summary>Saves the document as plain text: paragraphs, list labels, tables as tab-separated rows.
 /// It walks the model as a visitor; the inline content of a paragraph is read as a reader sees it.</summary>
-internal sealed class PlainTextWriter : DocumentVisitor
+internal sealed class PlainTextWriter : StoryVisitor
 {
     private readonly TxtSaveOptions options;
     private readonly StringBuilder sb = new();
     private readonly ListLabeler labels;
     private readonly List<Footnote> notes = new();
     private readonly string br;
-    // The header or footer being written now; the walk passes over the others.
-    private HeaderFooter? shown;
     private bool inTable, rowHasCell, cellHasText;
 
-    private PlainTextWriter(Document doc, TxtSaveOptions options)
+    private PlainTextWriter(Document doc, TxtSaveOptions options) : base(options.ExportHeadersFootersMode)
     {
         this.options = options;
         labels = new ListLabeler(doc);
@@ -32,31 +30,6 @@ internal sealed class PlainTextWriter : DocumentVisitor
         var bytes = new UTF8Encoding(false).GetBytes(w.sb.ToString());
         output.Write(bytes);
     }
-
-    private bool PrimaryOnly => options.ExportHeadersFootersMode == TxtExportHeadersFootersMode.PrimaryOnly;
-
-    private void Show(HeaderFooter? hf)
-    {
-        if (hf == null) return;
-        shown = hf;
-        hf.Accept(this);
-        shown = null;
-    }
-
-    public override VisitorAction VisitSectionStart(Section section)
-    {
-        if (PrimaryOnly) Show(section.HeadersFooters[HeaderFooterType.HeaderPrimary]);
-        return VisitorAction.Continue;
-    }
-
-    public override VisitorAction VisitSectionEnd(Section section)
-    {
-        if (PrimaryOnly) Show(section.HeadersFooters[HeaderFooterType.FooterPrimary]);
-        return VisitorAction.Continue;
-    }
-
-    public override VisitorAction VisitHeaderFooterStart(HeaderFooter headerFooter) =>
-        headerFooter == shown ? VisitorAction.Continue : VisitorAction.SkipThisNode;
 
     public override VisitorAction VisitDocumentEnd(Document doc)
     {
