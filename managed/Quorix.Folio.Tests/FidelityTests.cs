@@ -61,7 +61,9 @@ public class FidelityTests
         var bytes = WithBody("<w:p><w:r><w:t>Client:</w:t></w:r><w:smartTag w:uri=\"urn:x\" w:element=\"place\"><w:r><w:t xml:space=\"preserve\"> Paris</w:t></w:r></w:smartTag></w:p>" + Control);
         var doc = new Document(new MemoryStream(bytes));
         Assert.Equal("Client: Paris\rContoso Ltd\f", doc.GetText());
-        Assert.Equal(2, doc.FirstSection!.Body!.Paragraphs.Count);
+        var control = (Markup.StructuredDocumentTag)doc.FirstSection!.Body!.LastChild!;
+        Assert.Equal((Markup.MarkupLevel.Block, "Client", 7), (control.Level, control.Title, control.Id));
+        Assert.Equal("Contoso Ltd\f", control.GetText());
         Assert.Equal(1, doc.Range.Replace("Contoso", "Fabrikam"));
         var xml = TestSupport.Part(TestSupport.ToBytes(doc), "word/document.xml");
         Assert.Contains("<w:alias w:val=\"Client\" />", xml.Replace("\"/>", "\" />"));
@@ -76,12 +78,18 @@ public class FidelityTests
         var doc = new Document(new MemoryStream(bytes));
         var b = new DocumentBuilder(doc);
         var run = (Run)doc.GetChild(NodeType.Run, 0, true)!;
-        b.MoveTo(run);
+        run.Text = "one ";
+        var two = run.ParentNode!.InsertAfter(new Run(doc, "two"), run);
+        b.MoveTo(two);
         b.InsertParagraph();
+        b.Write("new ");
         var saved = TestSupport.ToBytes(doc);
         // Loading parses the whole part: unbalanced markup would be refused here.
         var back = new Document(new MemoryStream(saved));
         Assert.Equal(doc.GetText(), back.GetText());
+        // Each paragraph holds a whole control, the second a copy of the first's properties.
+        Assert.Equal(2, back.GetChildNodes(NodeType.StructuredDocumentTag, true).Count);
+        Assert.Equal("one \rnew twoafter\f", back.GetText());
     }
 
     [Fact]

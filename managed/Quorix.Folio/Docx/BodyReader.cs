@@ -153,6 +153,9 @@ internal static class BodyReader
                     container.LinkLast(ReadTable(r, ctx));
                     return;
                 case "sdt":
+                    if (r.IsEmptyElement) break;
+                    ReadControl(r, ctx, Markup.MarkupLevel.Block, container.LinkLast, sdt => ReadBlock(r, sdt, ctx));
+                    return;
                 case "customXml":
                     if (r.IsEmptyElement) break;
                     ReadContainer(r, ctx, OpaqueKind.Block, container.LinkLast, () => ReadBlock(r, container, ctx));
@@ -275,7 +278,7 @@ internal static class BodyReader
 
     /// <summary>One child of a paragraph (or of a link inside it).</summary>
     [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-    private static void ReadInline(XmlReader r, Paragraph p, ReadContext ctx)
+    private static void ReadInline(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         if (r.NamespaceURI != Ns.W)
         {
@@ -295,6 +298,9 @@ internal static class BodyReader
                 ReadTracked(r, p, ctx);
                 return;
             case "sdt":
+                if (r.IsEmptyElement) break;
+                ReadControl(r, ctx, Markup.MarkupLevel.Inline, p.LinkLast, sdt => ReadInline(r, sdt, ctx));
+                return;
             case "smartTag":
             case "customXml":
             case "dir":
@@ -341,7 +347,7 @@ internal static class BodyReader
 
     /// <summary>Tracked inserted, deleted or moved content: ordinary nodes that share the change's
     /// element, so that each change can be listed, accepted and rejected, and written back as read.</summary>
-    private static void ReadTracked(XmlReader r, Paragraph p, ReadContext ctx)
+    private static void ReadTracked(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         var mark = new PropElement(r.LocalName) { Attrs = PropElement.ReadAttrs(r) };
         var before = p.last;
@@ -356,6 +362,38 @@ internal static class BodyReader
         r.Read();
         // A change nested in this one keeps its own element.
         for (var n = before == null ? p.first : before.next; n != null; n = n.next) n.Rev ??= mark;
+    }
+
+    /// <summary>A content control: a node holding its content, with its properties kept as read.</summary>
+    private static void ReadControl(XmlReader r, ReadContext ctx, Markup.MarkupLevel level, Action<Node> link, Action<Markup.StructuredDocumentTag> readChild)
+    {
+        var sdt = new Markup.StructuredDocumentTag(ctx.Doc, level, new PropElement("sdtPr")) { XAttrs = PropElement.ReadAttrs(r) };
+        link(sdt);
+        int depth = r.Depth;
+        r.Read();
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of a content control.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (r.NamespaceURI == Ns.W && r.LocalName == "sdtPr") sdt.Props = PropElement.Read(r);
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "sdtEndPr") sdt.EndProps = PropElement.Read(r);
+            else if (r.NamespaceURI == Ns.W && r.LocalName == "sdtContent")
+            {
+                sdt.ContentAttrs = PropElement.ReadAttrs(r);
+                if (r.IsEmptyElement) { r.Read(); continue; }
+                int inner = r.Depth;
+                r.Read();
+                while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == inner))
+                {
+                    if (r.EOF) throw new XmlException("Unexpected end of a content control.");
+                    if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+                    readChild(sdt);
+                }
+                r.Read();
+            }
+            else r.Skip();
+        }
+        r.Read();
     }
 
     // Property elements of the containers read by ReadContainer; they stay with the start tag.
@@ -429,7 +467,7 @@ internal static class BodyReader
     }
 
     // A link element becomes the field a word processor would build for it, so both kinds look alike.
-    private static void ReadHyperlink(XmlReader r, Paragraph p, ReadContext ctx)
+    private static void ReadHyperlink(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         var relId = r.GetAttribute("id", Ns.R);
         var anchor = r.GetAttribute("anchor", Ns.W);
@@ -460,7 +498,7 @@ internal static class BodyReader
         p.LinkLast(new FieldEnd(ctx.Doc, new PropBag(PropOrder.Run)));
     }
 
-    private static void ReadSimpleField(XmlReader r, Paragraph p, ReadContext ctx)
+    private static void ReadSimpleField(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         var instr = r.GetAttribute("instr", Ns.W) ?? "";
         var wrapper = new PropElement("fldSimple") { Attrs = PropElement.ReadAttrs(r) };

@@ -4,6 +4,7 @@ using System.Xml;
 using Quorix.Folio.Drawing;
 using Quorix.Folio.Fields;
 using Quorix.Folio.Formatting;
+using Quorix.Folio.Markup;
 using Quorix.Folio.Notes;
 using Quorix.Folio.Tables;
 
@@ -12,7 +13,8 @@ namespace Quorix.Folio.Docx;
 /// <summary>Writes paragraphs, runs and tables of any story.</summary>
 internal static class BodyWriter
 {
-    public static void WriteBlocks(XmlWriter w, CompositeNode container, PartWriter pw, Action<XmlWriter>? firstParagraphPrefix = null)
+    /// <returns>Whether the last block written was a paragraph.</returns>
+    public static bool WriteBlocks(XmlWriter w, CompositeNode container, PartWriter pw, Action<XmlWriter>? firstParagraphPrefix = null)
     {
         bool lastWasParagraph = false;
         var kept = new KeptContainers();
@@ -29,6 +31,10 @@ internal static class BodyWriter
                     WriteTable(w, t, pw);
                     lastWasParagraph = false;
                     break;
+                case StructuredDocumentTag sdt:
+                    lastWasParagraph = WriteControl(w, sdt, pw, firstParagraphPrefix, null);
+                    firstParagraphPrefix = null;
+                    break;
                 case OpaqueNode { Partner: not null } marker:
                     // The content between a container's markers decides how the container ends.
                     kept.Write(w, marker);
@@ -42,12 +48,31 @@ internal static class BodyWriter
         kept.CloseAll(w);
         // Cells, notes and comments must end with a paragraph to be valid; bodies, headers and
         // footers may end with a table or content control, and an added paragraph would change the layout.
-        if (!lastWasParagraph && (container is not Story || container.first == null))
+        if (!lastWasParagraph && container is not StructuredDocumentTag && (container is not Story || container.first == null))
         {
             w.WriteStartElement("p", Ns.W);
             firstParagraphPrefix?.Invoke(w);
             w.WriteEndElement();
+            return true;
         }
+        return lastWasParagraph;
+    }
+
+    /// <summary>A content control around its content; returns whether its last block was a paragraph.</summary>
+    public static bool WriteControl(XmlWriter w, StructuredDocumentTag sdt, PartWriter pw, Action<XmlWriter>? firstParagraphPrefix, KeptContainers? outer)
+    {
+        w.WriteStartElement("sdt", Ns.W);
+        PropElement.WriteAttrs(w, sdt.XAttrs);
+        sdt.Props.Write(w);
+        sdt.EndProps?.Write(w);
+        w.WriteStartElement("sdtContent", Ns.W);
+        PropElement.WriteAttrs(w, sdt.ContentAttrs);
+        bool last = false;
+        if (sdt.Level == MarkupLevel.Inline) WriteInlines(w, sdt, pw, outer);
+        else last = WriteBlocks(w, sdt, pw, firstParagraphPrefix);
+        w.WriteEndElement();
+        w.WriteEndElement();
+        return last;
     }
 
     public static void WriteParagraph(XmlWriter w, Paragraph p, PartWriter pw, Action<XmlWriter>? sectPr, Action<XmlWriter>? prefix = null)
@@ -68,16 +93,23 @@ internal static class BodyWriter
             w.WriteEndElement();
         }
         prefix?.Invoke(w);
-        var kept = new KeptContainers();
-        for (var n = p.first; n != null; n = n.next)
+        WriteInlines(w, p, pw, null);
+        w.WriteEndElement();
+    }
+
+    // The inline content of a paragraph or of an inline content control in it.
+    private static void WriteInlines(XmlWriter w, CompositeNode container, PartWriter pw, KeptContainers? outer)
+    {
+        var kept = new KeptContainers(outer);
+        for (var n = container.first; n != null; n = n.next)
         {
             kept.Track(w, n.Rev);
             if (n is FieldStart { Wrapper: not null } fs && TryWriteWrapped(w, fs, pw) is { } end) n = end;
             else if (n is OpaqueNode { Partner: not null } marker) kept.Write(w, marker);
+            else if (n is StructuredDocumentTag sdt) WriteControl(w, sdt, pw, null, kept);
             else WriteInline(w, n, pw);
         }
         kept.CloseAll(w);
-        w.WriteEndElement();
     }
 
     private static void WriteInline(XmlWriter w, Node n, PartWriter pw)
@@ -162,6 +194,9 @@ internal static class BodyWriter
                 w.WriteEndElement();
                 break;
             }
+            case StructuredDocumentTag sdt:
+                WriteControl(w, sdt, pw, null, null);
+                break;
             case Shape { TextBoxFrame: { } frame } box:
                 // Every copy of the box's content is written from the one model of it.
                 StartRun(w, box.RPr);

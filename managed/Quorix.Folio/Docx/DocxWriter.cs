@@ -238,6 +238,9 @@ internal static class DocxWriter
                         case Tables.Table t:
                             BodyWriter.WriteTable(w, t, pw);
                             break;
+                        case Markup.StructuredDocumentTag sdt:
+                            BodyWriter.WriteControl(w, sdt, pw, null, null);
+                            break;
                         case OpaqueNode o:
                             kept.Write(w, o);
                             break;

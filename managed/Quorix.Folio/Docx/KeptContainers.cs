@@ -10,6 +10,15 @@ namespace Quorix.Folio.Docx;
 internal sealed class KeptContainers
 {
     private List<OpaqueNode>? open;
+    // The markup this content is written inside (a content control's paragraph), whose open
+    // tracked change covers this content too.
+    private readonly KeptContainers? enclosing;
+
+    public KeptContainers(KeptContainers? enclosing = null) { this.enclosing = enclosing; }
+
+    private bool OpenOutside(PropElement rev) =>
+        outer?.Exists(o => ReferenceEquals(o, rev)) == true ||
+        (enclosing != null && (ReferenceEquals(enclosing.change, rev) || enclosing.OpenOutside(rev)));
     // The tracked change whose element is open at the current container level, and the one open
     // outside each container that was entered.
     private PropElement? change;
@@ -20,7 +29,7 @@ internal sealed class KeptContainers
     {
         if (ReferenceEquals(rev, change)) return;
         EndChange(w);
-        if (rev == null || outer?.Exists(o => ReferenceEquals(o, rev)) == true) return;
+        if (rev == null || OpenOutside(rev)) return;
         w.WriteStartElement(rev.Local, Ns.W);
         PropElement.WriteAttrs(w, rev.Attrs);
         change = rev;

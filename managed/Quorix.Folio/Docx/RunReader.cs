@@ -32,7 +32,7 @@ internal static class RunReader
     }
 
     [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-    public static void ReadRun(XmlReader r, Paragraph p, ReadContext ctx)
+    public static void ReadRun(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         var doc = ctx.Doc;
         // Made when the run has properties; a run without them takes a fresh empty bag per node.

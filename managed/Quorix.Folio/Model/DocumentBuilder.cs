@@ -73,7 +73,8 @@ public sealed class DocumentBuilder
     private Node Insert(Node n)
     {
         if (cursor == null) paragraph.AppendChild(n);
-        else paragraph.InsertBefore(n, cursor);
+        // The cursor may stand inside an inline content control of the paragraph.
+        else cursor.parent!.InsertBefore(n, cursor);
         return n;
     }
 
@@ -116,12 +117,32 @@ public sealed class DocumentBuilder
             pPr.SetVal("pStyle", next == "Normal" && doc.Styles.FindById("Normal")?.StyleIdentifier == StyleIdentifier.Normal ? null : next);
         var fresh = new Paragraph(doc, pPr);
         ended.ParentNode!.InsertAfter(fresh, ended);
-        for (var n = cursor; n != null;)
+        // What follows the cursor moves to the new paragraph; when the cursor stands inside content
+        // controls, it moves into copies of them, so that each paragraph holds whole controls.
+        var path = new List<CompositeNode>();
+        for (var c = cursor?.parent; c != null && c != ended; c = c.parent) path.Add(c);
+        var copies = new CompositeNode[path.Count];
+        CompositeNode into = fresh;
+        for (int i = path.Count - 1; i >= 0; i--)
         {
-            var nx = n.next;
-            ended.Unlink(n);
-            fresh.LinkLast(n);
-            n = nx;
+            var copy = (Markup.StructuredDocumentTag)path[i].CloneTo(doc, false);
+            copy.Props.Children?.RemoveAll(e => e.Local == "id");
+            into.LinkLast(copy);
+            into = copies[i] = copy;
+        }
+        var n = cursor;
+        for (int i = 0; i <= path.Count; i++)
+        {
+            var source = i < path.Count ? path[i] : ended;
+            var target = i < path.Count ? copies[i] : fresh;
+            while (n != null)
+            {
+                var nx = n.next;
+                source.Unlink(n);
+                target.LinkLast(n);
+                n = nx;
+            }
+            if (i < path.Count) n = path[i].next;
         }
         paragraph = fresh;
         cursor = fresh.first;
@@ -367,7 +388,9 @@ public sealed class DocumentBuilder
                 MoveToParagraphNode((Paragraph?)c.GetChild(NodeType.Paragraph, -1, false) ?? (Paragraph)c.AppendChild(new Paragraph(doc)), false);
                 break;
             default:
-                if (node.ParentNode is not Paragraph parentPara) throw new ArgumentException("The builder can only move to paragraphs and nodes inside them.", nameof(node));
+                var holder = node.ParentNode;
+                while (holder is Markup.StructuredDocumentTag { Level: Markup.MarkupLevel.Inline }) holder = holder.ParentNode;
+                if (holder is not Paragraph parentPara) throw new ArgumentException("The builder can only move to paragraphs and nodes inside them.", nameof(node));
                 paragraph = parentPara;
                 cursor = node;
                 break;

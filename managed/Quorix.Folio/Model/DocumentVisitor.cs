@@ -50,6 +50,8 @@ public abstract class DocumentVisitor
     public virtual VisitorAction VisitFootnoteEnd(Footnote footnote) => VisitorAction.Continue;
     public virtual VisitorAction VisitShapeStart(Shape shape) => VisitorAction.Continue;
     public virtual VisitorAction VisitShapeEnd(Shape shape) => VisitorAction.Continue;
+    public virtual VisitorAction VisitStructuredDocumentTagStart(Markup.StructuredDocumentTag sdt) => VisitorAction.Continue;
+    public virtual VisitorAction VisitStructuredDocumentTagEnd(Markup.StructuredDocumentTag sdt) => VisitorAction.Continue;
 
     /// <summary>Content kept as read because the model does not understand it; writers of the format
     /// it came from write it back, every other visitor passes over it.</summary>

@@ -22,6 +22,7 @@ public enum NodeType
     Comment = 17,
     Footnote = 18,
     Shape = 19,
+    StructuredDocumentTag = 20,
 }
 
 public enum BreakType

@@ -61,17 +61,28 @@ public sealed class Paragraph : CompositeNode
 
     public bool IsInCell => parent is Cell;
 
-    public bool IsEndOfCell => parent is Cell && NextSibling == null;
+    public bool IsEndOfCell => LastOfFlow() is Cell;
 
-    public bool IsEndOfSection => parent is Body && NextSibling == null;
+    public bool IsEndOfSection => LastOfFlow() is Body;
+
+    // The container whose flow this paragraph ends, looking through the content controls it
+    // ends too; null when something follows it.
+    private CompositeNode? LastOfFlow()
+    {
+        Node n = this;
+        while (n.NextSibling == null && n.parent is Markup.StructuredDocumentTag { Level: Markup.MarkupLevel.Block }) n = n.parent;
+        return n.NextSibling == null ? n.parent : null;
+    }
 
     public bool IsListItem => ListFormat.IsListItem;
 
     /// <summary>The label the paragraph shows; labels of the whole document are counted once per change.</summary>
     public ListLabel ListLabel => (doc as Document)?.Labels.Of(this) ?? new ListLabel("", 0);
 
-    internal override bool CanHold(Node child) =>
-        child is Inline || child is BookmarkStart || child is BookmarkEnd || child is CommentRangeStart ||
+    internal override bool CanHold(Node child) => HoldsInline(child);
+
+    internal static bool HoldsInline(Node child) =>
+        child is Inline || child is Markup.StructuredDocumentTag { Level: Markup.MarkupLevel.Inline } || child is BookmarkStart || child is BookmarkEnd || child is CommentRangeStart ||
         child is CommentRangeEnd || child is Comment || child is Footnote || child is Shape ||
         (child is OpaqueNode o && o.Kind == OpaqueKind.Inline);
 
@@ -89,6 +100,19 @@ public sealed class Paragraph : CompositeNode
         if (IsEndOfCell) sb.Append(ControlChar.CellChar);
         else if (IsEndOfSection) sb.Append(ControlChar.SectionBreakChar);
         else sb.Append(ControlChar.ParagraphBreakChar);
+    }
+
+    /// <summary>The inline nodes in order, those inside inline content controls included.</summary>
+    internal IEnumerable<Node> InlineNodes() => Inlines(this);
+
+    private static IEnumerable<Node> Inlines(CompositeNode container)
+    {
+        for (var n = container.first; n != null; n = n.next)
+        {
+            if (n is Markup.StructuredDocumentTag control)
+                foreach (var inner in Inlines(control)) yield return inner;
+            else yield return n;
+        }
     }
 
     /// <summary>Appends a field whose result stays as given; nothing is computed.</summary>

@@ -51,7 +51,19 @@ public abstract class Story : CompositeNode
 
 internal static class BlockRules
 {
-    public static bool IsBlock(Node n) => n is Paragraph || n is Table || (n is OpaqueNode o && o.Kind == OpaqueKind.Block);
+    public static bool IsBlock(Node n) =>
+        n is Paragraph || n is Table || n is Markup.StructuredDocumentTag { Level: Markup.MarkupLevel.Block } || (n is OpaqueNode o && o.Kind == OpaqueKind.Block);
+
+    /// <summary>The paragraphs of a container's flow, those inside block content controls included.</summary>
+    public static IEnumerable<Paragraph> Paragraphs(CompositeNode container)
+    {
+        for (var n = container.first; n != null; n = n.next)
+        {
+            if (n is Paragraph p) yield return p;
+            else if (n is Markup.StructuredDocumentTag { Level: Markup.MarkupLevel.Block } sdt)
+                foreach (var inner in Paragraphs(sdt)) yield return inner;
+        }
+    }
 }
 
 /// <summary>The main text of a section.</summary>

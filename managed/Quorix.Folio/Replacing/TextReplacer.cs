@@ -62,7 +62,7 @@ internal sealed class TextReplacer
         runs.Clear();
         starts.Clear();
         barriers.Clear();
-        for (var n = p.first; n != null; n = n.next)
+        foreach (var n in p.InlineNodes())
         {
             switch (n)
             {

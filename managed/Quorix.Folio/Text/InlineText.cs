@@ -14,7 +14,7 @@ internal static class InlineText
     {
         // Per open field: whether we are in its code, its collected code, and whether it is a link.
         var stack = new List<(bool InCode, StringBuilder Code, bool Link)>();
-        for (var n = p.first; n != null; n = n.next)
+        foreach (var n in p.InlineNodes())
         {
             // Tracked deletions are shown as the document reads once they are accepted: gone.
             if (n.Rev?.Local is "del" or "moveFrom") continue;

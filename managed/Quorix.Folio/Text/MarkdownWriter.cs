@@ -421,8 +421,19 @@ internal sealed class MarkdownWriter : StoryVisitor
     private string CellText(Cell c)
     {
         var parts = new List<string>();
-        for (var n = c.first; n != null; n = n.next)
+        CellParts(c, parts);
+        return string.Join("<br>", parts);
+    }
+
+    private void CellParts(CompositeNode container, List<string> parts)
+    {
+        for (var n = container.first; n != null; n = n.next)
         {
+            if (n is Markup.StructuredDocumentTag control)
+            {
+                CellParts(control, parts);
+                continue;
+            }
             if (n is Paragraph p)
             {
                 var s = Inline(p, true).Trim();
@@ -438,6 +449,5 @@ internal sealed class MarkdownWriter : StoryVisitor
                 }
             }
         }
-        return string.Join("<br>", parts);
     }
 }

@@ -50,7 +50,7 @@ internal sealed class PlainTextWriter : StoryVisitor
     public override VisitorAction VisitParagraphStart(Paragraph paragraph)
     {
         if (!inTable) Paragraph(paragraph);
-        else if (paragraph.ParentNode is Cell)
+        else
         {
             if (cellHasText) sb.Append(' ');
             sb.Append(ParagraphText(paragraph));

@@ -1,0 +1,138 @@
+using Quorix.Folio.Docx;
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio.Markup;
+
+/// <summary>Where a content control stands: around text in a paragraph, or around whole blocks.</summary>
+public enum MarkupLevel
+{
+    Unknown = 0,
+    Inline = 1,
+    Block = 2,
+    Cell = 3,
+    Row = 4,
+}
+
+/// <summary>The kind of a content control, as its properties declare it.</summary>
+public enum SdtType
+{
+    None = 0,
+    Bibliography = 1,
+    Citation = 2,
+    Equation = 3,
+    DropDownList = 4,
+    ComboBox = 5,
+    Date = 6,
+    BuildingBlockGallery = 7,
+    DocPartObj = 8,
+    Group = 9,
+    Picture = 10,
+    RichText = 11,
+    PlainText = 12,
+    Checkbox = 13,
+    RepeatingSection = 14,
+    RepeatingSectionItem = 15,
+    EntityPicker = 16,
+}
+
+/// <summary>A content control: a tagged region of the document around inline content or blocks,
+/// whose content is its child nodes. Properties the model does not interpret are kept as read.</summary>
+public sealed class StructuredDocumentTag : CompositeNode
+{
+    // The control's properties and end properties as read; written back with the content.
+    internal PropElement Props;
+    internal PropElement? EndProps;
+    internal List<PropElement.Attr>? ContentAttrs;
+
+    internal StructuredDocumentTag(DocumentBase? doc, MarkupLevel level, PropElement props) : base(doc)
+    {
+        Level = level;
+        Props = props;
+    }
+
+    public StructuredDocumentTag(DocumentBase doc, SdtType type, MarkupLevel level) : this(doc, level, new PropElement("sdtPr"))
+    {
+        if (level is not (MarkupLevel.Inline or MarkupLevel.Block))
+            throw new ArgumentException("A content control is made at the inline or the block level.", nameof(level));
+        if (type != SdtType.None && type != SdtType.RichText && ElementOf(type) is { } e) (Props.Children ??= new List<PropElement>()).Add(new PropElement(e));
+    }
+
+    public override NodeType NodeType => NodeType.StructuredDocumentTag;
+
+    internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
+        Walk<StructuredDocumentTag>(visitor, visitor.VisitStructuredDocumentTagStart(this), static (v, n) => v.VisitStructuredDocumentTagEnd(n));
+
+    public MarkupLevel Level { get; }
+
+    public string Tag
+    {
+        get => Child("tag")?.Get("val") ?? "";
+        set => SetVal("tag", value);
+    }
+
+    /// <summary>The name a word processor shows for the control.</summary>
+    public string Title
+    {
+        get => Child("alias")?.Get("val") ?? "";
+        set => SetVal("alias", value);
+    }
+
+    public int Id => Units.ParseInt(Child("id")?.Get("val")) ?? 0;
+
+    public SdtType SdtType
+    {
+        get
+        {
+            foreach (var e in Props.Children ?? new List<PropElement>())
+                if (TypeOf(e.Local) is { } t) return t;
+            return SdtType.RichText;
+        }
+    }
+
+    private PropElement? Child(string local) => Props.Children?.Find(c => c.Local == local && c.Ns == Ns.W);
+
+    private void SetVal(string local, string? value)
+    {
+        Props.Children ??= new List<PropElement>();
+        var e = Child(local);
+        if (string.IsNullOrEmpty(value))
+        {
+            if (e != null) Props.Children.Remove(e);
+            return;
+        }
+        if (e == null) Props.Children.Add(e = new PropElement(local));
+        e.Set("val", value);
+    }
+
+    private static readonly (string Element, SdtType Type)[] Types =
+    {
+        ("bibliography", SdtType.Bibliography), ("citation", SdtType.Citation), ("equation", SdtType.Equation),
+        ("dropDownList", SdtType.DropDownList), ("comboBox", SdtType.ComboBox), ("date", SdtType.Date),
+        ("docPartList", SdtType.BuildingBlockGallery), ("docPartObj", SdtType.DocPartObj), ("group", SdtType.Group),
+        ("picture", SdtType.Picture), ("richText", SdtType.RichText), ("text", SdtType.PlainText),
+        ("checkbox", SdtType.Checkbox), ("repeatingSection", SdtType.RepeatingSection),
+        ("repeatingSectionItem", SdtType.RepeatingSectionItem), ("entityPicker", SdtType.EntityPicker),
+    };
+
+    private static SdtType? TypeOf(string element)
+    {
+        foreach (var (e, t) in Types) if (e == element) return t;
+        return null;
+    }
+
+    private static string? ElementOf(SdtType type)
+    {
+        foreach (var (e, t) in Types) if (t == type) return e;
+        return null;
+    }
+
+    internal override bool CanHold(Node child) =>
+        Level == MarkupLevel.Inline ? Paragraph.HoldsInline(child) : BlockRules.IsBlock(child);
+
+    internal override Node CloneTo(DocumentBase? target, bool deep)
+    {
+        var copy = new StructuredDocumentTag(target, Level, Props.Clone()) { EndProps = EndProps?.Clone(), ContentAttrs = ContentAttrs?.ToList(), XAttrs = XAttrs };
+        if (deep) CloneChildrenInto(copy, target);
+        return copy;
+    }
+}
