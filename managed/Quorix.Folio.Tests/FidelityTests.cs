@@ -64,6 +64,8 @@ public class FidelityTests
         var control = (Markup.StructuredDocumentTag)doc.FirstSection!.Body!.LastChild!;
         Assert.Equal((Markup.MarkupLevel.Block, "Client", 7), (control.Level, control.Title, control.Id));
         Assert.Equal("Contoso Ltd\f", control.GetText());
+        var tag = (Markup.SmartTag)doc.GetChild(NodeType.SmartTag, 0, true)!;
+        Assert.Equal(("place", "urn:x", " Paris"), (tag.Element, tag.Uri, tag.GetText()));
         Assert.Equal(1, doc.Range.Replace("Contoso", "Fabrikam"));
         var xml = TestSupport.Part(TestSupport.ToBytes(doc), "word/document.xml");
         Assert.Contains("<w:alias w:val=\"Client\" />", xml.Replace("\"/>", "\" />"));

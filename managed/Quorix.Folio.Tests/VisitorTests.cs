@@ -55,6 +55,8 @@ public class VisitorTests
         public override VisitorAction VisitShapeEnd(Shape s) => End(s);
         public override VisitorAction VisitStructuredDocumentTagStart(Markup.StructuredDocumentTag s) => Start(s);
         public override VisitorAction VisitStructuredDocumentTagEnd(Markup.StructuredDocumentTag s) => End(s);
+        public override VisitorAction VisitSmartTagStart(Markup.SmartTag s) => Start(s);
+        public override VisitorAction VisitSmartTagEnd(Markup.SmartTag s) => End(s);
         public override VisitorAction VisitRun(Run r) => Leaf(r);
         public override VisitorAction VisitFieldStart(FieldStart f) => Leaf(f);
         public override VisitorAction VisitFieldSeparator(FieldSeparator f) => Leaf(f);
@@ -202,7 +204,7 @@ public class VisitorTests
     {
         var docx = TestSupport.WithPart(TestSupport.ToBytes(Generated(2)), "word/document.xml", x => x!.Replace("<w:body>",
             "<w:body><w:sdt><w:sdtPr><w:tag w:val=\"outer\"/></w:sdtPr><w:sdtContent><w:p><w:r><w:t>a</w:t></w:r>" +
-            "<w:sdt><w:sdtPr><w:tag w:val=\"inner\"/></w:sdtPr><w:sdtContent><w:r><w:t>b</w:t></w:r></w:sdtContent></w:sdt></w:p></w:sdtContent></w:sdt>"));
+            "<w:sdt><w:sdtPr><w:tag w:val=\"inner\"/></w:sdtPr><w:sdtContent><w:smartTag w:element=\"x\"><w:r><w:t>b</w:t></w:r></w:smartTag></w:sdtContent></w:sdt></w:p></w:sdtContent></w:sdt>"));
         var doc = new Document(new MemoryStream(docx));
         var v = new Recorder();
         doc.Accept(v);
@@ -210,6 +212,7 @@ public class VisitorTests
         Expected(doc, expected);
         Assert.Equal(expected.Select(e => e.Item1 + e.Item2.GetHashCode()), v.Log.Select(e => e.Mark + e.Node.GetHashCode()));
         Assert.Equal(new[] { "outer", "inner" }, v.Log.Where(e => e.Mark == "+").Select(e => e.Node).OfType<Markup.StructuredDocumentTag>().Select(s => s.Tag));
+        Assert.Equal("x", v.Log.Select(e => e.Node).OfType<Markup.SmartTag>().First().Element);
     }
 
     [Fact]

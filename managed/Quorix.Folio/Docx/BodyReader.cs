@@ -302,6 +302,9 @@ internal static class BodyReader
                 ReadControl(r, ctx, Markup.MarkupLevel.Inline, p.LinkLast, sdt => ReadInline(r, sdt, ctx));
                 return;
             case "smartTag":
+                if (r.IsEmptyElement) break;
+                ReadSmartTag(r, p, ctx);
+                return;
             case "customXml":
             case "dir":
             case "bdo":
@@ -392,6 +395,22 @@ internal static class BodyReader
                 r.Read();
             }
             else r.Skip();
+        }
+        r.Read();
+    }
+
+    private static void ReadSmartTag(XmlReader r, CompositeNode p, ReadContext ctx)
+    {
+        var tag = new Markup.SmartTag(ctx.Doc, PropElement.ReadAttrs(r));
+        p.LinkLast(tag);
+        int depth = r.Depth;
+        r.Read();
+        while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
+        {
+            if (r.EOF) throw new XmlException("Unexpected end of a smart tag.");
+            if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
+            if (r.NamespaceURI == Ns.W && r.LocalName == "smartTagPr") tag.Props = PropElement.Read(r);
+            else ReadInline(r, tag, ctx);
         }
         r.Read();
     }

@@ -97,7 +97,16 @@ internal static class BodyWriter
         w.WriteEndElement();
     }
 
-    // The inline content of a paragraph or of an inline content control in it.
+    private static void WriteSmartTag(XmlWriter w, SmartTag tag, PartWriter pw, KeptContainers? outer)
+    {
+        w.WriteStartElement("smartTag", Ns.W);
+        PropElement.WriteAttrs(w, tag.XAttrs);
+        tag.Props?.Write(w);
+        WriteInlines(w, tag, pw, outer);
+        w.WriteEndElement();
+    }
+
+    // The inline content of a paragraph or of a content control or smart tag in it.
     private static void WriteInlines(XmlWriter w, CompositeNode container, PartWriter pw, KeptContainers? outer)
     {
         var kept = new KeptContainers(outer);
@@ -107,6 +116,7 @@ internal static class BodyWriter
             if (n is FieldStart { Wrapper: not null } fs && TryWriteWrapped(w, fs, pw) is { } end) n = end;
             else if (n is OpaqueNode { Partner: not null } marker) kept.Write(w, marker);
             else if (n is StructuredDocumentTag sdt) WriteControl(w, sdt, pw, null, kept);
+            else if (n is SmartTag tag) WriteSmartTag(w, tag, pw, kept);
             else WriteInline(w, n, pw);
         }
         kept.CloseAll(w);
@@ -196,6 +206,9 @@ internal static class BodyWriter
             }
             case StructuredDocumentTag sdt:
                 WriteControl(w, sdt, pw, null, null);
+                break;
+            case SmartTag tag:
+                WriteSmartTag(w, tag, pw, null);
                 break;
             case Shape { TextBoxFrame: { } frame } box:
                 // Every copy of the box's content is written from the one model of it.

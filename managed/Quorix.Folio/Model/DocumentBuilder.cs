@@ -125,8 +125,8 @@ public sealed class DocumentBuilder
         CompositeNode into = fresh;
         for (int i = path.Count - 1; i >= 0; i--)
         {
-            var copy = (Markup.StructuredDocumentTag)path[i].CloneTo(doc, false);
-            copy.Props.Children?.RemoveAll(e => e.Local == "id");
+            var copy = (CompositeNode)path[i].CloneTo(doc, false);
+            if (copy is Markup.StructuredDocumentTag control) control.Props.Children?.RemoveAll(e => e.Local == "id");
             into.LinkLast(copy);
             into = copies[i] = copy;
         }
@@ -389,7 +389,7 @@ public sealed class DocumentBuilder
                 break;
             default:
                 var holder = node.ParentNode;
-                while (holder is Markup.StructuredDocumentTag { Level: Markup.MarkupLevel.Inline }) holder = holder.ParentNode;
+                while (holder != null && Paragraph.IsInlineContainer(holder)) holder = holder.ParentNode;
                 if (holder is not Paragraph parentPara) throw new ArgumentException("The builder can only move to paragraphs and nodes inside them.", nameof(node));
                 paragraph = parentPara;
                 cursor = node;

@@ -52,6 +52,8 @@ public abstract class DocumentVisitor
     public virtual VisitorAction VisitShapeEnd(Shape shape) => VisitorAction.Continue;
     public virtual VisitorAction VisitStructuredDocumentTagStart(Markup.StructuredDocumentTag sdt) => VisitorAction.Continue;
     public virtual VisitorAction VisitStructuredDocumentTagEnd(Markup.StructuredDocumentTag sdt) => VisitorAction.Continue;
+    public virtual VisitorAction VisitSmartTagStart(Markup.SmartTag smartTag) => VisitorAction.Continue;
+    public virtual VisitorAction VisitSmartTagEnd(Markup.SmartTag smartTag) => VisitorAction.Continue;
 
     /// <summary>Content kept as read because the model does not understand it; writers of the format
     /// it came from write it back, every other visitor passes over it.</summary>

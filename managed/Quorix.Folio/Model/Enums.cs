@@ -23,6 +23,7 @@ public enum NodeType
     Footnote = 18,
     Shape = 19,
     StructuredDocumentTag = 20,
+    SmartTag = 21,
 }
 
 public enum BreakType

@@ -82,7 +82,7 @@ public sealed class Paragraph : CompositeNode
     internal override bool CanHold(Node child) => HoldsInline(child);
 
     internal static bool HoldsInline(Node child) =>
-        child is Inline || child is Markup.StructuredDocumentTag { Level: Markup.MarkupLevel.Inline } || child is BookmarkStart || child is BookmarkEnd || child is CommentRangeStart ||
+        child is Inline || IsInlineContainer(child) || child is BookmarkStart || child is BookmarkEnd || child is CommentRangeStart ||
         child is CommentRangeEnd || child is Comment || child is Footnote || child is Shape ||
         (child is OpaqueNode o && o.Kind == OpaqueKind.Inline);
 
@@ -102,15 +102,18 @@ public sealed class Paragraph : CompositeNode
         else sb.Append(ControlChar.ParagraphBreakChar);
     }
 
-    /// <summary>The inline nodes in order, those inside inline content controls included.</summary>
+    /// <summary>Whether the node holds inline content of the paragraph: a content control or a smart tag.</summary>
+    internal static bool IsInlineContainer(Node n) => n is Markup.StructuredDocumentTag { Level: Markup.MarkupLevel.Inline } or Markup.SmartTag;
+
+    /// <summary>The inline nodes in order, those inside content controls and smart tags included.</summary>
     internal IEnumerable<Node> InlineNodes() => Inlines(this);
 
     private static IEnumerable<Node> Inlines(CompositeNode container)
     {
         for (var n = container.first; n != null; n = n.next)
         {
-            if (n is Markup.StructuredDocumentTag control)
-                foreach (var inner in Inlines(control)) yield return inner;
+            if (IsInlineContainer(n))
+                foreach (var inner in Inlines((CompositeNode)n)) yield return inner;
             else yield return n;
         }
     }
