@@ -89,14 +89,22 @@ public class RevisionTests
     public void OneChangeIsDecidedAloneAndTheRestSurviveASave()
     {
         var doc = Tracked();
-        doc.Revisions[1].Accept();   // the deletion goes
-        doc.Revisions[0].Reject();   // the insertion goes
+        var all = doc.Revisions.ToArray();
+        all[1].Accept();   // the deletion goes
+        all[0].Reject();   // the insertion goes
+        // A decided change stays decided: a second decision changes nothing.
+        all[0].Accept();
+        all[1].Reject();
         Assert.StartsWith("Keep  styled", doc.GetText());
+        var format = doc.Revisions[0];
+        format.Accept();
+        format.Reject();
+        Assert.True(((Run)doc.GetChildNodes(NodeType.Run, true).Cast<Node>().Last(n => n.GetText() == " styled")).Font.Bold);
         var back = TestSupport.RoundTrip(doc);
-        Assert.Equal(new[] { RevisionType.FormatChange, RevisionType.Insertion }, back.Revisions.Select(r => r.RevisionType));
+        Assert.Equal(new[] { RevisionType.Insertion }, back.Revisions.Select(r => r.RevisionType));
         var xml = TestSupport.Part(TestSupport.ToBytes(back), "word/document.xml");
         Assert.DoesNotContain("delText", xml);
-        Assert.Contains("rPrChange", xml);
+        Assert.DoesNotContain("rPrChange", xml);
     }
 
     [Fact]

@@ -105,16 +105,17 @@ public sealed class Paragraph : CompositeNode
     /// <summary>Whether the node holds inline content of the paragraph: a content control or a smart tag.</summary>
     internal static bool IsInlineContainer(Node n) => n is Markup.StructuredDocumentTag { Level: Markup.MarkupLevel.Inline } or Markup.SmartTag;
 
-    /// <summary>The inline nodes in order, those inside content controls and smart tags included.</summary>
+    /// <summary>The inline nodes in order, those inside content controls and smart tags included,
+    /// except the content of a container that is itself a tracked deletion, which nobody reads.</summary>
     internal IEnumerable<Node> InlineNodes() => Inlines(this);
 
     private static IEnumerable<Node> Inlines(CompositeNode container)
     {
         for (var n = container.first; n != null; n = n.next)
         {
-            if (IsInlineContainer(n))
+            if (!IsInlineContainer(n)) yield return n;
+            else if (n.Rev?.Local is not ("del" or "moveFrom"))
                 foreach (var inner in Inlines((CompositeNode)n)) yield return inner;
-            else yield return n;
         }
     }
 

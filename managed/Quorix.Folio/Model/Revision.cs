@@ -74,8 +74,13 @@ public sealed class Revision
     /// <summary>Undoes the change.</summary>
     public void Reject() => Decide(false);
 
+    // Whether the change is still there to decide: deciding it twice changes nothing.
+    private bool Pending =>
+        kind == Kind.Content ? ReferenceEquals(node.Rev, mark) && node.parent != null : bag!.Items.Any(e => ReferenceEquals(e, mark));
+
     internal void Decide(bool accept)
     {
+        if (!Pending) return;
         switch (kind)
         {
             case Kind.Content:
