@@ -64,3 +64,29 @@ def test_case_is_matched_by_default_and_options_change_it():
     options.match_case = False
     assert document.range.replace("CAT", "cow", options) == 2
     assert document.range.text.startswith("cow dog cow")
+
+
+# Expressions that never match empty text, with replacements in both syntaxes: .NET's for the
+# engine, Python's for re.sub.
+PATTERNS = ["a", "ab", "ba+", "a|bc", "(a)(b)?", "[ac]{2}", r"\s+", "(?P<x>b)c", "a.b", "c$", "^a"]
+REPLACEMENTS = [("", ""), ("X", "X"), ("[$0]", r"[\g<0>]"), ("<$1>", r"<\g<1>>")]
+
+
+@settings(max_examples=60, deadline=None)
+@given(pieces=runs, pattern=st.sampled_from(PATTERNS), flags=st.sampled_from([0, __import__("re").IGNORECASE]),
+       replacement=st.sampled_from(REPLACEMENTS))
+def test_regular_expressions_from_python_replace_as_re_sub_does(pieces, pattern, flags, replacement):
+    import re
+    dotnet, python = replacement
+    compiled = re.compile(pattern, flags)
+    if "1" in dotnet and compiled.groups < 1:
+        return
+    pieces = [(t.upper() if i % 2 else t, bold) for i, (t, bold) in enumerate(pieces)]
+    document = build(pieces)
+    before = "".join(t for t, _ in pieces)
+    options = qf.replacing.FindReplaceOptions()
+    options.use_substitutions = True
+    count = document.range.replace(compiled, dotnet, options)
+    expected, n = compiled.subn(python, before)
+    assert "".join(t for t, _ in read_back(document)) == expected
+    assert count == n
