@@ -16,6 +16,8 @@ internal static class FormatRegistry
         Add(new DocxDocumentWriter());
         Add(new MarkdownDocumentWriter());
         Add(new TextDocumentWriter());
+        Add(new Markdown.MarkdownReader());
+        Add(new Text.TextReader());
     }
 
     private static void Add(IDocumentReader reader) => Readers.Add(reader.Format, reader);

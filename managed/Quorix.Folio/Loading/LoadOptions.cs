@@ -17,9 +17,18 @@ public class LoadOptions
     /// <summary>Auto detects the format from the content; any other value is loaded as that format.</summary>
     public LoadFormat LoadFormat { get; set; } = LoadFormat.Auto;
 
+    /// <summary>Folder or address that relative references (pictures, style sheets) are resolved against;
+    /// the loaded file's folder when unset.</summary>
+    public string? BaseUri { get; set; }
+
+    /// <summary>Encoding of text formats that do not declare one; detected from the content when unset.</summary>
+    public System.Text.Encoding? Encoding { get; set; }
+
     /// <summary>Largest decompressed part accepted, in bytes; guards against archive bombs.</summary>
     public long MaxPartSize { get; set; } = 256L << 20;
 
     /// <summary>Largest total of decompressed parts accepted, in bytes.</summary>
     public long MaxTotalSize { get; set; } = 1L << 30;
+
+    internal LoadOptions Copy() => (LoadOptions)MemberwiseClone();
 }

@@ -52,7 +52,7 @@ public sealed class Document : DocumentBase
     {
         ArgumentException.ThrowIfNullOrEmpty(fileName);
         using var fs = new FileStream(fileName, FileMode.Open, FileAccess.Read, FileShare.Read, 1 << 16);
-        Load(fs, loadOptions);
+        Load(fs, loadOptions, Path.GetFullPath(fileName));
         OriginalFileName = Path.GetFullPath(fileName);
     }
 
@@ -61,10 +61,12 @@ public sealed class Document : DocumentBase
     public Document(Stream stream, LoadOptions? loadOptions)
     {
         ArgumentNullException.ThrowIfNull(stream);
-        Load(stream, loadOptions);
+        Load(stream, loadOptions, null);
     }
 
-    private void Load(Stream stream, LoadOptions? options)
+    // The file name, when there is one, tells formats apart that content alone cannot (Markdown
+    // from plain text), and relative references in the file are resolved beside it.
+    private void Load(Stream stream, LoadOptions? options, string? fileName)
     {
         options ??= new LoadOptions();
         var format = options.LoadFormat;
@@ -72,7 +74,12 @@ public sealed class Document : DocumentBase
         {
             // Detection reads ahead and rewinds, which a forward-only stream cannot do.
             if (!stream.CanSeek) stream = new MemoryStream(InputBuffer.ReadAll(stream, options.MaxTotalSize), false);
-            format = FileFormatUtil.FormatToLoad(stream);
+            format = FileFormatUtil.FormatToLoad(stream, fileName);
+        }
+        if (fileName != null && options.BaseUri == null)
+        {
+            options = options.Copy();
+            options.BaseUri = Path.GetDirectoryName(fileName);
         }
         FormatRegistry.ReaderFor(format).Read(stream, this, options);
         OriginalLoadFormat = format;

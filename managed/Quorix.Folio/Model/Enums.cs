@@ -123,6 +123,11 @@ public enum SaveFormat
 {
     Unknown = 0,
     Docx = 20,
+    Rtf = 30,
+    Html = 50,
+    Mhtml = 51,
+    Epub = 52,
+    Odt = 60,
     Text = 70,
     Markdown = 73,
 }
@@ -131,6 +136,10 @@ public enum LoadFormat
 {
     Auto = 0,
     Docx = 20,
+    Rtf = 30,
+    Html = 50,
+    Mhtml = 51,
+    Odt = 60,
     Text = 62,
     Markdown = 73,
     Unknown = 255,

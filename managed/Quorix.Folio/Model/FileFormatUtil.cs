@@ -1,3 +1,4 @@
+using Quorix.Folio.Formats;
 using Quorix.Folio.Package;
 
 namespace Quorix.Folio;
@@ -30,19 +31,20 @@ public static class FileFormatUtil
         var kind = FormatSniffer.Sniff(stream);
         return kind switch
         {
-            SniffedKind.Docx => new FileFormatInfo(LoadFormat.Docx, false),
+            SniffedKind.Docx => new FileFormatInfo(FormatDetection.IsOdt(stream) ? LoadFormat.Odt : LoadFormat.Docx, false),
             SniffedKind.EncryptedOoxml => new FileFormatInfo(LoadFormat.Docx, true),
-            SniffedKind.Text => new FileFormatInfo(LoadFormat.Text, false),
+            SniffedKind.Text => new FileFormatInfo(FormatDetection.OfText(stream, null), false),
             _ => new FileFormatInfo(LoadFormat.Unknown, false),
         };
     }
 
     /// <summary>The format a document in the stream is loaded as; refuses what no reader could load.</summary>
-    internal static LoadFormat FormatToLoad(Stream stream) => FormatSniffer.Sniff(stream) switch
+    internal static LoadFormat FormatToLoad(Stream stream, string? fileName = null) => FormatSniffer.Sniff(stream) switch
     {
-        SniffedKind.Docx or SniffedKind.EncryptedOoxml => LoadFormat.Docx,
-        SniffedKind.Text => LoadFormat.Text,
-        SniffedKind.Empty => throw new FileCorruptedException("The file is empty."),
+        SniffedKind.Docx => FormatDetection.IsOdt(stream) ? LoadFormat.Odt : LoadFormat.Docx,
+        SniffedKind.EncryptedOoxml => LoadFormat.Docx,
+        SniffedKind.Text => FormatDetection.OfText(stream, fileName),
+        SniffedKind.Empty => FormatDetection.ByExtension(fileName) ?? throw new FileCorruptedException("The file is empty."),
         SniffedKind.LegacyCompound => throw new UnsupportedFileFormatException("The file is a legacy binary word-processing document (DOC); loading that format is not supported."),
         _ => throw new UnsupportedFileFormatException("The file's format is not recognised: it is not a document format this library reads."),
     };
