@@ -18,6 +18,8 @@ internal static class FormatRegistry
         Add(new TextDocumentWriter());
         Add(new Markdown.MarkdownReader());
         Add(new Text.TextReader());
+        Add(new Html.HtmlReader());
+        Add(new Html.HtmlWriter());
     }
 
     private static void Add(IDocumentReader reader) => Readers.Add(reader.Format, reader);

@@ -57,7 +57,12 @@ public static class FileFormatUtil
             "docx" or "docm" or "dotx" => SaveFormat.Docx,
             "txt" or "text" => SaveFormat.Text,
             "md" or "markdown" => SaveFormat.Markdown,
-            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .txt or .md, or give the format."),
+            "html" or "htm" or "xhtml" => SaveFormat.Html,
+            "mht" or "mhtml" => SaveFormat.Mhtml,
+            "epub" => SaveFormat.Epub,
+            "rtf" => SaveFormat.Rtf,
+            "odt" => SaveFormat.Odt,
+            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .html, .mht, .epub, .rtf, .odt, .txt or .md, or give the format."),
         };
     }
 
@@ -66,6 +71,11 @@ public static class FileFormatUtil
         SaveFormat.Docx => ".docx",
         SaveFormat.Text => ".txt",
         SaveFormat.Markdown => ".md",
+        SaveFormat.Html => ".html",
+        SaveFormat.Mhtml => ".mht",
+        SaveFormat.Epub => ".epub",
+        SaveFormat.Rtf => ".rtf",
+        SaveFormat.Odt => ".odt",
         _ => throw new ArgumentException($"{saveFormat} has no file extension.", nameof(saveFormat)),
     };
 
@@ -74,6 +84,10 @@ public static class FileFormatUtil
         LoadFormat.Docx => SaveFormat.Docx,
         LoadFormat.Text => SaveFormat.Text,
         LoadFormat.Markdown => SaveFormat.Markdown,
+        LoadFormat.Html => SaveFormat.Html,
+        LoadFormat.Mhtml => SaveFormat.Mhtml,
+        LoadFormat.Rtf => SaveFormat.Rtf,
+        LoadFormat.Odt => SaveFormat.Odt,
         _ => throw new ArgumentException($"{loadFormat} has no matching save format.", nameof(loadFormat)),
     };
 }

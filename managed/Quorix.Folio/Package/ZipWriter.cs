@@ -35,6 +35,9 @@ internal sealed class ZipWriter
         Write(name, ZipEntryData.Deflated, Crc32.Compute(data), compressed.GetBuffer().AsSpan(0, (int)compressed.Length), data.LongLength);
     }
 
+    /// <summary>Adds a part without compression, for formats that need an entry readable in place.</summary>
+    public void AddStored(string name, byte[] data) => Write(name, ZipEntryData.Stored, Crc32.Compute(data), data, data.LongLength);
+
     private void Write(string name, ushort method, uint crc, ReadOnlySpan<byte> compressed, long size)
     {
         bool ascii = name.All(c => c < 0x80);

@@ -46,6 +46,7 @@ public abstract class SaveOptions
         SaveFormat.Docx => new OoxmlSaveOptions(),
         SaveFormat.Text => new TxtSaveOptions(),
         SaveFormat.Markdown => new MarkdownSaveOptions(),
+        SaveFormat.Html or SaveFormat.Mhtml or SaveFormat.Epub => new HtmlSaveOptions(saveFormat),
         _ => throw new UnsupportedFileFormatException($"Saving to {saveFormat} is not supported."),
     };
 

@@ -1,5 +1,6 @@
 using System.Text;
 using Quorix.Folio.Drawing;
+using Quorix.Folio.Formats.Flow;
 using Quorix.Folio.Formatting;
 using Quorix.Folio.Notes;
 using Quorix.Folio.Saving;
@@ -173,8 +174,7 @@ internal sealed class MarkdownWriter : StoryVisitor
             sb.Append('#', level).Append(' ').Append(text.Replace("\\\n", " ")).Append('\n');
             return;
         }
-        var style = p.ParagraphStyle?.StyleIdentifier;
-        if (style is StyleIdentifier.Quote or StyleIdentifier.IntenseQuote)
+        if (ModelFacts.IsQuote(p))
         {
             sb.Append("> ").Append(text.Replace("\n", "\n> ")).Append('\n');
             return;
@@ -186,15 +186,7 @@ internal sealed class MarkdownWriter : StoryVisitor
         sb.Append(text).Append('\n');
     }
 
-    private static int HeadingLevel(Paragraph p)
-    {
-        var ol = p.ParagraphFormat.OutlineLevel;
-        if (ol is >= OutlineLevel.Level1 and <= OutlineLevel.Level9) return Math.Min(6, (int)ol + 1);
-        var sti = p.ParagraphStyle?.StyleIdentifier;
-        if (sti is >= StyleIdentifier.Heading1 and <= StyleIdentifier.Heading9) return Math.Min(6, sti.Value - StyleIdentifier.Heading1 + 1);
-        if (sti == StyleIdentifier.Title) return 1;
-        return 0;
-    }
+    private static int HeadingLevel(Paragraph p) => ModelFacts.HeadingLevel(p);
 
     private static string EscapeLineStart(string text)
     {
@@ -205,24 +197,7 @@ internal sealed class MarkdownWriter : StoryVisitor
         return text;
     }
 
-    private readonly record struct Emphasis(bool Bold, bool Italic, bool Strike);
-
-    private Emphasis EmphasisOf(Inline r)
-    {
-        bool? bold = r.RPr.Toggle("b"), italic = r.RPr.Toggle("i"), strike = r.RPr.Toggle("strike");
-        // Character styles count; paragraph styles (a bold heading) do not.
-        if (doc.Styles.FindById(r.RPr.Val("rStyle")) is { } cs)
-        {
-            foreach (var b in cs.InheritedBags("rPr", PropOrder.Run, true))
-            {
-                if (b == doc.Styles.DefaultsFor("rPr")) break;
-                bold ??= b.Toggle("b");
-                italic ??= b.Toggle("i");
-                strike ??= b.Toggle("strike");
-            }
-        }
-        return new Emphasis(bold ?? false, italic ?? false, strike ?? false);
-    }
+    private Emphasis EmphasisOf(Inline r) => ModelFacts.EmphasisOf(doc, r);
 
     private string Inline(Paragraph p, bool inTable)
     {
@@ -306,22 +281,9 @@ internal sealed class MarkdownWriter : StoryVisitor
         return outp.ToString();
     }
 
-    private static readonly HashSet<string> MonospaceFonts = new(StringComparer.OrdinalIgnoreCase)
-    {
-        "Courier New", "Courier", "Consolas", "Liberation Mono", "DejaVu Sans Mono", "Menlo", "Monaco", "Lucida Console", "Source Code Pro",
-    };
+    private bool IsCode(Inline i) => ModelFacts.IsCode(doc, i);
 
-    /// <summary>Code is text in a verbatim character style or set directly in a monospaced font.</summary>
-    private bool IsCode(Inline i)
-    {
-        if (doc.Styles.FindById(i.RPr.Val("rStyle")) is { } cs && (cs.Name.Contains("Verbatim", StringComparison.OrdinalIgnoreCase) || cs.Name.Equals("HTML Code", StringComparison.OrdinalIgnoreCase)))
-            return true;
-        var fonts = i.RPr.Find("rFonts");
-        return fonts?.Get("ascii") is { } name && MonospaceFonts.Contains(name);
-    }
-
-    private static bool IsCodeBlock(Paragraph p) =>
-        p.ParagraphStyle?.Name is { } n && (n.Equals("Source Code", StringComparison.OrdinalIgnoreCase) || n.Equals("HTML Preformatted", StringComparison.OrdinalIgnoreCase) || n.Equals("Plain Text", StringComparison.OrdinalIgnoreCase));
+    private static bool IsCodeBlock(Paragraph p) => ModelFacts.IsCodeBlock(p);
 
     private static string Reverse(string marks)
     {

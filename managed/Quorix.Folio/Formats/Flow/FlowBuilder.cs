@@ -63,6 +63,9 @@ internal sealed class FlowBuilder
         this.doc = doc;
         foreach (var sti in new[] { StyleIdentifier.Normal, StyleIdentifier.DefaultParagraphFont, StyleIdentifier.TableNormal, StyleIdentifier.NoList })
             doc.Styles.GetOrCreateBuiltIn(sti);
+        // The same defaults as a new document, so that loaded and created documents look alike.
+        doc.Styles.DefaultFont.Name = "Times New Roman";
+        doc.Styles.DefaultFont.Size = 12;
         var section = new Section(doc);
         section.PageSetup.ApplyDefaults();
         doc.AppendChild(section);
@@ -142,6 +145,25 @@ internal sealed class FlowBuilder
         var list = doc.Lists.Add(numbered ? ListTemplate.NumberDefault : ListTemplate.BulletDefault);
         if (numbered && start != 1) list.ListLevels[0].StartAt = start;
         return list;
+    }
+
+    /// <summary>A list nested in an item of <paramref name="parent"/>: the parent's next level, numbered or
+    /// bulleted as the source wrote it.</summary>
+    public static (List List, int Level) NestedList(List parent, int parentLevel, bool numbered)
+    {
+        int level = Math.Min(8, parentLevel + 1);
+        var lvl = parent.ListLevels[level];
+        if (numbered && lvl.NumberStyle == NumberStyle.Bullet)
+        {
+            lvl.NumberStyle = NumberStyle.Arabic;
+            lvl.NumberFormat = "%" + (level + 1) + ".";
+        }
+        else if (!numbered && lvl.NumberStyle != NumberStyle.Bullet)
+        {
+            lvl.NumberStyle = NumberStyle.Bullet;
+            lvl.NumberFormat = "\u2022";
+        }
+        return (parent, level);
     }
 
     public Run Text(string text, CharFormat f)

@@ -160,23 +160,7 @@ internal sealed class MarkdownReader : IDocumentReader
                 list = b.NewList(l.IsOrdered, start);
                 level = 0;
             }
-            else
-            {
-                // A nested list is a deeper level of the list it sits in, numbered or bulleted as written.
-                list = lists.Peek().List;
-                level = Math.Min(8, lists.Peek().Level + 1);
-                var lvl = list.ListLevels[level];
-                if (l.IsOrdered && lvl.NumberStyle == NumberStyle.Bullet)
-                {
-                    lvl.NumberStyle = NumberStyle.Arabic;
-                    lvl.NumberFormat = "%" + (level + 1) + ".";
-                }
-                else if (!l.IsOrdered && lvl.NumberStyle != NumberStyle.Bullet)
-                {
-                    lvl.NumberStyle = NumberStyle.Bullet;
-                    lvl.NumberFormat = "\u2022";
-                }
-            }
+            else (list, level) = FlowBuilder.NestedList(lists.Peek().List, lists.Peek().Level, l.IsOrdered);
             lists.Push((list, level));
             foreach (var item in l)
             {

@@ -1,0 +1,390 @@
+using System.Globalization;
+using System.Net;
+using System.Text;
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Formats.Flow;
+using Quorix.Folio.Notes;
+using Quorix.Folio.Saving;
+using Quorix.Folio.Tables;
+using Quorix.Folio.Text;
+
+namespace Quorix.Folio.Formats.Html;
+
+/// <summary>Renders the document as the body of one or more HTML pages: semantic elements (headings,
+/// emphasis, lists, tables, links, pictures, notes) with the rest of the formatting as CSS.</summary>
+internal sealed class HtmlRenderer
+{
+    private readonly Document doc;
+    private readonly HtmlSaveOptions options;
+    private readonly HtmlResources resources;
+    private readonly ListLabeler labels;
+    private readonly bool xhtml;
+    private readonly string baseFont;
+    private readonly double baseSize;
+    private readonly List<Footnote> notes = new();
+    private readonly List<StringBuilder> pages = new() { new StringBuilder(1 << 14) };
+    // Lists open at this point, innermost last: the list, its level and whether an item is open.
+    private readonly List<(int ListId, int Level, string Tag, bool ItemOpen)> openLists = new();
+
+    public CssRules Css { get; }
+
+    public HtmlRenderer(Document doc, HtmlSaveOptions options, HtmlResources resources)
+    {
+        this.doc = doc;
+        this.options = options;
+        this.resources = resources;
+        labels = new ListLabeler(doc);
+        xhtml = options.HtmlVersion == HtmlVersion.Xhtml;
+        Css = new CssRules(options.CssStyleSheetType == CssStyleSheetType.Inline);
+        var normal = doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Normal).Font;
+        baseFont = normal.Name;
+        baseSize = normal.Size;
+    }
+
+    private StringBuilder Out => pages[^1];
+
+    /// <summary>Page bodies in order; more than one when the options split the document.</summary>
+    public IReadOnlyList<string> Render()
+    {
+        var sections = doc.Sections.ToArray();
+        for (int i = 0; i < sections.Length; i++)
+        {
+            var s = sections[i];
+            if (i > 0 && options.DocumentSplitCriteria.HasFlag(DocumentSplitCriteria.SectionBreak)) NewPage();
+            bool header = options.ExportHeadersFootersMode == ExportHeadersFootersMode.PerSection ||
+                          (options.ExportHeadersFootersMode == ExportHeadersFootersMode.FirstSectionHeaderLastSectionFooter && i == 0);
+            bool footer = options.ExportHeadersFootersMode == ExportHeadersFootersMode.PerSection ||
+                          (options.ExportHeadersFootersMode == ExportHeadersFootersMode.FirstSectionHeaderLastSectionFooter && i == sections.Length - 1);
+            if (header && s.HeadersFooters[HeaderFooterType.HeaderPrimary] is { } h) Story(h, "header");
+            if (s.Body != null) Blocks(s.Body);
+            CloseLists(0);
+            if (footer && s.HeadersFooters[HeaderFooterType.FooterPrimary] is { } f) Story(f, "footer");
+        }
+        Notes();
+        return pages.ConvertAll(p => p.ToString());
+    }
+
+    private void NewPage()
+    {
+        CloseLists(0);
+        if (Out.Length > 0) pages.Add(new StringBuilder(1 << 14));
+    }
+
+    private void Story(CompositeNode story, string tag)
+    {
+        Line();
+        Out.Append('<').Append(tag).Append('>');
+        Blocks(story);
+        CloseLists(0);
+        Out.Append("</").Append(tag).Append('>');
+    }
+
+    private void Line()
+    {
+        if (options.PrettyFormat && Out.Length > 0) Out.Append('\n');
+    }
+
+    private void Blocks(CompositeNode container)
+    {
+        for (var n = container.FirstChild; n != null; n = n.NextSibling)
+        {
+            switch (n)
+            {
+                case Paragraph p when ModelFacts.IsCodeBlock(p):
+                    CloseLists(0);
+                    var start = p;
+                    Line();
+                    Out.Append("<pre>");
+                    for (var c = (Node?)p; c is Paragraph q && ModelFacts.IsCodeBlock(q); c = c.NextSibling)
+                    {
+                        if (c != start) Out.Append('\n');
+                        Out.Append(Escape(q.GetText().TrimEnd('\r', '\f', '\a').Replace(ControlChar.LineBreakChar, '\n')));
+                        n = c;
+                    }
+                    Out.Append("</pre>");
+                    break;
+                case Paragraph p:
+                    Paragraph(p);
+                    break;
+                case Table t:
+                    CloseLists(0);
+                    Table(t);
+                    break;
+                case OpaqueNode { Kind: OpaqueKind.Block } o when o.VisibleText.Length > 0:
+                    CloseLists(0);
+                    foreach (var line in o.VisibleText.Split(ControlChar.ParagraphBreakChar))
+                        if (line.Trim().Length > 0)
+                        {
+                            Line();
+                            Out.Append("<p>").Append(Escape(line)).Append("</p>");
+                        }
+                    break;
+            }
+        }
+    }
+
+    private void Paragraph(Paragraph p)
+    {
+        int level = ModelFacts.HeadingLevel(p);
+        if (level > 0 && level <= options.DocumentSplitHeadingLevel && options.DocumentSplitCriteria.HasFlag(DocumentSplitCriteria.HeadingParagraph))
+            NewPage();
+        var label = labels.Next(p);
+        var css = ParagraphCss(p, label != null && options.ExportListLabels != ExportListLabels.AsInlineText);
+        if (label is { } l && options.ExportListLabels != ExportListLabels.AsInlineText)
+        {
+            ListItem(p, l);
+            Out.Append("<li").Append(Css.Attribute(css)).Append('>');
+            Inlines(p);
+            return;
+        }
+        CloseLists(0);
+        Line();
+        string tag = level > 0 ? "h" + level : ModelFacts.IsQuote(p) ? "blockquote" : "p";
+        Out.Append('<').Append(tag).Append(Css.Attribute(css)).Append('>');
+        if (label is { } inline) Out.Append(Escape(inline.Text)).Append(' ');
+        int mark = Out.Length;
+        Inlines(p);
+        // An empty paragraph still takes a line, as in the word processor.
+        if (Out.Length == mark && tag == "p") Out.Append(xhtml ? "<br />" : "<br>");
+        Out.Append("</").Append(tag).Append('>');
+    }
+
+    private void ListItem(Paragraph p, ListLabeler.Label l)
+    {
+        int id = p.ListFormat.List!.ListId;
+        if (openLists.Count > 0 && openLists[0].ListId != id) CloseLists(0);
+        // Close deeper levels, then the item at this level.
+        while (openLists.Count > 0 && openLists[^1].Level > l.Level) CloseLast();
+        if (openLists.Count > 0 && openLists[^1].Level == l.Level)
+        {
+            var top = openLists[^1];
+            if (top.ItemOpen) Out.Append("</li>");
+            openLists[^1] = top with { ItemOpen = false };
+            if (top.Tag != (l.IsBullet ? "ul" : "ol")) CloseLast();
+        }
+        if (openLists.Count == 0 || openLists[^1].Level < l.Level)
+        {
+            string tag = l.IsBullet ? "ul" : "ol";
+            Line();
+            Out.Append('<').Append(tag);
+            if (!l.IsBullet && l.Number != 1) Out.Append(" start=\"").Append(l.Number).Append('"');
+            Out.Append('>');
+            openLists.Add((id, l.Level, tag, false));
+        }
+        Line();
+        openLists[^1] = openLists[^1] with { ItemOpen = true };
+    }
+
+    private void CloseLast()
+    {
+        var top = openLists[^1];
+        if (top.ItemOpen) Out.Append("</li>");
+        Out.Append("</").Append(top.Tag).Append('>');
+        openLists.RemoveAt(openLists.Count - 1);
+    }
+
+    private void CloseLists(int keep)
+    {
+        while (openLists.Count > keep) CloseLast();
+    }
+
+    private string ParagraphCss(Paragraph p, bool inList)
+    {
+        var pf = p.ParagraphFormat;
+        var css = new StringBuilder();
+        switch (pf.Alignment)
+        {
+            case ParagraphAlignment.Center: css.Append("text-align:center;"); break;
+            case ParagraphAlignment.Right: css.Append("text-align:right;"); break;
+            case ParagraphAlignment.Justify or ParagraphAlignment.Distributed: css.Append("text-align:justify;"); break;
+        }
+        // List items take their indent from the list element.
+        if (!inList && pf.LeftIndent != 0) css.Append("margin-left:").Append(Pt(pf.LeftIndent)).Append(';');
+        if (!inList && pf.FirstLineIndent != 0) css.Append("text-indent:").Append(Pt(pf.FirstLineIndent)).Append(';');
+        css.Append("margin-top:").Append(Pt(pf.SpaceBefore)).Append(";margin-bottom:").Append(Pt(pf.SpaceAfter)).Append(';');
+        if (pf.PageBreakBefore) css.Append("page-break-before:always;");
+        return css.ToString();
+    }
+
+    internal static string Pt(double v) => v.ToString("0.##", CultureInfo.InvariantCulture) + "pt";
+
+    private void Inlines(Paragraph p)
+    {
+        bool inLink = false;
+        foreach (var piece in InlineText.Walk(p))
+        {
+            switch (piece.Kind)
+            {
+                case InlineText.Kind.Text when piece.Node is Inline i:
+                    Run(i, piece.Text);
+                    break;
+                case InlineText.Kind.Text:
+                    Out.Append(Escape(piece.Text));
+                    break;
+                case InlineText.Kind.LinkStart:
+                    if (inLink) Out.Append("</a>");
+                    Out.Append("<a href=\"").Append(Attr(piece.IsBookmark ? "#" + piece.Target : piece.Target ?? "")).Append("\">");
+                    inLink = true;
+                    break;
+                case InlineText.Kind.LinkEnd:
+                    if (inLink) Out.Append("</a>");
+                    inLink = false;
+                    break;
+                case InlineText.Kind.Note:
+                    notes.Add((Footnote)piece.Node);
+                    int k = notes.Count;
+                    Out.Append("<a href=\"#fn").Append(k).Append("\" class=\"footnote-ref\" id=\"fnref").Append(k).Append("\" role=\"doc-noteref\"><sup>").Append(k).Append("</sup></a>");
+                    break;
+                case InlineText.Kind.Image:
+                    Image((Shape)piece.Node);
+                    break;
+            }
+        }
+        if (inLink) Out.Append("</a>");
+        // Bookmarks are link targets.
+        for (var n = p.FirstChild; n != null; n = n.NextSibling)
+            if (n is BookmarkStart bs && !bs.Name.StartsWith('_'))
+                Out.Append("<a id=\"").Append(Attr(bs.Name)).Append("\"></a>");
+    }
+
+    private void Run(Inline r, string text)
+    {
+        var e = ModelFacts.EmphasisOf(doc, r);
+        var f = r.Font;
+        bool code = ModelFacts.IsCode(doc, r);
+        // The link element shows itself as a link; the link style's look is not repeated on its text.
+        bool linkLook = doc.Styles.FindById(r.RPr.Val("rStyle"))?.StyleIdentifier == StyleIdentifier.Hyperlink;
+        var open = new StringBuilder();
+        var close = new List<string>();
+        void Wrap(string tag, bool on)
+        {
+            if (!on) return;
+            open.Append('<').Append(tag).Append('>');
+            close.Insert(0, "</" + tag + ">");
+        }
+        Wrap("strong", e.Bold);
+        Wrap("em", e.Italic);
+        Wrap("s", e.Strike);
+        Wrap("u", f.Underline != Underline.None && !(linkLook && r.RPr.Find("u") == null));
+        Wrap("sup", f.Superscript);
+        Wrap("sub", f.Subscript);
+        Wrap("code", code);
+        var css = new StringBuilder();
+        if (!code && f.Name != baseFont) css.Append("font-family:'").Append(f.Name.Replace("'", "")).Append("';");
+        var size = f.Size;
+        var paraSize = (r.ParentNode as Paragraph)?.ParagraphFormat.Style.Font.Size ?? baseSize;
+        if (Math.Abs(size - paraSize) > 0.01) css.Append("font-size:").Append(Pt(size)).Append(';');
+        if (f.ColorHex is { } c && c != "auto" && c != "000000" && !(linkLook && r.RPr.Find("color") == null)) css.Append("color:#").Append(c).Append(';');
+        if (f.AllCaps) css.Append("text-transform:uppercase;");
+        if (f.SmallCaps) css.Append("font-variant:small-caps;");
+        if (f.Hidden) css.Append("display:none;");
+        var body = Escape(text);
+        if (css.Length > 0) body = "<span" + Css.Attribute(css.ToString()) + ">" + body + "</span>";
+        Out.Append(open).Append(body);
+        foreach (var t in close) Out.Append(t);
+    }
+
+    private void Image(Shape s)
+    {
+        var src = resources.Image(s.ImageData.ImageBytes!);
+        Out.Append("<img src=\"").Append(Attr(src)).Append("\" alt=\"").Append(Attr(s.AlternativeText)).Append('"')
+           .Append(" width=\"").Append(Math.Round(s.Width / 0.75)).Append("\" height=\"").Append(Math.Round(s.Height / 0.75)).Append('"')
+           .Append(xhtml ? " />" : ">");
+    }
+
+    private void Table(Table t)
+    {
+        Line();
+        Out.Append("<table").Append(Css.Attribute("border-collapse:collapse;")).Append('>');
+        var rows = t.Rows.ToArray();
+        // Cells merged downwards: the rows each first cell spans, by grid column.
+        var rowSpans = new Dictionary<Cell, int>();
+        var openByColumn = new Dictionary<int, Cell>();
+        foreach (var row in rows)
+        {
+            int col = 0;
+            foreach (var cell in row.Cells)
+            {
+                var vm = cell.CellFormat.VerticalMerge;
+                if (vm == CellMerge.First) { openByColumn[col] = cell; rowSpans[cell] = 1; }
+                else if (vm == CellMerge.Previous && openByColumn.TryGetValue(col, out var top)) rowSpans[top]++;
+                else openByColumn.Remove(col);
+                col += cell.Span;
+            }
+        }
+        bool inHead = false, headDone = false;
+        foreach (var row in rows)
+        {
+            bool heading = row.RowFormat.HeadingFormat && !headDone;
+            if (heading && !inHead) { Out.Append("<thead>"); inHead = true; }
+            if (!heading && inHead) { Out.Append("</thead>"); inHead = false; headDone = true; }
+            if (!heading) headDone = true;
+            Line();
+            Out.Append("<tr>");
+            foreach (var cell in row.Cells)
+            {
+                if (cell.CellFormat.VerticalMerge == CellMerge.Previous || cell.CellFormat.HorizontalMerge == CellMerge.Previous) continue;
+                string tag = heading ? "th" : "td";
+                Out.Append('<').Append(tag);
+                if (cell.Span > 1) Out.Append(" colspan=\"").Append(cell.Span).Append('"');
+                if (rowSpans.TryGetValue(cell, out var rs) && rs > 1) Out.Append(" rowspan=\"").Append(rs).Append('"');
+                var css = "border:1px solid #000;padding:2pt 4pt;vertical-align:" + cell.CellFormat.VerticalAlignment switch
+                {
+                    CellVerticalAlignment.Center => "middle",
+                    CellVerticalAlignment.Bottom => "bottom",
+                    _ => "top",
+                } + ";";
+                if (cell.CellFormat.Width > 0) css += "width:" + Pt(cell.CellFormat.Width) + ";";
+                Out.Append(Css.Attribute(css)).Append('>');
+                Blocks(cell);
+                CloseLists(0);
+                Out.Append("</").Append(tag).Append('>');
+            }
+            Out.Append("</tr>");
+        }
+        if (inHead) Out.Append("</thead>");
+        Out.Append("</table>");
+    }
+
+    private void Notes()
+    {
+        if (notes.Count == 0) return;
+        Line();
+        Out.Append("<section class=\"footnotes\" role=\"doc-endnotes\"><hr").Append(xhtml ? " />" : ">").Append("<ol>");
+        // Notes inside notes are appended while this runs.
+        for (int i = 0; i < notes.Count; i++)
+        {
+            Line();
+            Out.Append("<li id=\"fn").Append(i + 1).Append("\" role=\"doc-endnote\">");
+            Blocks(notes[i]);
+            CloseLists(0);
+            Out.Append("<a href=\"#fnref").Append(i + 1).Append("\" class=\"footnote-back\" role=\"doc-backlink\">\u21a9</a></li>");
+        }
+        Out.Append("</ol></section>");
+    }
+
+    private string Escape(string s)
+    {
+        var sb = new StringBuilder(s.Length + 8);
+        foreach (var c in s)
+        {
+            switch (c)
+            {
+                case '&': sb.Append("&amp;"); break;
+                case '<': sb.Append("&lt;"); break;
+                case '>': sb.Append("&gt;"); break;
+                case ControlChar.LineBreakChar: sb.Append(xhtml ? "<br />" : "<br>"); break;
+                case ControlChar.PageBreakChar: sb.Append(xhtml ? "<br style=\"page-break-before:always\" />" : "<br style=\"page-break-before:always\">"); break;
+                case ControlChar.ColumnBreakChar or '\a' or '\r': break;
+                case '\t': sb.Append("&#9;"); break;
+                default:
+                    if (c < ' ') break;
+                    sb.Append(c);
+                    break;
+            }
+        }
+        return sb.ToString();
+    }
+
+    internal static string Attr(string s) => WebUtility.HtmlEncode(s);
+}

@@ -1,0 +1,98 @@
+namespace Quorix.Folio.Saving;
+
+/// <summary>Where the formatting of HTML output is written.</summary>
+public enum CssStyleSheetType
+{
+    /// <summary>On each element, in its style attribute.</summary>
+    Inline = 0,
+    /// <summary>In a style element of the page, as classes.</summary>
+    Embedded = 1,
+    /// <summary>In a style sheet file beside the page, as classes.</summary>
+    External = 2,
+}
+
+public enum ExportHeadersFootersMode
+{
+    None = 0,
+    /// <summary>Each section's primary header before its text and footer after it.</summary>
+    PerSection = 1,
+    /// <summary>The first section's header at the top and the last section's footer at the end.</summary>
+    FirstSectionHeaderLastSectionFooter = 2,
+}
+
+public enum ExportListLabels
+{
+    /// <summary>As list elements, which show the same labels for ordinary lists.</summary>
+    Auto = 0,
+    /// <summary>As paragraphs that start with the label's text, which keeps any label exactly.</summary>
+    AsInlineText = 1,
+    ByHtmlTags = 2,
+}
+
+public enum HtmlVersion
+{
+    /// <summary>XHTML 1.0: well-formed XML that XML tools read.</summary>
+    Xhtml = 0,
+    Html5 = 1,
+}
+
+/// <summary>Where HTML output is cut into separate pages.</summary>
+[Flags]
+public enum DocumentSplitCriteria
+{
+    None = 0,
+    SectionBreak = 4,
+    HeadingParagraph = 8,
+}
+
+/// <summary>HTML, MHTML (a page with its pictures in one file) and EPUB.</summary>
+public sealed class HtmlSaveOptions : SaveOptions
+{
+    private SaveFormat format = SaveFormat.Html;
+
+    public HtmlSaveOptions() { }
+
+    public HtmlSaveOptions(SaveFormat saveFormat) { SaveFormat = saveFormat; }
+
+    public override SaveFormat SaveFormat
+    {
+        get => format;
+        set
+        {
+            if (value is not (SaveFormat.Html or SaveFormat.Mhtml or SaveFormat.Epub))
+                throw new ArgumentException("HtmlSaveOptions saves HTML, MHTML or EPUB only.", nameof(value));
+            format = value;
+        }
+    }
+
+    /// <summary>Pictures as data URIs in the page instead of files beside it.</summary>
+    public bool ExportImagesAsBase64 { get; set; }
+
+    /// <summary>Where picture files are written; beside the output file when empty.</summary>
+    public string ImagesFolder { get; set; } = "";
+
+    /// <summary>How the page refers to the pictures folder, when it is reached under another name.</summary>
+    public string ImagesFolderAlias { get; set; } = "";
+
+    public CssStyleSheetType CssStyleSheetType { get; set; } = CssStyleSheetType.Inline;
+
+    /// <summary>The external style sheet's file; the output's name with ".css" when empty.</summary>
+    public string CssStyleSheetFileName { get; set; } = "";
+
+    public ExportHeadersFootersMode ExportHeadersFootersMode { get; set; } = ExportHeadersFootersMode.PerSection;
+
+    public ExportListLabels ExportListLabels { get; set; } = ExportListLabels.Auto;
+
+    public HtmlVersion HtmlVersion { get; set; } = HtmlVersion.Html5;
+
+    /// <summary>Line breaks and indents between elements, for people reading the markup.</summary>
+    public bool PrettyFormat { get; set; }
+
+    public DocumentSplitCriteria DocumentSplitCriteria { get; set; } = DocumentSplitCriteria.None;
+
+    /// <summary>Headings up to this level start a new part when splitting by headings.</summary>
+    public int DocumentSplitHeadingLevel { get; set; } = 2;
+
+    /// <summary>Text encoding of the page; UTF-8 when unset.</summary>
+    public System.Text.Encoding? Encoding { get; set; }
+}
