@@ -28,6 +28,13 @@ internal static class TestSupport
         return ms.ToArray();
     }
 
+    public static byte[] ToBytes(Document doc, Saving.SaveOptions options)
+    {
+        var ms = new MemoryStream();
+        doc.Save(ms, options);
+        return ms.ToArray();
+    }
+
     public static string ToText(Document doc, SaveFormat format) => Encoding.UTF8.GetString(ToBytes(doc, format));
 
     /// <summary>The XML of one part of a saved package.</summary>

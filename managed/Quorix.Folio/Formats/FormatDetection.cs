@@ -6,7 +6,7 @@ namespace Quorix.Folio.Formats;
 /// and RTF, MHTML, HTML, Markdown and plain text among text.</summary>
 internal static class FormatDetection
 {
-    /// <summary>The format of a text stream, from its first bytes and, for Markdown, the file name;
+    /// <summary>The format of a text stream, from its first bytes and, for Markdown and HTML fragments, the file name;
     /// the stream is left where it was.</summary>
     public static LoadFormat OfText(Stream s, string? fileName)
     {
@@ -19,7 +19,8 @@ internal static class FormatDetection
         if (lower.StartsWith("<!doctype html") || lower.StartsWith("<html") || lower.StartsWith("<head") || lower.StartsWith("<body") ||
             ((lower.StartsWith("<?xml") || lower.StartsWith("<!--")) && lower.Contains("<html")))
             return LoadFormat.Html;
-        return ByExtension(fileName) is LoadFormat.Markdown ? LoadFormat.Markdown : LoadFormat.Text;
+        // A fragment of markup without a document element is HTML only when its name says so.
+        return ByExtension(fileName) is LoadFormat.Markdown or LoadFormat.Html ? ByExtension(fileName)!.Value : LoadFormat.Text;
     }
 
     /// <summary>The format an empty file of this name holds, if its name tells.</summary>

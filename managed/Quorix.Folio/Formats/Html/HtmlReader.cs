@@ -61,6 +61,7 @@ internal sealed class HtmlReader : IDocumentReader
         private readonly Dictionary<string, IElement> notes = new();
         private ParaFormat block = ParaFormat.Normal;
         private bool lastSpace = true;
+        private bool labelPending;
         private bool preformatted;
 
         public Walker(FlowBuilder b, ResourceResolver resources, HtmlLoadOptions options)
@@ -163,13 +164,18 @@ internal sealed class HtmlReader : IDocumentReader
         private void StartBlock()
         {
             var f = block;
-            if (lists.Count > 0 && f.List == null && f.LeftIndent == null) f = f with { LeftIndent = 36 * (lists.Peek().Level + 1) };
+            // An item's label goes on its first paragraph; the item's later paragraphs are indented under it.
+            if (f.List != null && !labelPending) f = f with { List = null, LeftIndent = 36 * (f.ListLevel + 1) };
+            else if (f.List == null && lists.Count > 0 && f.LeftIndent == null) f = f with { LeftIndent = 36 * (lists.Peek().Level + 1) };
+            if (f.List != null) labelPending = false;
             b.StartParagraph(f);
             lastSpace = true;
         }
 
         private void EndBlock()
         {
+            // A line break that ends a block shows no further line.
+            if (b.InParagraph && b.Paragraph.LastChild is Run { Text: "\v" } br) br.Remove();
             if (b.InParagraph && !preformatted && b.Paragraph.LastChild is Run { Text: var t } last && t.EndsWith(' '))
             {
                 if (t.Length == 1) last.Remove();
@@ -311,7 +317,7 @@ internal sealed class HtmlReader : IDocumentReader
             EndBlock();
             var saveBlock = block;
             var savePre = preformatted;
-            block = BlockFormat(e, block, size) with { List = null };
+            block = BlockFormat(e, block, size);
             switch (name)
             {
                 case "h1" or "h2" or "h3" or "h4" or "h5" or "h6":
@@ -326,6 +332,7 @@ internal sealed class HtmlReader : IDocumentReader
                     break;
                 case "li" when lists.Count > 0:
                     block = block with { List = lists.Peek().List, ListLevel = lists.Peek().Level };
+                    labelPending = true;
                     break;
             }
             if (preformatted) StartBlock();
@@ -352,7 +359,7 @@ internal sealed class HtmlReader : IDocumentReader
                 : FlowBuilder.NestedList(lists.Peek().List, lists.Peek().Level, numbered);
             lists.Push((list, level));
             var saveBlock = block;
-            block = BlockFormat(e, block, size);
+            block = BlockFormat(e, block, size) with { List = null };
             Children(e, f, size);
             EndBlock();
             block = saveBlock;

@@ -64,17 +64,25 @@ internal sealed class HtmlRenderer
         return pages.ConvertAll(p => p.ToString());
     }
 
+    // Whether the current page has main text yet: a page of only a running header is not cut off.
+    private bool pageHasText;
+    private bool inHeaderFooter;
+
     private void NewPage()
     {
         CloseLists(0);
-        if (Out.Length > 0) pages.Add(new StringBuilder(1 << 14));
+        if (!pageHasText) return;
+        pages.Add(new StringBuilder(1 << 14));
+        pageHasText = false;
     }
 
     private void Story(CompositeNode story, string tag)
     {
         Line();
         Out.Append('<').Append(tag).Append('>');
+        inHeaderFooter = true;
         Blocks(story);
+        inHeaderFooter = false;
         CloseLists(0);
         Out.Append("</").Append(tag).Append('>');
     }
@@ -128,6 +136,7 @@ internal sealed class HtmlRenderer
         int level = ModelFacts.HeadingLevel(p);
         if (level > 0 && level <= options.DocumentSplitHeadingLevel && options.DocumentSplitCriteria.HasFlag(DocumentSplitCriteria.HeadingParagraph))
             NewPage();
+        if (!inHeaderFooter) pageHasText = true;
         var label = labels.Next(p);
         var css = ParagraphCss(p, label != null && options.ExportListLabels != ExportListLabels.AsInlineText);
         if (label is { } l && options.ExportListLabels != ExportListLabels.AsInlineText)
@@ -138,6 +147,8 @@ internal sealed class HtmlRenderer
             return;
         }
         CloseLists(0);
+        // The empty paragraph that closes a story is how word processors end it, not a blank line.
+        if (p.NextSibling == null && p.PreviousSibling != null && !p.HasChildNodes) return;
         Line();
         string tag = level > 0 ? "h" + level : ModelFacts.IsQuote(p) ? "blockquote" : "p";
         Out.Append('<').Append(tag).Append(Css.Attribute(css)).Append('>');

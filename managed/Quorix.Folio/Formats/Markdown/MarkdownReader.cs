@@ -30,7 +30,7 @@ internal sealed class MarkdownReader : IDocumentReader
 
     internal static MarkdownPipeline Pipeline(bool underline)
     {
-        var b = new MarkdownPipelineBuilder().UsePipeTables().UseGridTables().UseFootnotes().UseTaskLists().UseAutoLinks().UsePreciseSourceLocation();
+        var b = new MarkdownPipelineBuilder().UsePipeTables().UseGridTables().UseFootnotes().UseTaskLists().UseAutoLinks().UseYamlFrontMatter().UsePreciseSourceLocation();
         var extras = Markdig.Extensions.EmphasisExtras.EmphasisExtraOptions.Strikethrough
                      | Markdig.Extensions.EmphasisExtras.EmphasisExtraOptions.Subscript
                      | Markdig.Extensions.EmphasisExtras.EmphasisExtraOptions.Superscript;
@@ -96,6 +96,9 @@ internal sealed class MarkdownReader : IDocumentReader
         {
             switch (block)
             {
+                case Markdig.Extensions.Yaml.YamlFrontMatterBlock:
+                    // Front matter is metadata, not text.
+                    break;
                 case HeadingBlock h:
                     b.StartParagraph(Para(BlockKind.Heading, h.Level));
                     Inlines(h.Inline, CharFormat.Plain);
