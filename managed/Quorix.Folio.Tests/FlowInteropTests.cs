@@ -9,7 +9,7 @@ public class FlowInteropTests
 {
     private const string Pandoc = "/usr/bin/pandoc";
 
-    internal static Document Sample()
+    internal static Document Sample(bool asciiOnly = false)
     {
         var doc = new Document();
         var b = new DocumentBuilder(doc);
@@ -36,6 +36,8 @@ public class FlowInteropTests
         b.Writeln("first");
         b.Writeln("second");
         b.ListFormat.RemoveNumbers();
+        // Pandoc's RTF reader pulls a list item straight before a table into the table's first cell.
+        b.Writeln("The figures:");
         b.StartTable();
         foreach (var row in new[] { new[] { "Name", "Value" }, new[] { "alpha", "1" }, new[] { "beta", "2" } })
         {
@@ -43,7 +45,8 @@ public class FlowInteropTests
             b.EndRow();
         }
         b.EndTable();
-        b.Writeln("Closing paragraph, with \u00fcn\u00efc\u00f6d\u00e9 & <markup>.");
+        // Pandoc's RTF reader drops the character after each Unicode escape, its own included.
+        b.Writeln(asciiOnly ? "Closing paragraph, with unicode & <markup>." : "Closing paragraph, with \u00fcn\u00efc\u00f6d\u00e9 & <markup>.");
         return doc;
     }
 
@@ -118,6 +121,7 @@ public class FlowInteropTests
     [Theory]
     [InlineData("html", "html")]
     [InlineData("md", "gfm")]
+    [InlineData("rtf", "rtf")]
     public void PandocReadsOurFlowFormatsAsItReadsOurDocx(string ext, string pandocFormat)
     {
         var dir = TestSupport.TempDir();
@@ -138,13 +142,14 @@ public class FlowInteropTests
     [Theory]
     [InlineData("html", "html")]
     [InlineData("md", "gfm")]
+    [InlineData("rtf", "rtf")]
     public void WeReadPandocsFlowFormatsAsPandocReadsThem(string ext, string pandocFormat)
     {
         var dir = TestSupport.TempDir();
         try
         {
             var docx = Path.Combine(dir, "source.docx");
-            Sample().Save(docx);
+            Sample(asciiOnly: ext == "rtf").Save(docx);
             var theirs = Path.Combine(dir, "theirs." + ext);
             var (code, _, err) = TestSupport.Run(Pandoc, $"-s --metadata title=t -f docx -t {pandocFormat} -o \"{theirs}\" \"{docx}\"");
             Assert.True(code == 0, err);

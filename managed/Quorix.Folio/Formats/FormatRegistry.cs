@@ -20,6 +20,8 @@ internal static class FormatRegistry
         Add(new Text.TextReader());
         Add(new Html.HtmlReader());
         Add(new Html.HtmlWriter());
+        Add(new Rtf.RtfWriter());
+        Add(new Rtf.RtfReader());
     }
 
     private static void Add(IDocumentReader reader) => Readers.Add(reader.Format, reader);

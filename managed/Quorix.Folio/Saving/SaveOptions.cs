@@ -47,6 +47,7 @@ public abstract class SaveOptions
         SaveFormat.Text => new TxtSaveOptions(),
         SaveFormat.Markdown => new MarkdownSaveOptions(),
         SaveFormat.Html or SaveFormat.Mhtml or SaveFormat.Epub => new HtmlSaveOptions(saveFormat),
+        SaveFormat.Rtf => new RtfSaveOptions(),
         _ => throw new UnsupportedFileFormatException($"Saving to {saveFormat} is not supported."),
     };
 

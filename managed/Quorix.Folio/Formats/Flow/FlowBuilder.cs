@@ -166,12 +166,32 @@ internal sealed class FlowBuilder
         return (parent, level);
     }
 
+    /// <summary>Whether character formats say everything about the text (RTF, ODT), so that what the
+    /// paragraph's style already gives is not repeated on the run; otherwise they only add to the style.</summary>
+    public bool AbsoluteFormatting { get; set; }
+
     public Run Text(string text, CharFormat f)
     {
         var r = new Run(doc, text);
-        ApplyFont(r.Font, f);
         Paragraph.AppendChild(r);
+        if (AbsoluteFormatting) ApplyDifference(r.Font, f);
+        else ApplyFont(r.Font, f);
         return r;
+    }
+
+    private static void ApplyDifference(Font font, CharFormat f)
+    {
+        if (font.Bold != f.Bold) font.Bold = f.Bold;
+        if (font.Italic != f.Italic) font.Italic = f.Italic;
+        if (font.Underline != f.Underline) font.Underline = f.Underline;
+        if (font.StrikeThrough != f.Strike) font.StrikeThrough = f.Strike;
+        if (f.Superscript) font.Superscript = true;
+        else if (f.Subscript) font.Subscript = true;
+        var name = f.Code ? CodeFont : f.FontName;
+        if (!string.IsNullOrEmpty(name) && font.Name != name) font.Name = name;
+        if (f.Color != null && font.ColorHex != f.Color) font.ColorHex = f.Color;
+        var size = Math.Clamp(f.Size ?? 12, 1, 1638);
+        if (Math.Abs(font.Size - size) > 0.01) font.Size = size;
     }
 
     internal static void ApplyFont(Font font, CharFormat f)

@@ -96,3 +96,21 @@ public sealed class HtmlSaveOptions : SaveOptions
     /// <summary>Text encoding of the page; UTF-8 when unset.</summary>
     public System.Text.Encoding? Encoding { get; set; }
 }
+
+public sealed class RtfSaveOptions : SaveOptions
+{
+    public override SaveFormat SaveFormat
+    {
+        get => SaveFormat.Rtf;
+        set
+        {
+            if (value != SaveFormat.Rtf) throw new ArgumentException("RtfSaveOptions saves RTF only.", nameof(value));
+        }
+    }
+
+    /// <summary>Leaves out what only old readers need: the label text written beside each list item.</summary>
+    public bool ExportCompactSize { get; set; }
+
+    /// <summary>A line break after each paragraph, for people reading the markup.</summary>
+    public bool PrettyFormat { get; set; }
+}
