@@ -122,6 +122,7 @@ public class FlowInteropTests
     [InlineData("html", "html")]
     [InlineData("md", "gfm")]
     [InlineData("rtf", "rtf")]
+    [InlineData("odt", "odt")]
     public void PandocReadsOurFlowFormatsAsItReadsOurDocx(string ext, string pandocFormat)
     {
         var dir = TestSupport.TempDir();
@@ -143,6 +144,7 @@ public class FlowInteropTests
     [InlineData("html", "html")]
     [InlineData("md", "gfm")]
     [InlineData("rtf", "rtf")]
+    [InlineData("odt", "odt")]
     public void WeReadPandocsFlowFormatsAsPandocReadsThem(string ext, string pandocFormat)
     {
         var dir = TestSupport.TempDir();

@@ -22,6 +22,8 @@ internal static class FormatRegistry
         Add(new Html.HtmlWriter());
         Add(new Rtf.RtfWriter());
         Add(new Rtf.RtfReader());
+        Add(new Odt.OdtWriter());
+        Add(new Odt.OdtReader());
     }
 
     private static void Add(IDocumentReader reader) => Readers.Add(reader.Format, reader);

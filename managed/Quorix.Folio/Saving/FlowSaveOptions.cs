@@ -114,3 +114,28 @@ public sealed class RtfSaveOptions : SaveOptions
     /// <summary>A line break after each paragraph, for people reading the markup.</summary>
     public bool PrettyFormat { get; set; }
 }
+
+/// <summary>The unit lengths are written in, as office suites show them.</summary>
+public enum OdtSaveMeasureUnit
+{
+    Centimeters = 0,
+    Inches = 1,
+}
+
+public sealed class OdtSaveOptions : SaveOptions
+{
+    public OdtSaveOptions() { }
+
+    public OdtSaveOptions(SaveFormat saveFormat) { SaveFormat = saveFormat; }
+
+    public override SaveFormat SaveFormat
+    {
+        get => SaveFormat.Odt;
+        set
+        {
+            if (value != SaveFormat.Odt) throw new ArgumentException("OdtSaveOptions saves ODT only.", nameof(value));
+        }
+    }
+
+    public OdtSaveMeasureUnit MeasureUnit { get; set; } = OdtSaveMeasureUnit.Centimeters;
+}

@@ -48,6 +48,7 @@ public abstract class SaveOptions
         SaveFormat.Markdown => new MarkdownSaveOptions(),
         SaveFormat.Html or SaveFormat.Mhtml or SaveFormat.Epub => new HtmlSaveOptions(saveFormat),
         SaveFormat.Rtf => new RtfSaveOptions(),
+        SaveFormat.Odt => new OdtSaveOptions(),
         _ => throw new UnsupportedFileFormatException($"Saving to {saveFormat} is not supported."),
     };
 

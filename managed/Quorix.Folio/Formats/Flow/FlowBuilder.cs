@@ -179,6 +179,15 @@ internal sealed class FlowBuilder
         return r;
     }
 
+    private readonly HashSet<StyleIdentifier> adopted = new();
+
+    /// <summary>The look a source gives its heading or title style becomes, once, the look of the matching
+    /// style here, so that the text of those paragraphs needs no formatting of its own.</summary>
+    public void AdoptLook(StyleIdentifier sti, CharFormat f)
+    {
+        if (adopted.Add(sti)) ApplyDifference(doc.Styles.GetOrCreateBuiltIn(sti).Font, f);
+    }
+
     private static void ApplyDifference(Font font, CharFormat f)
     {
         if (font.Bold != f.Bold) font.Bold = f.Bold;

@@ -54,5 +54,8 @@ internal static class ModelFacts
     public static bool IsCodeBlock(Paragraph p) =>
         p.ParagraphStyle?.Name is { } n && (n.Equals("Source Code", StringComparison.OrdinalIgnoreCase) || n.Equals("HTML Preformatted", StringComparison.OrdinalIgnoreCase) || n.Equals("Plain Text", StringComparison.OrdinalIgnoreCase));
 
+    /// <summary>The empty paragraph that closes a story: how word processors end one, not a blank line.</summary>
+    public static bool IsClosingEmpty(Paragraph p) => p.NextSibling == null && p.PreviousSibling != null && !p.HasChildNodes;
+
     public static bool IsQuote(Paragraph p) => p.ParagraphStyle?.StyleIdentifier is StyleIdentifier.Quote or StyleIdentifier.IntenseQuote;
 }

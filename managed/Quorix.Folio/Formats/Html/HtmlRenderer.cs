@@ -147,8 +147,7 @@ internal sealed class HtmlRenderer
             return;
         }
         CloseLists(0);
-        // The empty paragraph that closes a story is how word processors end it, not a blank line.
-        if (p.NextSibling == null && p.PreviousSibling != null && !p.HasChildNodes) return;
+        if (ModelFacts.IsClosingEmpty(p)) return;
         Line();
         string tag = level > 0 ? "h" + level : ModelFacts.IsQuote(p) ? "blockquote" : "p";
         Out.Append('<').Append(tag).Append(Css.Attribute(css)).Append('>');
