@@ -140,6 +140,29 @@ public class FlowInteropTests
         finally { Directory.Delete(dir, true); }
     }
 
+    [Fact]
+    public void PandocReadsOurEpubAsItReadsOurDocx()
+    {
+        var dir = TestSupport.TempDir();
+        try
+        {
+            var doc = Sample();
+            var b = new DocumentBuilder(doc);
+            b.MoveToDocumentEnd();
+            b.ParagraphFormat.StyleIdentifier = StyleIdentifier.Heading1;
+            b.Writeln("Second chapter");
+            b.ParagraphFormat.StyleIdentifier = StyleIdentifier.Normal;
+            b.Writeln("More text.");
+            var docx = Path.Combine(dir, "ours.docx");
+            var epub = Path.Combine(dir, "ours.epub");
+            doc.Save(docx);
+            doc.Save(epub);
+            // Pandoc marks where each of the book's files starts with an empty paragraph.
+            Assert.Equal(PandocOutline(docx, "docx"), PandocOutline(epub, "epub").Where(l => l != "P:").ToList());
+        }
+        finally { Directory.Delete(dir, true); }
+    }
+
     [Theory]
     [InlineData("html", "html")]
     [InlineData("md", "gfm")]

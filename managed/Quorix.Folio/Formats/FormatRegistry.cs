@@ -20,6 +20,9 @@ internal static class FormatRegistry
         Add(new Text.TextReader());
         Add(new Html.HtmlReader());
         Add(new Html.HtmlWriter());
+        Add(new Html.MhtmlWriter());
+        Add(new Html.EpubWriter());
+        Add(new Html.MhtmlReader());
         Add(new Rtf.RtfWriter());
         Add(new Rtf.RtfReader());
         Add(new Odt.OdtWriter());

@@ -54,6 +54,15 @@ internal static class ModelFacts
     public static bool IsCodeBlock(Paragraph p) =>
         p.ParagraphStyle?.Name is { } n && (n.Equals("Source Code", StringComparison.OrdinalIgnoreCase) || n.Equals("HTML Preformatted", StringComparison.OrdinalIgnoreCase) || n.Equals("Plain Text", StringComparison.OrdinalIgnoreCase));
 
+    /// <summary>The text a reader sees: field results, not their codes.</summary>
+    public static string VisibleText(Paragraph p)
+    {
+        var sb = new System.Text.StringBuilder();
+        foreach (var piece in Folio.Text.InlineText.Walk(p))
+            if (piece.Kind == Folio.Text.InlineText.Kind.Text) sb.Append(piece.Text);
+        return sb.ToString();
+    }
+
     /// <summary>The empty paragraph that closes a story: how word processors end one, not a blank line.</summary>
     public static bool IsClosingEmpty(Paragraph p) => p.NextSibling == null && p.PreviousSibling != null && !p.HasChildNodes;
 

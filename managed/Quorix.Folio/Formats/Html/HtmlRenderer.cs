@@ -28,6 +28,9 @@ internal sealed class HtmlRenderer
 
     public CssRules Css { get; }
 
+    /// <summary>Headings of each page with the element ids that reach them, for tables of contents.</summary>
+    public List<List<(int Level, string Text, string Id)>> Headings { get; } = new() { new() };
+
     public HtmlRenderer(Document doc, HtmlSaveOptions options, HtmlResources resources)
     {
         this.doc = doc;
@@ -73,6 +76,7 @@ internal sealed class HtmlRenderer
         CloseLists(0);
         if (!pageHasText) return;
         pages.Add(new StringBuilder(1 << 14));
+        Headings.Add(new());
         pageHasText = false;
     }
 
@@ -150,7 +154,14 @@ internal sealed class HtmlRenderer
         if (ModelFacts.IsClosingEmpty(p)) return;
         Line();
         string tag = level > 0 ? "h" + level : ModelFacts.IsQuote(p) ? "blockquote" : "p";
-        Out.Append('<').Append(tag).Append(Css.Attribute(css)).Append('>');
+        Out.Append('<').Append(tag).Append(Css.Attribute(css));
+        if (level > 0 && !inHeaderFooter)
+        {
+            var id = "h" + (Headings.Sum(h => h.Count) + 1);
+            Headings[^1].Add((level, ModelFacts.VisibleText(p).Trim(), id));
+            Out.Append(" id=\"").Append(id).Append('"');
+        }
+        Out.Append('>');
         if (label is { } inline) Out.Append(Escape(inline.Text)).Append(' ');
         int mark = Out.Length;
         Inlines(p);
