@@ -92,6 +92,16 @@ public class LowCodeTests : IDisposable
     }
 
     [Fact]
+    public void ComparerSavesTheChanges()
+    {
+        Doc("Arial", 600, "one two three").Save(P("v1.docx"));
+        Doc("Arial", 600, "one 2 three").Save(P("v2.docx"));
+        Comparer.Compare(P("v1.docx"), P("v2.docx"), P("diff.docx"), "Reviewer", new DateTime(2026, 1, 2, 0, 0, 0, DateTimeKind.Utc));
+        var diff = new Document(P("diff.docx"));
+        Assert.Equal(new[] { "two", "2" }, diff.Revisions.Groups.Select(g => g.Text));
+    }
+
+    [Fact]
     public void ReplacerCountsAndSaves()
     {
         Doc("Arial", 600, "cat and cat", "dog").Save(P("r.docx"));

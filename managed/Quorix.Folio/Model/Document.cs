@@ -227,6 +227,19 @@ public sealed class Document : DocumentBase
         }
     }
 
+    /// <summary>Marks, as tracked changes by <paramref name="author"/>, what turns this document into
+    /// <paramref name="document"/>: accepting them all gives its text, rejecting them all gives this one's.</summary>
+    public void Compare(Document document, string author, DateTime dateTime) => Compare(document, author, dateTime, new Comparing.CompareOptions());
+
+    public void Compare(Document document, string author, DateTime dateTime, Comparing.CompareOptions options)
+    {
+        ArgumentNullException.ThrowIfNull(document);
+        ArgumentNullException.ThrowIfNull(author);
+        ArgumentNullException.ThrowIfNull(options);
+        if (document == this) throw new ArgumentException("A document cannot be compared with itself.", nameof(document));
+        new Comparing.DocumentComparer(this, document, author, dateTime, options).Execute();
+    }
+
     /// <summary>Whether the document carries tracked changes.</summary>
     public bool HasRevisions => Revision.Find(this).Count > 0;
 
