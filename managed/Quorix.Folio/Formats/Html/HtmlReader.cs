@@ -24,9 +24,14 @@ internal sealed class HtmlReader : IDocumentReader
 
     internal static void Load(string html, Document document, LoadOptions options, ResourceResolver resources)
     {
-        var dom = new HtmlParser().ParseDocument(html);
-        new Walker(new FlowBuilder(document), resources, options as HtmlLoadOptions ?? new HtmlLoadOptions()).Run(dom);
+        var b = new FlowBuilder(document);
+        new Walker(b, resources, options as HtmlLoadOptions ?? new HtmlLoadOptions()).Run(new HtmlParser().ParseDocument(html));
+        b.Finish();
     }
+
+    /// <summary>Blocks of markup inside another format (Markdown's HTML blocks), placed where the builder stands.</summary>
+    internal static void Fragment(string html, FlowBuilder b, ResourceResolver resources) =>
+        new Walker(b, resources, new HtmlLoadOptions()).Run(new HtmlParser().ParseDocument("<html><body>" + html + "</body></html>"));
 
     /// <summary>The page's characters: a byte order mark, then the declared charset, then detection.</summary>
     internal static string Decode(byte[] bytes, Encoding? given)
@@ -83,7 +88,7 @@ internal sealed class HtmlReader : IDocumentReader
             var body = dom.Body ?? dom.DocumentElement;
             var size = 12.0;
             Children(body, Inherit(body, CharFormat.Plain with { Size = null }, ref size), size);
-            b.Finish();
+            EndBlock();
         }
 
         private bool IsNoteList(IElement e) =>
@@ -337,6 +342,13 @@ internal sealed class HtmlReader : IDocumentReader
             }
             if (preformatted) StartBlock();
             Children(e, inner, size);
+            // The line feed that ends the last line of preformatted text does not start another.
+            if (name == "pre" && b.InParagraph && !b.Paragraph.HasChildNodes && b.Paragraph.PreviousSibling is Paragraph prev &&
+                prev.ParagraphFormat.StyleName == FlowBuilder.CodeBlockStyle && e.TextContent.EndsWith('\n'))
+            {
+                b.Paragraph.Remove();
+                b.EndParagraph();
+            }
             EndBlock();
             block = saveBlock;
             preformatted = savePre;

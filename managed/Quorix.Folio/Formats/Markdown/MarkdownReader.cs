@@ -1,4 +1,5 @@
 using System.Text;
+using System.Text.RegularExpressions;
 using Markdig;
 using Markdig.Extensions.Footnotes;
 using Markdig.Extensions.Tables;
@@ -133,14 +134,9 @@ internal sealed class MarkdownReader : IDocumentReader
                     // Notes are placed where they are referenced; definitions only serve links.
                     break;
                 case HtmlBlock html:
-                    // Raw markup stays readable as the text it is.
-                    foreach (var line in html.Lines.Lines)
-                    {
-                        if (line.Slice.Text == null) continue;
-                        b.StartParagraph(Para());
-                        b.Text(line.Slice.ToString(), CharFormat.Plain);
-                        b.EndParagraph();
-                    }
+                    // Markup in Markdown shows as the page it describes.
+                    b.EndParagraph();
+                    Html.HtmlReader.Fragment(html.Lines.ToString(), b, resources);
                     break;
                 case ContainerBlock other:
                     Blocks(other, source);
@@ -307,20 +303,13 @@ internal sealed class MarkdownReader : IDocumentReader
                     b.Text(ent.Transcoded.ToString(), f);
                     break;
                 case HtmlInline html:
-                    Html(html.Tag, ref f);
+                    // Inline tags are markup, not text; a line break is the one that shows.
+                    if (Regex.IsMatch(html.Tag, @"^<br\s*/?>$", RegexOptions.IgnoreCase)) b.LineBreak(f);
                     break;
                 case ContainerInline c:
                     Inlines(c, f);
                     break;
             }
-        }
-
-        // Inline tags that a Markdown author commonly writes for what Markdown lacks.
-        private void Html(string tag, ref CharFormat f)
-        {
-            var t = tag.Trim().ToLowerInvariant();
-            if (t is "<br>" or "<br/>" or "<br />") b.LineBreak(f);
-            else b.Text(tag, f);
         }
 
         private static CharFormat Emphasis(EmphasisInline e, CharFormat f) => (e.DelimiterChar, e.DelimiterCount) switch
