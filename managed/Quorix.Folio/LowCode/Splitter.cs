@@ -25,8 +25,8 @@ public sealed class SplitOptions
 public static class Splitter
 {
     /// <summary>Writes the parts beside <paramref name="outputFileName"/> as name_1.ext, name_2.ext, ...;
-    /// returns their full names in order.</summary>
-    public static string[] Split(string inputFileName, string outputFileName, SplitOptions splitOptions)
+    /// returns how many there are.</summary>
+    public static int Split(string inputFileName, string outputFileName, SplitOptions splitOptions)
     {
         ArgumentException.ThrowIfNullOrEmpty(outputFileName);
         var format = FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFileName));
@@ -38,7 +38,7 @@ public static class Splitter
             names[i] = Path.Combine(Path.GetDirectoryName(full)!, $"{Path.GetFileNameWithoutExtension(full)}_{i + 1}{Path.GetExtension(full)}");
             parts[i].Save(names[i], format);
         }
-        return names;
+        return names.Length;
     }
 
     public static Stream[] Split(Stream inputStream, SaveFormat saveFormat, SplitOptions splitOptions)

@@ -231,6 +231,9 @@ public sealed class Document : DocumentBase
     /// <paramref name="document"/>: accepting them all gives its text, rejecting them all gives this one's.</summary>
     public void Compare(Document document, string author, DateTime dateTime) => Compare(document, author, dateTime, new Comparing.CompareOptions());
 
+    /// <summary>The changes are dated now.</summary>
+    public void Compare(Document document, string author) => Compare(document, author, DateTime.UtcNow, new Comparing.CompareOptions());
+
     public void Compare(Document document, string author, DateTime dateTime, Comparing.CompareOptions options)
     {
         ArgumentNullException.ThrowIfNull(document);
