@@ -185,4 +185,32 @@ public class FlowInteropTests
         }
         finally { Directory.Delete(dir, true); }
     }
+
+    [Fact]
+    public void LibreOfficeOpensOurOdtAndRtfWithTheSameTextAndTables()
+    {
+        var dir = TestSupport.TempDir();
+        try
+        {
+            var doc = Sample();
+            doc.Save(Path.Combine(dir, "ours.odt"));
+            doc.Save(Path.Combine(dir, "ours.rtf"));
+            // One office process converts both to DOCX, which we then read back.
+            var (code, _, err) = TestSupport.Run("/usr/bin/soffice",
+                $"--headless --norestore -env:UserInstallation=file://{dir}/profile --convert-to docx --outdir \"{dir}/lo\" \"{dir}/ours.odt\" \"{dir}/ours.rtf\"",
+                timeoutMs: 300000);
+            Assert.True(code == 0, err);
+            string Paragraphs(Document d) => string.Join("\n", d.FirstSection!.Body!.Paragraphs.ToArray()
+                .Select(p => Formats.Flow.ModelFacts.VisibleText(p)).Where(t => t.Length > 0));
+            string Tables(Document d) => string.Join("\n", d.FirstSection!.Body!.Tables.ToArray()
+                .Select(t => string.Join("/", t.Rows.ToArray().Select(r => string.Join("|", r.Cells.ToArray().Select(c => c.GetText().Trim('\a', '\r')))))));
+            foreach (var name in new[] { "ours.odt", "ours.rtf" })
+            {
+                var theirs = new Document(Path.Combine(dir, "lo", Path.ChangeExtension(name, ".docx")));
+                Assert.Equal(Paragraphs(doc), Paragraphs(theirs));
+                Assert.Equal(Tables(doc), Tables(theirs));
+            }
+        }
+        finally { Directory.Delete(dir, true); }
+    }
 }
