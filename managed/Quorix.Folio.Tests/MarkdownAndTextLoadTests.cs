@@ -136,6 +136,10 @@ public class MarkdownAndTextLoadTests
         var plain = new Document(txt);
         Assert.Equal(LoadFormat.Text, plain.OriginalLoadFormat);
         Assert.Equal("# H", plain.FirstSection!.Body!.FirstParagraph!.GetText().TrimEnd('\r', '\f'));
+        // Text named as a package is refused rather than read as text.
+        var named = Path.Combine(dir.FullName, "a.docx");
+        File.WriteAllText(named, "not a document");
+        Assert.Contains("DOCX", Assert.Throws<UnsupportedFileFormatException>(() => new Document(named)).Message);
         // Text from a stream with no name is plain text.
         Assert.Equal(LoadFormat.Text, new Document(new MemoryStream(Encoding.UTF8.GetBytes("# H"))).OriginalLoadFormat);
         dir.Delete(true);

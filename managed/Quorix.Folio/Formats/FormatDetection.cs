@@ -19,6 +19,10 @@ internal static class FormatDetection
         if (lower.StartsWith("<!doctype html") || lower.StartsWith("<html") || lower.StartsWith("<head") || lower.StartsWith("<body") ||
             ((lower.StartsWith("<?xml") || lower.StartsWith("<!--")) && lower.Contains("<html")))
             return LoadFormat.Html;
+        // Text in a file named as a package is a damaged or mistaken file, not a text document.
+        var ext = Path.GetExtension(fileName ?? "").ToLowerInvariant();
+        if (ext is ".docx" or ".docm" or ".dotx" or ".dotm" or ".odt" or ".ott" or ".epub")
+            throw new UnsupportedFileFormatException($"The file is named as a {ext[1..].ToUpperInvariant()} document but holds text, not a package.");
         // A fragment of markup without a document element is HTML only when its name says so.
         return ByExtension(fileName) is LoadFormat.Markdown or LoadFormat.Html ? ByExtension(fileName)!.Value : LoadFormat.Text;
     }
