@@ -16,35 +16,35 @@ public enum MergeFormatMode
 /// <summary>Joins documents, each starting a new section, into one.</summary>
 public static class Merger
 {
-    public static void Merge(string outputFile, string[] inputFiles) =>
+    public static void Merge(string outputFile, IEnumerable<string> inputFiles) =>
         Merge(outputFile, inputFiles, SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFile))), MergeFormatMode.KeepSourceFormatting);
 
-    public static void Merge(string outputFile, string[] inputFiles, MergeFormatMode mergeFormatMode) =>
+    public static void Merge(string outputFile, IEnumerable<string> inputFiles, MergeFormatMode mergeFormatMode) =>
         Merge(outputFile, inputFiles, SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFile))), mergeFormatMode);
 
-    public static void Merge(string outputFile, string[] inputFiles, SaveFormat saveFormat, MergeFormatMode mergeFormatMode) =>
+    public static void Merge(string outputFile, IEnumerable<string> inputFiles, SaveFormat saveFormat, MergeFormatMode mergeFormatMode) =>
         Merge(outputFile, inputFiles, SaveOptions.CreateSaveOptions(saveFormat), mergeFormatMode);
 
-    public static void Merge(string outputFile, string[] inputFiles, SaveOptions saveOptions, MergeFormatMode mergeFormatMode)
+    public static void Merge(string outputFile, IEnumerable<string> inputFiles, SaveOptions saveOptions, MergeFormatMode mergeFormatMode)
     {
         ArgumentException.ThrowIfNullOrEmpty(outputFile);
         ArgumentNullException.ThrowIfNull(saveOptions);
         Merge(inputFiles, mergeFormatMode).Save(outputFile, saveOptions);
     }
 
-    public static Document Merge(string[] inputFiles, MergeFormatMode mergeFormatMode)
+    public static Document Merge(IEnumerable<string> inputFiles, MergeFormatMode mergeFormatMode)
     {
         ArgumentNullException.ThrowIfNull(inputFiles);
         return Join(inputFiles.Select(f => new Document(f ?? throw new ArgumentException("An input file name is null.", nameof(inputFiles)))), mergeFormatMode);
     }
 
-    public static Document Merge(Stream[] inputStreams, MergeFormatMode mergeFormatMode)
+    public static Document Merge(IEnumerable<Stream> inputStreams, MergeFormatMode mergeFormatMode)
     {
         ArgumentNullException.ThrowIfNull(inputStreams);
         return Join(inputStreams.Select(s => new Document(s ?? throw new ArgumentException("An input stream is null.", nameof(inputStreams)))), mergeFormatMode);
     }
 
-    public static void Merge(Stream outputStream, Stream[] inputStreams, SaveFormat saveFormat, MergeFormatMode mergeFormatMode)
+    public static void Merge(Stream outputStream, IEnumerable<Stream> inputStreams, SaveFormat saveFormat, MergeFormatMode mergeFormatMode)
     {
         ArgumentNullException.ThrowIfNull(outputStream);
         Merge(inputStreams, mergeFormatMode).Save(outputStream, saveFormat);
