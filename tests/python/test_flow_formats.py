@@ -23,7 +23,7 @@ def test_every_flow_format_loads_from_a_file_and_saves_back(notes, tmp_path):
     assert doc.original_load_format == qf.LoadFormat.MARKDOWN
     expected = doc.get_text().split()
     for ext, fmt in (("html", qf.LoadFormat.HTML), ("rtf", qf.LoadFormat.RTF), ("odt", qf.LoadFormat.ODT),
-                     ("mht", qf.LoadFormat.MHTML), ("txt", qf.LoadFormat.TEXT)):
+                     ("mht", qf.LoadFormat.MHTML), ("xml", qf.LoadFormat.FLAT_OPC), ("txt", qf.LoadFormat.TEXT)):
         out = tmp_path / f"out.{ext}"
         doc.save(str(out))
         back = qf.Document(str(out))

@@ -16,6 +16,7 @@ internal static class FormatDetection
         if (text.StartsWith("{\\rtf", StringComparison.Ordinal)) return LoadFormat.Rtf;
         var lower = text.ToLowerInvariant();
         if (lower.Contains("mime-version:") && lower.Contains("multipart/related")) return LoadFormat.Mhtml;
+        if (lower.StartsWith("<?xml") && lower.Contains("schemas.microsoft.com/office/2006/xmlpackage")) return LoadFormat.FlatOpc;
         if (lower.StartsWith("<!doctype html") || lower.StartsWith("<html") || lower.StartsWith("<head") || lower.StartsWith("<body") ||
             ((lower.StartsWith("<?xml") || lower.StartsWith("<!--")) && lower.Contains("<html")))
             return LoadFormat.Html;

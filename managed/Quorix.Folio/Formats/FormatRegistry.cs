@@ -23,6 +23,8 @@ internal static class FormatRegistry
         Add(new Html.MhtmlWriter());
         Add(new Html.EpubWriter());
         Add(new Html.MhtmlReader());
+        Add(new FlatOpc.FlatOpcWriter());
+        Add(new FlatOpc.FlatOpcReader());
         Add(new Rtf.RtfWriter());
         Add(new Rtf.RtfReader());
         Add(new Odt.OdtWriter());

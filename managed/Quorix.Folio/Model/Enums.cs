@@ -123,6 +123,7 @@ public enum SaveFormat
 {
     Unknown = 0,
     Docx = 20,
+    FlatOpc = 24,
     Rtf = 30,
     Html = 50,
     Mhtml = 51,
@@ -136,6 +137,7 @@ public enum LoadFormat
 {
     Auto = 0,
     Docx = 20,
+    FlatOpc = 24,
     Rtf = 30,
     Html = 50,
     Mhtml = 51,

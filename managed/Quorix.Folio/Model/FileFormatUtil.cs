@@ -61,8 +61,9 @@ public static class FileFormatUtil
             "mht" or "mhtml" => SaveFormat.Mhtml,
             "epub" => SaveFormat.Epub,
             "rtf" => SaveFormat.Rtf,
+            "xml" => SaveFormat.FlatOpc,
             "odt" => SaveFormat.Odt,
-            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .html, .mht, .epub, .rtf, .odt, .txt or .md, or give the format."),
+            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .html, .mht, .epub, .rtf, .odt, .xml (flat OPC), .txt or .md, or give the format."),
         };
     }
 
@@ -75,6 +76,7 @@ public static class FileFormatUtil
         SaveFormat.Mhtml => ".mht",
         SaveFormat.Epub => ".epub",
         SaveFormat.Rtf => ".rtf",
+        SaveFormat.FlatOpc => ".xml",
         SaveFormat.Odt => ".odt",
         _ => throw new ArgumentException($"{saveFormat} has no file extension.", nameof(saveFormat)),
     };
@@ -87,6 +89,7 @@ public static class FileFormatUtil
         LoadFormat.Html => SaveFormat.Html,
         LoadFormat.Mhtml => SaveFormat.Mhtml,
         LoadFormat.Rtf => SaveFormat.Rtf,
+        LoadFormat.FlatOpc => SaveFormat.FlatOpc,
         LoadFormat.Odt => SaveFormat.Odt,
         _ => throw new ArgumentException($"{loadFormat} has no matching save format.", nameof(loadFormat)),
     };

@@ -44,6 +44,7 @@ public abstract class SaveOptions
     public static SaveOptions CreateSaveOptions(SaveFormat saveFormat) => saveFormat switch
     {
         SaveFormat.Docx => new OoxmlSaveOptions(),
+        SaveFormat.FlatOpc => new OoxmlSaveOptions(SaveFormat.FlatOpc),
         SaveFormat.Text => new TxtSaveOptions(),
         SaveFormat.Markdown => new MarkdownSaveOptions(),
         SaveFormat.Html or SaveFormat.Mhtml or SaveFormat.Epub => new HtmlSaveOptions(saveFormat),
@@ -61,12 +62,16 @@ public sealed class OoxmlSaveOptions : SaveOptions
 
     public OoxmlSaveOptions(SaveFormat saveFormat) { SaveFormat = saveFormat; }
 
+    private SaveFormat format = SaveFormat.Docx;
+
+    /// <summary>DOCX, or the same package as one XML document (flat OPC).</summary>
     public override SaveFormat SaveFormat
     {
-        get => SaveFormat.Docx;
+        get => format;
         set
         {
-            if (value != SaveFormat.Docx) throw new ArgumentException("OoxmlSaveOptions saves DOCX only.", nameof(value));
+            if (value is not (SaveFormat.Docx or SaveFormat.FlatOpc)) throw new ArgumentException("OoxmlSaveOptions saves DOCX or flat OPC only.", nameof(value));
+            format = value;
         }
     }
 
