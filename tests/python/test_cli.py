@@ -66,7 +66,7 @@ def test_info_and_text(sample):
     (("convert", "{dir}/missing.docx", "{dir}/o.md"), 3, "cannot read '{dir}/missing.docx': no such file"),
     (("convert", "{bad}", "{dir}/o.md"), 1, "cannot read '{bad}': "),
     (("convert", "{sample}", "{dir}/o.pdf"), 2, "cannot tell the format of '{dir}/o.pdf' from its extension"),
-    (("convert", "{sample}", "{dir}/o.md", "--format", "pdf"), 2, "unknown format 'pdf'; known: docx, flat_opc, rtf, html, mhtml, epub, odt, text, markdown"),
+    (("convert", "{sample}", "{dir}/o.md", "--format", "pdf"), 2, "unknown format 'pdf'; known: docx, flat_opc, rtf, html, mhtml, epub, odt, text, markdown, xlsx"),
     (("convert", "{sample}", "{dir}/none/o.md"), 3, "cannot write '{dir}/none/o.md': no such folder"),
     (("info", "{dir}"), 3, "cannot read '{dir}': not a readable file"),
     (("text", "{bad}"), 1, "(UnsupportedFileFormatException)"),

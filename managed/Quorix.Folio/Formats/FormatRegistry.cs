@@ -25,6 +25,7 @@ internal static class FormatRegistry
         Add(new Html.MhtmlReader());
         Add(new FlatOpc.FlatOpcWriter());
         Add(new FlatOpc.FlatOpcReader());
+        Add(new Xlsx.XlsxWriter());
         Add(new Rtf.RtfWriter());
         Add(new Rtf.RtfReader());
         Add(new Odt.OdtWriter());

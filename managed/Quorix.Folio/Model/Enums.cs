@@ -131,6 +131,7 @@ public enum SaveFormat
     Odt = 60,
     Text = 70,
     Markdown = 73,
+    Xlsx = 74,
 }
 
 public enum LoadFormat

@@ -62,8 +62,9 @@ public static class FileFormatUtil
             "epub" => SaveFormat.Epub,
             "rtf" => SaveFormat.Rtf,
             "xml" => SaveFormat.FlatOpc,
+            "xlsx" => SaveFormat.Xlsx,
             "odt" => SaveFormat.Odt,
-            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .html, .mht, .epub, .rtf, .odt, .xml (flat OPC), .txt or .md, or give the format."),
+            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .html, .mht, .epub, .rtf, .odt, .xml (flat OPC), .xlsx, .txt or .md, or give the format."),
         };
     }
 
@@ -77,6 +78,7 @@ public static class FileFormatUtil
         SaveFormat.Epub => ".epub",
         SaveFormat.Rtf => ".rtf",
         SaveFormat.FlatOpc => ".xml",
+        SaveFormat.Xlsx => ".xlsx",
         SaveFormat.Odt => ".odt",
         _ => throw new ArgumentException($"{saveFormat} has no file extension.", nameof(saveFormat)),
     };

@@ -139,3 +139,27 @@ public sealed class OdtSaveOptions : SaveOptions
 
     public OdtSaveMeasureUnit MeasureUnit { get; set; } = OdtSaveMeasureUnit.Centimeters;
 }
+
+/// <summary>Whether a spreadsheet holds the document in one worksheet or one per section.</summary>
+public enum XlsxSectionMode
+{
+    SingleWorksheet = 0,
+    MultipleWorksheets = 1,
+}
+
+/// <summary>The document's paragraphs and tables as a spreadsheet.</summary>
+public sealed class XlsxSaveOptions : SaveOptions
+{
+    public override SaveFormat SaveFormat
+    {
+        get => SaveFormat.Xlsx;
+        set
+        {
+            if (value != SaveFormat.Xlsx) throw new ArgumentException("XlsxSaveOptions saves XLSX only.", nameof(value));
+        }
+    }
+
+    public XlsxSectionMode SectionMode { get; set; } = XlsxSectionMode.SingleWorksheet;
+
+    public CompressionLevel CompressionLevel { get; set; } = CompressionLevel.Normal;
+}

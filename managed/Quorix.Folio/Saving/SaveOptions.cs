@@ -50,6 +50,7 @@ public abstract class SaveOptions
         SaveFormat.Html or SaveFormat.Mhtml or SaveFormat.Epub => new HtmlSaveOptions(saveFormat),
         SaveFormat.Rtf => new RtfSaveOptions(),
         SaveFormat.Odt => new OdtSaveOptions(),
+        SaveFormat.Xlsx => new XlsxSaveOptions(),
         _ => throw new UnsupportedFileFormatException($"Saving to {saveFormat} is not supported."),
     };
 
