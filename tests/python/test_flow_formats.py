@@ -1,5 +1,6 @@
 """Flow formats, comparison and the one-call lowcode API as a Python user meets them."""
 
+import datetime
 import io
 import subprocess
 import zipfile
@@ -65,7 +66,7 @@ def test_unsupported_formats_say_which(tmp_path):
     assert "xyz" in str(info.value)
 
 
-def test_lowcode_converter_splitter_comparer(notes, tmp_path):
+def test_lowcode_converter_merger_splitter_comparer(notes, tmp_path):
     qf.lowcode.Converter.convert(str(notes), str(tmp_path / "a.docx"))
     qf.lowcode.Converter.convert(str(tmp_path / "a.docx"), str(tmp_path / "b.odt"), qf.SaveFormat.ODT)
     assert qf.Document(str(tmp_path / "b.odt")).get_text().split()[0] == "Report"
@@ -75,11 +76,14 @@ def test_lowcode_converter_splitter_comparer(notes, tmp_path):
     builder.insert_break(qf.BreakType.SECTION_BREAK_NEW_PAGE)
     builder.write("second part")
     doc.save(str(tmp_path / "two.docx"))
+    qf.lowcode.Merger.merge(str(tmp_path / "all.docx"), [str(tmp_path / "a.docx"), str(tmp_path / "b.odt")],
+                            qf.lowcode.MergeFormatMode.KEEP_SOURCE_FORMATTING)
+    assert qf.Document(str(tmp_path / "all.docx")).get_text().count("Report") == 2
     count = qf.lowcode.Splitter.split(str(tmp_path / "two.docx"), str(tmp_path / "part.docx"), qf.lowcode.SplitOptions())
     assert count == 2
     assert qf.Document(str(tmp_path / "part_2.docx")).get_text().strip() == "second part"
     (tmp_path / "v2.md").write_text(MARKDOWN.replace("bold", "brave"), encoding="utf-8")
-    qf.lowcode.Comparer.compare(str(notes), str(tmp_path / "v2.md"), str(tmp_path / "diff.docx"), "Reviewer")
+    qf.lowcode.Comparer.compare(str(notes), str(tmp_path / "v2.md"), str(tmp_path / "diff.docx"), "Reviewer", datetime.datetime.now())
     diff = qf.Document(str(tmp_path / "diff.docx"))
     assert diff.revisions.groups.count == 2
     diff.accept_all_revisions()
@@ -89,7 +93,7 @@ def test_lowcode_converter_splitter_comparer(notes, tmp_path):
 def test_comparison_from_python():
     v1 = qf.Document(io.BytesIO(b"The quick brown fox."), qf.loading.TxtLoadOptions())
     v2 = qf.Document(io.BytesIO(b"The slow brown fox."), qf.loading.TxtLoadOptions())
-    v1.compare(v2, "Reviewer")
+    v1.compare(v2, "Reviewer", datetime.datetime(2026, 1, 2, 3, 4, 5))
     assert v1.revisions.count == 2
     assert v1.revisions.groups.count == 2
     rejected = v1.clone()

@@ -1,3 +1,4 @@
+using System.Collections;
 using Quorix.Folio.Saving;
 
 namespace Quorix.Folio.LowCode;
@@ -13,41 +14,42 @@ public enum MergeFormatMode
     KeepSourceLayout = 2,
 }
 
-/// <summary>Joins documents, each starting a new section, into one.</summary>
+/// <summary>Joins documents, each starting a new section, into one. Inputs are any sequence of file
+/// names or streams, so that a Python list serves as well as an array.</summary>
 public static class Merger
 {
-    public static void Merge(string outputFile, IEnumerable<string> inputFiles) =>
+    public static void Merge(string outputFile, IEnumerable inputFiles) =>
         Merge(outputFile, inputFiles, SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFile))), MergeFormatMode.KeepSourceFormatting);
 
-    public static void Merge(string outputFile, IEnumerable<string> inputFiles, MergeFormatMode mergeFormatMode) =>
+    public static void Merge(string outputFile, IEnumerable inputFiles, MergeFormatMode mergeFormatMode) =>
         Merge(outputFile, inputFiles, SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFile))), mergeFormatMode);
 
-    public static void Merge(string outputFile, IEnumerable<string> inputFiles, SaveFormat saveFormat, MergeFormatMode mergeFormatMode) =>
+    public static void Merge(string outputFile, IEnumerable inputFiles, SaveFormat saveFormat, MergeFormatMode mergeFormatMode) =>
         Merge(outputFile, inputFiles, SaveOptions.CreateSaveOptions(saveFormat), mergeFormatMode);
 
-    public static void Merge(string outputFile, IEnumerable<string> inputFiles, SaveOptions saveOptions, MergeFormatMode mergeFormatMode)
+    public static void Merge(string outputFile, IEnumerable inputFiles, SaveOptions saveOptions, MergeFormatMode mergeFormatMode)
     {
         ArgumentException.ThrowIfNullOrEmpty(outputFile);
         ArgumentNullException.ThrowIfNull(saveOptions);
         Merge(inputFiles, mergeFormatMode).Save(outputFile, saveOptions);
     }
 
-    public static Document Merge(IEnumerable<string> inputFiles, MergeFormatMode mergeFormatMode)
+    /// <summary>Each input is a file name or a stream.</summary>
+    public static Document Merge(IEnumerable inputs, MergeFormatMode mergeFormatMode)
     {
-        ArgumentNullException.ThrowIfNull(inputFiles);
-        return Join(inputFiles.Select(f => new Document(f ?? throw new ArgumentException("An input file name is null.", nameof(inputFiles)))), mergeFormatMode);
+        ArgumentNullException.ThrowIfNull(inputs);
+        return Join(inputs.Cast<object?>().Select(i => i switch
+        {
+            string file => new Document(file),
+            Stream stream => new Document(stream),
+            _ => throw new ArgumentException("Each input must be a file name or a stream.", nameof(inputs)),
+        }), mergeFormatMode);
     }
 
-    public static Document Merge(IEnumerable<Stream> inputStreams, MergeFormatMode mergeFormatMode)
-    {
-        ArgumentNullException.ThrowIfNull(inputStreams);
-        return Join(inputStreams.Select(s => new Document(s ?? throw new ArgumentException("An input stream is null.", nameof(inputStreams)))), mergeFormatMode);
-    }
-
-    public static void Merge(Stream outputStream, IEnumerable<Stream> inputStreams, SaveFormat saveFormat, MergeFormatMode mergeFormatMode)
+    public static void Merge(Stream outputStream, IEnumerable inputs, SaveFormat saveFormat, MergeFormatMode mergeFormatMode)
     {
         ArgumentNullException.ThrowIfNull(outputStream);
-        Merge(inputStreams, mergeFormatMode).Save(outputStream, saveFormat);
+        Merge(inputs, mergeFormatMode).Save(outputStream, saveFormat);
     }
 
     private static Document Join(IEnumerable<Document> docs, MergeFormatMode mode)
