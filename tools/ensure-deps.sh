@@ -15,7 +15,7 @@ if [ ${#missing[@]} -gt 0 ]; then
 fi
 command -v dotnet >/dev/null || { echo "the .NET SDK (dotnet) is required" >&2; exit 1; }
 
-# The CommonMark specification's examples, for the Markdown reader's conformance table (npm's
+# The CommonMark standard's examples, for the Markdown reader's conformance table (npm's
 # package of the spec; fetched once with npm's own client).
 spec_dir=build/deps/commonmark-spec
 if [ ! -f "$spec_dir/spec.txt" ]; then

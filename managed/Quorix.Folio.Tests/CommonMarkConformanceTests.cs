@@ -5,7 +5,7 @@ using Xunit.Abstractions;
 
 namespace Quorix.Folio.Tests;
 
-/// <summary>The CommonMark specification's examples: each Markdown input is loaded by our Markdown reader
+/// <summary>The CommonMark standard's examples: each Markdown input is loaded by our Markdown reader
 /// and the spec's expected HTML by our HTML reader, and the two documents must have the same outline.</summary>
 public class CommonMarkConformanceTests
 {
