@@ -3,7 +3,7 @@ using System.Text;
 namespace Quorix.Folio.Fields;
 
 /// <summary>A field as its three markers delimit it: code between start and separator, result after.</summary>
-public sealed class Field
+public partial class Field
 {
     internal Field(FieldStart start, FieldSeparator? separator, FieldEnd end)
     {
@@ -12,15 +12,17 @@ public sealed class Field
         End = end;
     }
 
-    public FieldStart Start { get; }
+    public FieldStart Start { get; private set; }
 
-    public FieldSeparator? Separator { get; }
+    public FieldSeparator? Separator { get; private set; }
 
-    public FieldEnd End { get; }
+    public FieldEnd End { get; private set; }
 
-    public FieldType Type => FieldPairing.TypeOf(GetFieldCode());
+    public FieldType Type => FieldKinds.TypeOf(GetFieldCode());
 
     public string GetFieldCode() => Collect(Start, (Node?)Separator ?? End).Trim();
+
+    internal static string CodeText(FieldStart start, Node stop) => Collect(start, stop);
 
     public string Result
     {
@@ -112,33 +114,14 @@ internal static class FieldPairing
             {
                 case FieldStart: depth++; break;
                 case FieldSeparator s when depth == 0: sep ??= s; break;
-                case FieldEnd e when depth == 0: return new Field(start, sep, e);
+                case FieldEnd e when depth == 0: return FieldKinds.Create(start, sep, e);
                 case FieldEnd: depth--; break;
             }
         }
         return null;
     }
 
-    public static FieldType TypeOf(string code)
-    {
-        var word = code.TrimStart().Split(' ', 2)[0].ToUpperInvariant();
-        return word switch
-        {
-            "HYPERLINK" => FieldType.FieldHyperlink,
-            "PAGE" => FieldType.FieldPage,
-            "NUMPAGES" => FieldType.FieldNumPages,
-            "REF" => FieldType.FieldRef,
-            "PAGEREF" => FieldType.FieldPageRef,
-            "TOC" => FieldType.FieldTOC,
-            "DATE" => FieldType.FieldDate,
-            "TIME" => FieldType.FieldTime,
-            "SEQ" => FieldType.FieldSeq,
-            "MERGEFIELD" => FieldType.FieldMergeField,
-            "XE" => FieldType.FieldIndexEntry,
-            "" => FieldType.FieldNone,
-            _ => FieldType.FieldUnknown,
-        };
-    }
+    public static FieldType TypeOf(string code) => FieldKinds.TypeOf(code);
 
     /// <summary>Target of a HYPERLINK code: (address, isBookmark), or null.</summary>
     public static (string Target, bool IsBookmark)? Hyperlink(string code)

@@ -2,23 +2,6 @@ using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio.Fields;
 
-public enum FieldType
-{
-    FieldNone = 0,
-    FieldRef = 3,
-    FieldIndexEntry = 4,
-    FieldTOC = 13,
-    FieldNumPages = 26,
-    FieldDate = 31,
-    FieldTime = 32,
-    FieldPage = 33,
-    FieldSeq = 12,
-    FieldMergeField = 59,
-    FieldPageRef = 37,
-    FieldHyperlink = 88,
-    FieldUnknown = 1000,
-}
-
 /// <summary>A field marker: start, separator or end.</summary>
 public abstract class FieldChar : SpecialChar
 {

@@ -8,7 +8,7 @@ using Quorix.Folio.Saving;
 namespace Quorix.Folio;
 
 /// <summary>A word-processing document: create it empty, or load it from a file or stream.</summary>
-public sealed class Document : DocumentBase
+public sealed partial class Document : DocumentBase
 {
     // Parts read from the source file, written back unchanged unless the model owns them.
     internal OpcPackage? Source;

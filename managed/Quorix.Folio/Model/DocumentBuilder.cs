@@ -8,7 +8,7 @@ using Quorix.Folio.Tables;
 namespace Quorix.Folio;
 
 /// <summary>Writes content at a cursor: text, paragraphs, tables, links, bookmarks, pictures and fields.</summary>
-public sealed class DocumentBuilder
+public sealed partial class DocumentBuilder
 {
     private readonly Document doc;
     private Paragraph paragraph;
@@ -252,7 +252,7 @@ public sealed class DocumentBuilder
         var sep = (FieldSeparator)Insert(new FieldSeparator(doc, runProps.Clone()));
         if (!string.IsNullOrEmpty(fieldValue)) Insert(NewRun(fieldValue));
         var end = (FieldEnd)Insert(new FieldEnd(doc, runProps.Clone()));
-        return new Field(start, sep, end);
+        return FieldKinds.Create(start, sep, end);
     }
 
     /// <summary>A link to a web address or, with isBookmark, to a bookmark of this document.</summary>
@@ -269,7 +269,7 @@ public sealed class DocumentBuilder
         result.RPr.SetVal("rStyle", doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Hyperlink).StyleId);
         Insert(result);
         var end = (FieldEnd)Insert(new FieldEnd(doc, runProps.Clone()));
-        return new Field(start, sep, end);
+        return FieldKinds.Create(start, sep, end);
     }
 
     public Footnote InsertFootnote(FootnoteType footnoteType, string footnoteText)

@@ -127,7 +127,7 @@ public sealed class Paragraph : CompositeNode
         var sep = (FieldSeparator)AppendChild(new FieldSeparator(doc!));
         AppendChild(new Run(doc!, fieldValue));
         var end = (FieldEnd)AppendChild(new FieldEnd(doc!));
-        return new Field(start, sep, end);
+        return FieldKinds.Create(start, sep, end);
     }
 
     internal override Node CloneTo(DocumentBase? target, bool deep)

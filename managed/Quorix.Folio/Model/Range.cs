@@ -5,7 +5,7 @@ using Quorix.Folio.Replacing;
 namespace Quorix.Folio;
 
 /// <summary>The text covered by a node, with find and replace over it.</summary>
-public sealed class Range
+public sealed partial class Range
 {
     private readonly Node node;
 
@@ -14,18 +14,6 @@ public sealed class Range
     public string Text => node.GetText();
 
     public BookmarkCollection Bookmarks => new BookmarkCollection(node);
-
-    public IReadOnlyList<Field> Fields
-    {
-        get
-        {
-            var list = new List<Field>();
-            if (node is CompositeNode c)
-                foreach (FieldStart s in c.GetChildNodes(NodeType.FieldStart, true))
-                    if (FieldPairing.Complete(s) is { } f) list.Add(f);
-            return list;
-        }
-    }
 
     /// <summary>Replaces every occurrence of the text, matching case; returns the number of replacements.</summary>
     public int Replace(string pattern, string replacement) => Replace(pattern, replacement, new FindReplaceOptions());

@@ -1,0 +1,36 @@
+using Quorix.Folio.Fields;
+
+namespace Quorix.Folio;
+
+public sealed partial class Document
+{
+    private FieldOptions? fieldOptions;
+
+    /// <summary>What field update reads: the current user, culture, clock and prompt answers.</summary>
+    public FieldOptions FieldOptions => fieldOptions ??= new FieldOptions();
+
+    // Page layout sets this so that tables of contents can show page numbers.
+    internal Func<Node, int?>? PageLocator;
+
+    // Property values set since loading, over those of the file, until the document's property store takes them.
+    internal readonly Dictionary<string, string> FieldProperties = new(StringComparer.OrdinalIgnoreCase);
+
+    /// <summary>Computes every field's result again, nested fields first; returns how many were computed.</summary>
+    public int UpdateFields()
+    {
+        var ctx = new FieldUpdateContext(this);
+        int n = 0;
+        foreach (Section s in Sections)
+            foreach (var story in s.ChildNodes)
+                n += FieldUpdater.Update(FieldUpdater.Collect(story, story), ctx);
+        return n;
+    }
+}
+
+public sealed partial class Range
+{
+    public FieldCollection Fields => new(node);
+
+    /// <summary>Computes the results of the fields in this range, nested fields first.</summary>
+    public int UpdateFields() => FieldUpdater.Update(FieldUpdater.Collect(node, node), new FieldUpdateContext(node.Document as Document));
+}

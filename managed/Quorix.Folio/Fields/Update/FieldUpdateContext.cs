@@ -1,0 +1,40 @@
+using System.Globalization;
+
+namespace Quorix.Folio.Fields;
+
+/// <summary>State one update pass shares between its fields: sequence counters, SET values, the clock.</summary>
+internal sealed class FieldUpdateContext
+{
+    public readonly Document? Doc;
+    public readonly FieldOptions Options;
+    public readonly DateTime Now;
+    public readonly Dictionary<string, int> Sequences = new(StringComparer.OrdinalIgnoreCase);
+    public readonly Dictionary<string, Node> SequenceHeadings = new(StringComparer.OrdinalIgnoreCase);
+    public readonly Dictionary<string, string> SetValues = new(StringComparer.OrdinalIgnoreCase);
+    public readonly Dictionary<string, int> ListNums = new(StringComparer.OrdinalIgnoreCase);
+    public int AutoNum;
+
+    /// <summary>The page a node is laid out on, where page layout has been done.</summary>
+    public Func<Node, int?>? PageOf => Doc?.PageLocator;
+    private Dictionary<string, string>? properties;
+
+    public FieldUpdateContext(Document? doc)
+    {
+        Doc = doc;
+        Options = doc?.FieldOptions ?? new FieldOptions();
+        Now = Options.CurrentDateTime ?? DateTime.Now;
+    }
+
+    public CultureInfo Culture => Options.Culture;
+
+    public Dictionary<string, string> Properties => properties ??= DocumentInfo.Read(Doc);
+
+    public string? Property(string name) => Properties.TryGetValue(name, out var v) ? v : null;
+
+    /// <summary>The text a bookmark holds, or a value a SET field gave it during this pass.</summary>
+    public string? Bookmark(string name)
+    {
+        if (SetValues.TryGetValue(name, out var v)) return v;
+        return Doc?.Range.Bookmarks[name]?.Text;
+    }
+}

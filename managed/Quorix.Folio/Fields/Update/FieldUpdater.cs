@@ -1,0 +1,53 @@
+namespace Quorix.Folio.Fields;
+
+/// <summary>Updates fields in the order their ends appear: nested fields before the fields holding them.</summary>
+internal static class FieldUpdater
+{
+    /// <summary>The complete fields met walking from <paramref name="from"/> (inside <paramref name="root"/>)
+    /// until <paramref name="last"/>, in the order their ends appear.</summary>
+    public static List<Field> Collect(Node from, Node root, Node? last = null)
+    {
+        var list = new List<Field>();
+        var stack = new Stack<(FieldStart Start, FieldSeparator? Sep)>();
+        for (Node? n = from; n != null; n = n.NextPreOrder(root))
+        {
+            if (n is FieldStart s) stack.Push((s, null));
+            else if (n is FieldSeparator sep && stack.Count > 0) { var t = stack.Pop(); stack.Push((t.Start, t.Sep ?? sep)); }
+            else if (n is FieldEnd e && stack.Count > 0) { var (st, sp) = stack.Pop(); list.Add(FieldKinds.Create(st, sp, e)); }
+            if (n == last) break;
+        }
+        return list;
+    }
+
+    public static int Update(List<Field> fields, FieldUpdateContext ctx)
+    {
+        int changed = 0;
+        foreach (var f in fields)
+        {
+            // A field inside the result of one updated before it has gone with that result.
+            if (f.Start.ParentNode == null || f.End.ParentNode == null || f.IsLocked) continue;
+            string? result;
+            try
+            {
+                result = f.Compute(ctx);
+            }
+            catch (FieldUpdateException)
+            {
+                // Malformed codes keep the result they had, as a word processor leaves them.
+                continue;
+            }
+            if (f.WritesOwnResult) { changed++; continue; }
+            if (result == null) continue;
+            if (f.FormatsResult) result = FieldFormatting.Apply(result, f.ParseCode(), ctx.Culture);
+            if (result != f.Result) f.WriteResult(result);
+            changed++;
+        }
+        return changed;
+    }
+}
+
+/// <summary>A field code that cannot be computed; update keeps the field's old result.</summary>
+internal sealed class FieldUpdateException : Exception
+{
+    public FieldUpdateException(string message) : base(message) { }
+}
