@@ -1,13 +1,18 @@
 using Quorix.Folio.Fields;
+using Quorix.Folio.MailMerging;
 
 namespace Quorix.Folio;
 
 public sealed partial class Document
 {
     private FieldOptions? fieldOptions;
+    private MailMerge? mailMerge;
 
     /// <summary>What field update reads: the current user, culture, clock and prompt answers.</summary>
     public FieldOptions FieldOptions => fieldOptions ??= new FieldOptions();
+
+    /// <summary>Mail merge of this document with names and values, a data table or a data source.</summary>
+    public MailMerge MailMerge => mailMerge ??= new MailMerge(this);
 
     // Page layout sets this so that tables of contents can show page numbers.
     internal Func<Node, int?>? PageLocator;

@@ -8,7 +8,21 @@ internal static class FieldUpdater
     public static List<Field> Collect(Node from, Node root, Node? last = null)
     {
         var list = new List<Field>();
-        var stack = new Stack<(FieldStart Start, FieldSeparator? Sep)>();
+        Walk(from, root, last, new Stack<(FieldStart, FieldSeparator?)>(), list);
+        return list;
+    }
+
+    /// <summary>The complete fields of a run of sibling nodes, whose markers may be siblings themselves.</summary>
+    public static List<Field> Collect(IEnumerable<Node> siblings)
+    {
+        var list = new List<Field>();
+        var stack = new Stack<(FieldStart, FieldSeparator?)>();
+        foreach (var n in siblings) Walk(n, n, null, stack, list);
+        return list;
+    }
+
+    private static void Walk(Node from, Node root, Node? last, Stack<(FieldStart Start, FieldSeparator? Sep)> stack, List<Field> list)
+    {
         for (Node? n = from; n != null; n = n.NextPreOrder(root))
         {
             if (n is FieldStart s) stack.Push((s, null));
@@ -16,7 +30,6 @@ internal static class FieldUpdater
             else if (n is FieldEnd e && stack.Count > 0) { var (st, sp) = stack.Pop(); list.Add(FieldKinds.Create(st, sp, e)); }
             if (n == last) break;
         }
-        return list;
     }
 
     public static int Update(List<Field> fields, FieldUpdateContext ctx)
