@@ -2,7 +2,8 @@
 """Engine benchmark: a 1,000-page document with a 2,000-row table.
 
 Times, in one run, DOCX load + save in the engine against python-docx on the
-same file, and DOCX -> Markdown against pandoc, and prints the ratios.
+same file, and DOCX -> Markdown against pandoc, mail merge against docxtpl and
+field update against load (bench/merge_fields.py), and prints the ratios.
 
 The engine is driven through the quorix.folio module when it exposes Document;
 until then through the small .NET driver in bench/EngineDriver (built on first
@@ -16,6 +17,8 @@ import subprocess
 import sys
 import tempfile
 import time
+
+import merge_fields
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 DRIVER_DIR = os.path.join(ROOT, "build", "bench", "EngineDriver")
@@ -62,6 +65,7 @@ def main():
     ap.add_argument("--keep", help="directory to keep the generated files in")
     ap.add_argument("--repeat", type=int, default=3, help="runs of each measurement (the first is cold)")
     ap.add_argument("--driver", action="store_true", help="use the .NET driver even when the module exposes Document")
+    ap.add_argument("--only-merge", action="store_true", help="run only the mail merge and field update part")
     ap.add_argument("--skip-table-read", action="store_true",
                     help="skip the load + read-every-cell + save comparison (python-docx needs minutes for it)")
     args = ap.parse_args()
@@ -71,6 +75,10 @@ def main():
     build_driver()
     work = args.keep or tempfile.mkdtemp(prefix="qrx-bench-")
     os.makedirs(work, exist_ok=True)
+    if args.only_merge:
+        merge_fields.merge(driver, work)
+        merge_fields.update_fields(driver, work)
+        return 0
     src = os.path.join(work, "big.docx")
     gen = driver("generate", src, str(args.pages), str(args.rows))[0][0]
     print(f"generated {src}: {os.path.getsize(src) / 1e6:.1f} MB in {gen['total']:.0f} ms "
@@ -168,6 +176,8 @@ def main():
     print(f"managed heap over load, first use and save: peak {peak:.1f}-{max(m['peakMB'] for m in mem):.1f} MB, "
           f"live after {mem[0]['liveMB']:.1f} MB, XML in the package {mem[0]['xmlMB']:.1f} MB: "
           f"peak/XML {peak / mem[0]['xmlMB']:.1f}x  (target <= 4x)")
+    merge_fields.merge(driver, work)
+    merge_fields.update_fields(driver, work)
     if not args.keep:
         shutil.rmtree(work, ignore_errors=True)
 

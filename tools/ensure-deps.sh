@@ -2,7 +2,7 @@
 # Installs the Debian packages the build and the tests need, only when one is missing.
 set -euo pipefail
 pkgs=(python3-dev python3-pytest python3-hypothesis python3-docx python3-msoffcrypto-tool pandoc cmake g++ make rsync libgtest-dev
-      python3-mypy python3-venv zip libreoffice-writer-nogui python3-openpyxl)
+      python3-mypy python3-venv zip libreoffice-writer-nogui python3-openpyxl python3-docxtpl)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

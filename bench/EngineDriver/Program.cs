@@ -13,13 +13,17 @@ using Quorix.Folio.Tables;
 //                                        beside the uncompressed size of the package's XML
 //   readall <in.docx> <out.docx> [n]     load, read every paragraph and table cell, save; n times,
 //                                        alternating with the Open XML SDK doing the same
+//   mergetemplates <fields.docx> <tags.docx>  a one-page letter with merge fields, and with {{ }} tags
+//   merge <template.docx> <out.docx> <records>  mail merge of that many records, one letter each
+//   fieldsdoc <out.docx> <pages> <fields>  a document with that many fields of the common kinds
+//   updatefields <in.docx>                 load (model built), then update every field
 static void Emit(string op, params (string Key, double Ms)[] parts)
 {
     var fields = string.Join(", ", parts.Select(p => $"\"{p.Key}\": {p.Ms.ToString("F1", CultureInfo.InvariantCulture)}"));
     Console.WriteLine($"{{\"op\": \"{op}\", {fields}}}");
 }
 
-if (args.Length < 3)
+if (args.Length < 2)
 {
     Console.Error.WriteLine("usage: EngineDriver generate <out.docx> <pages> <rows> | loadsave <in> <out> | markdown <in> <out.md>");
     return 2;
@@ -28,6 +32,26 @@ if (args.Length < 3)
 var sw = Stopwatch.StartNew();
 switch (args[0])
 {
+    case "mergetemplates":
+        MergeBench.Templates(args[1], args[2]);
+        Emit("mergetemplates", ("total", sw.Elapsed.TotalMilliseconds));
+        break;
+    case "merge":
+    {
+        var (load, merge, save) = MergeBench.Merge(args[1], args[2], int.Parse(args[3], CultureInfo.InvariantCulture));
+        Emit("merge", ("load", load), ("merge", merge), ("save", save), ("total", load + merge + save));
+        break;
+    }
+    case "fieldsdoc":
+        MergeBench.FieldDocument(args[1], int.Parse(args[2], CultureInfo.InvariantCulture), int.Parse(args[3], CultureInfo.InvariantCulture));
+        Emit("fieldsdoc", ("total", sw.Elapsed.TotalMilliseconds));
+        break;
+    case "updatefields":
+    {
+        var (load, update, count) = MergeBench.UpdateFields(args[1]);
+        Emit("updatefields", ("load", load), ("update", update), ("fields", count));
+        break;
+    }
     case "generate":
     {
         int pages = int.Parse(args[2], CultureInfo.InvariantCulture);

@@ -121,7 +121,7 @@ public sealed class FieldUnknown : Field
     internal override string? Compute(FieldUpdateContext ctx)
     {
         var code = ParseCode();
-        return code.Args.Count == 0 && !code.Switches.Any() && ctx.Doc?.Range.Bookmarks[code.Name] != null ? FieldRef.Resolve(code, ctx) : null;
+        return code.Args.Count == 0 && !code.Switches.Any() && ctx.FindBookmark(code.Name) != null ? FieldRef.Resolve(code, ctx) : null;
     }
 }
 

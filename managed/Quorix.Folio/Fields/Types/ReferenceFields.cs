@@ -27,7 +27,7 @@ public sealed class FieldRef : Field
         if (text == null) return "Error! Reference source not found.";
         if (code.Has("\\n") || code.Has("\\r") || code.Has("\\w"))
         {
-            var para = ctx.Doc?.Range.Bookmarks[name]?.BookmarkStart.ParentNode as Paragraph;
+            var para = ctx.FindBookmark(name)?.BookmarkStart.ParentNode as Paragraph;
             return para?.IsListItem == true ? para.ListLabel.LabelString.TrimEnd('.', ' ') : "";
         }
         return text.TrimEnd(ControlChar.ParagraphBreakChar);

@@ -31,10 +31,24 @@ internal sealed class FieldUpdateContext
 
     public string? Property(string name) => Properties.TryGetValue(name, out var v) ? v : null;
 
+    private Dictionary<string, Bookmark>? bookmarks;
+
+    /// <summary>A bookmark by name; looked up once per pass, since fields do not add or remove bookmarks.</summary>
+    public Bookmark? FindBookmark(string name)
+    {
+        if (Doc == null) return null;
+        if (bookmarks == null)
+        {
+            bookmarks = new Dictionary<string, Bookmark>(StringComparer.OrdinalIgnoreCase);
+            foreach (var b in Doc.Range.Bookmarks) bookmarks.TryAdd(b.Name, b);
+        }
+        return bookmarks.TryGetValue(name, out var found) ? found : null;
+    }
+
     /// <summary>The text a bookmark holds, or a value a SET field gave it during this pass.</summary>
     public string? Bookmark(string name)
     {
         if (SetValues.TryGetValue(name, out var v)) return v;
-        return Doc?.Range.Bookmarks[name]?.Text;
+        return FindBookmark(name)?.Text;
     }
 }
