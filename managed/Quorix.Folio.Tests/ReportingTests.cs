@@ -9,7 +9,7 @@ namespace Quorix.Folio.Tests;
 public class ReportingTests
 {
     private const string Orders = """
-        { "customer": { "name": "Acme AS", "city": "Oslo" },
+        { "period": "Q1", "customer": { "name": "Acme AS", "city": "Oslo" },
           "orders": [
             { "id": 7, "date": "2024-02-01", "lines": [ { "item": "Pen", "qty": 3, "price": 2.5 }, { "item": "Ink", "qty": 1, "price": 12 } ] },
             { "id": 8, "date": "2024-03-15", "lines": [ { "item": "Pad", "qty": 10, "price": 1.2 } ] } ] }
@@ -109,11 +109,13 @@ public class ReportingTests
     {
         var doc = new Document();
         var b = new DocumentBuilder(doc);
+        b.InsertField("MERGEFIELD period", ""); b.Write(": ");
         b.InsertField("MERGEFIELD TableStart:orders", ""); b.Write("#"); b.InsertField("MERGEFIELD id", "");
         b.InsertField("MERGEFIELD TableStart:lines", ""); b.Write(" "); b.InsertField("MERGEFIELD item", ""); b.InsertField("MERGEFIELD TableEnd:lines", "");
         b.InsertField("MERGEFIELD TableEnd:orders", "");
         doc.MailMerge.ExecuteWithRegions(Json(Orders));
-        Assert.Equal("#7 Pen Ink#8 Pad", Text(doc));
+        // Fields outside regions read the root object's members.
+        Assert.Equal("Q1: #7 Pen Ink#8 Pad", Text(doc));
     }
 
     [Theory]

@@ -99,6 +99,13 @@ internal sealed class MergeEngine
         var scope = Stories();
         ConvertTags(scope);
         ExpandRegions(scope, sourceFor, onlyNamed);
+        // A root that offers a record under the empty name fills the fields outside regions.
+        if (!onlyNamed && sourceFor("") is { } top)
+        {
+            var rec = new Record(top, 0);
+            rec.Has = top.MoveNext();
+            MergeFields(scope, rec, "");
+        }
         Finish(scope);
     }
 

@@ -57,6 +57,12 @@ internal static class DataTree
         return s;
     }
 
+    public static IMailMergeDataSource? Source(object? root, string name)
+    {
+        if (name.Length == 0) return root is Dictionary<string, object?> ? new TreeSource("", new List<object?> { root }) : null;
+        return (root is List<object?> l ? l : FindList(root, name)) is { } list ? new TreeSource(name, list) : null;
+    }
+
     /// <summary>The first list named so, searching members depth first.</summary>
     public static List<object?>? FindList(object? node, string name)
     {
@@ -143,8 +149,9 @@ public sealed class JsonDataSource : IMailMergeDataSourceRoot
         _ => null,
     };
 
-    public IMailMergeDataSource? GetDataSource(string tableName) =>
-        (Root is List<object?> l ? l : DataTree.FindList(Root, tableName)) is { } list ? new TreeSource(tableName, list) : null;
+    /// <summary>The records of a region; with an empty name, the root object as the one record for
+    /// fields outside regions.</summary>
+    public IMailMergeDataSource? GetDataSource(string tableName) => DataTree.Source(Root, tableName);
 }
 
 /// <summary>Data from an XML file or stream: elements are objects, repeated elements lists, attributes members.</summary>
@@ -204,8 +211,9 @@ public sealed class XmlDataSource : IMailMergeDataSourceRoot
         return o;
     }
 
-    public IMailMergeDataSource? GetDataSource(string tableName) =>
-        DataTree.FindList(Root, tableName) is { } list ? new TreeSource(tableName, list) : null;
+    /// <summary>The records of a region; with an empty name, the root element as the one record for
+    /// fields outside regions.</summary>
+    public IMailMergeDataSource? GetDataSource(string tableName) => DataTree.Source(Root, tableName);
 }
 
 /// <summary>Data from a CSV file or stream: a list of rows, each with its columns as members.</summary>
