@@ -118,6 +118,19 @@ public class ReportingTests
         Assert.Equal("Q1: #7 Pen Ink#8 Pad", Text(doc));
     }
 
+    [Fact]
+    public void LooseTextKeepsItsWritingYetCountsAsNumberOrDate()
+    {
+        const string data = """{ "price": "12.50", "when": "2024-05-06", "code": "007", "rows": [[1, 2], [3]] }""";
+        var doc = Template("[[d.price]] [[d.price + 1]] [[d.when]] [[d.when | d MMM]] [[d.code]] [[d.price > 9]] [[d.rows[1][0]]]");
+        new ReportingEngine().BuildReport(doc, Json(data), "d");
+        Assert.Equal("12.50 13.5 2024-05-06 6 May 007 true 3", Text(doc));
+
+        var strict = new JsonDataSource(new MemoryStream(Encoding.UTF8.GetBytes(data)), new JsonDataLoadOptions { SimpleValueParseMode = JsonSimpleValueParseMode.Strict });
+        doc = Template("[[d.price * 2]]");
+        Assert.Throws<TemplateException>(() => new ReportingEngine().BuildReport(doc, strict, "d"));
+    }
+
     [Theory]
     [InlineData("[[each x in]]", "[[each x in]]", "must read")]
     [InlineData("[[if a]]open", "[[if a]]", "has no [[/if]]")]

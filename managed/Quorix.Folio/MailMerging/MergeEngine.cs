@@ -127,6 +127,8 @@ internal sealed class MergeEngine
                 passed.Add(end.Start);
                 continue;
             }
+            // Paragraphs that held the markers may be left empty.
+            foreach (var marker in new[] { start, end }) if (marker.Start.ParentNode is Paragraph mp) touched.Add(mp);
             var block = TemplateBlock.Cut((start.Start, start.End), (end.Start, end.End), null, $"{mm.RegionStartTag}:{name} ({Place(start)})");
             if (source != null)
             {

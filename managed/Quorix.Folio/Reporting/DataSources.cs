@@ -42,20 +42,37 @@ public sealed class CsvDataLoadOptions
     public char CommentChar { get; set; } = '#';
 }
 
+/// <summary>Text from data without types (XML, CSV, JSON strings read loosely): shown exactly as
+/// written, yet a number or a date where arithmetic, comparisons and formats need one.</summary>
+internal sealed class LooseText
+{
+    public readonly string Text;
+    private bool parsed;
+    private double? number;
+    private DateTime? date;
+
+    public LooseText(string text) { Text = text; }
+
+    public double? Number { get { Parse(); return number; } }
+
+    public DateTime? Date { get { Parse(); return date; } }
+
+    private void Parse()
+    {
+        if (parsed) return;
+        parsed = true;
+        var s = Text.Trim();
+        if (double.TryParse(s, NumberStyles.Float, CultureInfo.InvariantCulture, out var d) && s.Any(char.IsDigit)) number = d;
+        else if (s.Length >= 10 && char.IsDigit(s[0]) && s[4] == '-' && DateTime.TryParse(s, CultureInfo.InvariantCulture, DateTimeStyles.RoundtripKind, out var t)) date = t;
+    }
+
+    public override string ToString() => Text;
+}
+
 /// <summary>Data read into members (case-insensitive names), lists and simple values.</summary>
 internal static class DataTree
 {
     public static Dictionary<string, object?> NewObject() => new(StringComparer.OrdinalIgnoreCase);
-
-    /// <summary>A simple value read from text: a number or date where it reads as one.</summary>
-    public static object? Loose(string s)
-    {
-        if (long.TryParse(s, NumberStyles.AllowLeadingSign, CultureInfo.InvariantCulture, out var l)) return l;
-        if (double.TryParse(s, NumberStyles.Float, CultureInfo.InvariantCulture, out var d) && s.Any(char.IsDigit)) return d;
-        if (s.Length >= 10 && char.IsDigit(s[0]) && s[4] == '-' && DateTime.TryParse(s, CultureInfo.InvariantCulture, DateTimeStyles.RoundtripKind, out var t)) return t;
-        if (s is "true" or "false") return s == "true";
-        return s;
-    }
 
     public static IMailMergeDataSource? Source(object? root, string name)
     {
@@ -100,6 +117,7 @@ internal sealed class TreeSource : IMailMergeDataSource
     {
         fieldValue = null;
         if (items[index] is not Dictionary<string, object?> o || !o.TryGetValue(fieldName, out fieldValue)) return false;
+        if (fieldValue is LooseText t) fieldValue = t.Text;
         return fieldValue is not List<object?> and not Dictionary<string, object?>;
     }
 
@@ -142,7 +160,7 @@ public sealed class JsonDataSource : IMailMergeDataSourceRoot
     {
         JsonValueKind.Object => e.EnumerateObject().Aggregate(DataTree.NewObject(), (o, p) => { o[p.Name] = Convert(p.Value, loose); return o; }),
         JsonValueKind.Array => e.EnumerateArray().Select(x => Convert(x, loose)).ToList(),
-        JsonValueKind.String => loose ? DataTree.Loose(e.GetString()!) : e.GetString(),
+        JsonValueKind.String => loose ? new LooseText(e.GetString()!) : e.GetString(),
         JsonValueKind.Number => e.TryGetInt64(out var l) ? l : e.GetDouble(),
         JsonValueKind.True => true,
         JsonValueKind.False => false,
@@ -198,16 +216,16 @@ public sealed class XmlDataSource : IMailMergeDataSourceRoot
     private static object? Convert(XmlElement e)
     {
         var elements = e.ChildNodes.OfType<XmlElement>().ToList();
-        if (elements.Count == 0 && e.Attributes.Count == 0) return DataTree.Loose(e.InnerText);
+        if (elements.Count == 0 && e.Attributes.Count == 0) return new LooseText(e.InnerText);
         var o = DataTree.NewObject();
         foreach (XmlAttribute a in e.Attributes)
-            if (a.Prefix != "xmlns" && a.Name != "xmlns") o[a.LocalName] = DataTree.Loose(a.Value);
+            if (a.Prefix != "xmlns" && a.Name != "xmlns") o[a.LocalName] = new LooseText(a.Value);
         foreach (var group in elements.GroupBy(c => c.LocalName))
         {
             var values = group.Select(Convert).ToList();
             o[group.Key] = values.Count == 1 ? values[0] : values;
         }
-        if (elements.Count == 0 && e.InnerText.Length > 0) o["value"] = DataTree.Loose(e.InnerText);
+        if (elements.Count == 0 && e.InnerText.Length > 0) o["value"] = new LooseText(e.InnerText);
         return o;
     }
 
@@ -242,7 +260,7 @@ public sealed class CsvDataSource : IMailMergeDataSourceRoot
                 if (headers == null && options.HasHeaders) { headers = rec.ToArray(); continue; }
                 var o = DataTree.NewObject();
                 for (int i = 0; i < rec.Count; i++)
-                    o[headers != null && i < headers.Length ? headers[i] : "Column" + (i + 1)] = DataTree.Loose(rec[i]);
+                    o[headers != null && i < headers.Length ? headers[i] : "Column" + (i + 1)] = new LooseText(rec[i]);
                 Root.Add(o);
             }
         }

@@ -103,7 +103,7 @@ internal sealed class Expression
     {
         if (a == null || b == null) return a == null && b == null ? 0 : a == null ? -1 : 1;
         if (IsNumber(a) && IsNumber(b)) return Num(a).CompareTo(Num(b));
-        if (a is DateTime da && b is DateTime db) return da.CompareTo(db);
+        if (AsDate(a) is { } da && AsDate(b) is { } db) return da.CompareTo(db);
         if (a is bool ba && b is bool bb) return ba.CompareTo(bb);
         return string.CompareOrdinal(Text(a), Text(b));
     }
@@ -116,7 +116,7 @@ internal sealed class Expression
             if (Eat("+"))
             {
                 var r = Mul();
-                v = IsNumber(v) && IsNumber(r) ? Num(v) + Num(r) : Text(v) + Text(r);
+                v = IsNumber(v) && IsNumber(r) && !(v is LooseText && r is string || v is string && r is LooseText) ? Num(v) + Num(r) : Text(v) + Text(r);
             }
             else if (Eat("-")) v = Num(v) - Num(Mul());
             else return v;
@@ -265,13 +265,16 @@ internal sealed class Expression
         throw Error("only lists take a number in []");
     }
 
-    public static bool IsNumber(object? v) => v is long or int or double or decimal or float or short or byte or uint or ulong;
+    public static bool IsNumber(object? v) => v is long or int or double or decimal or float or short or byte or uint or ulong || v is LooseText { Number: not null };
+
+    public static DateTime? AsDate(object? v) => v as DateTime? ?? (v as LooseText)?.Date;
 
     public static double Num(object? v) => v switch
     {
         null => 0,
         bool b => b ? 1 : 0,
-        string str => double.TryParse(str, NumberStyles.Float, CultureInfo.InvariantCulture, out var d) ? d : throw new ArgumentException($"\"{str}\" is not a number"),
+        LooseText t => t.Number ?? throw new ArgumentException($"\"{t.Text}\" is not a number"),
+        string str => throw new ArgumentException($"\"{str}\" is text, not a number"),
         _ when IsNumber(v) => Convert.ToDouble(v, CultureInfo.InvariantCulture),
         _ => throw new ArgumentException($"{v} is not a number"),
     };
@@ -281,6 +284,7 @@ internal sealed class Expression
         null => false,
         bool b => b,
         string str => str.Length > 0,
+        LooseText t => t.Text.Length > 0,
         IEnumerable e => e.Cast<object?>().Any(),
         _ when IsNumber(v) => Num(v) != 0,
         _ => true,
@@ -290,6 +294,7 @@ internal sealed class Expression
     {
         null => "",
         string str => str,
+        LooseText t => t.Text,
         bool b => b ? "true" : "false",
         double d => d.ToString(CultureInfo.InvariantCulture),
         IFormattable f => f.ToString(null, CultureInfo.InvariantCulture),

@@ -45,7 +45,7 @@ public sealed class KnownTypeSet : IEnumerable<Type>
 /// replaced by data (see the user's guide for the tags).</summary>
 public sealed class ReportingEngine
 {
-    private static readonly Regex Tag = new(@"\[\[(?:[^\]""']|""[^""]*""|'[^']*'|\](?!\]))*\]\]", RegexOptions.Compiled);
+    private static readonly Regex Tag = new(@"\[\[(?:[^\[\]""']|""[^""]*""|'[^']*'|\[(?:[^\[\]]|\[[^\[\]]*\])*\])*\]\]", RegexOptions.Compiled);
     private static readonly Regex EachTag = new(@"^([A-Za-z_]\w*)\s+in\s+(.+)$", RegexOptions.Compiled | RegexOptions.Singleline);
 
     public ReportBuildOptions Options { get; set; }
@@ -286,7 +286,7 @@ public sealed class ReportingEngine
         if (format == null) return Expression.Text(v);
         var culture = CultureInfo.InvariantCulture;
         if (FieldFormatting.Parse(format) is { } g) return FieldFormatting.General(Expression.Text(v), g, culture);
-        if (v is DateTime d) return FieldFormatting.Date(d, format, culture);
+        if (Expression.AsDate(v) is { } d) return FieldFormatting.Date(d, format, culture);
         if (Expression.IsNumber(v)) return FieldFormatting.Number(Expression.Num(v), format, culture);
         throw new FormatException($"\"{format}\" is no format for {Expression.Text(v)}");
     }
