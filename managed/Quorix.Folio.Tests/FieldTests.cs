@@ -287,6 +287,23 @@ public class FieldTests
     }
 
     [Fact]
+    public void FieldBuilderNestsFieldsAndQuotesArguments()
+    {
+        var (doc, b) = NewDoc();
+        b.StartBookmark("n"); b.Write("5"); b.EndBookmark("n"); b.Writeln();
+        var para = doc.FirstSection!.Body!.LastParagraph!;
+        // IF { = n * 2 } > 9 "big: { QUOTE "ten" }" "small"
+        var formula = new FieldBuilder(FieldType.FieldFormula).AddArgument(new FieldBuilder(FieldType.FieldRef).AddArgument("n")).AddArgument("*").AddArgument(2);
+        var text = new FieldArgumentBuilder().AddText("big \"x\": ").AddField(new FieldBuilder(FieldType.FieldQuote).AddArgument("ten"));
+        var f = new FieldBuilder(FieldType.FieldIf).AddArgument(formula).AddArgument(">").AddArgument(9).AddArgument(text).AddArgument("small")
+            .AddSwitch("\\*", "Upper").BuildAndInsert(para);
+        Assert.IsType<FieldIf>(f);
+        Assert.Equal("BIG \"X\": TEN", f.Result);
+        Assert.Throws<ArgumentException>(() => new FieldBuilder(FieldType.FieldNone));
+        Assert.Throws<ArgumentException>(() => new FieldBuilder(FieldType.FieldIf).AddSwitch("x"));
+    }
+
+    [Fact]
     public void TocWithoutEntriesSaysSo()
     {
         var (doc, b) = NewDoc();
