@@ -304,6 +304,25 @@ public class FieldTests
     }
 
     [Fact]
+    public void IndexSortsGroupsAndNestsEntries()
+    {
+        var (doc, b) = NewDoc();
+        var index = b.InsertField("INDEX \\h \"— A —\" \\f I", "");
+        b.Writeln();
+        foreach (var code in new[] { "XE \"pear\"", "XE \"Apple:green\"", "XE \"apple:Red\"", "XE \"banana\" \\t \"See fruit\"", "XE \"secret\" \\f X", "XE \"Apple\"" })
+        {
+            b.Write("text ");
+            b.InsertField(code, "");
+            b.Writeln();
+        }
+        doc.UpdateFields();
+        var lines = doc.FirstSection!.Body!.Paragraphs.Cast<Paragraph>().Select(Paragraphs.Visible).TakeWhile(t => !t.StartsWith("text")).ToArray();
+        Assert.Equal(new[] { "— A —", "Apple", "green", "Red", "— B —", "banana. See fruit", "— P —", "pear" }, lines);
+        var indents = doc.FirstSection!.Body!.Paragraphs.Cast<Paragraph>().Skip(2).Take(2).Select(p => p.ParagraphFormat.LeftIndent);
+        Assert.Equal(new[] { 18.0, 18.0 }, indents);
+    }
+
+    [Fact]
     public void TocWithoutEntriesSaysSo()
     {
         var (doc, b) = NewDoc();

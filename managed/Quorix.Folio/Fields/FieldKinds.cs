@@ -59,7 +59,7 @@ internal static class FieldKinds
         // Kinds recognised whose results come from elsewhere (page layout) or are kept as read.
         ["PAGE"] = (FieldType.FieldPage, null), ["NUMPAGES"] = (FieldType.FieldNumPages, null),
         ["SECTIONPAGES"] = (FieldType.FieldSectionPages, null), ["PAGEREF"] = (FieldType.FieldPageRef, null),
-        ["SECTION"] = (FieldType.FieldSection, null), ["INDEX"] = (FieldType.FieldIndex, null),
+        ["SECTION"] = (FieldType.FieldSection, null), ["INDEX"] = (FieldType.FieldIndex, () => new FieldIndex()),
         ["TOA"] = (FieldType.FieldTOA, null), ["TA"] = (FieldType.FieldTOAEntry, null),
         ["INCLUDEPICTURE"] = (FieldType.FieldIncludePicture, null), ["BARCODE"] = (FieldType.FieldBarcode, null),
         ["DISPLAYBARCODE"] = (FieldType.FieldDisplayBarcode, null), ["CITATION"] = (FieldType.FieldCitation, null),

@@ -78,6 +78,31 @@ public partial class Field
         TextRange.ReplaceBetween(Separator, End, text);
     }
 
+    /// <summary>Makes the paragraphs the result: the first takes the place of the old result, in the
+    /// paragraph of the separator; the field's end and what followed it move to the last.</summary>
+    internal void WriteParagraphs(List<Paragraph> paras, string whenEmpty)
+    {
+        WriteResult(paras.Count == 0 ? whenEmpty : "");
+        if (paras.Count == 0) return;
+        var sep = Separator!;
+        var first = sep.ParentParagraph!;
+        // What ReplaceBetween left: one empty run after the separator.
+        if (sep.NextSibling is Run empty && empty.Text.Length == 0) empty.Remove();
+        first.ParagraphFormat.StyleName = paras[0].ParagraphFormat.StyleName;
+        Node at = sep;
+        while (paras[0].FirstChild is { } c) { first.InsertAfter(c, at); at = c; }
+        Node after = first;
+        for (int i = 1; i < paras.Count; i++) { first.ParentNode!.InsertAfter(paras[i], after); after = paras[i]; }
+        if (paras.Count == 1) return;
+        var last = paras[^1];
+        for (Node? n = End; n != null;)
+        {
+            var next = n.NextSibling;
+            last.AppendChild(n);
+            n = next;
+        }
+    }
+
     /// <summary>Replaces the code by the given text; nested fields in the code go with it.</summary>
     internal void SetCode(string code) => TextRange.ReplaceBetween(Start, (Node?)Separator ?? End, " " + code.Trim() + " ");
 

@@ -157,16 +157,6 @@ internal static class TocEntries
     public static void Write(FieldToc toc, List<Entry> entries, FieldCode code, FieldUpdateContext ctx)
     {
         var doc = ctx.Doc!;
-        toc.WriteResult("");
-        var sep = toc.Separator!;
-        var first = sep.ParentParagraph!;
-        // What ReplaceBetween left: one empty run after the separator.
-        if (sep.NextSibling is Run empty && empty.Text.Length == 0) empty.Remove();
-        if (entries.Count == 0)
-        {
-            first.InsertAfter(new Run(doc, "No table of contents entries found."), sep);
-            return;
-        }
         bool links = code.Has("\\h");
         var separator = code.Get("\\p");
         var paras = new List<Paragraph>();
@@ -185,21 +175,7 @@ internal static class TocEntries
             }
             paras.Add(p);
         }
-        // The first entry goes where the result was; the field's end and what followed it move to the last.
-        var anchor = sep;
-        first.ParagraphFormat.StyleIdentifier = paras[0].ParagraphFormat.StyleIdentifier;
-        Node at = anchor;
-        while (paras[0].FirstChild is { } c) { first.InsertAfter(c, at); at = c; }
-        if (paras.Count == 1) return;
-        Node after = first;
-        for (int i = 1; i < paras.Count; i++) { first.ParentNode!.InsertAfter(paras[i], after); after = paras[i]; }
-        var last = paras[^1];
-        for (Node? n = toc.End; n != null;)
-        {
-            var next = n.NextSibling;
-            last.AppendChild(n);
-            n = next;
-        }
+        toc.WriteParagraphs(paras, "No table of contents entries found.");
     }
 
     private static void SetLevelStyle(Document doc, Paragraph p, int level)
