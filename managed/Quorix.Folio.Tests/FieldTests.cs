@@ -322,6 +322,47 @@ public class FieldTests
         Assert.Equal(new[] { 18.0, 18.0 }, indents);
     }
 
+    private sealed class Respondent : IFieldUserPromptRespondent
+    {
+        public readonly List<string> Prompts = new();
+
+        public string? Respond(string promptText, string defaultResponse)
+        {
+            Prompts.Add(promptText + "|" + defaultResponse);
+            return promptText.StartsWith("Skip") ? null : "answer to " + promptText;
+        }
+    }
+
+    [Fact]
+    public void PromptsIncludesStyleRefsAndAutomaticNumbers()
+    {
+        var (doc, b) = NewDoc();
+        var respondent = new Respondent();
+        doc.FieldOptions.UserPromptRespondent = respondent;
+        var include = Path.Combine(Path.GetTempPath(), $"qrx-include-{Guid.NewGuid():N}.txt");
+        File.WriteAllText(include, "line one\nline two\n");
+        try
+        {
+            b.ParagraphFormat.StyleIdentifier = StyleIdentifier.Heading1;
+            b.Writeln("Chapter A");
+            b.ParagraphFormat.StyleIdentifier = StyleIdentifier.Normal;
+            b.InsertField("ASK who \"Name?\" \\d \"nobody\"", ""); b.InsertField("REF who", ""); b.Writeln();
+            b.InsertField("FILLIN \"Skip me\" \\d \"fallback\"", ""); b.Writeln();
+            b.InsertField($"INCLUDETEXT \"{include.Replace("\\", "\\\\")}\"", ""); b.Writeln();
+            b.InsertField("STYLEREF \"heading 1\"", ""); b.Writeln();
+            b.InsertField("AUTONUM", ""); b.InsertField("AUTONUM", ""); b.InsertField("AUTONUMOUT", ""); b.Writeln();
+            b.InsertField("LISTNUM Steps", ""); b.InsertField("LISTNUM Steps", ""); b.InsertField("LISTNUM Steps \\s 7", "");
+            doc.UpdateFields();
+        }
+        finally
+        {
+            File.Delete(include);
+        }
+        Assert.Equal(new[] { "", "answer to Name?", "fallback", "line one\vline two", "Chapter A", "1.", "2.", "III.", "1)", "2)", "7)" },
+            doc.Range.Fields.Select(f => f.Result).ToArray());
+        Assert.Equal(new[] { "Name?|nobody", "Skip me|fallback" }, respondent.Prompts);
+    }
+
     [Fact]
     public void TocWithoutEntriesSaysSo()
     {
