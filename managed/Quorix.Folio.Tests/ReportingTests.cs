@@ -163,6 +163,20 @@ public class ReportingTests
         Assert.Equal("kept", Text(doc));
     }
 
+    [Fact]
+    public void LinksAndImagesComeFromData()
+    {
+        // A 1x1 PNG, as base64 text in the data.
+        const string png = "iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mP8z8BQDwAEhQGAhKmMIQAAAABJRU5ErkJggg==";
+        var data = $$"""{ "site": "https://example.org/a", "name": "Example", "logo": "{{png}}", "none": null }""";
+        var doc = Template("Visit [[link d.site, d.name]] [[image d.logo, 20, 10]][[image d.none]]");
+        new ReportingEngine().BuildReport(doc, Json(data), "d");
+        var link = Assert.Single(doc.Range.Fields.OfType<FieldHyperlink>());
+        Assert.Equal(("https://example.org/a", "Example"), (link.Address, link.Result));
+        var shape = Assert.Single(doc.GetChildNodes(NodeType.Shape, true).Cast<Drawing.Shape>());
+        Assert.Equal((20.0, 10.0), (shape.Width, shape.Height));
+    }
+
     public sealed class Invoice
     {
         public string Number { get; set; } = "";

@@ -105,7 +105,7 @@ public sealed class ReportingEngine
         _ => data,
     };
 
-    private enum Kind { Value, Each, If, Else, EndEach, EndIf, Link }
+    private enum Kind { Value, Each, If, Else, EndEach, EndIf, Link, Image }
 
     private static (Kind Kind, string Body) Parse(string tag)
     {
@@ -116,6 +116,7 @@ public sealed class ReportingEngine
         if (body.StartsWith("each ", StringComparison.Ordinal)) return (Kind.Each, body[5..]);
         if (body.StartsWith("if ", StringComparison.Ordinal)) return (Kind.If, body[3..]);
         if (body.StartsWith("link ", StringComparison.Ordinal)) return (Kind.Link, body[5..]);
+        if (body.StartsWith("image ", StringComparison.Ordinal)) return (Kind.Image, body[6..]);
         return (Kind.Value, body);
     }
 
@@ -140,6 +141,9 @@ public sealed class ReportingEngine
                         break;
                     case Kind.Link:
                         Link(run, body, scope);
+                        break;
+                    case Kind.Image:
+                        Image(run, body, scope);
                         break;
                     case Kind.Each or Kind.If:
                         i = Block(tags, i, kind, body, scope);
@@ -250,6 +254,31 @@ public sealed class ReportingEngine
         b.MoveTo(run);
         b.Font.Bold = run.Font.Bold;
         b.InsertHyperlink(shown, target, false);
+        run.Remove();
+    }
+
+    // The picture is bytes, base64 text or a local file's name; an optional width and height in points follow.
+    private void Image(Run run, string body, Scope scope)
+    {
+        var parts = SplitTop(body, ',');
+        var v = Expression.Evaluate(parts[0], scope);
+        byte[] bytes = v switch
+        {
+            byte[] b => b,
+            string or LooseText when File.Exists(Expression.Text(v)) => File.ReadAllBytes(Expression.Text(v)),
+            string or LooseText => Convert.FromBase64String(Expression.Text(v)),
+            null => Array.Empty<byte>(),
+            _ => throw new ArgumentException("an image must be bytes, base64 text or a file name"),
+        };
+        if (bytes.Length > 0)
+        {
+            double w = parts.Count > 1 ? Expression.Num(Expression.Evaluate(parts[1], scope)) : -1;
+            double h = parts.Count > 2 ? Expression.Num(Expression.Evaluate(parts[2], scope)) : -1;
+            var b = new DocumentBuilder((Document)run.Document!);
+            b.MoveTo(run);
+            b.InsertImage(bytes, w, h);
+        }
+        else if (run.ParentNode is Paragraph p) emptied.Add(p);
         run.Remove();
     }
 
