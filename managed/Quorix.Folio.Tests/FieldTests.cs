@@ -188,15 +188,23 @@ public class FieldTests
     public void DocumentPropertiesComeFromTheFileAndCountsFromTheText()
     {
         var (doc, b) = NewDoc();
-        doc.FieldProperties["Author"] = "Kari";
-        doc.FieldProperties["Title"] = "Plan";
-        doc.FieldProperties["Project"] = "Apollo";
-        doc.FieldProperties["CreateTime"] = "2023-11-02T10:00:00Z";
+        doc.BuiltInDocumentProperties.Author = "Kari";
+        doc.BuiltInDocumentProperties.Title = "Plan";
+        doc.CustomDocumentProperties.Add("Project", "Apollo");
+        doc.BuiltInDocumentProperties.CreatedTime = new DateTime(2023, 11, 2, 12, 0, 0, DateTimeKind.Utc);
+        doc = TestSupport.RoundTrip(doc);
+        doc.FieldOptions.FieldUpdateCulture = CultureInfo.InvariantCulture;
+        b = new DocumentBuilder(doc);
+        b.MoveToDocumentEnd();
         b.InsertField("AUTHOR", ""); b.InsertField("TITLE \\* Upper", ""); b.InsertField("DOCPROPERTY Project", "");
         b.InsertField("DOCPROPERTY Nope", ""); b.InsertField("CREATEDATE \\@ yyyy-MM-dd", "");
         doc.UpdateFields();
         Assert.Equal(new[] { "Kari", "PLAN", "Apollo", "Error! Unknown document property name.", "2023-11-02" },
             doc.Range.Fields.Select(f => f.Result).ToArray());
+
+        // An argument sets the property.
+        b.InsertField("SUBJECT \"Budget 2024\"", "").Update();
+        Assert.Equal("Budget 2024", doc.BuiltInDocumentProperties.Subject);
 
         // Field codes are not counted; the words of the text are.
         Assert.Equal("3", Updated("NUMWORDS", (d, b) => b.Writeln("three little words")));

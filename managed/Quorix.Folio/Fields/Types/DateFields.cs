@@ -25,8 +25,9 @@ public abstract class FieldDateBase : Field
         return text;
     }
 
+    // Stored times are universal; fields show them in local time.
     private protected static DateTime? Stored(FieldUpdateContext ctx, string name) =>
-        ctx.Property(name) is { } v && DateTime.TryParse(v, CultureInfo.InvariantCulture, DateTimeStyles.AdjustToUniversal | DateTimeStyles.AssumeUniversal, out var d) ? d.ToLocalTime() : null;
+        ctx.PropertyValue(name) is DateTime d && d != DateTime.MinValue ? (d.Kind == DateTimeKind.Local ? d : DateTime.SpecifyKind(d, DateTimeKind.Utc).ToLocalTime()) : null;
 }
 
 public sealed class FieldDate : FieldDateBase
@@ -60,7 +61,7 @@ public sealed class FieldCreateDate : FieldDateBase
 {
     internal FieldCreateDate() { }
 
-    internal override DateTime? Moment(FieldUpdateContext ctx) => Stored(ctx, "CreateTime");
+    internal override DateTime? Moment(FieldUpdateContext ctx) => Stored(ctx, "CreatedTime");
 }
 
 public sealed class FieldSaveDate : FieldDateBase

@@ -10,11 +10,14 @@ public abstract class FieldPropertyBase : Field
 
     private protected abstract string PropertyName { get; }
 
+    // An argument sets the property, as the word processor does when the field is updated.
     internal override string? Compute(FieldUpdateContext ctx)
     {
         var code = ParseCode();
-        if (code.Args.Count > 0 && ctx.Doc != null) ctx.Doc.FieldProperties[PropertyName] = string.Join(' ', code.Args);
-        return ctx.Doc?.FieldProperties.TryGetValue(PropertyName, out var set) == true ? set : ctx.Property(PropertyName) ?? "";
+        if (code.Args.Count > 0 && ctx.Doc != null
+            && typeof(Properties.BuiltInDocumentProperties).GetProperty(PropertyName) is { PropertyType: var t } p && t == typeof(string))
+            p.SetValue(ctx.Doc.BuiltInDocumentProperties, string.Join(' ', code.Args));
+        return ctx.Property(PropertyName) ?? "";
     }
 }
 
@@ -111,7 +114,7 @@ public sealed class FieldInfo : Field
         var code = ParseCode();
         var name = code.Arg(0).ToUpperInvariant() switch
         {
-            "KEYWORDS" => "Keywords", "LASTSAVEDBY" => "LastSavedBy", "CREATEDATE" => "CreateTime", "SAVEDATE" => "LastSavedTime",
+            "KEYWORDS" => "Keywords", "LASTSAVEDBY" => "LastSavedBy", "CREATEDATE" => "CreatedTime", "SAVEDATE" => "LastSavedTime",
             var other => other,
         };
         return ctx.Property(name);

@@ -17,9 +17,6 @@ public sealed partial class Document
     // Page layout sets this so that tables of contents can show page numbers.
     internal Func<Node, int?>? PageLocator;
 
-    // Property values set since loading, over those of the file, until the document's property store takes them.
-    internal readonly Dictionary<string, string> FieldProperties = new(StringComparer.OrdinalIgnoreCase);
-
     /// <summary>Computes every field's result again, nested fields first; returns how many were computed.</summary>
     public int UpdateFields()
     {

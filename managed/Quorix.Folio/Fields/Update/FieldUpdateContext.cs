@@ -16,7 +16,6 @@ internal sealed class FieldUpdateContext
 
     /// <summary>The page a node is laid out on, where page layout has been done.</summary>
     public Func<Node, int?>? PageOf => Doc?.PageLocator;
-    private Dictionary<string, string>? properties;
 
     public FieldUpdateContext(Document? doc)
     {
@@ -27,9 +26,22 @@ internal sealed class FieldUpdateContext
 
     public CultureInfo Culture => Options.Culture;
 
-    public Dictionary<string, string> Properties => properties ??= DocumentInfo.Read(Doc);
+    /// <summary>A built-in or custom document property's value; null when it is not set.</summary>
+    public object? PropertyValue(string name)
+    {
+        if (Doc == null) return null;
+        if (Doc.BuiltInDocumentProperties.TryGetValue(name, out var v)) return v;
+        return Doc.CustomDocumentProperties.TryGetValue(name, out v) ? v : null;
+    }
 
-    public string? Property(string name) => Properties.TryGetValue(name, out var v) ? v : null;
+    /// <summary>A property's value as text, dates in the culture's short form.</summary>
+    public string? Property(string name) => PropertyValue(name) switch
+    {
+        null => null,
+        DateTime d => d.ToString(Culture.DateTimeFormat.ShortDatePattern, Culture),
+        IFormattable f => f.ToString(null, Culture),
+        var other => other.ToString(),
+    };
 
     private Dictionary<string, Bookmark>? bookmarks;
 
