@@ -62,12 +62,6 @@ public sealed class ReportingEngine
     public bool BuildReport(Document document, object dataSource, string dataSourceName) =>
         BuildReport(document, new[] { dataSource }, new string?[] { dataSourceName });
 
-    public bool BuildReport(Document document, JsonDataSource dataSource, string dataSourceName) => BuildReport(document, (object)dataSource, dataSourceName);
-
-    public bool BuildReport(Document document, XmlDataSource dataSource, string dataSourceName) => BuildReport(document, (object)dataSource, dataSourceName);
-
-    public bool BuildReport(Document document, CsvDataSource dataSource, string dataSourceName) => BuildReport(document, (object)dataSource, dataSourceName);
-
     /// <summary>Builds the report; false when a tag failed and its message was written in its place.</summary>
     public bool BuildReport(Document document, object[] dataSources, string?[] dataSourceNames)
     {
