@@ -223,4 +223,98 @@ public class MailMergeTests
         Assert.Equal("ACME!", Text(doc));
         Assert.Equal(new[] { "Client>CustomerName#0" }, cb.Seen);
     }
+
+    /// <summary>Orders with their lines as a hand-written source, the way an application would offer its data.</summary>
+    private sealed class Orders : IMailMergeDataSource
+    {
+        private readonly (string Id, string[] Lines)[] rows;
+        private int i = -1;
+
+        public Orders(params (string, string[])[] rows) { this.rows = rows; }
+
+        public string TableName => "Order";
+
+        public bool MoveNext() => ++i < rows.Length;
+
+        public bool GetValue(string fieldName, out object? fieldValue)
+        {
+            fieldValue = fieldName == "Id" ? rows[i].Id : null;
+            return fieldName == "Id";
+        }
+
+        public IMailMergeDataSource? GetChildDataSource(string tableName) =>
+            tableName == "Line" ? new Lines(rows[i].Lines) : null;
+    }
+
+    private sealed class Lines : IMailMergeDataSource
+    {
+        private readonly string[] items;
+        private int i = -1;
+
+        public Lines(string[] items) { this.items = items; }
+
+        public string TableName => "Line";
+
+        public bool MoveNext() => ++i < items.Length;
+
+        public bool GetValue(string fieldName, out object? fieldValue)
+        {
+            fieldValue = fieldName == "Item" ? items[i] : fieldName == "Qty" ? (object)items[i].Length : null;
+            return fieldValue != null;
+        }
+
+        public IMailMergeDataSource? GetChildDataSource(string tableName) => null;
+    }
+
+    [Fact]
+    public void HandWrittenSourcesFillNestedRegionsAndEmptyRowsCanGo()
+    {
+        var doc = RegionDoc();
+        doc.MailMerge.CleanupOptions = MailMergeCleanupOptions.RemoveEmptyTableRows;
+        doc.MailMerge.ExecuteWithRegions(new Orders(("A", new[] { "Pen", "" }), ("B", Array.Empty<string>())));
+        doc.UpdateFields();
+        var tables = doc.GetChildNodes(NodeType.Table, true).Cast<Table>().ToArray();
+        // The empty item's row still has its quantity (0), so it stays; order B has no lines, only its total row.
+        Assert.Equal(new[] { 3, 1 }, tables.Select(t => t.Rows.Count));
+        Assert.Contains("Order A", Text(doc));
+        Assert.Contains("Order B", Text(doc));
+    }
+
+    [Fact]
+    public void MustacheRegionsRepeatAndFieldNamesListTags()
+    {
+        var (doc, b) = NewDoc();
+        b.Writeln("{{#Line}}");
+        b.Writeln("- {{Item}} x{{Qty}}");
+        b.Write("{{/Line}}");
+        doc.MailMerge.UseNonMergeFields = true;
+        doc.MailMerge.ExecuteWithRegions(new Lines(new[] { "Pen", "Ink" }));
+        Assert.Equal("- Pen x3|- Ink x3", Text(doc));
+    }
+
+    [Fact]
+    public void RegionsInOneParagraphRepeatTheTextBetween()
+    {
+        var (doc, b) = NewDoc();
+        b.Write("Items: ");
+        b.InsertField("MERGEFIELD TableStart:Line", "");
+        b.InsertField("MERGEFIELD Item", "");
+        b.Write(";");
+        b.InsertField("MERGEFIELD TableEnd:Line", "");
+        b.Write(" end");
+        doc.MailMerge.ExecuteWithRegions(new Lines(new[] { "a", "b", "c" }));
+        Assert.Equal("Items: a;b;c; end", Text(doc));
+    }
+
+    [Fact]
+    public void DeleteFieldsLeavesPlainText()
+    {
+        var (doc, b) = NewDoc();
+        b.Write("x");
+        b.InsertField("MERGEFIELD A", "«A»");
+        b.InsertField("DATE", "today");
+        doc.MailMerge.DeleteFields();
+        Assert.Equal("xtoday", Text(doc));
+        Assert.Single(doc.Range.Fields);
+    }
 }

@@ -1,7 +1,7 @@
 namespace Quorix.Folio.Fields;
 
 /// <summary>The fields of a range, in the order their starts appear.</summary>
-public sealed class FieldCollection : IEnumerable<Field>
+public sealed class FieldCollection : IReadOnlyList<Field>
 {
     private readonly Node root;
 

@@ -48,6 +48,11 @@ public partial class Field
 
     public FieldFormat Format => new(this);
 
+    // A field is its markers: two objects for the same start are the same field.
+    public override bool Equals(object? obj) => obj is Field f && f.Start == Start;
+
+    public override int GetHashCode() => Start.GetHashCode();
+
     /// <summary>Whether the field keeps its result on update.</summary>
     public bool IsLocked
     {

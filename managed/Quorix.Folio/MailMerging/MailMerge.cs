@@ -142,10 +142,11 @@ public sealed class MailMerge
         return list;
     }
 
-    /// <summary>Removes what the cleanup options name without merging data.</summary>
+    /// <summary>Removes every merge field, results and all, without merging data.</summary>
     public void DeleteFields()
     {
-        foreach (var f in new MergeEngine(doc, this).MergeFieldsOf(new MergeEngine(doc, this).Stories()))
+        var engine = new MergeEngine(doc, this);
+        foreach (var f in engine.MergeFieldsOf(engine.Stories()))
             if (f.Start.ParentNode != null) f.Remove();
     }
 }
