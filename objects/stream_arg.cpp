@@ -6,6 +6,7 @@
 #include "marshal/conv_errors.h"
 #include "module/ids.h"
 #include "module/pysh.h"
+#include "module/pysh_once.h"
 #include "objects/handle_lookup.h"
 
 namespace {
@@ -27,14 +28,26 @@ PyObject* import_or_null(PyObject* module, PyObject* name) {
     return type;
 }
 
-const FileTypes& file_types() {
-    // The references are kept for the life of the process.
-    static const FileTypes types = {
-        import_or_null(PyWrpIdModuleName_Io, PyWrpIdTypeName_RawIOBase),
-        import_or_null(PyWrpIdModuleName_Io, PyWrpIdTypeName_BufferedIOBase),
-        import_or_null(PyWrpIdModuleName_QuorixPyFund, PyWrpIdTypeName_BytesAsStream),
-    };
-    return types;
+// The references are kept for the life of the process.
+FileTypes g_file_types = {};
+PyShOnce g_file_types_once;
+
+// The file classes, imported on first need; NULL with an error only if the imports raised
+// something other than a missing module or type (they run Python code: see PyShOnce).
+const FileTypes* file_types() {
+    int rc = g_file_types_once.run([] {
+        g_file_types = {
+            import_or_null(PyWrpIdModuleName_Io, PyWrpIdTypeName_RawIOBase),
+            import_or_null(PyWrpIdModuleName_Io, PyWrpIdTypeName_BufferedIOBase),
+            import_or_null(PyWrpIdModuleName_QuorixPyFund, PyWrpIdTypeName_BytesAsStream),
+        };
+        return 0;
+    });
+    return rc < 0 ? nullptr : &g_file_types;
+}
+
+[[gnu::cold, gnu::noinline]] int fail_not_a_stream(PyObject* obj) {
+    return marshal_fail_typename(PyExc_TypeError, "can't build Stream from '%s'", obj);
 }
 
 // 1 when `obj` is an instance of `type`, 0 if not (or no such type), -1 on error.
@@ -57,13 +70,15 @@ int fn_conv_py_stream_to_clr_stream(PyObject* obj, VariantArg* out) {
         if (accepted < 0)
             return 0;
         if (!accepted)
-            return marshal_fail_typename(PyExc_TypeError, "can't build Stream from '%s'", obj);
+            return fail_not_a_stream(obj);
         out->tag = 0;
         out->value = handle;
         return 1;
     }
-    const FileTypes& types = file_types();
-    for (PyObject* type : {types.raw, types.buffered, types.bytes_as_stream}) {
+    const FileTypes* types = file_types();
+    if (types == nullptr)
+        return 0;
+    for (PyObject* type : {types->raw, types->buffered, types->bytes_as_stream}) {
         int found = is_instance(obj, type);
         if (found < 0)
             return 0;
@@ -73,5 +88,5 @@ int fn_conv_py_stream_to_clr_stream(PyObject* obj, VariantArg* out) {
             return 1;
         }
     }
-    return marshal_fail_typename(PyExc_TypeError, "can't build Stream from '%s'", obj);
+    return fail_not_a_stream(obj);
 }

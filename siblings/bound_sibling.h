@@ -10,6 +10,7 @@
 
 #include "host/clr_host.h"
 #include "module/ids.h"
+#include "module/pysh_once.h"
 #include "objects/handle_release.h"
 #include "objects/pyhold_api.h"
 #include "siblings/sealed_placeholder.h"
@@ -21,7 +22,9 @@ extern const char* const kPySibInteropAssembly;
 
 namespace pysib_detail {
 
-inline bool host_started = false;
+// Joining imports quorix.pyhold and may run managed start-up code: threads arriving meanwhile
+// must wait without the interpreter lock (see PyShOnce).
+inline PyShOnce host_start;
 
 inline void free_through_pyhold(void* handle) {
     if (handle == nullptr)
@@ -38,17 +41,14 @@ inline void free_through_pyhold(void* handle) {
 int PySib_StartHost();
 
 inline int PySib_StartHostOnce() {
-    if (pysib_detail::host_started)
-        return 0;
-    // Derived-class results are held by quorix.pyhold's safe handles.
-    const PyHoldCApi* capi = PyHoldCApi_Import();
-    if (capi == nullptr)
-        return -1;
-    pyhold_capi_store(capi);
-    if (initialize_clr_host("", kPySibInteropAssembly, false, "quorix", "folio") < 0)
-        return -1;
-    pysib_detail::host_started = true;
-    return 0;
+    return pysib_detail::host_start.run([] {
+        // Derived-class results are held by quorix.pyhold's safe handles.
+        const PyHoldCApi* capi = PyHoldCApi_Import();
+        if (capi == nullptr)
+            return -1;
+        pyhold_capi_store(capi);
+        return initialize_clr_host("", kPySibInteropAssembly, false, "quorix", "folio") < 0 ? -1 : 0;
+    });
 }
 
 // Module body shared by the siblings: version attributes, then every generated type added to
