@@ -4,11 +4,18 @@
 
 #include "builtins/callback_tables.h"
 #include "host/exchange_host.h"
+#include "host/fork_guard.h"
 #include "host/host_environment.h"
 #include "host/object_host.h"
+#include "module/pysh.h"
 
 int initialize_clr_host(const char* runtime_dir, const char* assembly, bool debug, const char* company,
                         const char* product) {
+    // A sibling that first joins in a forked child would join a runtime that cannot run there.
+    if (host_in_forked_child()) {
+        PyShlErr_ForkedChild();
+        return -1;
+    }
     HostEnvironment::instance(runtime_dir, debug, company, product, nullptr, nullptr);
 
     ExchangeHost& exchange = ExchangeHost::get_instance();

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "host/fork_guard.h"
+
 class ExchangeHost {
 public:
     static ExchangeHost& get_instance();
@@ -24,8 +26,15 @@ public:
     void set_py_static_callbacks(void* const* table) const { set_py_static_callbacks_(table); }
     void set_py_generic_callbacks(void* const* table) const { set_py_generic_callbacks_(table); }
     void set_regltp_pytocsfx(void* const* table) const { set_regltp_pytocsfx_(table); }
-    void free_instance(void* handle) const { free_instance_(handle); }
-    void free_struct(void* handle) const { free_struct_(handle); }
+    // In a forked child the handle is left alone: the runtime there cannot run (fork_guard.h).
+    void free_instance(void* handle) const {
+        if (!host_in_forked_child())
+            free_instance_(handle);
+    }
+    void free_struct(void* handle) const {
+        if (!host_in_forked_child())
+            free_struct_(handle);
+    }
     // 0 when the managed services started, -1 with the Python error raised through the callback.
     int init_services() const { return init_services_(); }
     // 1 with *out_handle a new handle to a boxed copy of the structure; 0 on failure.

@@ -1,9 +1,11 @@
 #include "host/host_environment.h"
 
+#include <cstdlib>
 #include <stdexcept>
 #include <vector>
 
 #include "host/core_clr_init_exception.h"
+#include "host/fork_guard.h"
 #include "host/pal.h"
 #include "host/trace.h"
 
@@ -33,8 +35,10 @@ std::string company_variable(const char* base, const char* company) {
 HostEnvironment::HostEnvironment() { g_constructed = this; }
 
 HostEnvironment::~HostEnvironment() {
-    // Runs at process exit; an exception here ends the process, as it must.
-    try_shutdown_default_app_domain();
+    // Runs at process exit; an exception here ends the process, as it must. A forked child
+    // has no runtime threads to shut down: waiting for them would never end.
+    if (!host_in_forked_child())
+        try_shutdown_default_app_domain();
     g_constructed = nullptr;
 }
 
@@ -59,6 +63,11 @@ void HostEnvironment::initialize(const char* /*runtime_dir*/, bool debug, const 
                                  const char* /*product*/, const char* runtime_dir_override,
                                  const char* assembly_dir_override) {
     trace::info("Initializing .NET Core host...");
+    // With write-xor-execute on, the runtime maps its code memory twice from one shared file.
+    // A forked child shares those pages with this process instead of copying them, so anything
+    // the child's runtime writes there lands in our code. Private mappings are copied on write.
+    // Set before the runtime library is loaded, whatever the environment said.
+    ::setenv("DOTNET_EnableWriteXorExecute", "0", 1);
     exe_path_ = pal::get_entry_point_exe();
     debug_ = debug;
     const std::string wrapper_name = get_libcoreclr_wrap_name();

@@ -25,6 +25,8 @@ void PyShlErr_UnableToImportType(PyObject* type_name, PyObject* module_name);
 void PyShlErr_UnableToImportNestedType(const char* outer_name, PyObject* nested_name);
 void PyShlErr_UnableToImportFunction(PyObject* function_name, PyObject* module_name);
 void PyShlErr_EnumTypeInitialization(const char* message, const char* enum_name);
+// RuntimeError: the process is a forked child of one that ran the runtime (host/fork_guard.h).
+void PyShlErr_ForkedChild();
 
 // ---- imports (names are interned str objects)
 // New reference to the module, or NULL; accepted when threshold <= referenced <= VERSION.

@@ -124,6 +124,13 @@ void PyShlErr_UnableToImportFunction(PyObject* function_name, PyObject* module_n
                     function_name, module_name);
 }
 
+void PyShlErr_ForkedChild() {
+    PyShlErr_ChainOrFormat(PyExc_RuntimeError,
+                           "the .NET runtime does not survive fork(): this process was forked from one in which "
+                           "the runtime ran; start worker processes with the 'spawn' or 'forkserver' start method "
+                           "(multiprocessing.get_context('spawn'))");
+}
+
 void PyShlErr_EnumTypeInitialization(const char* message, const char* enum_name) {
     // The TypeError carries the reason; an error already pending stays reachable beneath it.
     if (PyErr_Occurred())

@@ -67,6 +67,12 @@ void PyShBound_DescribeType(PyTypeObject* type, const char* tp_name, bool is_str
     type->tp_init = init != nullptr ? init : wrapClrObject_tp_init_fault;
 }
 
+int PyShBound_FailUnbound(PyObject* self) {
+    PyErr_Format(PyExc_TypeError, "this %s object has no managed object: it was made by __new__ without __init__",
+                 Py_TYPE(self)->tp_name);
+    return 0;
+}
+
 int PyShBound_FailConv(const char* name, PyObject* obj) {
     PyErr_Format(PyExc_TypeError, "can't build %s value from '%s'", name, Py_TYPE(obj)->tp_name);
     return 0;
@@ -81,8 +87,10 @@ int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_n
     VariantArg found = {};
     int has_handle = fn_conv_py_obj_to_clr_gen_not_null_handle(obj, &found);
     if (PyObject_TypeCheck(obj, type)) {
-        // An instance made by __new__ alone has no handle yet: it goes as NULL, as a receiver would.
-        *out = has_handle ? found.value : nullptr;
+        // An instance made by __new__ alone has no handle: managed code would see a null.
+        if (!has_handle || found.value == nullptr)
+            return PyShBound_FailUnbound(obj);
+        *out = found.value;
         return 1;
     }
     if (has_handle && assignable != nullptr) {

@@ -13,6 +13,15 @@ inline void* PyShBound_Handle(PyObject* self) {
     return reinterpret_cast<PySealTpObject*>(self)->handle;
 }
 
+// TypeError naming the type of `self`, an instance that no constructor bound; 0.
+[[gnu::cold, gnu::noinline]] int PyShBound_FailUnbound(PyObject* self);
+
+// The receiver check of instance entry points: false when `self` holds a managed object, else
+// true with a TypeError (an instance made by __new__ alone would reach managed code as null).
+inline bool PyShBound_Unbound(PyObject* self) {
+    return PyShBound_Handle(self) == nullptr && (PyShBound_FailUnbound(self), true);
+}
+
 // Stores what a constructor stub returned into a fresh instance.
 inline void PyShBound_SetHandle(PyObject* self, void* handle, int32_t kind) {
     auto* obj = reinterpret_cast<PySealTpObject*>(self);

@@ -7,11 +7,20 @@
 
 namespace {
 
-// Markers are trusted, but never so far as to read past the end of a smaller object.
+// The markers alone are no proof: any Python class can carry them. An inline handle is read
+// only from an instance of a type built in C with the wrapper layout and a host marker of its
+// own; classes defined in Python (heap types) qualify through such a base only, and no Python
+// code can add the marker to a static type's dictionary afterwards.
 bool
 has_inline_layout(PyObject* obj)
 {
-    return Py_TYPE(obj)->tp_basicsize >= static_cast<Py_ssize_t>(sizeof(PySealTpObject));
+    PyTypeObject* type = Py_TYPE(obj);
+    while (type != nullptr && PyType_HasFeature(type, Py_TPFLAGS_HEAPTYPE))
+        type = type->tp_base;
+    if (type == nullptr || type->tp_basicsize < static_cast<Py_ssize_t>(sizeof(PySealTpObject)))
+        return false;
+    PyObject* dict = type->tp_dict;
+    return dict != nullptr && PyDict_GetItemWithError(dict, PyWrpIdMarkattr_QuorixClrHost) != nullptr;
 }
 
 bool

@@ -48,6 +48,10 @@ PyHostState PyHostState_Build(const PyHostTable& table, std::initializer_list<Py
 }
 
 bool PyHostState_Raise(const PyHostState& state) {
+    if (host_in_forked_child()) {
+        PyShlErr_ForkedChild();
+        return true;
+    }
     PyErr_SetString(PyExc_TypeError, state.message.c_str());
     if (state.referenced_failed)
         PyShlErr_ChainFormat(PyExc_TypeError, kReferencedNotInitialized);

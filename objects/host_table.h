@@ -8,6 +8,8 @@
 #include <initializer_list>
 #include <string>
 
+#include "host/fork_guard.h"
+
 class HostEnvironment;
 
 // A type's aggregate validity, computed once from its own table and its referenced types.
@@ -62,8 +64,9 @@ PyHostState PyHostState_Build(const PyHostTable& table, std::initializer_list<Py
 [[gnu::cold, gnu::noinline]] bool PyHostState_Raise(const PyHostState& state);
 
 // The entry check: false when the type is usable, else true with the TypeError raised.
+// A forked child of a process that ran the runtime fails every entry here (host/fork_guard.h).
 inline bool PyHostState_Check(const PyHostState& state) {
-    return state.failed ? PyHostState_Raise(state) : false;
+    return state.failed || host_in_forked_child() ? PyHostState_Raise(state) : false;
 }
 
 // The query form of a state: true with the message copied when the type is unusable.

@@ -5,6 +5,7 @@
 #include "module/ids.h"
 #include "module/pysh.h"
 #include "module/pysh_ref.h"
+#include "objects/bound_class.h"
 #include "objects/handle_lookup.h"
 #include "objects/handle_release.h"
 #include "objects/seal_object.h"
@@ -36,7 +37,19 @@ void dealloc(PyObject* self, void (ExchangeHost::*free)(void*) const) {
     Py_TYPE(self)->tp_free(self);
 }
 
+// 0 when the object host may be asked about `self`; else -1 with the error set: a forked
+// child cannot run the runtime, and an object made by __new__ alone has nothing to ask about.
+int check_usable(PyObject* self) {
+    if (host_in_forked_child()) {
+        PyShlErr_ForkedChild();
+        return -1;
+    }
+    return seal(self)->handle == nullptr ? PyShBound_FailUnbound(self) : 0;
+}
+
 Py_hash_t hash(PyObject* self, const Flavour& f) {
+    if (check_usable(self) < 0)
+        return -1;
     int32_t code = (ObjectHost::get_instance().*f.hash)(seal(self)->handle);
     if (PyErr_Occurred())
         return -1;
@@ -50,6 +63,8 @@ PyObject* richcompare(PyObject* self, PyObject* other, int op, const Flavour& f)
         Py_RETURN_NOTIMPLEMENTED;
     if (self == other)
         return PyBool_FromLong(op == Py_EQ);
+    if (check_usable(self) < 0)
+        return nullptr;
     VariantArg theirs = {};
     if (!fn_conv_py_obj_to_clr_gen_handle(other, &theirs))
         Py_RETURN_NOTIMPLEMENTED;
@@ -64,6 +79,10 @@ PyObject* richcompare(PyObject* self, PyObject* other, int op, const Flavour& f)
 }
 
 PyObject* str(PyObject* self, const Flavour& f) {
+    if (seal(self)->handle == nullptr && !host_in_forked_child())
+        return default_text(self);
+    if (check_usable(self) < 0)
+        return nullptr;
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);  // the host call must not see an earlier error
     void* text = nullptr;
@@ -83,6 +102,8 @@ PyObject* str(PyObject* self, const Flavour& f) {
 }
 
 PyObject* get_type(PyObject* self, const Flavour& f) {
+    if (check_usable(self) < 0)
+        return nullptr;
     void* type_handle = nullptr;
     if ((ObjectHost::get_instance().*f.get_type)(seal(self)->handle, &type_handle) != 1 || PyErr_Occurred()) {
         PyShWrp_FreeGcHandlePtr(type_handle);

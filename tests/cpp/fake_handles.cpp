@@ -33,7 +33,7 @@ ready_types()
         return true;
     safe_handle_type.tp_flags = Py_TPFLAGS_DEFAULT;
     safe_handle_type.tp_dealloc = safe_handle_dealloc;
-    sealed_type.tp_flags = Py_TPFLAGS_DEFAULT;
+    sealed_type.tp_flags = Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE;
     sealed_type.tp_new = PyType_GenericNew;
     if (PyType_Ready(&safe_handle_type) < 0 || PyType_Ready(&sealed_type) < 0)
         return false;
@@ -100,10 +100,12 @@ fake_sealed_type()
 PyObject*
 fake_sealed_heap_type(const char* name)
 {
+    // Derived from the static wrapper type: only such types' instances are read for a handle.
+    ready_types();
     PyType_Slot slots[] = {{0, nullptr}};
     PyType_Spec spec = {name, static_cast<int>(sizeof(PySealTpObject)), 0, Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE,
                         slots};
-    return PyType_FromSpec(&spec);
+    return PyType_FromSpecWithBases(&spec, reinterpret_cast<PyObject*>(&sealed_type));
 }
 
 PyObject*

@@ -21,7 +21,7 @@ public:
 
 // A static (non-heap) type with the sealed wrapper layout, marked as wrapping objects.
 PyTypeObject* fake_sealed_type();
-// A new heap type named `name` with the sealed wrapper layout; the markers are left to the test.
+// A new heap type named `name` derived from the static one; its own markers are left to the test.
 PyObject* fake_sealed_heap_type(const char* name);
 // New safe handle owning `handle` (freed through the fake releaser on deallocation).
 PyObject* fake_safe_handle(void* handle);

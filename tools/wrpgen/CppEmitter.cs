@@ -568,6 +568,10 @@ public static class CppEmitter
         return groups;
     }
 
+    /// <summary>The condition that fails an entry point: an unusable type, or a receiver made by __new__ alone.</summary>
+    private static string EntryCheck(TypeModel t, bool hasReceiver) =>
+        hasReceiver ? $"{Invalidate(t)}() || PyShBound_Unbound(self)" : $"{Invalidate(t)}()";
+
     private static string MethodFunction(TypeModel t, MethodGroup g) =>
         $"wrpPy_{(g.Dispatching ? "mgfn" : "mtfn")}_{Id(t)}_{Slot(g.Slot)}_{Ident(g.PythonName)}";
 
@@ -614,7 +618,7 @@ public static class CppEmitter
             ? $"PyObject* {fn}(PyObject* self, PyObject*) {{"
             : $"PyObject* {fn}(PyObject* self, PyObject* args, PyObject* kwargs) {{");
         w.Indent();
-        w.Line($"if ({Invalidate(t)}())");
+        w.Line($"if ({EntryCheck(t, !g.IsStatic)})");
         w.Line("    return nullptr;");
         if (g.NoArgs)
             EmitMethodCall(w, t, g.Candidates[0], []);
@@ -742,7 +746,7 @@ public static class CppEmitter
         {
             w.Line($"PyObject* wrpPy_pafn_{id}_000_get_{name}(PyObject* self, void*) {{");
             w.Indent();
-            w.Line($"if ({Invalidate(t)}())");
+            w.Line($"if ({EntryCheck(t, true)})");
             w.Line("    return nullptr;");
             w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
             EmitCallAndReturn(w, p.Type, CallPrefix(p.Getter, ["PyShBound_Handle(self)"]), true);
@@ -757,7 +761,7 @@ public static class CppEmitter
             w.Indent();
             w.Line("if (value == nullptr)");
             w.Line($"    return PyShBound_RefuseDelete(self, {Quote(p.PythonName)});");
-            w.Line($"if ({Invalidate(t)}())");
+            w.Line($"if ({EntryCheck(t, true)})");
             w.Line("    return -1;");
             w.Line(plan.Decl);
             w.Line($"if (!{plan.Converter}(value, {plan.Target}))");

@@ -142,6 +142,27 @@ public class CppEmitterTests
     }
 
     [Fact]
+    public void InstanceEntriesRefuseAReceiverWithoutAManagedObjectAndStaticOnesHaveNone()
+    {
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        string section = Section(doc);
+        string check = $"if (wrpPy_uafn_{doc.Hash}_Document_invalidate() || PyShBound_Unbound(self))";
+        string Body(string head)
+        {
+            int start = section.IndexOf(head, StringComparison.Ordinal);
+            Assert.True(start >= 0, head);
+            return section[start..section.IndexOf("\n}\n", start, StringComparison.Ordinal)];
+        }
+        Assert.Contains(check, Body($"wrpPy_mgfn_{doc.Hash}_Document_000_save("));
+        Assert.Contains(check, Body($"wrpPy_mtfn_{doc.Hash}_Document_000_to_bytes("));
+        var property = doc.Properties.First(p => p.Getter is not null);
+        Assert.Contains(check, Body($"_get_{property.PythonName}(PyObject* self, void*)"));
+        string fromText = Body($"_Document_000_from_text(");
+        Assert.DoesNotContain("PyShBound_Unbound", fromText);
+        Assert.Contains($"wrpPy_uafn_{doc.Hash}_Document_invalidate()", fromText);
+    }
+
+    [Fact]
     public void AMethodHidingABaseMethodTriesTheBasesOverloadsLast()
     {
         var doc = Fixture.Type("Quorix.Folio.Document");
