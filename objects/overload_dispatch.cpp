@@ -5,6 +5,11 @@
 void PyOverloadFailures::keep() noexcept {
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);
+    if (value_error_ == nullptr && type != nullptr && PyErr_GivenExceptionMatches(type, PyExc_ValueError)) {
+        PyErr_NormalizeException(&type, &value, &traceback);
+        Py_XINCREF(value);
+        value_error_ = value;
+    }
     Py_XDECREF(type);
     Py_XDECREF(traceback);
     keep_value(value);
@@ -31,9 +36,17 @@ void PyOverloadFailures::release() noexcept {
     for (int i = 0; i < count_; ++i)
         Py_CLEAR(slots_[i]);
     count_ = 0;
+    Py_CLEAR(value_error_);
 }
 
 PyObject* PyOverloadFailures::raise() {
+    if (value_error_ != nullptr) {
+        PyShRef error(value_error_);
+        value_error_ = nullptr;
+        release();
+        PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(error.get())), error.get());
+        return nullptr;
+    }
     PyShRef messages(PyList_New(count_));
     if (!messages) {
         release();

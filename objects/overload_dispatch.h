@@ -1,5 +1,7 @@
 // Dispatch over the overloads of one managed member: the first candidate whose arguments all
-// convert wins; when none does, one TypeError carries the list of every candidate's message.
+// convert wins; when none does, one TypeError carries the list of every candidate's message,
+// unless a candidate failed on a value alone (a ValueError: NaN, a negative limit): its types
+// matched, so that error is the answer.
 #pragma once
 
 #include <Python.h>
@@ -16,7 +18,7 @@ public:
     void keep() noexcept;
     // Keeps an error value handed over by another dispatcher (owned; NULL keeps nothing).
     void keep_value(PyObject* value) noexcept;
-    // Raises TypeError([str(value), ...]) in candidate order; NULL.
+    // Raises the first kept ValueError, else TypeError([str(value), ...]) in candidate order; NULL.
     [[gnu::cold, gnu::noinline]] PyObject* raise();
     // The same for slots returning an int: -1.
     int raise_int() {
@@ -32,6 +34,7 @@ private:
     PyObject** slots_;
     int capacity_;
     int count_ = 0;
+    PyObject* value_error_ = nullptr;  // owned, normalised
 };
 
 // Storage for the failures of a dispatcher with N candidates, on the caller's stack.

@@ -90,3 +90,7 @@ int fn_conv_py_stream_to_clr_stream(PyObject* obj, VariantArg* out) {
     }
     return fail_not_a_stream(obj);
 }
+
+int fn_conv_py_stream_to_clr_stream_not_none(PyObject* obj, VariantArg* out) {
+    return obj == Py_None ? fail_not_a_stream(obj) : fn_conv_py_stream_to_clr_stream(obj, out);
+}

@@ -11,3 +11,6 @@
 // quorix.pyfund.BytesAsStream: tag 2, borrowed for the call. Anything else: TypeError
 // "can't build Stream from '%s'". 1, or 0 with an error.
 int fn_conv_py_stream_to_clr_stream(PyObject* obj, VariantArg* out);
+
+// The same for a parameter that may not be null: None is refused with the text above.
+int fn_conv_py_stream_to_clr_stream_not_none(PyObject* obj, VariantArg* out);

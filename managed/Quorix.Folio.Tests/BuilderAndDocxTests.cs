@@ -142,6 +142,49 @@ public class BuilderAndDocxTests
     }
 
     [Fact]
+    public void ABuilderWhoseCursorWasRemovedWritesInAValidPlace()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.Write("one two");
+        b.MoveToParagraph(0, 4);          // splits the run: the cursor is the "two" run
+        var cursorRun = b.CurrentNode!;
+        cursorRun.Remove();
+        b.Write("!");                     // the cursor's node left: writing goes to the paragraph's end
+        Assert.Equal("one !", doc.FirstSection!.Body!.FirstParagraph!.GetText().TrimEnd('\r', '\f'));
+
+        b.Writeln("x");
+        var current = b.CurrentParagraph;
+        b.Writeln("y");
+        b.CurrentParagraph.Remove();      // the builder's own paragraph leaves the document
+        b.Write("end");
+        Assert.Same(doc.LastSection!.Body!.LastParagraph, b.CurrentParagraph);
+        Assert.EndsWith("end", doc.GetText().TrimEnd('\r', '\f'));
+        Assert.True(current.ParentNode != null);
+
+        // a table whose cell paragraph was removed is left; the builder carries on in the body
+        b.StartTable();
+        b.InsertCell();
+        b.Write("cell");
+        doc.FirstSection!.Body!.Tables[0]!.Remove();
+        b.Write(" after");
+        Assert.Equal("one !x\ryend\r after", doc.GetText().TrimEnd('\r', '\f'));
+        var back = TestSupport.RoundTrip(doc);
+        Assert.Equal(doc.GetText(), back.GetText());
+    }
+
+    [Fact]
+    public void LimitsMayNotBeNegative()
+    {
+        var options = new Loading.LoadOptions();
+        Assert.Throws<ArgumentOutOfRangeException>(() => options.MaxPartSize = -1);
+        Assert.Throws<ArgumentOutOfRangeException>(() => options.MaxTotalSize = -1);
+        options.MaxPartSize = 0;
+        Assert.Equal(0, options.MaxPartSize);
+        Assert.Throws<ArgumentOutOfRangeException>(() => new Saving.TxtSaveOptions().ListIndentationCount = -2);
+    }
+
+    [Fact]
     public void ReplaceWorksAcrossRunsAndHonoursOptions()
     {
         var doc = new Document();

@@ -85,3 +85,104 @@ def test_a_wrapper_of_another_class_is_no_stream():
     with pytest.raises(TypeError) as raised:
         doc.save(io.StringIO(), qf.SaveFormat.TEXT)
     assert "can't build Stream from '_io.StringIO'" in raised.value.args[0]
+
+
+def tiny_png():
+    import struct
+    import zlib
+
+    def chunk(kind, data):
+        body = kind + data
+        return struct.pack(">I", len(data)) + body + struct.pack(">I", zlib.crc32(body))
+
+    header = struct.pack(">IIBBBBB", 2, 1, 8, 2, 0, 0, 0)
+    pixels = zlib.compress(b"\x00" + b"\xff\x00\x00" * 2)
+    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", pixels) + chunk(b"IEND", b"")
+
+
+class TestValuesRefusedBeforeManagedCode:
+    def test_none_where_the_signature_is_not_nullable(self):
+        builder = qf.DocumentBuilder()
+        with pytest.raises(TypeError, match=r"^can't build String from 'NoneType'$"):
+            builder.write(None)
+        with pytest.raises(TypeError) as raised:
+            qf.Document(None)  # no constructor overload takes None
+        messages = raised.value.args[0]
+        assert messages[0] == "function takes at most 0 arguments (1 given)"
+        assert all("from 'NoneType'" in m for m in messages[1:]), messages
+        with pytest.raises(TypeError) as raised:
+            builder.insert_image(None)
+        assert "can't build byte[] from 'NoneType'" in raised.value.args[0]
+        # where the managed signature allows null, None still goes through
+        options = qf.loading.LoadOptions()
+        options.password = None
+        assert options.password is None
+
+    def test_measures_must_be_finite(self):
+        builder = qf.DocumentBuilder()
+        for bad in (float("nan"), float("inf"), -float("inf")):
+            with pytest.raises(ValueError, match="a finite number is required"):
+                builder.font.size = bad
+            # the types of an overload matched: its ValueError is the answer, not a list
+            with pytest.raises(ValueError, match="a finite number is required"):
+                builder.insert_image(tiny_png(), bad, 10.0)
+        builder.font.size = 12.5
+        assert builder.font.size == 12.5
+
+    def test_limits_must_not_be_negative(self):
+        options = qf.loading.LoadOptions()
+        default = options.max_part_size
+        assert default > 0
+        with pytest.raises(ValueError, match="^max_part_size must not be negative, not -1$"):
+            options.max_part_size = -1
+        with pytest.raises(ValueError, match="max_total_size must not be negative"):
+            options.max_total_size = -(2**62)
+        assert options.max_part_size == default
+        options.max_part_size = 0
+        assert options.max_part_size == 0
+        with pytest.raises(ValueError, match="list_indentation_count must not be negative"):
+            qf.saving.TxtSaveOptions().list_indentation_count = -3
+
+    def test_a_part_size_limit_is_enforced(self, tmp_path):
+        builder = qf.DocumentBuilder()
+        builder.writeln("x" * 5000)
+        path = tmp_path / "limit.docx"
+        builder.document.save(str(path))
+        options = qf.loading.LoadOptions()
+        options.max_part_size = 1000
+        with pytest.raises(RuntimeError):
+            qf.Document(str(path), options)
+        options.max_part_size = 10_000_000
+        assert qf.Document(str(path), options).get_text().strip() == "x" * 5000
+
+
+class TestImageSourceByPythonType:
+    def test_bytes_like_are_data(self):
+        png = tiny_png()
+        builder = qf.DocumentBuilder()
+        for data in (png, bytearray(png), memoryview(png)):
+            shape = builder.insert_image(data)
+            assert shape is not None
+        # never tried as a file name first: bytes that are no image say so as data
+        with pytest.raises(RuntimeError, match="not an image"):
+            builder.insert_image(b"plainly not a picture")
+
+    def test_str_and_path_like_are_names(self, tmp_path):
+        path = tmp_path / "dot.png"
+        path.write_bytes(tiny_png())
+        builder = qf.DocumentBuilder()
+        builder.insert_image(str(path))
+        builder.insert_image(path)
+        builder.insert_image(str(path), 20.0, 10.0)
+        with pytest.raises(RuntimeError, match="FileNotFound"):
+            builder.insert_image(str(tmp_path / "missing.png"))
+
+
+def test_a_builder_whose_paragraph_was_removed_keeps_writing():
+    builder = qf.DocumentBuilder()
+    builder.writeln("kept")
+    builder.write("doomed")
+    builder.current_paragraph.remove()
+    builder.write("after")
+    # the builder went to the end of the document: the end of the paragraph that stayed
+    assert builder.document.get_text().split() == ["keptafter"]

@@ -105,6 +105,7 @@ public static class CppEmitter
     private static string ToPy(TypeModel t) => "wrpPy_conv_clr_to_py_" + Id(t);
     private static string ToPyIndexed(TypeModel t) => "wrpPy_conv_clr_to_py_ix_" + Id(t);
     internal static string ToClr(TypeModel t) => "wrpPy_conv_py_to_clr_" + Id(t);
+    private static string ToClrNotNone(TypeModel t) => "wrpPy_conv_py_to_clr_nn_" + Id(t);
     internal static string Invalidate(TypeModel t) => $"wrpPy_uafn_{Id(t)}_invalidate";
     internal static string Query(TypeModel t) => $"wrpPy_bltp_{Id(t)}_is_not_valid";
     private static string Register(TypeModel t) => "wrpPy_rgtp_" + Id(t);
@@ -161,8 +162,14 @@ public static class CppEmitter
         _ => throw new GeneratorException($"no scalar conversion for {kind}"),
     };
 
-    private static ArgPlan Arg(CarriedType type, string managedName, string v)
+    /// <summary>
+    /// How one argument is declared, converted and passed. A reference-typed parameter that may not be
+    /// null takes the converter's refusing form, so None fails the parse before managed code runs.
+    /// </summary>
+    private static ArgPlan Arg(CarriedType type, string managedName, string v, ValueRules? rules = null, bool nameOnly = false)
     {
+        rules ??= ValueRules.None;
+        string nn = rules.AcceptsNull ? "" : "_not_none";
         switch (type.Mode)
         {
             case PassMode.Ref:
@@ -178,7 +185,7 @@ public static class CppEmitter
         }
         if (type.IsNullable)
         {
-            var value = Arg(type with { IsNullable = false }, managedName, v);
+            var value = Arg(type with { IsNullable = false }, managedName, v, rules with { AcceptsNull = true });
             string wire = value.CppType.TrimEnd('*');
             return new($"PyOptional<{wire}>*", $"PyOptional<{wire}> {v} = {{}};", $"PyShOptional_Conv<{wire}, {value.Converter}>",
                        $"&{v}", $"&{v}");
@@ -186,10 +193,11 @@ public static class CppEmitter
         return type.Kind switch
         {
             ValueKind.String when IsPathName(managedName) =>
-                new("PyStringArg*", $"PyShEphStrHolder {v};", "fn_conv_py_strorpath_to_clr_string", $"&{v}.arg", $"{v}.get()"),
-            ValueKind.String => new("PyStringArg*", $"PyStringArg {v} = {{}};", "fn_conv_py_string_to_clr_string", $"&{v}", $"&{v}"),
-            ValueKind.Bytes => new("PyBytesArg*", $"PyShBytesHolder {v};", "fn_conv_py_bytes_to_clr_bytes", $"&{v}.arg", $"{v}.get()"),
-            ValueKind.Stream => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_stream_to_clr_stream", $"&{v}", $"&{v}"),
+                new("PyStringArg*", $"PyShEphStrHolder {v};", (nameOnly ? "fn_conv_py_pathname_to_clr_string" : "fn_conv_py_strorpath_to_clr_string") + nn,
+                    $"&{v}.arg", $"{v}.get()"),
+            ValueKind.String => new("PyStringArg*", $"PyStringArg {v} = {{}};", "fn_conv_py_string_to_clr_string" + nn, $"&{v}", $"&{v}"),
+            ValueKind.Bytes => new("PyBytesArg*", $"PyShBytesHolder {v};", "fn_conv_py_bytes_to_clr_bytes" + nn, $"&{v}.arg", $"{v}.get()"),
+            ValueKind.Stream => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_stream_to_clr_stream" + nn, $"&{v}", $"&{v}"),
             ValueKind.Object => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_variant_to_clr_variant", $"&{v}", $"&{v}"),
             ValueKind.Enumerable => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_iterable_to_clr_enumerable", $"&{v}", $"&{v}"),
             ValueKind.Collection => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_sequence_to_clr_collection", $"&{v}", $"&{v}"),
@@ -202,8 +210,10 @@ public static class CppEmitter
             // a managed Type also comes from a class (its _type_of) or None
             ValueKind.Class when type.Bound!.FullName == "System.Type" =>
                 new("void*", $"PyShEphObjHolder {v};", "wrpPye_conv_py_to_clr_FFFFFFF_Type", $"&{v}.arg", $"{v}.get()"),
-            ValueKind.Class or ValueKind.Struct or ValueKind.Interface =>
-                new("void*", $"void* {v} = nullptr;", ToClr(type.Bound!), $"&{v}", v),
+            ValueKind.Struct => new("void*", $"void* {v} = nullptr;", ToClr(type.Bound!), $"&{v}", v),
+            ValueKind.Class or ValueKind.Interface =>
+                new("void*", $"void* {v} = nullptr;", rules.AcceptsNull ? ToClr(type.Bound!) : ToClrNotNone(type.Bound!), $"&{v}", v),
+            ValueKind.Single or ValueKind.Double when rules.Finite => ScalarArg(type.Kind, v, "_finite"),
             _ => ScalarArg(type.Kind, v),
         };
     }
@@ -258,10 +268,10 @@ public static class CppEmitter
         return IsRecord(t.Kind) ? RecordOf(t.Kind).Record : null;
     }
 
-    private static ArgPlan ScalarArg(ValueKind kind, string v)
+    private static ArgPlan ScalarArg(ValueKind kind, string v, string variant = "")
     {
         var (t, conv) = Scalar(kind);
-        return new(t, $"{t} {v} = 0;", conv, $"&{v}", v);
+        return new(t, $"{t} {v} = 0;", conv + variant, $"&{v}", v);
     }
 
     private static bool ReturnsHandle(CarriedType t) =>
@@ -486,9 +496,10 @@ public static class CppEmitter
         "{" + string.Concat(ps.Select(p => Quote(p.PythonName) + ", ")) + "nullptr}";
 
     /// <summary>Declares and parses the arguments; the names to pass, or null for a METH_NOARGS candidate.</summary>
-    private static List<string> EmitParse(CppWriter w, IReadOnlyList<ParameterModel> ps, bool dispatching, string failValue)
+    private static List<string> EmitParse(CppWriter w, IReadOnlyList<ParameterModel> ps, bool dispatching, string failValue,
+                                          ISet<int>? dataPositions = null)
     {
-        var plans = ps.Select((p, i) => Arg(p.Type, p.ManagedName, "a" + i)).ToList();
+        var plans = ps.Select((p, i) => Arg(p.Type, p.ManagedName, "a" + i, p.Rules, dataPositions?.Contains(i) == true)).ToList();
         foreach (var plan in plans)
             foreach (string line in plan.Decl.Split('\n'))
                 w.Line(line);
@@ -568,6 +579,13 @@ public static class CppEmitter
         return groups;
     }
 
+    /// <summary>
+    /// Argument positions where some overload takes bytes: there a file name is only a str or a
+    /// path-like, so that image bytes are never taken for a name (the Python type decides).
+    /// </summary>
+    private static HashSet<int> DataPositions(IEnumerable<IReadOnlyList<ParameterModel>> candidates) =>
+        candidates.SelectMany(ps => ps.Select((p, i) => (p, i))).Where(x => x.p.Type.Kind == ValueKind.Bytes).Select(x => x.i).ToHashSet();
+
     /// <summary>The condition that fails an entry point: an unusable type, or a receiver made by __new__ alone.</summary>
     private static string EntryCheck(TypeModel t, bool hasReceiver) =>
         hasReceiver ? $"{Invalidate(t)}() || PyShBound_Unbound(self)" : $"{Invalidate(t)}()";
@@ -590,11 +608,12 @@ public static class CppEmitter
         w.Line($"if ({Invalidate(t)}())");
         w.Line("    return nullptr;");
         w.Line($"PyOverloadFailureSlots<{g.Candidates.Count}> failures;");
+        var data = DataPositions(g.Candidates.Select(m => m.Parameters));
         foreach (var m in g.Candidates)
         {
             w.Line("{");
             w.Indent();
-            var passes = EmitParse(w, m.Parameters, true, "nullptr");
+            var passes = EmitParse(w, m.Parameters, true, "nullptr", data);
             w.Indent();
             w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
             EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, new[] { "handle" }.Concat(passes)), true, EmitOutValues(w, m.Parameters));
@@ -628,11 +647,12 @@ public static class CppEmitter
         {
             // One more slot for the hidden base method's last message.
             w.Line($"PyOverloadFailureSlots<{g.Candidates.Count + (g.Hides is null ? 0 : 1)}> failures;");
+            var data = DataPositions(g.Candidates.Select(m => m.Parameters));
             foreach (var m in g.Candidates)
             {
                 w.Line("{");
                 w.Indent();
-                var passes = EmitParse(w, m.Parameters, true, "nullptr");
+                var passes = EmitParse(w, m.Parameters, true, "nullptr", data);
                 w.Indent();
                 EmitMethodCall(w, t, m, passes);
                 w.Dedent();
@@ -708,6 +728,7 @@ public static class CppEmitter
         bool dispatching = t.Constructors.Count > 1;
         if (dispatching)
             w.Line($"PyOverloadFailureSlots<{t.Constructors.Count}> failures;");
+        var data = DataPositions(t.Constructors.Select(c => c.Parameters));
         foreach (var c in t.Constructors)
         {
             if (dispatching)
@@ -715,7 +736,7 @@ public static class CppEmitter
                 w.Line("{");
                 w.Indent();
             }
-            var passes = EmitParse(w, c.Parameters, dispatching, "-1");
+            var passes = EmitParse(w, c.Parameters, dispatching, "-1", data);
             if (dispatching)
                 w.Indent();
             w.Line($"PyShBound_Attach(self, {CallPrefix(c.Stub, passes)}), {HandleKind(t)});");
@@ -756,7 +777,7 @@ public static class CppEmitter
         }
         if (p.Setter is not null)
         {
-            var plan = Arg(p.Type, "value", "a0");
+            var plan = Arg(p.Type, "value", "a0", p.Rules);
             w.Line($"int wrpPy_pafn_{id}_000_set_{name}(PyObject* self, PyObject* value, void*) {{");
             w.Indent();
             w.Line("if (value == nullptr)");
@@ -766,6 +787,11 @@ public static class CppEmitter
             w.Line(plan.Decl);
             w.Line($"if (!{plan.Converter}(value, {plan.Target}))");
             w.Line("    return -1;");
+            if (p.Rules.NonNegative)
+            {
+                w.Line($"if ({plan.Pass} < 0)");
+                w.Line($"    return marshal_fail_negative({Quote(p.PythonName)}, static_cast<long long>({plan.Pass})) - 1;");
+            }
             w.Line($"{Table(t)}::get_instance().{p.Setter}(PyShBound_Handle(self), {plan.Pass});");
             w.Line("return PyErr_Occurred() ? -1 : 0;");
             w.Dedent();
@@ -1205,6 +1231,8 @@ public static class CppEmitter
         w.Line("#include <cstdint>");
         w.Line("#include <string>");
         w.Line();
+        w.Line("#include \"objects/bound_class.h\"");
+        w.Line();
         foreach (var t in types)
         {
             w.Line($"// {t.FullName}");
@@ -1221,6 +1249,8 @@ public static class CppEmitter
                 if (HasPostCreation(t))
                     w.Line($"int {Eypi(t)}();");
                 w.Line($"int {ToClr(t)}(PyObject* obj, void** out);");
+                if (!IsStruct(t))
+                    w.Line($"inline int {ToClrNotNone(t)}(PyObject* obj, void** out) {{ return obj == Py_None ? PyShBound_FailConv({Quote(t.Name)}, obj) : {ToClr(t)}(obj, out); }}");
                 w.Line($"PyObject* {ToPy(t)}(void* handle);");
                 if (t.Sequence?.CountOwner == t)
                     w.Line($"Py_ssize_t {SeqLength(t)}(PyObject* self);");
@@ -1245,11 +1275,12 @@ public static class CppEmitter
         w.Line();
         foreach (var inc in new[]
                  {
-                     "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_decimal.h",
-                     "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h", "marshal/conv_time.h",
-                     "marshal/conv_variant.h", "marshal/conv_version.h", "objects/bound_args.h", "objects/bound_class.h",
-                     "objects/bound_registration.h", "builtins/seq_access.h", "objects/casting.h", "objects/collection_arg.h", "objects/enum_builder.h",
-                     "objects/handle_release.h", "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h", "objects/type_arg.h",
+                     "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_checked.h",
+                     "marshal/conv_decimal.h", "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h",
+                     "marshal/conv_time.h", "marshal/conv_variant.h", "marshal/conv_version.h", "objects/bound_args.h",
+                     "objects/bound_class.h", "objects/bound_registration.h", "builtins/seq_access.h", "objects/casting.h",
+                     "objects/collection_arg.h", "objects/enum_builder.h", "objects/handle_release.h", "objects/host_table.h",
+                     "objects/overload_dispatch.h", "objects/stream_arg.h", "objects/type_arg.h",
                      "objects/value_args.h", "objects/wrapper_slots.h",
                  })
             w.Line($"#include \"{inc}\"");

@@ -128,10 +128,21 @@ public sealed record KeyIndexer(CarriedType Key, CarriedType Item)
     public string Stub => "btp_MpGetItemBy" + (Key.Kind == ValueKind.String ? "String" : Key.Bound!.Name);
 }
 
+/// <summary>
+/// What the metadata rules out beyond the type: null where the signature is not nullable, NaN and
+/// infinities where the assembly declares its real numbers measures, negative limits.
+/// </summary>
+public sealed record ValueRules(bool AcceptsNull = true, bool Finite = false, bool NonNegative = false)
+{
+    public static readonly ValueRules None = new();
+}
+
 public sealed record ParameterModel(string ManagedName, string PythonName, CarriedType Type)
 {
     /// <summary>Whether the managed parameter is annotated to accept null.</summary>
     public NullState Null { get; init; }
+    /// <summary>What the binding refuses before the call.</summary>
+    public ValueRules Rules { get; init; } = ValueRules.None;
 }
 
 public sealed record ConstructorModel(int Overload, string Stub, IReadOnlyList<ParameterModel> Parameters, bool IsImplicit)
@@ -161,6 +172,8 @@ public sealed record PropertyModel(string ManagedName, string PythonName, Carrie
     public NullState Null { get; init; }
     /// <summary>The member's name in the XML documentation file.</summary>
     public string DocId { get; init; } = "";
+    /// <summary>What the setter refuses.</summary>
+    public ValueRules Rules { get; init; } = ValueRules.None;
 }
 
 /// <summary>A static property, constant or static field exposed as a class attribute.</summary>

@@ -19,6 +19,7 @@ public sealed class ModelBuilder
 
     private readonly MetadataReader _reader;
     private readonly Nullability _nulls;
+    private readonly BindingRules _rules;
     private readonly ReferenceResolver _resolver;
     private readonly AssemblyModel _model;
     private readonly Dictionary<TypeDefinitionHandle, TypeModel> _bound = [];
@@ -32,6 +33,7 @@ public sealed class ModelBuilder
     {
         _reader = reader;
         _nulls = new Nullability(reader);
+        _rules = new BindingRules(reader);
         _resolver = resolver;
         _model = model;
         _selected = selected;
@@ -437,8 +439,14 @@ public sealed class ModelBuilder
                 if (carried is null)
                     reason = $"parameter '{names[i]}': {why}";
                 else
+                {
+                    var nulls = _nulls.OfParameter(md, i + 1, type.Handle);
                     parameters.Add(new ParameterModel(names[i], Naming.Snake(names[i]), carried)
-                                   { Null = _nulls.OfParameter(md, i + 1, type.Handle) });
+                    {
+                        Null = nulls,
+                        Rules = _rules.For(carried, nulls != NullState.NotNull, nonNegative: false),
+                    });
+                }
             }
             CarriedType? result = new(ValueKind.Void);
             if (reason is null && !isCtor)
@@ -583,14 +591,19 @@ public sealed class ModelBuilder
             Skip(type.FullName, name + " (setter)", "init-only setters run only in object initializers");
             setter = null;
         }
+        var nulls = _nulls.OfProperty(pd, type.Handle);
         if (isStatic)
             statics.Add(new StaticAttributeModel(name, Naming.Snake(name), carried!, StubNames.GetStatic(name),
                                                  setter is null ? null : StubNames.SetStatic(name), IsField: false)
-                        { DocId = DocIds.Property(type.FullName, name), Null = _nulls.OfProperty(pd, type.Handle) });
+                        { DocId = DocIds.Property(type.FullName, name), Null = nulls });
         else
             type.Properties.Add(new PropertyModel(name, Naming.Snake(name), carried!, StubNames.Get(name),
                                                   setter is null ? null : StubNames.Set(name))
-                                { DocId = DocIds.Property(type.FullName, name), Null = _nulls.OfProperty(pd, type.Handle) });
+            {
+                DocId = DocIds.Property(type.FullName, name),
+                Null = nulls,
+                Rules = _rules.For(carried!, nulls != NullState.NotNull, _rules.IsNonNegative(pd.GetCustomAttributes())),
+            });
     }
 
     /// <summary>"" when the indexer became item access of the type; otherwise why it is not bound.</summary>

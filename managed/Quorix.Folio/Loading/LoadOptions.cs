@@ -25,10 +25,23 @@ public class LoadOptions
     public System.Text.Encoding? Encoding { get; set; }
 
     /// <summary>Largest decompressed part accepted, in bytes; guards against archive bombs.</summary>
-    public long MaxPartSize { get; set; } = 256L << 20;
+    [NonNegative]
+    public long MaxPartSize
+    {
+        get => maxPartSize;
+        set => maxPartSize = value >= 0 ? value : throw new ArgumentOutOfRangeException(nameof(value), value, "a size limit may not be negative");
+    }
 
     /// <summary>Largest total of decompressed parts accepted, in bytes.</summary>
-    public long MaxTotalSize { get; set; } = 1L << 30;
+    [NonNegative]
+    public long MaxTotalSize
+    {
+        get => maxTotalSize;
+        set => maxTotalSize = value >= 0 ? value : throw new ArgumentOutOfRangeException(nameof(value), value, "a size limit may not be negative");
+    }
+
+    private long maxPartSize = 256L << 20;
+    private long maxTotalSize = 1L << 30;
 
     internal LoadOptions Copy() => (LoadOptions)MemberwiseClone();
 }

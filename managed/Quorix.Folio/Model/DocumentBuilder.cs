@@ -58,9 +58,15 @@ public sealed partial class DocumentBuilder
 
     public Underline Underline { get => Font.Underline; set => Font.Underline = value; }
 
-    public Paragraph CurrentParagraph => paragraph;
+    public Paragraph CurrentParagraph
+    {
+        get { Revalidate(); return paragraph; }
+    }
 
-    public Node? CurrentNode => cursor;
+    public Node? CurrentNode
+    {
+        get { Revalidate(); return cursor; }
+    }
 
     public Section CurrentSection => paragraph.ParentSection ?? doc.LastSection!;
 
@@ -70,8 +76,33 @@ public sealed partial class DocumentBuilder
 
     public bool IsAtEndOfParagraph => cursor == null;
 
+    /// <summary>
+    /// The document may have been edited behind the builder's back: a cursor node taken out of its
+    /// paragraph leaves the cursor at the paragraph's end, and a paragraph taken out of the document
+    /// (or a table the builder is filling) sends the builder to the end of the document.
+    /// </summary>
+    private void Revalidate()
+    {
+        if (!IsInDocument(paragraph))
+        {
+            tables.Clear();
+            MoveToDocumentEnd();
+            return;
+        }
+        if (cursor != null && cursor.ParentNode != paragraph)
+            cursor = null;
+    }
+
+    private bool IsInDocument(Node node)
+    {
+        var top = node;
+        while (top.ParentNode is { } up) top = up;
+        return top == doc;
+    }
+
     private Node Insert(Node n)
     {
+        Revalidate();
         if (cursor == null) paragraph.AppendChild(n);
         // The cursor may stand inside an inline content control of the paragraph.
         else cursor.parent!.InsertBefore(n, cursor);
@@ -108,6 +139,7 @@ public sealed partial class DocumentBuilder
     /// <summary>Ends the current paragraph at the cursor; returns the paragraph that was ended.</summary>
     public Paragraph InsertParagraph()
     {
+        Revalidate();
         var ended = paragraph;
         var pPr = ended.PPr.Clone();
         pPr.Remove("sectPr");
@@ -168,6 +200,7 @@ public sealed partial class DocumentBuilder
 
     private void BreakSection(SectionStart start)
     {
+        Revalidate();
         if (paragraph.ParentNode is not Body body)
             throw new InvalidOperationException("A section break can only be inserted in the main text.");
         InsertParagraph();
@@ -189,6 +222,7 @@ public sealed partial class DocumentBuilder
     public Table StartTable()
     {
         // Text already written before the cursor stays above the table.
+        Revalidate();
         if (cursor != paragraph.first) InsertParagraph();
         var t = new Table(doc);
         paragraph.ParentNode!.InsertBefore(t, paragraph);
@@ -198,6 +232,7 @@ public sealed partial class DocumentBuilder
 
     public Cell InsertCell()
     {
+        Revalidate();
         if (tables.Count == 0) throw new InvalidOperationException("Start a table before inserting cells.");
         var st = tables.Peek();
         if (st.Row == null)

@@ -118,7 +118,14 @@ public sealed class TxtSaveOptions : TxtSaveOptionsBase
     public bool SimplifyListLabels { get; set; }
 
     /// <summary>Spaces prefixed per list level.</summary>
-    public int ListIndentationCount { get; set; } = 0;
+    [NonNegative]
+    public int ListIndentationCount
+    {
+        get => listIndentationCount;
+        set => listIndentationCount = value >= 0 ? value : throw new ArgumentOutOfRangeException(nameof(value), value, "a count may not be negative");
+    }
+
+    private int listIndentationCount;
 }
 
 public sealed class MarkdownSaveOptions : TxtSaveOptionsBase

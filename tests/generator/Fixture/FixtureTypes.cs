@@ -2,6 +2,8 @@ using System;
 using System.Collections.Generic;
 using System.IO;
 
+[assembly: Quorix.Folio.RealsAreMeasures]
+
 // Declared before their bases on purpose: the model must still place every class after its base.
 namespace Quorix.Folio.Saving
 {
@@ -188,11 +190,19 @@ namespace Quorix.Folio
         public string? Password { get; set; }
     }
 
+    // The value rules are read by simple name; internal, so never bound themselves.
+    [AttributeUsage(AttributeTargets.Assembly)]
+    internal sealed class RealsAreMeasuresAttribute : Attribute { }
+
+    [AttributeUsage(AttributeTargets.Property)]
+    internal sealed class NonNegativeAttribute : Attribute { }
+
     public class Font
     {
         public double Size { get; set; }
         public bool Bold { get; set; }
         public char Marker { get; set; }
+        [NonNegative]
         public sbyte Kerning { get; set; }
         public byte Alpha { get; set; }
         public short Spacing { get; set; }

@@ -142,6 +142,19 @@ public class CppEmitterTests
     }
 
     [Fact]
+    public void RuledValuesTakeTheRefusingConverters()
+    {
+        var font = Fixture.Type("Quorix.Folio.Font");
+        string section = Section(font);
+        Assert.Contains("fn_conv_py_float_to_clr_double_finite(value, &a0)", section);
+        Assert.Contains("return marshal_fail_negative(\"kerning\", static_cast<long long>(a0)) - 1;", section);
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        Assert.Contains("PyShArg_Converter(&fn_conv_py_strorpath_to_clr_string_not_none)", Section(doc));
+        var options = Fixture.Type("Quorix.Folio.LoadOptions");
+        Assert.Contains("fn_conv_py_string_to_clr_string(value, &a0)", Section(options));
+    }
+
+    [Fact]
     public void InstanceEntriesRefuseAReceiverWithoutAManagedObjectAndStaticOnesHaveNone()
     {
         var doc = Fixture.Type("Quorix.Folio.Document");

@@ -18,6 +18,22 @@ public class ModelTests
     }
 
     [Fact]
+    public void ValueRulesComeFromTheMetadata()
+    {
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        var named = doc.Constructors.Single(c => c.Parameters.Count == 1 && c.Parameters[0].Type.Kind == ValueKind.String);
+        Assert.False(named.Parameters[0].Rules.AcceptsNull);                     // string: not nullable
+        var options = Fixture.Type("Quorix.Folio.LoadOptions");
+        Assert.True(options.Properties.Single(p => p.ManagedName == "Password").Rules.AcceptsNull);  // string?
+        var font = Fixture.Type("Quorix.Folio.Font");
+        var size = font.Properties.Single(p => p.ManagedName == "Size").Rules;
+        Assert.True(size.Finite);                                                // the assembly's reals are measures
+        Assert.True(size.AcceptsNull);                                           // a value type has nothing to refuse
+        Assert.True(font.Properties.Single(p => p.ManagedName == "Kerning").Rules.NonNegative);
+        Assert.Same(ValueRules.None, font.Properties.Single(p => p.ManagedName == "Bold").Rules);
+    }
+
+    [Fact]
     public void TypesWithoutReorderingKeepMetadataOrder()
     {
         var names = Fixture.Model.Types.Select(t => t.Name).ToList();
