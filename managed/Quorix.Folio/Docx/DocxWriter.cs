@@ -29,14 +29,14 @@ internal static class DocxWriter
         {
             if (doc.LoadedPropertyParts is not { Dirty: true } changed)
             {
-                Zip(Conform(doc.Source!, doc.MainPartName!, options), output, options.CompressionLevel);
+                Zip(Conform(doc.Source!, doc.MainPartName!, options), output, options.CompressionLevel, doc.Warnings);
                 return;
             }
             // only the property parts changed: the rest goes back as stored
             var copy = doc.Source!.CloneShallow();
             changed.WriteTo(copy);
             copy.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, copy));
-            Zip(Conform(copy, doc.MainPartName!, options), output, options.CompressionLevel);
+            Zip(Conform(copy, doc.MainPartName!, options), output, options.CompressionLevel, doc.Warnings);
             return;
         }
         // Only a document without any section is completed; otherwise saving leaves the model as it is.
@@ -126,7 +126,7 @@ internal static class DocxWriter
         pkg.Defaults.TryAdd("rels", Ns.CtRels);
         pkg.Defaults.TryAdd("xml", "application/xml");
         pkg.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, pkg));
-        Zip(Conform(pkg, main, options), output, options.CompressionLevel);
+        Zip(Conform(pkg, main, options), output, options.CompressionLevel, doc.Warnings);
     }
 
     private static OpcPackage Conform(OpcPackage pkg, string main, OoxmlSaveOptions options) =>
@@ -418,7 +418,7 @@ internal static class DocxWriter
         w.WriteEndElement();
     }
 
-    private static void Zip(OpcPackage pkg, Stream output, Saving.CompressionLevel level)
+    private static void Zip(OpcPackage pkg, Stream output, Saving.CompressionLevel level, WarningLog warnings)
     {
         // Normal is a middle deflate level: a seventh larger than the slowest setting, several times faster.
         int deflate = level switch
@@ -433,11 +433,13 @@ internal static class DocxWriter
         var zip = new ZipWriter(output, deflate);
         var order = new List<string> { "[Content_Types].xml", "_rels/.rels" };
         order.AddRange(pkg.Parts.Keys.Where(k => k != "[Content_Types].xml" && k != "_rels/.rels"));
+        var written = new HashSet<string>(pkg.Parts.Keys.Where(EntryNames.IsSafe), StringComparer.OrdinalIgnoreCase);
         foreach (var name in order)
-            if (pkg.Parts.TryGetValue(name, out var data))
+            if (pkg.Parts.TryGetValue(name, out var data) && EntryNames.Sanitise(name, written, warnings.Add) is { } safe)
             {
-                if (recompress) zip.Add(name, data.Bytes);
-                else zip.Add(name, data);
+                written.Add(safe);
+                if (recompress) zip.Add(safe, data.Bytes);
+                else zip.Add(safe, data);
             }
         zip.Finish();
     }

@@ -37,6 +37,8 @@ public abstract class DocumentBase : CompositeNode
 
     internal void Changed() => version++;
 
+    internal WarningLog Warnings { get; } = new();
+
     /// <summary>Whether relationship identifiers read from one document are valid in the other:
     /// true for the document itself and for clones made from the same file.</summary>
     internal bool SharesPackageWith(DocumentBase? other)
