@@ -11,19 +11,12 @@
 #include "marshal/conv_variant.h"
 #include "marshal/conv_version.h"
 #include "module/ids.h"
+#include "module/pysh_lock.h"
 #include "objects/exception_crossing.h"
 
-namespace {
-
-// Managed code receives every callback as an untyped function pointer.
-template <typename Function>
-void*
-entry(Function* function)
-{
-    return reinterpret_cast<void*>(function);
-}
-
-}  // namespace
+// Managed code receives every callback as an untyped function pointer, entered with the
+// interpreter lock held: a long managed call may have released it (module/pysh_lock.h).
+#define entry(function) PyShLocked_Entry<function>()
 
 void* const m_py_obj_api_callbacks[kPyObjApiCallbacks] = {
     entry(&fn_get_py_none),
@@ -139,3 +132,5 @@ void* const m_all_statconceptp_pytocsfx[kStatConceptTables] = {
 void* m_all_genconcptp_pytocsfx[kGenConceptTables] = {};
 
 void* m_all_regltp_pytocsfx[kReglTpFunctions] = {};
+
+#undef entry

@@ -8,6 +8,7 @@
 #include "host/host_environment.h"
 #include "host/object_host.h"
 #include "module/pysh.h"
+#include "module/pysh_lock.h"
 
 int initialize_clr_host(const char* runtime_dir, const char* assembly, bool debug, const char* company,
                         const char* product) {
@@ -24,16 +25,17 @@ int initialize_clr_host(const char* runtime_dir, const char* assembly, bool debu
         return -1;
     }
     // The order is the managed side's expectation; every callback is in place before InitServices.
-    exchange.set_exception_callback(reinterpret_cast<void*>(&on_clr_exception));
-    exchange.set_catch_and_clear_error_callback(reinterpret_cast<void*>(&fn_catch_and_clear_py_error));
-    exchange.set_u16_bytes_builder_callback(reinterpret_cast<void*>(&fn_create_u16_buffer));
-    exchange.set_py_str_builder_callback(reinterpret_cast<void*>(&fn_conv_clr_string_to_py_string));
-    exchange.set_py_unraisable_str_builder(reinterpret_cast<void*>(&fn_conv_clr_string_to_py_unraisable));
+    // Each takes the interpreter lock: a long managed call may have released it.
+    exchange.set_exception_callback(PyShLocked_Entry<&on_clr_exception>());
+    exchange.set_catch_and_clear_error_callback(PyShLocked_Entry<&fn_catch_and_clear_py_error>());
+    exchange.set_u16_bytes_builder_callback(PyShLocked_Entry<&fn_create_u16_buffer>());
+    exchange.set_py_str_builder_callback(PyShLocked_Entry<&fn_conv_clr_string_to_py_string>());
+    exchange.set_py_unraisable_str_builder(PyShLocked_Entry<&fn_conv_clr_string_to_py_unraisable>());
     exchange.set_py_obj_api_callbacks(m_py_obj_api_callbacks);
     exchange.set_py_static_callbacks(m_all_statconceptp_pytocsfx);
     exchange.set_py_generic_callbacks(m_all_genconcptp_pytocsfx);
     exchange.set_regltp_pytocsfx(m_all_regltp_pytocsfx);
-    exchange.set_py_bytes_builder_callback(reinterpret_cast<void*>(&fn_conv_clr_bytes_to_py_bytes));
+    exchange.set_py_bytes_builder_callback(PyShLocked_Entry<&fn_conv_clr_bytes_to_py_bytes>());
     if (exchange.init_services() < 0) {
         if (!PyErr_Occurred())
             PyErr_SetString(PyExc_TypeError, "the managed services of the interop assembly did not start");

@@ -255,6 +255,8 @@ PyMODINIT_FUNC PyInit_folio() {
     if (initialize_clr_host("", "WrpInterop.Quorix.Folio", false, "quorix", "folio") < 0)
         return fail_module(-1007);
     install_handle_releasers();  // wrappers and safe handles free through the exchange host from now on
+    if (folio_install_document_waits() < 0)
+        return nullptr;
 
     PyShRef root(PyModule_Create2(&folio_module, kApiVersion));
     if (!root)

@@ -18,3 +18,7 @@ int register_folio_types(PyObject* root);
 
 // Makes wrappers and quorix.pyhold's safe handles free their GC handles through the exchange host.
 void install_handle_releasers();
+
+// Lets threads that wait for a document held by another thread release the interpreter lock
+// meanwhile (folio_threads.cpp). 0, or -1 with an ImportError.
+int folio_install_document_waits();

@@ -12,3 +12,10 @@ internal sealed class RealsAreMeasuresAttribute : Attribute { }
 /// <summary>A limit or count that may not be negative; the setter also checks it for managed callers.</summary>
 [AttributeUsage(AttributeTargets.Property)]
 internal sealed class NonNegativeAttribute : Attribute { }
+
+/// <summary>
+/// The call does enough work (reading or writing a whole document) that a host running other
+/// threads should let them run meanwhile; the library serialises such calls on one document.
+/// </summary>
+[AttributeUsage(AttributeTargets.Method | AttributeTargets.Constructor)]
+internal sealed class LongRunningAttribute : Attribute { }

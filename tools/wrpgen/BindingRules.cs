@@ -24,6 +24,9 @@ internal sealed class BindingRules(MetadataReader reader)
 
     public bool IsNonNegative(CustomAttributeHandleCollection attributes) => Has(reader, attributes, "NonNegativeAttribute");
 
+    /// <summary>"LongRunningAttribute" on a method or constructor: the binding releases the interpreter lock around the call.</summary>
+    public bool IsLongRunning(CustomAttributeHandleCollection attributes) => Has(reader, attributes, "LongRunningAttribute");
+
     private static bool Has(MetadataReader reader, CustomAttributeHandleCollection attributes, string name) =>
         attributes.Any(ah => AttributeType(reader, reader.GetCustomAttribute(ah)).Name == name);
 

@@ -293,6 +293,10 @@ public static class CppEmitter
         _ => Scalar(t.Kind).Type,
     };
 
+    /// <summary>A call expression, run with the interpreter lock released when the managed member is long-running.</summary>
+    private static string Unlocked(string call, bool unlocked) =>
+        unlocked ? $"PyShUnlocked_Call([&] {{ return {call}; }})" : call;
+
     /// <summary>The trailing out-slot parameter of a stub returning <paramref name="t"/>, or null.</summary>
     private static string? ResultSlot(CarriedType t) => ReturnsHandle(t) ? "void**" : ResultRecord(t) is { } r ? r + "*" : null;
 
@@ -300,14 +304,16 @@ public static class CppEmitter
     /// Statements that call <paramref name="call"/> (without its closing parenthesis) and return the
     /// Python result; <paramref name="finish"/> wraps the returned expression (out-values delivered).
     /// </summary>
-    private static void EmitCallAndReturn(CppWriter w, CarriedType result, string call, bool hasArgs, Func<string, string>? finish = null)
+    private static void EmitCallAndReturn(CppWriter w, CarriedType result, string call, bool hasArgs, Func<string, string>? finish = null,
+                                          bool unlocked = false)
     {
         finish ??= e => e;
         string sep = hasArgs ? ", " : "";
+        string Invoke(string full) => Unlocked(full, unlocked);
         if (ResultRecord(result) is { } record)
         {
             w.Line($"{record} result = {{}};");
-            w.Line($"{call}{sep}&result);");
+            w.Line(Invoke($"{call}{sep}&result)") + ";");
             if (result.Kind == ValueKind.Object && !result.IsNullable)
             {
                 w.Line($"return {finish("PyShBound_ObjectResult(result)")};");
@@ -328,13 +334,13 @@ public static class CppEmitter
         switch (result.Kind)
         {
             case ValueKind.Void:
-                w.Line(call + ");");
+                w.Line(Invoke(call + ")") + ";");
                 w.Line("if (PyErr_Occurred())");
                 w.Line("    return nullptr;");
                 w.Line($"return {finish("Py_NewRef(Py_None)")};");
                 return;
             case ValueKind.String or ValueKind.Bytes:
-                w.Line($"return {finish($"PyShBound_PassResult({call}))")};");
+                w.Line($"return {finish($"PyShBound_PassResult({Invoke(call + ")")})")};");
                 return;
             case var _ when ReturnsIndexedHandle(result):
                 w.Line("void* result = nullptr;");
@@ -347,7 +353,7 @@ public static class CppEmitter
                 return;
             case var _ when ReturnsHandle(result):
                 w.Line("void* result = nullptr;");
-                w.Line($"{call}{sep}&result);");
+                w.Line(Invoke($"{call}{sep}&result)") + ";");
                 w.Line("if (PyErr_Occurred()) {");
                 w.Line("    PyShWrp_FreeGcHandlePtr(result);");
                 w.Line("    return nullptr;");
@@ -355,7 +361,7 @@ public static class CppEmitter
                 w.Line($"return {finish(result.Kind == ValueKind.Stream ? "PyStreamWrapper_FromHandle(result)" : result.IsSequence ? $"PyGn_Wrap(result, &{CppGenericEmitter.ResultType(result)})" : $"{ToPy(result.Bound!)}(result)")};");
                 return;
         }
-        w.Line($"{StubReturn(result)} result = {call});");
+        w.Line($"{StubReturn(result)} result = {Invoke(call + ")")};");
         w.Line("if (PyErr_Occurred())");
         w.Line("    return nullptr;");
         w.Line($"return {finish(ToPython(result, "result"))};");
@@ -526,7 +532,7 @@ public static class CppEmitter
             args.Add("PyShBound_Handle(self)");
         args.AddRange(passes);
         w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
-        EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0, EmitOutValues(w, m.Parameters));
+        EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0, EmitOutValues(w, m.Parameters), m.LongRunning);
     }
 
     /// <summary>Declares the out-value of every ref/out parameter; the wrapper that delivers them with the result, or null.</summary>
@@ -616,7 +622,7 @@ public static class CppEmitter
             var passes = EmitParse(w, m.Parameters, true, "nullptr", data);
             w.Indent();
             w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
-            EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, new[] { "handle" }.Concat(passes)), true, EmitOutValues(w, m.Parameters));
+            EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, new[] { "handle" }.Concat(passes)), true, EmitOutValues(w, m.Parameters), m.LongRunning);
             w.Dedent();
             w.Line("}");
             w.Line("failures.keep();");
@@ -739,7 +745,7 @@ public static class CppEmitter
             var passes = EmitParse(w, c.Parameters, dispatching, "-1", data);
             if (dispatching)
                 w.Indent();
-            w.Line($"PyShBound_Attach(self, {CallPrefix(c.Stub, passes)}), {HandleKind(t)});");
+            w.Line($"PyShBound_Attach(self, {Unlocked(CallPrefix(c.Stub, passes) + ")", c.LongRunning)}, {HandleKind(t)});");
             w.Line("return PyErr_Occurred() ? -1 : 0;");
             if (dispatching)
             {
@@ -1277,10 +1283,10 @@ public static class CppEmitter
                  {
                      "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_checked.h",
                      "marshal/conv_decimal.h", "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h",
-                     "marshal/conv_time.h", "marshal/conv_variant.h", "marshal/conv_version.h", "objects/bound_args.h",
-                     "objects/bound_class.h", "objects/bound_registration.h", "builtins/seq_access.h", "objects/casting.h",
-                     "objects/collection_arg.h", "objects/enum_builder.h", "objects/handle_release.h", "objects/host_table.h",
-                     "objects/overload_dispatch.h", "objects/stream_arg.h", "objects/type_arg.h",
+                     "marshal/conv_time.h", "marshal/conv_variant.h", "marshal/conv_version.h", "module/pysh_lock.h",
+                     "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h", "builtins/seq_access.h",
+                     "objects/casting.h", "objects/collection_arg.h", "objects/enum_builder.h", "objects/handle_release.h",
+                     "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h", "objects/type_arg.h",
                      "objects/value_args.h", "objects/wrapper_slots.h",
                  })
             w.Line($"#include \"{inc}\"");

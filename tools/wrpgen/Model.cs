@@ -149,6 +149,8 @@ public sealed record ConstructorModel(int Overload, string Stub, IReadOnlyList<P
 {
     /// <summary>The member's name in the XML documentation file.</summary>
     public string DocId { get; init; } = "";
+    /// <summary>The managed call runs long enough that other Python threads should run meanwhile.</summary>
+    public bool LongRunning { get; init; }
 }
 
 /// <summary>
@@ -165,6 +167,8 @@ public sealed record MethodModel(
     public NullState ResultNull { get; init; }
     /// <summary>The member's name in the XML documentation file.</summary>
     public string DocId { get; init; } = "";
+    /// <summary>The managed call runs long enough that other Python threads should run meanwhile.</summary>
+    public bool LongRunning { get; init; }
 }
 
 public sealed record PropertyModel(string ManagedName, string PythonName, CarriedType Type, string? Getter, string? Setter)

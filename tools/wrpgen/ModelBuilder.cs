@@ -322,7 +322,7 @@ public sealed class ModelBuilder
     }
 
     private sealed record PendingCall(string Name, bool IsStatic, bool IsCtor, List<ParameterModel> Parameters, CarriedType Result,
-                                       string DocId, NullState ResultNull);
+                                      string DocId, NullState ResultNull, bool LongRunning);
 
     private void CollectMembers(TypeModel type)
     {
@@ -457,7 +457,8 @@ public sealed class ModelBuilder
             }
             if (reason is null)
                 return new PendingCall(name, isStatic, isCtor, parameters, result!,
-                                       DocIds.Method(type.FullName, name, sig.ParameterTypes), _nulls.OfParameter(md, 0, type.Handle));
+                                       DocIds.Method(type.FullName, name, sig.ParameterTypes), _nulls.OfParameter(md, 0, type.Handle),
+                                       _rules.IsLongRunning(md.GetCustomAttributes()));
         }
         Skip(type.FullName, described, reason);
         return null;
@@ -527,7 +528,11 @@ public sealed class ModelBuilder
         foreach (var c in ctors)
         {
             int n = type.Constructors.Count;
-            type.Constructors.Add(new ConstructorModel(n, StubNames.Ctor(n, type.Name), c.Parameters, IsImplicit: false) { DocId = c.DocId });
+            type.Constructors.Add(new ConstructorModel(n, StubNames.Ctor(n, type.Name), c.Parameters, IsImplicit: false)
+            {
+                DocId = c.DocId,
+                LongRunning = c.LongRunning,
+            });
         }
 
         var methods = calls.Where(c => !c.IsCtor).ToList();
@@ -547,7 +552,7 @@ public sealed class ModelBuilder
                 }
                 int slot = slots.Take(slotIndex).Count(s => s.Python == python);
                 type.Methods.Add(new MethodModel(name, python, overload, StubNames.Call(overload, name), c.IsStatic, slot,
-                                                 c.Parameters, c.Result) { DocId = c.DocId, ResultNull = c.ResultNull });
+                                                 c.Parameters, c.Result) { DocId = c.DocId, ResultNull = c.ResultNull, LongRunning = c.LongRunning });
                 overload++;
             }
         }

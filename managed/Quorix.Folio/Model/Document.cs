@@ -46,7 +46,10 @@ public sealed partial class Document : DocumentBase
         OriginalLoadFormat = LoadFormat.Docx;
     }
 
+    [LongRunning]
     public Document(string fileName) : this(fileName, null) { }
+
+    [LongRunning]
 
     public Document(string fileName, LoadOptions? loadOptions)
     {
@@ -56,7 +59,10 @@ public sealed partial class Document : DocumentBase
         OriginalFileName = Path.GetFullPath(fileName);
     }
 
+    [LongRunning]
     public Document(Stream stream) : this(stream, null) { }
+
+    [LongRunning]
 
     public Document(Stream stream, LoadOptions? loadOptions)
     {
@@ -102,19 +108,41 @@ public sealed partial class Document : DocumentBase
 
     private protected override void BuildPending()
     {
+        DocumentGate.Enter(Gate);
+        try
+        {
+            BuildPendingLocked();
+        }
+        finally
+        {
+            Monitor.Exit(Gate);
+        }
+    }
+
+    // Other threads see `pending` until the model is whole; the building thread itself, reaching
+    // this again through the model it builds, goes on.
+    private bool building;
+
+    private void BuildPendingLocked()
+    {
+        if (!pending || building) return;
         buildError?.Throw();
-        pending = false;
+        building = true;
         try
         {
             deferredBuild!(this);
+            pending = false;
         }
         catch (Exception e)
         {
             // What was built so far is dropped, and every later use reports the same damage.
             DropChildren();
             buildError = ExceptionDispatchInfo.Capture(e);
-            pending = true;
             throw;
+        }
+        finally
+        {
+            building = false;
         }
     }
 
@@ -151,18 +179,21 @@ public sealed partial class Document : DocumentBase
 
     internal override bool CanHold(Node child) => child is Section;
 
+    [LongRunning]
     public SaveOutputParameters Save(string fileName) =>
         Save(fileName, SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(fileName))));
 
+    [LongRunning]
     public SaveOutputParameters Save(string fileName, SaveFormat saveFormat) => Save(fileName, SaveOptions.CreateSaveOptions(saveFormat));
 
+    [LongRunning]
     public SaveOutputParameters Save(string fileName, SaveOptions saveOptions)
     {
         ArgumentException.ThrowIfNullOrEmpty(fileName);
         ArgumentNullException.ThrowIfNull(saveOptions);
         // Written beside the target first, so a failed save never leaves half a file behind.
         var full = Path.GetFullPath(fileName);
-        var tmp = full + ".tmp" + Environment.ProcessId;
+        var tmp = full + ".tmp" + Environment.ProcessId + "-" + Environment.CurrentManagedThreadId;
         try
         {
             SaveOutputParameters result;
@@ -177,8 +208,10 @@ public sealed partial class Document : DocumentBase
         }
     }
 
+    [LongRunning]
     public SaveOutputParameters Save(Stream stream, SaveFormat saveFormat) => Save(stream, SaveOptions.CreateSaveOptions(saveFormat));
 
+    [LongRunning]
     public SaveOutputParameters Save(Stream stream, SaveOptions saveOptions)
     {
         ArgumentNullException.ThrowIfNull(stream);
@@ -186,8 +219,20 @@ public sealed partial class Document : DocumentBase
         return SaveTo(stream, saveOptions, null);
     }
 
-    private SaveOutputParameters SaveTo(Stream stream, SaveOptions options, string? path) =>
-        FormatRegistry.WriterFor(options.SaveFormat).Write(this, stream, options, path);
+    private SaveOutputParameters SaveTo(Stream stream, SaveOptions options, string? path)
+    {
+        // Saves may run on several threads at once (a host lets other threads run meanwhile):
+        // one document is written by one of them at a time.
+        DocumentGate.Enter(Gate);
+        try
+        {
+            return FormatRegistry.WriterFor(options.SaveFormat).Write(this, stream, options, path);
+        }
+        finally
+        {
+            Monitor.Exit(Gate);
+        }
+    }
 
     /// <summary>A deep copy, independent of this document.</summary>
     public Document Clone() => (Document)CloneTo(null, true);

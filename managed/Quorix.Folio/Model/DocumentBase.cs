@@ -39,6 +39,9 @@ public abstract class DocumentBase : CompositeNode
 
     internal WarningLog Warnings { get; } = new();
 
+    /// <summary>Held by the long calls on this document (saving, building a loaded model), one thread at a time.</summary>
+    internal object Gate { get; } = new();
+
     /// <summary>Whether relationship identifiers read from one document are valid in the other:
     /// true for the document itself and for clones made from the same file.</summary>
     internal bool SharesPackageWith(DocumentBase? other)

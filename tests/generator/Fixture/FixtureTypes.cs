@@ -31,6 +31,7 @@ namespace Quorix.Folio
         public override NodeType NodeType => NodeType.Document;
 
         /// <summary>Saves to <paramref name="fileName"/>; the format follows the extension.</summary>
+        [LongRunning]
         public SaveOutputParameters Save(string fileName) => new SaveOutputParameters();
         /// <summary>Saves to a file in the given format.</summary>
         /// <remarks>Remarks are not carried.</remarks>
@@ -196,6 +197,9 @@ namespace Quorix.Folio
 
     [AttributeUsage(AttributeTargets.Property)]
     internal sealed class NonNegativeAttribute : Attribute { }
+
+    [AttributeUsage(AttributeTargets.Method | AttributeTargets.Constructor)]
+    internal sealed class LongRunningAttribute : Attribute { }
 
     public class Font
     {

@@ -142,6 +142,16 @@ public class CppEmitterTests
     }
 
     [Fact]
+    public void OnlyLongRunningMembersCallWithTheInterpreterLockReleased()
+    {
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        Assert.True(doc.Methods.Single(m => m.Stub == "call_000_Save").LongRunning);
+        string section = Section(doc);
+        Assert.Contains("PyShUnlocked_Call([&] { return table.call_000_Save(PyShBound_Handle(self), a0.get(), &result); });", section);
+        Assert.Single(Regex.Matches(section, @"PyShUnlocked_Call"));
+    }
+
+    [Fact]
     public void RuledValuesTakeTheRefusingConverters()
     {
         var font = Fixture.Type("Quorix.Folio.Font");
