@@ -171,6 +171,11 @@ public class BuilderAndDocxTests
         Assert.Equal("one !x\ryend\r after", doc.GetText().TrimEnd('\r', '\f'));
         var back = TestSupport.RoundTrip(doc);
         Assert.Equal(doc.GetText(), back.GetText());
+
+        // every section gone: the builder's page setup is the fresh section's
+        doc.RemoveAllChildren();
+        Assert.NotNull(b.PageSetup);
+        Assert.Same(doc.LastSection, b.CurrentSection);
     }
 
     [Fact]

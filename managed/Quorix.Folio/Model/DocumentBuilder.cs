@@ -68,9 +68,15 @@ public sealed partial class DocumentBuilder
         get { Revalidate(); return cursor; }
     }
 
-    public Section CurrentSection => paragraph.ParentSection ?? doc.LastSection!;
+    public Section CurrentSection
+    {
+        get { Revalidate(); return paragraph.ParentSection ?? doc.LastSection!; }
+    }
 
-    public Story? CurrentStory => paragraph.ParentStory;
+    public Story? CurrentStory
+    {
+        get { Revalidate(); return paragraph.ParentStory; }
+    }
 
     public bool IsAtStartOfParagraph => cursor == paragraph.first;
 

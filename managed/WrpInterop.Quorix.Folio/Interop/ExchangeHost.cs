@@ -112,4 +112,8 @@ public static unsafe class ExchangeHost
     /// <summary>How many handles native code has freed so far: lifetime tests compare it with what they created.</summary>
     [UnmanagedCallersOnly]
     public static long FreedHandleCount() => Interlocked.Read(ref s_freed);
+
+    /// <summary>How many handles managed code has handed to native code so far.</summary>
+    [UnmanagedCallersOnly]
+    public static long AllocatedHandleCount() => Handles.AllocatedCount;
 }

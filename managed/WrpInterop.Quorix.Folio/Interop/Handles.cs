@@ -5,7 +5,18 @@ namespace Quorix.WrpGen.Interop;
 /// <summary>GC handles as they cross to native code: one normal handle per wrapper.</summary>
 public static class Handles
 {
-    public static IntPtr New(object? target) => target is null ? IntPtr.Zero : GCHandle.ToIntPtr(GCHandle.Alloc(target));
+    public static IntPtr New(object? target)
+    {
+        if (target is null)
+            return IntPtr.Zero;
+        Interlocked.Increment(ref s_allocated);
+        return GCHandle.ToIntPtr(GCHandle.Alloc(target));
+    }
+
+    private static long s_allocated;
+
+    /// <summary>How many handles were handed out so far; with the freed count, what is still alive.</summary>
+    public static long AllocatedCount => Interlocked.Read(ref s_allocated);
 
     public static object? Target(IntPtr handle) => handle == IntPtr.Zero ? null : GCHandle.FromIntPtr(handle).Target;
 
