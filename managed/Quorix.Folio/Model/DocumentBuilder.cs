@@ -95,8 +95,16 @@ public sealed partial class DocumentBuilder
             MoveToDocumentEnd();
             return;
         }
-        if (cursor != null && cursor.ParentNode != paragraph)
+        if (cursor != null && !IsWithin(cursor, paragraph))
             cursor = null;
+    }
+
+    // The cursor may sit inside an inline holder (a content control) of its paragraph.
+    private static bool IsWithin(Node node, Paragraph para)
+    {
+        for (var up = node.ParentNode; up != null; up = up.ParentNode)
+            if (up == para) return true;
+        return false;
     }
 
     private bool IsInDocument(Node node)
