@@ -58,7 +58,7 @@ def calls(n):
             elif k == 9:
                 orphan.get_text()                     # refused: no managed object
             elif k == 10:
-                qf.Document(io.BytesIO(b"junk"))      # managed exception
+                qf.Document(io.BytesIO(b"PK\x03\x04 cut"))  # managed exception
             elif k == 11:
                 str(builder.current_paragraph)
             elif k == 12:
