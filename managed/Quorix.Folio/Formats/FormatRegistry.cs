@@ -30,6 +30,10 @@ internal static class FormatRegistry
         Add(new Rtf.RtfReader());
         Add(new Odt.OdtWriter());
         Add(new Odt.OdtReader());
+        Add(new Rendering.PdfDocumentWriter());
+        Add(new Rendering.ImageDocumentWriter(SaveFormat.Png));
+        Add(new Rendering.ImageDocumentWriter(SaveFormat.Jpeg));
+        Add(new Rendering.SvgDocumentWriter());
     }
 
     private static void Add(IDocumentReader reader) => Readers.Add(reader.Format, reader);

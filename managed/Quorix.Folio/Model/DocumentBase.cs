@@ -42,6 +42,11 @@ public abstract class DocumentBase : CompositeNode
     /// <summary>Held by the long calls on this document (saving, building a loaded model), one thread at a time.</summary>
     internal object Gate { get; } = new();
 
+    // Text edits leave the tree's shape (and so version) alone; laid-out pages still depend on them.
+    internal int textVersion;
+
+    internal void TextEdited() => textVersion++;
+
     /// <summary>Whether relationship identifiers read from one document are valid in the other:
     /// true for the document itself and for clones made from the same file.</summary>
     internal bool SharesPackageWith(DocumentBase? other)

@@ -125,6 +125,8 @@ public enum SaveFormat
     Docx = 20,
     FlatOpc = 24,
     Rtf = 30,
+    Pdf = 40,
+    Svg = 44,
     Html = 50,
     Mhtml = 51,
     Epub = 52,
@@ -132,6 +134,8 @@ public enum SaveFormat
     Text = 70,
     Markdown = 73,
     Xlsx = 74,
+    Png = 101,
+    Jpeg = 104,
 }
 
 public enum LoadFormat

@@ -64,7 +64,11 @@ public static class FileFormatUtil
             "xml" => SaveFormat.FlatOpc,
             "xlsx" => SaveFormat.Xlsx,
             "odt" => SaveFormat.Odt,
-            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .html, .mht, .epub, .rtf, .odt, .xml (flat OPC), .xlsx, .txt or .md, or give the format."),
+            "pdf" => SaveFormat.Pdf,
+            "svg" => SaveFormat.Svg,
+            "png" => SaveFormat.Png,
+            "jpg" or "jpeg" => SaveFormat.Jpeg,
+            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .html, .mht, .epub, .rtf, .odt, .xml (flat OPC), .xlsx, .txt, .md, .pdf, .svg, .png or .jpg, or give the format."),
         };
     }
 
@@ -80,6 +84,10 @@ public static class FileFormatUtil
         SaveFormat.FlatOpc => ".xml",
         SaveFormat.Xlsx => ".xlsx",
         SaveFormat.Odt => ".odt",
+        SaveFormat.Pdf => ".pdf",
+        SaveFormat.Svg => ".svg",
+        SaveFormat.Png => ".png",
+        SaveFormat.Jpeg => ".jpg",
         _ => throw new ArgumentException($"{saveFormat} has no file extension.", nameof(saveFormat)),
     };
 

@@ -42,7 +42,11 @@ public sealed class Run : Inline
     {
         get => text;
         // Text edits leave the tree's shape alone, so live collections stay valid.
-        set => text = value ?? "";
+        set
+        {
+            text = value ?? "";
+            doc?.TextEdited();
+        }
     }
 
     public override string GetText() => text;

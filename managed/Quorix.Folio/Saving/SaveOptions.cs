@@ -51,6 +51,9 @@ public abstract class SaveOptions
         SaveFormat.Rtf => new RtfSaveOptions(),
         SaveFormat.Odt => new OdtSaveOptions(),
         SaveFormat.Xlsx => new XlsxSaveOptions(),
+        SaveFormat.Pdf => new PdfSaveOptions(),
+        SaveFormat.Svg => new SvgSaveOptions(),
+        SaveFormat.Png or SaveFormat.Jpeg => new ImageSaveOptions(saveFormat),
         _ => throw new UnsupportedFileFormatException($"Saving to {saveFormat} is not supported."),
     };
 

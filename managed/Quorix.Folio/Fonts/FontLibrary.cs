@@ -1,0 +1,157 @@
+using HarfBuzzSharp;
+using SkiaSharp;
+
+namespace Quorix.Folio.Fonts;
+
+/// <summary>One loaded face: what Skia draws with and what HarfBuzz shapes with, from the same bytes.</summary>
+internal sealed class FontFace
+{
+    public readonly string Family;
+    public readonly bool Bold;
+    public readonly bool Italic;
+    public readonly SKTypeface Typeface;
+    public readonly HarfBuzzSharp.Font Shaper;
+    public readonly int UnitsPerEm;
+    // Per point of size, positive downwards from the baseline for descent.
+    public readonly double Ascent;
+    public readonly double Descent;
+    public readonly double LineGap;
+
+    public FontFace(string family, bool bold, bool italic, byte[] data, int index)
+    {
+        Family = family;
+        Bold = bold;
+        Italic = italic;
+        using (var skData = SKData.CreateCopy(data))
+            Typeface = SKTypeface.FromData(skData, index) ?? throw new InvalidDataException($"The font '{family}' cannot be loaded.");
+        var blob = Blob.FromStream(new MemoryStream(data));
+        var face = new Face(blob, index);
+        UnitsPerEm = face.UnitsPerEm;
+        Shaper = new HarfBuzzSharp.Font(face);
+        Shaper.SetScale(UnitsPerEm, UnitsPerEm);
+        Shaper.SetFunctionsOpenType();
+        using var font = new SKFont(Typeface, 1000);
+        var m = font.Metrics;
+        Ascent = -m.Ascent / 1000.0;
+        Descent = m.Descent / 1000.0;
+        LineGap = m.Leading / 1000.0;
+    }
+
+    public bool Has(int codePoint) => Shaper.TryGetGlyph((uint)codePoint, out _);
+
+    public override string ToString() => $"{Family}{(Bold ? " Bold" : "")}{(Italic ? " Italic" : "")}";
+}
+
+/// <summary>A face the layout asked for, with the style it could not get from the file drawn synthetically.</summary>
+internal sealed record ResolvedFont(FontFace Face, bool FakeBold, bool FakeItalic, string RequestedName);
+
+/// <summary>The faces of a <see cref="FontSettings"/>' sources, found by family and style, with
+/// substitution for missing families and per-character fallback.</summary>
+internal sealed class FontLibrary
+{
+    private sealed record Entry(string Family, bool Bold, bool Italic, FontFileRef File, int Index, int Priority);
+
+    private readonly FontSettings settings;
+    private readonly Dictionary<string, List<Entry>> families = new(StringComparer.OrdinalIgnoreCase);
+    private readonly Dictionary<Entry, FontFace> loaded = new();
+    private readonly Dictionary<(string, bool, bool), ResolvedFont> resolved = new();
+    private readonly Dictionary<(FontFace, int), FontFace?> fallbacks = new();
+    private readonly object gate = new();
+
+    public FontLibrary(FontSettings settings, IEnumerable<FontSourceBase> sources)
+    {
+        this.settings = settings;
+        foreach (var source in sources.OrderByDescending(s => s.Priority))
+            foreach (var file in source.Files())
+                Scan(file, source.Priority);
+    }
+
+    public IEnumerable<string> FamilyNames => families.Keys;
+
+    private void Scan(FontFileRef file, int priority)
+    {
+        try
+        {
+            using var data = file.Path != null ? SKData.Create(file.Path) : SKData.CreateCopy(file.Data!);
+            if (data == null) return;
+            for (int index = 0; index < 64; index++)
+            {
+                using var tf = SKTypeface.FromData(data, index);
+                if (tf == null) break;
+                var style = tf.FontStyle;
+                var entry = new Entry(tf.FamilyName, style.Weight >= 600, style.Slant != SKFontStyleSlant.Upright, file, index, priority);
+                if (!families.TryGetValue(entry.Family, out var list)) families[entry.Family] = list = new List<Entry>();
+                list.Add(entry);
+                if (!file.Path?.EndsWith("c", StringComparison.OrdinalIgnoreCase) ?? true) break; // only collections hold more faces
+            }
+        }
+        catch (IOException)
+        {
+            // An unreadable file is simply not a font we can use.
+        }
+    }
+
+    public bool HasFamily(string name) => families.ContainsKey(name);
+
+    /// <summary>The face for a font name and style: the family itself, then the substitution rules in
+    /// order (table, fontconfig, default); never null while any font is installed.</summary>
+    public ResolvedFont Resolve(string name, bool bold, bool italic)
+    {
+        lock (gate)
+        {
+            if (resolved.TryGetValue((name, bold, italic), out var r)) return r;
+            var family = FindFamily(name) ?? throw new InvalidOperationException("No fonts were found in the configured font sources.");
+            var entry = BestStyle(families[family], bold, italic);
+            var face = Load(entry);
+            r = new ResolvedFont(face, bold && !face.Bold, italic && !face.Italic, name);
+            resolved[(name, bold, italic)] = r;
+            return r;
+        }
+    }
+
+    private string? FindFamily(string name)
+    {
+        if (families.ContainsKey(name)) return name;
+        var subs = settings.SubstitutionSettings;
+        if (subs.TableSubstitution.Enabled)
+            foreach (var s in subs.TableSubstitution.GetSubstitutes(name))
+                if (families.ContainsKey(s)) return s;
+        if (subs.FontConfigSubstitution.Match(name) is { } fc && families.ContainsKey(fc)) return fc;
+        if (subs.DefaultFontSubstitution.Enabled && families.ContainsKey(subs.DefaultFontSubstitution.DefaultFontName))
+            return subs.DefaultFontSubstitution.DefaultFontName;
+        foreach (var f in settings.FallbackSettings.Fallbacks)
+            if (families.ContainsKey(f)) return f;
+        return families.Keys.OrderBy(k => k, StringComparer.Ordinal).FirstOrDefault();
+    }
+
+    private static Entry BestStyle(List<Entry> list, bool bold, bool italic) =>
+        list.OrderBy(e => (e.Bold == bold ? 0 : 2) + (e.Italic == italic ? 0 : 1)).ThenByDescending(e => e.Priority).First();
+
+    private FontFace Load(Entry e)
+    {
+        if (loaded.TryGetValue(e, out var f)) return f;
+        var data = e.File.Path != null ? File.ReadAllBytes(e.File.Path) : e.File.Data!;
+        f = new FontFace(e.Family, e.Bold, e.Italic, data, e.Index);
+        loaded[e] = f;
+        return f;
+    }
+
+    /// <summary>A face that has the character when <paramref name="primary"/> does not: the fallback
+    /// list first, then any installed family; null when no font has it.</summary>
+    public FontFace? Fallback(FontFace primary, int codePoint)
+    {
+        lock (gate)
+        {
+            if (fallbacks.TryGetValue((primary, codePoint), out var f)) return f;
+            f = null;
+            foreach (var name in settings.FallbackSettings.Fallbacks.Concat(families.Keys.OrderBy(k => k, StringComparer.Ordinal)))
+            {
+                if (!families.TryGetValue(name, out var list)) continue;
+                var candidate = Load(BestStyle(list, primary.Bold, primary.Italic));
+                if (candidate.Has(codePoint)) { f = candidate; break; }
+            }
+            fallbacks[(primary, codePoint)] = f;
+            return f;
+        }
+    }
+}

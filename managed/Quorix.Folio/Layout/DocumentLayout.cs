@@ -1,0 +1,136 @@
+using Quorix.Folio.Fonts;
+
+namespace Quorix.Folio.Layout;
+
+/// <summary>The pages of a whole document: sections paginated in order, then headers and footers
+/// laid out on each page with its number.</summary>
+internal sealed class DocumentLayout
+{
+    public List<LayoutPage> Pages { get; } = new();
+
+    /// <summary>First and last page index of each node that shows on a page.</summary>
+    public Dictionary<Node, (int First, int Last)> Spans { get; } = new();
+
+    private readonly Document doc;
+    private readonly LayoutContext ctx;
+    private readonly List<Section> sections;
+    // The first page of each section that started one; numbering restarts and first-page headers key off it.
+    private readonly Dictionary<int, int> sectionFirstPage = new();
+
+    private DocumentLayout(Document doc, FontSettings fonts)
+    {
+        this.doc = doc;
+        ctx = new LayoutContext(fonts.Library);
+        sections = doc.Sections.Cast<Section>().ToList();
+    }
+
+    public static DocumentLayout Build(Document doc, FontSettings fonts)
+    {
+        var layout = new DocumentLayout(doc, fonts);
+        layout.Paginate();
+        layout.Number();
+        layout.AddHeadersAndFooters();
+        return layout;
+    }
+
+    private void Paginate()
+    {
+        var paginator = new Paginator(Pages, Spans);
+        for (int si = 0; si < sections.Count; si++)
+        {
+            var s = sections[si];
+            var ps = s.PageSetup;
+            double w = ps.PageWidth, h = ps.PageHeight, left = ps.LeftMargin + ps.Gutter;
+            double bodyWidth = Math.Max(36, w - left - ps.RightMargin);
+            var blocks = s.Body is { } body ? ctx.Blocks(body, bodyWidth) : new List<Block>();
+            var start = ps.SectionStart;
+            var current = paginator.Current;
+            bool continuous = si > 0 && start == SectionStart.Continuous && current != null && Math.Abs(current.Width - w) < 0.5 && Math.Abs(current.Height - h) < 0.5;
+            int sectionIndex = si;
+            int pagesBefore = Pages.Count;
+            paginator.StartSection(
+                () => new LayoutPage(w, h, sectionIndex),
+                () => BodyFrame(sectionIndex, left, Pages.Count - 1 == pagesBefore),
+                continuous,
+                start switch { SectionStart.OddPage => 1, SectionStart.EvenPage => 2, _ => 0 });
+            if (!continuous) sectionFirstPage[si] = Pages.Count - 1;
+            paginator.Place(blocks);
+        }
+        paginator.Flush();
+        if (Pages.Count == 0) Pages.Add(new LayoutPage(612, 792, 0));
+    }
+
+    /// <summary>Where body text goes: inside the margins, pushed in by a header or footer that needs more room.</summary>
+    private Frame BodyFrame(int si, double left, bool firstOfSection)
+    {
+        var ps = sections[si].PageSetup;
+        double top = Math.Abs(ps.TopMargin), bottom = ps.PageHeight - Math.Abs(ps.BottomMargin);
+        double width = Math.Max(36, ps.PageWidth - left - ps.RightMargin);
+        if (HeaderFooterFor(si, true, firstOfSection, false) is { } header)
+            top = Math.Max(top, ps.HeaderDistance + Stack.Height(ctx.Blocks(header, width)));
+        if (HeaderFooterFor(si, false, firstOfSection, false) is { } footer)
+            bottom = Math.Min(bottom, ps.PageHeight - ps.FooterDistance - Stack.Height(ctx.Blocks(footer, width)));
+        return new Frame(left, top, bottom);
+    }
+
+    private void Number()
+    {
+        int number = 0;
+        for (int i = 0; i < Pages.Count; i++)
+        {
+            var page = Pages[i];
+            var ps = sections.Count > 0 ? sections[page.SectionIndex].PageSetup : null;
+            bool starts = sectionFirstPage.TryGetValue(page.SectionIndex, out var first) && first == i;
+            number = starts && ps!.RestartPageNumbering ? ps.PageStartingNumber : number + 1;
+            page.Number = number;
+        }
+    }
+
+    private void AddHeadersAndFooters()
+    {
+        for (int i = 0; i < Pages.Count; i++)
+        {
+            var page = Pages[i];
+            int si = page.SectionIndex;
+            if (si >= sections.Count) continue;
+            var ps = sections[si].PageSetup;
+            bool firstOfSection = sectionFirstPage.TryGetValue(si, out var first) && first == i;
+            double left = ps.LeftMargin + ps.Gutter, width = Math.Max(36, ps.PageWidth - left - ps.RightMargin);
+            ctx.Page = page.Number;
+            ctx.Pages = Pages.Count;
+            ctx.SectionPages = Pages.Count(p => p.SectionIndex == si);
+            if (HeaderFooterFor(si, true, firstOfSection, page.Number % 2 == 0) is { } header)
+                Stack.Emit(ctx.Blocks(header, width), page.Items, left, ps.HeaderDistance);
+            if (HeaderFooterFor(si, false, firstOfSection, page.Number % 2 == 0) is { } footer)
+            {
+                var blocks = ctx.Blocks(footer, width);
+                Stack.Emit(blocks, page.Items, left, ps.PageHeight - ps.FooterDistance - Stack.Height(blocks));
+            }
+        }
+        ctx.Page = ctx.Pages = ctx.SectionPages = null;
+    }
+
+    /// <summary>The header or footer a page shows: first-page or even-page kinds where the section has
+    /// them, else the primary; a section without its own shows the previous section's (linked).</summary>
+    private HeaderFooter? HeaderFooterFor(int si, bool header, bool firstOfSection, bool even)
+    {
+        HeaderFooterType kind;
+        if (firstOfSection && sections[si].PageSetup.DifferentFirstPageHeaderFooter)
+            kind = header ? HeaderFooterType.HeaderFirst : HeaderFooterType.FooterFirst;
+        else if (even && HasKind(sections[si], header ? HeaderFooterType.HeaderEven : HeaderFooterType.FooterEven))
+            kind = header ? HeaderFooterType.HeaderEven : HeaderFooterType.FooterEven;
+        else
+            kind = header ? HeaderFooterType.HeaderPrimary : HeaderFooterType.FooterPrimary;
+        for (int i = si; i >= 0; i--)
+            foreach (var n in sections[i].HeadersFooters)
+                if (n is HeaderFooter hf && hf.HeaderFooterType == kind) return hf;
+        return null;
+    }
+
+    private static bool HasKind(Section s, HeaderFooterType kind)
+    {
+        foreach (var n in s.HeadersFooters)
+            if (n is HeaderFooter hf && hf.HeaderFooterType == kind) return true;
+        return false;
+    }
+}

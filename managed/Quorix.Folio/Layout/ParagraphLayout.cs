@@ -1,0 +1,404 @@
+using System.Text;
+using HarfBuzzSharp;
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Fields;
+using Quorix.Folio.Fonts;
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio.Layout;
+
+/// <summary>Turns one paragraph into line blocks: collects its visible text with the formatting of
+/// each piece, shapes it, breaks it into lines and places the glyphs.</summary>
+internal sealed class ParagraphLayout
+{
+    // Object replacement character: stands for an inline picture in the paragraph's text.
+    private const char ObjectChar = '\uFFFC';
+
+    private sealed record Piece(int Start, int End, TextStyle Style, Node? Node, Shape? Image, string? Link);
+
+    /// <summary>Shaped glyphs of one piece of text in one face. Clusters are paragraph text offsets.</summary>
+    private sealed record Segment(int Start, int End, TextStyle Style, ResolvedFont Font, ushort[] Glyphs, int[] Clusters, float[] Advances, float[] OffsetsX, float[] OffsetsY);
+
+    private readonly LayoutContext ctx;
+    private readonly Paragraph para;
+    private readonly StringBuilder sb = new();
+    private readonly List<Piece> pieces = new();
+    private readonly List<Segment> segments = new();
+    private readonly List<(int At, string Name)> anchors = new();
+    private string text = "";
+    private double[] advance = Array.Empty<double>();
+    private TextStyle markStyle = null!;
+
+    private ParagraphLayout(LayoutContext ctx, Paragraph para)
+    {
+        this.ctx = ctx;
+        this.para = para;
+    }
+
+    public static List<Block> Lay(LayoutContext ctx, Paragraph para, double width)
+    {
+        var p = new ParagraphLayout(ctx, para);
+        p.Collect();
+        p.Shape();
+        return p.Lines(width);
+    }
+
+    // ---- collecting the visible text ----
+
+    private sealed class FieldState
+    {
+        public readonly StringBuilder Code = new();
+        public bool InResult;
+        public bool SkipResult;
+        public string? Link;
+    }
+
+    private void Collect()
+    {
+        markStyle = TextStyle.Of(new Font(new PropBag(PropOrder.Run), para.Document, para.RunChain), ctx.Fonts);
+        if (para.IsListItem && para.ListLabel.LabelString is { Length: > 0 } label)
+        {
+            var first = para.Runs.Count > 0 ? TextStyle.Of(para.Runs[0].Font, ctx.Fonts) : markStyle;
+            Add(label + "\t", first, null, null, null);
+        }
+        var fields = new List<FieldState>();
+        for (var n = para.FirstChild; n != null; n = n.NextSibling)
+        {
+            switch (n)
+            {
+                case FieldStart:
+                    fields.Add(new FieldState());
+                    break;
+                case FieldSeparator when fields.Count > 0:
+                    BeginResult(fields[^1]);
+                    break;
+                case FieldEnd when fields.Count > 0:
+                    if (!fields[^1].InResult) BeginResult(fields[^1]);
+                    fields.RemoveAt(fields.Count - 1);
+                    break;
+                case Run run:
+                    if (fields.Count > 0 && !fields[^1].InResult) { fields[^1].Code.Append(run.Text); break; }
+                    if (fields.Any(f => f.SkipResult || !f.InResult) || run.Font.Hidden || run.Text.Length == 0) break;
+                    var style = TextStyle.Of(run.Font, ctx.Fonts);
+                    Add(style.Caps ? run.Text.ToUpperInvariant() : run.Text, style, run, null, fields.LastOrDefault(f => f.Link != null)?.Link);
+                    break;
+                case Shape shape when shape.HasImage && shape.Width > 0 && shape.Height > 0:
+                    if (fields.Any(f => f.SkipResult || !f.InResult)) break;
+                    Add(ObjectChar.ToString(), markStyle, shape, shape, fields.LastOrDefault(f => f.Link != null)?.Link);
+                    break;
+                case BookmarkStart b:
+                    anchors.Add((sb.Length, b.Name));
+                    break;
+            }
+        }
+        text = sb.ToString();
+    }
+
+    /// <summary>At a field's separator: page fields show the number for the page being laid out.</summary>
+    private void BeginResult(FieldState f)
+    {
+        f.InResult = true;
+        var code = f.Code.ToString().Trim();
+        var word = code.Split(' ', 2)[0].ToUpperInvariant();
+        if (word == "HYPERLINK") f.Link = HyperlinkTarget(code);
+        if (ctx.PageFieldValue(word) is { } value)
+        {
+            f.SkipResult = true;
+            Add(value, markStyleForFields ?? markStyle, null, null, null);
+        }
+    }
+
+    // Page numbers take the formatting of the text before them, or of the paragraph mark.
+    private TextStyle? markStyleForFields => pieces.Count > 0 ? pieces[^1].Style : null;
+
+    internal static string? HyperlinkTarget(string code)
+    {
+        var parts = new List<string>();
+        var rest = code.Substring("HYPERLINK".Length).Trim();
+        bool local = false;
+        while (rest.Length > 0)
+        {
+            if (rest.StartsWith("\\l", StringComparison.Ordinal)) { local = true; rest = rest[2..].TrimStart(); continue; }
+            if (rest[0] == '\\') { int sp = rest.IndexOf(' '); rest = sp < 0 ? "" : rest[sp..].TrimStart(); if (rest.StartsWith('"')) { int q = rest.IndexOf('"', 1); rest = q < 0 ? "" : rest[(q + 1)..].TrimStart(); } continue; }
+            string arg;
+            if (rest[0] == '"') { int q = rest.IndexOf('"', 1); arg = q < 0 ? rest[1..] : rest[1..q]; rest = q < 0 ? "" : rest[(q + 1)..].TrimStart(); }
+            else { int sp = rest.IndexOf(' '); arg = sp < 0 ? rest : rest[..sp]; rest = sp < 0 ? "" : rest[sp..].TrimStart(); }
+            if (local) return "#" + arg;
+            parts.Add(arg);
+        }
+        return parts.Count > 0 ? parts[0] : null;
+    }
+
+    private void Add(string s, TextStyle style, Node? node, Shape? image, string? link)
+    {
+        if (s.Length == 0) return;
+        pieces.Add(new Piece(sb.Length, sb.Length + s.Length, style, node, image, link));
+        sb.Append(s);
+    }
+
+    // ---- shaping ----
+
+    private static bool IsControl(char c) => c is '\t' or '\v' or '\f' or '\u000e' or '\r' or '\n' or ObjectChar;
+
+    private void Shape()
+    {
+        advance = new double[text.Length];
+        foreach (var piece in pieces)
+        {
+            if (piece.Image != null) { advance[piece.Start] = piece.Image.Width; continue; }
+            int i = piece.Start;
+            while (i < piece.End)
+            {
+                if (IsControl(text[i])) { i++; continue; }
+                var font = FaceFor(piece.Style.Font, i);
+                int j = i + CharLen(i);
+                while (j < piece.End && !IsControl(text[j]) && FaceFor(piece.Style.Font, j) == font) j += CharLen(j);
+                ShapeRange(i, j, piece.Style, font);
+                i = j;
+            }
+        }
+    }
+
+    private int CharLen(int i) => char.IsHighSurrogate(text[i]) && i + 1 < text.Length && char.IsLowSurrogate(text[i + 1]) ? 2 : 1;
+
+    /// <summary>The run's own face unless it lacks the character; spaces stay with the run's face.</summary>
+    private ResolvedFont FaceFor(ResolvedFont font, int i)
+    {
+        int cp = char.ConvertToUtf32(text, i);
+        if (cp <= 0x20 || font.Face.Has(cp)) return font;
+        var other = ctx.Fonts.Fallback(font.Face, cp);
+        return other == null ? font : new ResolvedFont(other, font.FakeBold && !other.Bold, font.FakeItalic && !other.Italic, font.RequestedName);
+    }
+
+    private void ShapeRange(int start, int end, TextStyle style, ResolvedFont font)
+    {
+        using var buffer = new HarfBuzzSharp.Buffer();
+        buffer.AddUtf16(text.AsSpan(start, end - start));
+        // Visual reordering of right-to-left text is not done yet: shape everything left to right.
+        buffer.Direction = Direction.LeftToRight;
+        buffer.GuessSegmentProperties();
+        font.Face.Shaper.Shape(buffer);
+        var infos = buffer.GetGlyphInfoSpan();
+        var positions = buffer.GetGlyphPositionSpan();
+        double scale = style.Size / font.Face.UnitsPerEm;
+        int n = infos.Length;
+        var seg = new Segment(start, end, style, font, new ushort[n], new int[n], new float[n], new float[n], new float[n]);
+        for (int g = 0; g < n; g++)
+        {
+            seg.Glyphs[g] = (ushort)infos[g].Codepoint;
+            seg.Clusters[g] = start + (int)infos[g].Cluster;
+            seg.Advances[g] = (float)(positions[g].XAdvance * scale);
+            seg.OffsetsX[g] = (float)(positions[g].XOffset * scale);
+            seg.OffsetsY[g] = (float)(positions[g].YOffset * scale);
+            advance[seg.Clusters[g]] += seg.Advances[g];
+        }
+        segments.Add(seg);
+    }
+
+    // ---- lines ----
+
+    private enum LineEnd { Wrap, Paragraph, Line, Page, Column }
+
+    private List<Block> Lines(double width)
+    {
+        var pf = para.ParagraphFormat;
+        double left = pf.LeftIndent, right = pf.RightIndent, firstLine = pf.FirstLineIndent;
+        var align = pf.Alignment;
+        var rule = pf.LineSpacingRule;
+        double spacing = pf.LineSpacing;
+        var blocks = new List<Block>();
+        var x = new double[text.Length + 1];
+        int start = 0;
+        bool breakBefore = pf.PageBreakBefore;
+        do
+        {
+            bool first = start == 0;
+            double indent = left + (first ? firstLine : 0);
+            double avail = Math.Max(1, width - indent - right);
+            var (end, kind) = Fill(start, indent, avail, left, first && firstLine < 0, x);
+            int next = kind == LineEnd.Wrap || kind == LineEnd.Paragraph ? end : end + 1;
+            var block = Line(start, end, kind, indent, avail, align, rule, spacing, x);
+            block.BreakBefore = breakBefore;
+            breakBefore = kind is LineEnd.Page or LineEnd.Column;
+            blocks.Add(block);
+            start = next;
+            if (kind == LineEnd.Paragraph) break;
+        } while (true);
+
+        blocks[0].SpaceBefore = pf.SpaceBefore;
+        blocks[^1].SpaceAfter = pf.SpaceAfter;
+        // Keep rules: lines of a kept-together paragraph, no single first or last line on a page,
+        // and the last line of a keep-with-next paragraph with what follows.
+        if (pf.KeepTogether) for (int i = 0; i < blocks.Count - 1; i++) blocks[i].KeepWithNext = true;
+        if (pf.WidowControl && blocks.Count >= 2)
+        {
+            blocks[0].KeepWithNext = true;
+            blocks[^2].KeepWithNext = true;
+        }
+        if (pf.KeepWithNext) blocks[^1].KeepWithNext = true;
+        return blocks;
+    }
+
+    /// <summary>Finds where the line starting at <paramref name="start"/> ends; fills x with each
+    /// character's offset from the line start, tabs resolved against the stops.</summary>
+    private (int End, LineEnd Kind) Fill(int start, double indent, double avail, double leftIndent, bool hanging, double[] x)
+    {
+        double pos = 0;
+        int lastBreak = -1;
+        for (int i = start; i < text.Length; i++)
+        {
+            char c = text[i];
+            x[i] = pos;
+            switch (c)
+            {
+                case '\v' or '\n' or '\r': return (i, LineEnd.Line);
+                case '\f': return (i, LineEnd.Page);
+                case '\u000e': return (i, LineEnd.Column);
+            }
+            double w = c == '\t' ? TabWidth(indent + pos, leftIndent, hanging) : advance[i];
+            if (pos + w > avail + 0.01 && !LineBreaking.IsSpace(c) && i > start)
+            {
+                if (lastBreak >= start) return (lastBreak + 1, LineEnd.Wrap);
+                int cut = i;
+                while (cut > start + 1 && advance[cut] == 0 && !char.IsWhiteSpace(text[cut])) cut--; // not inside a cluster
+                return (cut, LineEnd.Wrap);
+            }
+            pos += w;
+            if (LineBreaking.BreakAfter(text, i)) lastBreak = i;
+        }
+        x[text.Length] = pos;
+        return (text.Length, LineEnd.Paragraph);
+    }
+
+    /// <summary>Left-aligned default stops every half inch; a hanging indent adds a stop at the indent,
+    /// which is where list text starts after its label.</summary>
+    private double TabWidth(double at, double leftIndent, bool hanging)
+    {
+        if (hanging && at < leftIndent - 0.01) return leftIndent - at;
+        double stop = ctx.DefaultTabStop;
+        double next = Math.Floor(at / stop + 1e-6) * stop + stop;
+        return next - at;
+    }
+
+    private ItemsBlock Line(int start, int end, LineEnd kind, double indent, double avail, ParagraphAlignment align,
+        LineSpacingRule rule, double spacing, double[] x)
+    {
+        double ascent = 0, descent = 0, gap = 0;
+        bool any = false;
+        foreach (var p in pieces)
+        {
+            if (p.End <= start || p.Start >= end) continue;
+            if (p.Image != null) { ascent = Math.Max(ascent, p.Image.Height); any = true; continue; }
+            ascent = Math.Max(ascent, p.Style.Ascent);
+            descent = Math.Max(descent, p.Style.Descent);
+            gap = Math.Max(gap, p.Style.Gap);
+            any = true;
+        }
+        foreach (var s in segments)
+        {
+            if (s.End <= start || s.Start >= end) continue;
+            ascent = Math.Max(ascent, s.Font.Face.Ascent * s.Style.Size);
+            descent = Math.Max(descent, s.Font.Face.Descent * s.Style.Size);
+        }
+        if (!any) { ascent = markStyle.Ascent; descent = markStyle.Descent; gap = markStyle.Gap; }
+        double natural = ascent + descent + gap;
+        double height = rule switch
+        {
+            LineSpacingRule.Exactly => spacing,
+            LineSpacingRule.AtLeast => Math.Max(natural, spacing),
+            _ => natural * spacing / 12,
+        };
+        double baseline = rule == LineSpacingRule.Exactly ? height * ascent / Math.Max(0.01, ascent + descent) : height - descent - gap;
+
+        // Trailing spaces hang past the margin and do not count for alignment.
+        int visibleEnd = end;
+        while (visibleEnd > start && LineBreaking.IsSpace(text[visibleEnd - 1])) visibleEnd--;
+        double used = visibleEnd > start ? x[visibleEnd - 1] + Width(visibleEnd - 1, x) : 0;
+        double free = Math.Max(0, avail - used);
+        double shift = indent;
+        double perSpace = 0;
+        switch (align)
+        {
+            case ParagraphAlignment.Center: shift += free / 2; break;
+            case ParagraphAlignment.Right: shift += free; break;
+            case ParagraphAlignment.Justify or ParagraphAlignment.Distributed when kind == LineEnd.Wrap:
+                int lastTab = text.LastIndexOf('\t', Math.Max(start, visibleEnd - 1), Math.Max(0, visibleEnd - start));
+                int spaces = 0;
+                for (int i = Math.Max(start, lastTab + 1); i < visibleEnd; i++) if (text[i] == ' ') spaces++;
+                if (spaces > 0) perSpace = free / spaces;
+                break;
+        }
+        var pos = new double[end - start + 1];
+        double extra = 0;
+        int justifyFrom = perSpace > 0 ? Math.Max(start, text.LastIndexOf('\t', Math.Max(start, visibleEnd - 1), Math.Max(0, visibleEnd - start)) + 1) : int.MaxValue;
+        for (int i = start; i < end; i++)
+        {
+            pos[i - start] = shift + x[i] + extra;
+            if (i >= justifyFrom && i < visibleEnd && text[i] == ' ') extra += perSpace;
+        }
+        pos[end - start] = shift + (end > start ? x[end - 1] + Width(end - 1, x) : 0) + extra;
+
+        var block = new ItemsBlock { Height = height };
+        block.Nodes.Add(para);
+        EmitGlyphs(block, start, end, pos, baseline);
+        EmitDecorations(block, start, end, visibleEnd, pos, baseline);
+        foreach (var (at, name) in anchors)
+            if (at >= start && (at < end || at == end && kind == LineEnd.Paragraph))
+                block.Items.Add(new AnchorItem(pos[Math.Min(at, end) - start], 0, name));
+        return block;
+    }
+
+    private double Width(int i, double[] x) => text[i] == '\t' ? (i + 1 < x.Length ? x[i + 1] - x[i] : 0) : advance[i];
+
+    private void EmitGlyphs(ItemsBlock block, int start, int end, double[] pos, double baseline)
+    {
+        foreach (var s in segments)
+        {
+            if (s.End <= start || s.Start >= end) continue;
+            var glyphs = new List<ushort>();
+            var xs = new List<float>();
+            double yOff = 0;
+            int lastCluster = -1;
+            double inCluster = 0;
+            for (int g = 0; g < s.Glyphs.Length; g++)
+            {
+                int c = s.Clusters[g];
+                if (c < start || c >= end) continue;
+                if (c != lastCluster) { inCluster = 0; lastCluster = c; }
+                glyphs.Add(s.Glyphs[g]);
+                xs.Add((float)(pos[c - start] + inCluster + s.OffsetsX[g]));
+                inCluster += s.Advances[g];
+                yOff = s.OffsetsY[g];
+            }
+            if (glyphs.Count == 0) continue;
+            int a = Math.Max(s.Start, start), b = Math.Min(s.End, end);
+            block.Items.Add(new GlyphRun(s.Font, s.Style.Size, glyphs.ToArray(), xs.ToArray(), 0, baseline - s.Style.Rise - yOff, s.Style.Color, text[a..b]));
+            Node? node = pieces.FirstOrDefault(p => p.Start <= s.Start && s.Start < p.End)?.Node;
+            if (node != null && !block.Nodes.Contains(node)) block.Nodes.Add(node);
+        }
+    }
+
+    private void EmitDecorations(ItemsBlock block, int start, int end, int visibleEnd, double[] pos, double baseline)
+    {
+        foreach (var p in pieces)
+        {
+            int a = Math.Max(p.Start, start), b = Math.Min(p.End, p.Image == null ? visibleEnd : end);
+            if (a >= b) continue;
+            double x1 = pos[a - start], x2 = pos[b - start];
+            if (p.Image != null)
+            {
+                block.Items.Add(new ImageItem(x1, baseline - p.Image.Height, p.Image.Width, p.Image.Height, p.Image.ImageData.ImageBytes!));
+                if (!block.Nodes.Contains(p.Image)) block.Nodes.Add(p.Image);
+            }
+            var st = p.Style;
+            double stroke = Math.Max(0.5, st.Size / 18);
+            if (st.Underline) block.Items.Add(new LineItem(x1, baseline + st.Size * 0.12, x2, baseline + st.Size * 0.12, stroke, st.Color));
+            if (st.Strike) block.Items.Add(new LineItem(x1, baseline - st.Size * 0.3, x2, baseline - st.Size * 0.3, stroke, st.Color));
+            if (p.Link != null)
+            {
+                double top = baseline - (p.Image?.Height ?? st.Ascent);
+                block.Items.Add(new LinkItem(x1, top, x2 - x1, baseline + st.Descent - top, p.Link));
+            }
+        }
+    }
+}

@@ -1,0 +1,175 @@
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Tables;
+
+namespace Quorix.Folio.Layout;
+
+/// <summary>One side's border of a table: width in points and colour.</summary>
+internal readonly record struct Edge(double Width, uint Color);
+
+internal sealed record TableEdges(Edge? Top, Edge? Left, Edge? Bottom, Edge? Right, Edge? InsideH, Edge? InsideV);
+
+/// <summary>A laid-out cell: its column position, content and look.</summary>
+internal sealed record CellBox(double X, double Width, List<Block> Content, uint? Fill, bool MergedIntoAbove, CellVerticalAlignment VAlign);
+
+/// <summary>A table row: cells side by side. A row that may break across pages splits between the
+/// lines of its cells.</summary>
+internal sealed class TableRowBlock : Block
+{
+    public const double CellPaddingX = 5.4;
+    public List<CellBox> Cells = new();
+    public TableEdges Edges = null!;
+    public bool FirstOfTable;
+    public bool LastOfTable;
+    public bool AllowBreak = true;
+    public double MinHeight;
+
+    public void Measure() => Height = Math.Max(MinHeight, Cells.Count == 0 ? 0 : Cells.Max(c => Stack.Height(c.Content)));
+
+    public override void Emit(List<PageItem> page, double x, double y)
+    {
+        foreach (var c in Cells)
+        {
+            if (c.Fill is { } fill) page.Add(new FillItem(x + c.X, y, c.Width, Height, fill));
+            double offset = c.VAlign switch
+            {
+                CellVerticalAlignment.Center => (Height - Stack.Height(c.Content)) / 2,
+                CellVerticalAlignment.Bottom => Height - Stack.Height(c.Content),
+                _ => 0,
+            };
+            Stack.Emit(c.Content, page, x + c.X + CellPaddingX, y + offset);
+        }
+        for (int i = 0; i < Cells.Count; i++)
+        {
+            var c = Cells[i];
+            double x1 = x + c.X, x2 = x1 + c.Width;
+            if (!c.MergedIntoAbove && (FirstOfTable ? Edges.Top : Edges.InsideH) is { } top) Line(page, x1, y, x2, y, top);
+            if ((LastOfTable ? Edges.Bottom : null) is { } bottom) Line(page, x1, y + Height, x2, y + Height, bottom);
+            if ((i == 0 ? Edges.Left : Edges.InsideV) is { } left) Line(page, x1, y, x1, y + Height, left);
+            if (i == Cells.Count - 1 && Edges.Right is { } right) Line(page, x2, y, x2, y + Height, right);
+        }
+    }
+
+    private static void Line(List<PageItem> page, double x1, double y1, double x2, double y2, Edge e) =>
+        page.Add(new LineItem(x1, y1, x2, y2, e.Width, e.Color));
+
+    public override (Block? Head, Block? Tail) Split(double available)
+    {
+        if (!AllowBreak) return (null, this);
+        var head = Copy();
+        var tail = Copy();
+        bool anyHead = false, anyTail = false;
+        foreach (var c in Cells)
+        {
+            double h = 0;
+            int n = 0;
+            while (n < c.Content.Count && h + c.Content[n].Total <= available + 0.01) h += c.Content[n++].Total;
+            anyHead |= n > 0;
+            anyTail |= n < c.Content.Count;
+            head.Cells.Add(c with { Content = c.Content.GetRange(0, n) });
+            tail.Cells.Add(c with { Content = c.Content.GetRange(n, c.Content.Count - n), MergedIntoAbove = false });
+        }
+        if (!anyHead || !anyTail) return (null, this);
+        head.LastOfTable = true; // close the part left on this page
+        tail.FirstOfTable = true;
+        tail.MinHeight = 0;
+        head.MinHeight = 0;
+        head.Measure();
+        tail.Measure();
+        return (head, tail);
+    }
+
+    private TableRowBlock Copy()
+    {
+        var r = new TableRowBlock { Edges = Edges, FirstOfTable = FirstOfTable, LastOfTable = LastOfTable, AllowBreak = AllowBreak, MinHeight = MinHeight, KeepWithNext = KeepWithNext };
+        r.Nodes.AddRange(Nodes);
+        return r;
+    }
+}
+
+/// <summary>Lays out a table: column widths from its grid, one block per row.</summary>
+internal static class TableLayout
+{
+    public static List<Block> Lay(LayoutContext ctx, Table table, double width)
+    {
+        var columns = ColumnWidths(table, width);
+        var colX = new double[columns.Length + 1];
+        for (int i = 0; i < columns.Length; i++) colX[i + 1] = colX[i] + columns[i];
+        double shift = table.Alignment switch
+        {
+            TableAlignment.Center => (width - colX[^1]) / 2,
+            TableAlignment.Right => width - colX[^1],
+            _ => 0,
+        };
+        var edges = Edges(table);
+        var blocks = new List<Block>();
+        foreach (var row in table.Rows)
+        {
+            var block = new TableRowBlock { Edges = edges, FirstOfTable = row.IsFirstRow, LastOfTable = row.IsLastRow };
+            var rf = row.RowFormat;
+            block.AllowBreak = rf.AllowBreakAcrossPages;
+            if (rf.HeightRule != HeightRule.Auto) block.MinHeight = rf.Height;
+            int col = Math.Min(row.TrPr.Int("gridBefore") ?? 0, columns.Length);
+            block.Nodes.Add(table);
+            block.Nodes.Add(row);
+            foreach (var cell in row.Cells)
+            {
+                int span = Math.Max(1, Math.Min(cell.Span, columns.Length - col));
+                if (col >= columns.Length) break;
+                double x = shift + colX[col], w = colX[col + span] - colX[col];
+                var merge = cell.CellFormat.VerticalMerge;
+                var content = merge == CellMerge.Previous ? new List<Block>() : ctx.Blocks(cell, Math.Max(1, w - 2 * TableRowBlock.CellPaddingX));
+                var fillHex = cell.CellFormat.Shading.BackgroundPatternColorHex;
+                uint? fill = fillHex is "auto" or "" ? null : TextStyle.ParseColor(fillHex);
+                block.Cells.Add(new CellBox(x, w, content, fill, merge == CellMerge.Previous, cell.CellFormat.VerticalAlignment));
+                block.Nodes.Add(cell);
+                foreach (var b in content) block.Nodes.AddRange(b.Nodes);
+                col += span;
+            }
+            block.Measure();
+            if (rf.HeightRule == HeightRule.Exactly) block.Height = rf.Height;
+            blocks.Add(block);
+        }
+        return blocks;
+    }
+
+    /// <summary>Widths from the table's grid; without one, from the first row's cell widths, and
+    /// otherwise the columns share the available width equally.</summary>
+    internal static double[] ColumnWidths(Table table, double width)
+    {
+        int n = Math.Max(1, table.GridColumns());
+        if (table.Grid.Count == n && table.Grid.Sum() > 0)
+            return table.Grid.Select(w => Units.TwipsToPoints(w)).ToArray();
+        var first = table.FirstRow;
+        if (first != null && first.Cells.Count == n && first.Cells.Cast<Cell>().All(c => c.CellFormat.Width > 0))
+            return first.Cells.Cast<Cell>().Select(c => c.CellFormat.Width).ToArray();
+        return Enumerable.Repeat(width / n, n).ToArray();
+    }
+
+    private static TableEdges Edges(Table table)
+    {
+        var e = BordersElement(table);
+        return new TableEdges(Side(e, "top"), Side(e, "left") ?? Side(e, "start"), Side(e, "bottom"), Side(e, "right") ?? Side(e, "end"),
+            Side(e, "insideH"), Side(e, "insideV"));
+    }
+
+    /// <summary>The table's own borders, else those of its style or the style's ancestors.</summary>
+    private static PropElement? BordersElement(Table table)
+    {
+        if (table.TblPr.Find("tblBorders") is { } own) return own;
+        var style = table.Document?.Styles.FindById(table.TblPr.Val("tblStyle"));
+        if (style == null) return null;
+        foreach (var s in new[] { style }.Concat(style.Ancestors()))
+            if (s.SubOrNull("tblPr", PropOrder.Table)?.Find("tblBorders") is { } b) return b;
+        return null;
+    }
+
+    private static Edge? Side(PropElement? borders, string side)
+    {
+        var e = borders?.Child(side);
+        var val = e?.Get("val");
+        if (e == null || val is null or "nil" or "none") return null;
+        // Widths are stored in eighths of a point.
+        double w = (Units.ParseInt(e.Get("sz")) ?? 4) / 8.0;
+        return new Edge(Math.Max(0.25, w), TextStyle.ParseColor(e.Get("color")));
+    }
+}

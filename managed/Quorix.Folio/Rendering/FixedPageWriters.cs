@@ -1,0 +1,124 @@
+using Quorix.Folio.Formats;
+using Quorix.Folio.Layout;
+using Quorix.Folio.Saving;
+using SkiaSharp;
+
+namespace Quorix.Folio.Rendering;
+
+/// <summary>Common steps of the writers of laid-out pages: choosing the pages to write.</summary>
+internal static class FixedPages
+{
+    public static List<LayoutPage> Select(Document document, FixedPageSaveOptions options)
+    {
+        if (options.UpdatePageLayout) document.UpdatePageLayout();
+        var pages = document.PageLayout.Pages;
+        var chosen = options.PageSet.Resolve(pages.Count);
+        if (chosen.Count == 0)
+            throw new ArgumentException($"The page set selects none of the document's {pages.Count} pages.", nameof(options));
+        return chosen.Select(i => pages[i]).ToList();
+    }
+}
+
+/// <summary>PDF through Skia's PDF backend, which embeds and subsets the fonts.</summary>
+internal sealed class PdfDocumentWriter : IDocumentWriter
+{
+    public SaveFormat Format => SaveFormat.Pdf;
+
+    public SaveOutputParameters Write(Document document, Stream output, SaveOptions options, string? path)
+    {
+        var o = options as PdfSaveOptions ?? new PdfSaveOptions();
+        Check(o);
+        var pages = FixedPages.Select(document, o);
+        var metadata = new SKDocumentPdfMetadata
+        {
+            Creator = "Quorix.Folio",
+            Producer = "Quorix.Folio",
+            Title = o.Title,
+            PdfA = o.Compliance == PdfCompliance.PdfA2b,
+            EncodingQuality = o.JpegQuality,
+            Creation = DateTime.Now,
+            Modified = DateTime.Now,
+        };
+        using (var pdf = SKDocument.CreatePdf(output, metadata) ?? throw new InvalidOperationException("The PDF backend could not be started."))
+        {
+            foreach (var page in pages)
+            {
+                var canvas = pdf.BeginPage((float)page.Width, (float)page.Height);
+                PagePainter.Paint(canvas, page, withLinks: true);
+                pdf.EndPage();
+            }
+            pdf.Close();
+        }
+        return new SaveOutputParameters("application/pdf");
+    }
+
+    /// <summary>Options the PDF backend cannot honour are refused before anything is written.</summary>
+    private static void Check(PdfSaveOptions o)
+    {
+        if (o.Compliance is not (PdfCompliance.Pdf17 or PdfCompliance.PdfA2b))
+            throw new NotSupportedException($"PDF compliance {o.Compliance} is not supported; Pdf17 and PdfA2b are.");
+        if (o.OutlineOptions.Requested)
+            throw new NotSupportedException("A PDF document outline (OutlineOptions) is not supported: the PDF backend writes no outline.");
+        if (o.EncryptionDetails != null)
+            throw new NotSupportedException("PDF encryption (EncryptionDetails) is not supported: the PDF backend cannot encrypt.");
+        if (o.ExportDocumentStructure)
+            throw new NotSupportedException("Tagged PDF (ExportDocumentStructure) is not supported.");
+        if (o.TextCompression == PdfTextCompression.None)
+            throw new NotSupportedException("Uncompressed PDF text (TextCompression.None) is not supported: the PDF backend always compresses.");
+        if (o.EmbedFullFonts)
+            throw new NotSupportedException("Embedding whole fonts (EmbedFullFonts) is not supported: fonts are embedded as subsets.");
+        if (o.FontEmbeddingMode != PdfFontEmbeddingMode.EmbedAll)
+            throw new NotSupportedException($"Font embedding mode {o.FontEmbeddingMode} is not supported: every font is embedded.");
+    }
+}
+
+/// <summary>One page as a PNG or JPEG picture: the first page of the page set.</summary>
+internal sealed class ImageDocumentWriter : IDocumentWriter
+{
+    public ImageDocumentWriter(SaveFormat format) { Format = format; }
+
+    public SaveFormat Format { get; }
+
+    public SaveOutputParameters Write(Document document, Stream output, SaveOptions options, string? path)
+    {
+        var o = options as ImageSaveOptions ?? new ImageSaveOptions(Format);
+        var page = FixedPages.Select(document, o)[0];
+        using var bitmap = Render(page, o);
+        using var image = SKImage.FromBitmap(bitmap);
+        var (format, mime) = Format == SaveFormat.Jpeg ? (SKEncodedImageFormat.Jpeg, "image/jpeg") : (SKEncodedImageFormat.Png, "image/png");
+        using var data = image.Encode(format, Format == SaveFormat.Jpeg ? o.JpegQuality : 100)
+            ?? throw new InvalidOperationException($"The page could not be encoded as {Format}.");
+        data.SaveTo(output);
+        return new SaveOutputParameters(mime);
+    }
+
+    internal static SKBitmap Render(LayoutPage page, ImageSaveOptions o)
+    {
+        float sx = o.HorizontalResolution / 72f * o.Scale, sy = o.VerticalResolution / 72f * o.Scale;
+        int w = Math.Max(1, (int)Math.Round(page.Width * sx)), h = Math.Max(1, (int)Math.Round(page.Height * sy));
+        if ((long)w * h > 400_000_000) throw new ArgumentException($"A {w}x{h} pixel page is too large; lower the resolution or scale.");
+        var bitmap = new SKBitmap(new SKImageInfo(w, h, SKColorType.Rgba8888, SKAlphaType.Premul));
+        using var canvas = new SKCanvas(bitmap);
+        canvas.Clear(new SKColor(o.PaperColor));
+        canvas.Scale(sx, sy);
+        PagePainter.Paint(canvas, page, withLinks: false);
+        canvas.Flush();
+        return bitmap;
+    }
+}
+
+/// <summary>One page as SVG, text kept as glyph outlines drawn by Skia's SVG canvas.</summary>
+internal sealed class SvgDocumentWriter : IDocumentWriter
+{
+    public SaveFormat Format => SaveFormat.Svg;
+
+    public SaveOutputParameters Write(Document document, Stream output, SaveOptions options, string? path)
+    {
+        var o = options as SvgSaveOptions ?? new SvgSaveOptions();
+        var page = FixedPages.Select(document, o)[0];
+        using (var wstream = new SKManagedWStream(output))
+        using (var canvas = SKSvgCanvas.Create(SKRect.Create((float)page.Width, (float)page.Height), wstream))
+            PagePainter.Paint(canvas, page, withLinks: false);
+        return new SaveOutputParameters("image/svg+xml");
+    }
+}

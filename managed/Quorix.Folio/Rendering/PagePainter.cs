@@ -1,0 +1,73 @@
+using Quorix.Folio.Layout;
+using SkiaSharp;
+
+namespace Quorix.Folio.Rendering;
+
+/// <summary>Draws a laid-out page on any Skia canvas: the PDF, raster and SVG outputs share it.</summary>
+internal static class PagePainter
+{
+    public static void Paint(SKCanvas canvas, LayoutPage page, bool withLinks)
+    {
+        using var paint = new SKPaint { IsAntialias = true };
+        foreach (var item in page.Items)
+        {
+            switch (item)
+            {
+                case FillItem f:
+                    paint.Style = SKPaintStyle.Fill;
+                    paint.Color = new SKColor(f.Color);
+                    canvas.DrawRect((float)f.X, (float)f.Y, (float)f.Width, (float)f.Height, paint);
+                    break;
+                case GlyphRun g:
+                    DrawGlyphs(canvas, g, paint);
+                    break;
+                case LineItem l:
+                    paint.Style = SKPaintStyle.Stroke;
+                    paint.StrokeWidth = (float)l.Width;
+                    paint.Color = new SKColor(l.Color);
+                    canvas.DrawLine((float)l.X1, (float)l.Y1, (float)l.X2, (float)l.Y2, paint);
+                    break;
+                case ImageItem i:
+                    using (var image = SKImage.FromEncodedData(i.Bytes))
+                        if (image != null)
+                            canvas.DrawImage(image, SKRect.Create((float)i.X, (float)i.Y, (float)i.Width, (float)i.Height), new SKSamplingOptions(SKFilterMode.Linear, SKMipmapMode.Linear));
+                    break;
+                case LinkItem link when withLinks:
+                    var rect = SKRect.Create((float)link.X, (float)link.Y, (float)link.Width, (float)link.Height);
+                    if (link.Target.StartsWith('#')) canvas.DrawLinkDestinationAnnotation(rect, link.Target[1..]);
+                    else canvas.DrawUrlAnnotation(rect, link.Target);
+                    break;
+                case AnchorItem anchor when withLinks:
+                    canvas.DrawNamedDestinationAnnotation(new SKPoint((float)anchor.X, (float)anchor.Y), anchor.Name);
+                    break;
+            }
+        }
+    }
+
+    private static void DrawGlyphs(SKCanvas canvas, GlyphRun g, SKPaint paint)
+    {
+        using var font = new SKFont(g.Font.Face.Typeface, (float)g.Size)
+        {
+            Embolden = g.Font.FakeBold,
+            SkewX = g.Font.FakeItalic ? -0.2f : 0,
+            Subpixel = true,
+            LinearMetrics = true,
+            Edging = SKFontEdging.Antialias,
+            Hinting = SKFontHinting.None,
+        };
+        using var builder = new SKTextBlobBuilder();
+        var run = builder.AllocatePositionedRun(font, g.Glyphs.Length);
+        var glyphs = run.Glyphs;
+        var points = run.Positions;
+        for (int i = 0; i < g.Glyphs.Length; i++)
+        {
+            glyphs[i] = g.Glyphs[i];
+            points[i] = new SKPoint(g.Xs[i], 0);
+        }
+        using var blob = builder.Build();
+        if (blob == null) return;
+        paint.Style = SKPaintStyle.Fill;
+        paint.Color = new SKColor(g.Color);
+        canvas.DrawText(blob, (float)g.X, (float)g.Y, paint);
+    }
+}
