@@ -59,7 +59,13 @@ internal sealed class ParagraphLayout
         if (para.IsListItem && para.ListLabel.LabelString is { Length: > 0 } label)
         {
             var first = para.Runs.Count > 0 ? TextStyle.Of(para.Runs[0].Font, ctx.Fonts) : markStyle;
-            Add(label + "\t", first, null, null, null);
+            var trailing = para.ListFormat.ListLevel?.TrailingCharacter switch
+            {
+                Lists.ListTrailingCharacter.Space => " ",
+                Lists.ListTrailingCharacter.Nothing => "",
+                _ => "\t",
+            };
+            Add(label + trailing, first, null, null, null);
         }
         var fields = new List<FieldState>();
         for (var n = para.FirstChild; n != null; n = n.NextSibling)
@@ -203,6 +209,12 @@ internal sealed class ParagraphLayout
     {
         var pf = para.ParagraphFormat;
         double left = pf.LeftIndent, right = pf.RightIndent, firstLine = pf.FirstLineIndent;
+        // A list paragraph without indents of its own takes its level's: text position and label position.
+        if (para.IsListItem && left == 0 && firstLine == 0 && para.ListFormat.ListLevel is { } level)
+        {
+            left = level.TextPosition;
+            firstLine = level.NumberPosition - level.TextPosition;
+        }
         var align = pf.Alignment;
         var rule = pf.LineSpacingRule;
         double spacing = pf.LineSpacing;

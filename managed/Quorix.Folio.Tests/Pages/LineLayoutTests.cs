@@ -1,0 +1,194 @@
+using Quorix.Folio.Fonts;
+
+namespace Quorix.Folio.Tests.Pages;
+
+/// <summary>Lines of a paragraph: where they break, how wide they are and where they sit.</summary>
+public class LineLayoutTests
+{
+    // A new document's page: letter size with one-inch margins.
+    private static readonly double Margin = new Document().FirstSection!.PageSetup.LeftMargin;
+    private static readonly double Body = new Document().FirstSection!.PageSetup.PageWidth - 2 * Margin;
+
+    private static readonly string Words = string.Join(" ", Enumerable.Range(1, 120).Select(i => (i % 7 == 0 ? "extraordinarily" : i % 3 == 0 ? "ab" : "word") + i));
+
+    private static Document OneParagraph(string text, Action<DocumentBuilder>? format = null)
+    {
+        var b = new DocumentBuilder();
+        b.Font.Name = "Times New Roman";
+        b.Font.Size = 12;
+        format?.Invoke(b);
+        b.Write(text);
+        return b.Document;
+    }
+
+    [Fact]
+    public void LinesFillTheWidthGreedilyAndNeverOverflow()
+    {
+        var doc = OneParagraph(Words);
+        var lines = LayoutProbe.Lines(doc, 0);
+        Assert.True(lines.Count > 5);
+        var face = FontSettings.DefaultInstance.Library.Resolve("Times New Roman", false, false).Face;
+        Assert.Equal("Liberation Serif", face.Family);
+        for (int i = 0; i < lines.Count; i++)
+        {
+            var text = lines[i].Text.TrimEnd();
+            double width = LayoutProbe.Measure(face.Typeface, 12, text);
+            Assert.True(width <= Body + 0.5, $"line {i} is {width} wide: '{text}'");
+            if (i + 1 < lines.Count)
+            {
+                // The next line's first word would not have fitted.
+                var next = lines[i + 1].Text.Split(' ')[0];
+                Assert.True(LayoutProbe.Measure(face.Typeface, 12, text + " " + next) > Body - 0.5, $"line {i} could have taken '{next}'");
+            }
+        }
+        Assert.Equal(Words, string.Concat(lines.Select(l => l.Text)));
+    }
+
+    [Fact]
+    public void BreaksFallAfterSpacesAndHyphensOnly()
+    {
+        var text = string.Join(" ", Enumerable.Range(1, 40).Select(i => $"well-known{i} (quoted{i}), done."));
+        foreach (var line in LayoutProbe.Lines(OneParagraph(text), 0).SkipLast(1))
+            Assert.True(line.Text.EndsWith(' ') || line.Text.EndsWith('-'), $"'{line.Text}' ends inside a word");
+    }
+
+    [Fact]
+    public void AWordWiderThanTheLineIsCutRatherThanLost()
+    {
+        var word = new string('m', 200);
+        var lines = LayoutProbe.Lines(OneParagraph(word), 0);
+        Assert.True(lines.Count >= 2);
+        Assert.Equal(word, string.Concat(lines.Select(l => l.Text)));
+    }
+
+    [Theory]
+    [InlineData(ParagraphAlignment.Left)]
+    [InlineData(ParagraphAlignment.Center)]
+    [InlineData(ParagraphAlignment.Right)]
+    [InlineData(ParagraphAlignment.Justify)]
+    public void AlignmentPlacesLinesBetweenTheMargins(ParagraphAlignment alignment)
+    {
+        var lines = LayoutProbe.Lines(OneParagraph(Words, b => b.ParagraphFormat.Alignment = alignment), 0);
+        var full = lines.SkipLast(1).ToList();
+        foreach (var l in full)
+        {
+            double leftGap = l.Left - Margin, rightGap = Margin + Body - l.Right;
+            switch (alignment)
+            {
+                case ParagraphAlignment.Left: Assert.InRange(leftGap, -0.5, 0.5); break;
+                case ParagraphAlignment.Right: Assert.InRange(rightGap, -0.5, 0.5); break;
+                case ParagraphAlignment.Center: Assert.InRange(leftGap - rightGap, -0.5, 0.5); break;
+                case ParagraphAlignment.Justify:
+                    Assert.InRange(leftGap, -0.5, 0.5);
+                    Assert.InRange(rightGap, -0.5, 0.5);
+                    break;
+            }
+        }
+        if (alignment == ParagraphAlignment.Justify)
+            Assert.True(Margin + Body - lines[^1].Right > 1, "the last line is not stretched");
+    }
+
+    [Fact]
+    public void IndentsMoveTheFirstAndFollowingLines()
+    {
+        var lines = LayoutProbe.Lines(OneParagraph(Words, b =>
+        {
+            b.ParagraphFormat.LeftIndent = 36;
+            b.ParagraphFormat.RightIndent = 72;
+            b.ParagraphFormat.FirstLineIndent = 18;
+        }), 0);
+        Assert.InRange(lines[0].Left, Margin + 54 - 0.5, Margin + 54 + 0.5);
+        foreach (var l in lines.Skip(1))
+        {
+            Assert.InRange(l.Left, Margin + 36 - 0.5, Margin + 36 + 0.5);
+            Assert.True(l.Right <= Margin + Body - 72 + 0.5);
+        }
+    }
+
+    [Theory]
+    [InlineData(LineSpacingRule.Exactly, 30)]
+    [InlineData(LineSpacingRule.AtLeast, 40)]
+    public void FixedLineSpacingSetsTheDistanceBetweenBaselines(LineSpacingRule rule, double points)
+    {
+        var lines = LayoutProbe.Lines(OneParagraph(Words, b =>
+        {
+            b.ParagraphFormat.LineSpacingRule = rule;
+            b.ParagraphFormat.LineSpacing = points;
+        }), 0);
+        for (int i = 1; i < lines.Count; i++) Assert.InRange(lines[i].Y - lines[i - 1].Y, points - 0.01, points + 0.01);
+    }
+
+    [Fact]
+    public void DoubleSpacingDoublesSingleSpacing()
+    {
+        double Pitch(double multiple)
+        {
+            var lines = LayoutProbe.Lines(OneParagraph(Words, b =>
+            {
+                b.ParagraphFormat.LineSpacingRule = LineSpacingRule.Multiple;
+                b.ParagraphFormat.LineSpacing = multiple * 12;
+            }), 0);
+            return lines[2].Y - lines[1].Y;
+        }
+        double single = Pitch(1);
+        Assert.InRange(single, 12, 16); // a 12-point serif face
+        Assert.InRange(Pitch(2), 2 * single - 0.01, 2 * single + 0.01);
+    }
+
+    [Fact]
+    public void SpaceBeforeAndAfterSeparateParagraphs()
+    {
+        double Gap(double before, double after)
+        {
+            var b = new DocumentBuilder();
+            b.ParagraphFormat.SpaceBefore = before;
+            b.ParagraphFormat.SpaceAfter = after;
+            b.Writeln("first");
+            b.Writeln("second");
+            var lines = LayoutProbe.Lines(b.Document, 0);
+            return lines[1].Y - lines[0].Y;
+        }
+        double none = Gap(0, 0);
+        Assert.InRange(Gap(6, 10) - none, 15.99, 16.01);
+    }
+
+    [Fact]
+    public void TabsAdvanceToTheNextHalfInchStop()
+    {
+        var doc = OneParagraph("a\tb\tc");
+        var runs = doc.PageLayout.Pages[0].Items.OfType<Quorix.Folio.Layout.GlyphRun>().ToList();
+        var xs = runs.SelectMany(r => r.Text.Select((ch, i) => (ch, x: r.X + r.Xs[i]))).Where(g => g.ch is 'b' or 'c').Select(g => g.x - Margin).ToList();
+        Assert.Equal(2, xs.Count);
+        Assert.InRange(xs[0], 35.99, 36.01);
+        Assert.InRange(xs[1], 71.99, 72.01);
+    }
+
+    [Fact]
+    public void ListItemsShowTheirLabelsBeforeTheText()
+    {
+        var b = new DocumentBuilder();
+        b.ListFormat.ApplyNumberDefault();
+        b.Writeln("alpha");
+        b.Writeln("beta");
+        b.ListFormat.RemoveNumbers();
+        b.Writeln("plain");
+        var lines = LayoutProbe.Lines(b.Document, 0).Select(l => l.Text).ToList();
+        Assert.Equal(new[] { "1.alpha", "2.beta", "plain" }, lines);
+        // The label hangs; the text starts at the list's indent, where the tab after the label leads.
+        var indent = b.Document.FirstSection!.Body!.FirstParagraph!.ListFormat.ListLevel!.TextPosition;
+        Assert.True(indent > 0);
+        var alpha = b.Document.PageLayout.Pages[0].Items.OfType<Quorix.Folio.Layout.GlyphRun>().First(r => r.Text.StartsWith("alpha"));
+        Assert.InRange(alpha.X + alpha.Xs[0] - Margin, indent - 0.01, indent + 0.01);
+    }
+
+    [Fact]
+    public void LineBreaksEndLinesWithoutEndingTheParagraph()
+    {
+        var b = new DocumentBuilder();
+        b.Write("one");
+        b.InsertBreak(BreakType.LineBreak);
+        b.Write("two");
+        var lines = LayoutProbe.Lines(b.Document, 0);
+        Assert.Equal(new[] { "one", "two" }, lines.Select(l => l.Text.Trim('\v')).ToArray());
+    }
+}
