@@ -131,6 +131,11 @@ stage:
 	@tools/stage-runtime.sh "$(FRAMEWORK_DIR)" "$(PKG_DIR)/runtime/$(NETCORE_NAME)"
 	@cp python/quorix/__init__.py $(PKG_DIR)/__init__.py
 	@mkdir -p $(PKG_DIR)/folio && cp python/quorix/folio/__main__.py $(PKG_DIR)/folio/__main__.py
+	@# The host loads native libraries from beside the assemblies: Skia and HarfBuzz for this
+	@# platform go there, and the other platforms' copies are dropped.
+	@if [ -d $(PKG_DIR)/assemblies/folio/runtimes/linux-x64/native ]; then \
+	    cp $(PKG_DIR)/assemblies/folio/runtimes/linux-x64/native/*.so $(PKG_DIR)/assemblies/folio/; \
+	    rm -rf $(PKG_DIR)/assemblies/folio/runtimes; fi
 	@rsync -a --delete python/quorix/__pyinstaller/ $(PKG_DIR)/__pyinstaller/
 	@for p in folio pyintro pygfx pyhold pyfund; do \
 	    mkdir -p $(PKG_DIR)/$$p; rsync -a --delete python/quorix/$$p/__pyinstaller/ $(PKG_DIR)/$$p/__pyinstaller/; done
