@@ -16,6 +16,10 @@ internal sealed class FontFace
     public readonly double Ascent;
     public readonly double Descent;
     public readonly double LineGap;
+    // Held for the face's lifetime: the shaper reads from them natively, and a collected
+    // wrapper would free what it still uses.
+    private readonly Blob blob;
+    private readonly Face face;
 
     public FontFace(string family, bool bold, bool italic, byte[] data, int index)
     {
@@ -24,8 +28,11 @@ internal sealed class FontFace
         Italic = italic;
         using (var skData = SKData.CreateCopy(data))
             Typeface = SKTypeface.FromData(skData, index) ?? throw new InvalidDataException($"The font '{family}' cannot be loaded.");
-        var blob = Blob.FromStream(new MemoryStream(data));
-        var face = new Face(blob, index);
+        // HarfBuzz takes its own copy, so no managed array has to stay pinned behind its back.
+        var pin = System.Runtime.InteropServices.GCHandle.Alloc(data, System.Runtime.InteropServices.GCHandleType.Pinned);
+        try { blob = new Blob(pin.AddrOfPinnedObject(), data.Length, MemoryMode.Duplicate); }
+        finally { pin.Free(); }
+        face = new Face(blob, index);
         UnitsPerEm = face.UnitsPerEm;
         Shaper = new HarfBuzzSharp.Font(face);
         Shaper.SetScale(UnitsPerEm, UnitsPerEm);
