@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""Page engine benchmark: DOCX -> PDF.
+
+Generates two documents of the same make-up (headings, justified paragraphs, a
+table every few pages) with python-docx, a small one and one about a hundred
+times longer, and converts each to PDF in a fresh process after a warm-up
+conversion, printing the time per page of both, their ratio (layout should grow
+linearly with pages) and the peak memory of the large conversion. When
+LibreOffice (soffice) is installed, the same files are converted by it too,
+warm (the second of two conversions in one soffice process), and the ratio per
+page is printed beside ours.
+"""
+import argparse
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+WORDS = "the quick brown fox jumps over the lazy dog while a long report describes its findings".split()
+
+
+def generate(path, sections):
+    import docx
+    d = docx.Document()
+    for s in range(sections):
+        d.add_heading(f"Section {s + 1}", level=2)
+        for k in range(3):
+            p = d.add_paragraph(" ".join(WORDS[(i * 7 + k + s) % len(WORDS)] for i in range(90)))
+            p.alignment = 3  # justified
+        if s % 5 == 0:
+            t = d.add_table(rows=4, cols=3)
+            t.style = "Table Grid"
+            for r in range(4):
+                for c in range(3):
+                    t.cell(r, c).text = f"row {r} column {c}"
+    d.save(path)
+
+
+CHILD = r"""
+import json, resource, sys, time
+import quorix.folio as qf
+warm, src, out = sys.argv[1:4]
+qf.Document(warm).save(out + ".warm.pdf")
+t0 = time.perf_counter()
+doc = qf.Document(src)
+pages = doc.page_count
+t1 = time.perf_counter()
+doc.save(out)
+t2 = time.perf_counter()
+print(json.dumps({"pages": pages, "layout": t1 - t0, "total": t2 - t0,
+                  "peak_mb": resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024}))
+"""
+
+
+def ours(warm, src, out):
+    env = dict(os.environ, PYTHONPATH=os.path.join(ROOT, "build", "python"))
+    res = subprocess.run([sys.executable, "-c", CHILD, warm, src, out], check=True, capture_output=True, text=True, env=env)
+    return json.loads(res.stdout.strip().splitlines()[-1])
+
+
+def pdf_pages(path):
+    out = subprocess.run(["pdfinfo", path], check=True, capture_output=True, text=True).stdout
+    return int(next(l for l in out.splitlines() if l.startswith("Pages:")).split()[1])
+
+
+def libreoffice(soffice, src, work):
+    """Seconds of a warm conversion: two copies converted by one process, minus one copy converted alone."""
+    def run(files):
+        outdir = tempfile.mkdtemp(dir=work)
+        profile = "file://" + tempfile.mkdtemp(dir=work)
+        t0 = time.perf_counter()
+        subprocess.run([soffice, f"-env:UserInstallation={profile}", "--headless", "--convert-to", "pdf", "--outdir", outdir, *files],
+                       check=True, capture_output=True)
+        return time.perf_counter() - t0, outdir
+    copy = os.path.join(work, "copy-" + os.path.basename(src))
+    shutil.copy(src, copy)
+    one, outdir = run([src])
+    two, _ = run([src, copy])
+    pdf = os.path.join(outdir, os.path.splitext(os.path.basename(src))[0] + ".pdf")
+    return two - one, pdf_pages(pdf)
+
+
+def main():
+    ap = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    ap.add_argument("--small", type=int, default=20, help="sections of the small document (about 10 pages)")
+    ap.add_argument("--large", type=int, default=2000, help="sections of the large document (about 1,000 pages)")
+    ap.add_argument("--keep", help="directory to keep the generated files in")
+    args = ap.parse_args()
+
+    work = args.keep or tempfile.mkdtemp(prefix="qrx-pages-")
+    os.makedirs(work, exist_ok=True)
+    small, large, warm = (os.path.join(work, n) for n in ("small.docx", "large.docx", "warm.docx"))
+    generate(small, args.small)
+    generate(large, args.large)
+    generate(warm, 4)
+
+    s = ours(warm, small, os.path.join(work, "small.pdf"))
+    l = ours(warm, large, os.path.join(work, "large.pdf"))
+    for name, r, pdf in (("small", s, "small.pdf"), ("large", l, "large.pdf")):
+        assert pdf_pages(os.path.join(work, pdf)) == r["pages"], "pdfinfo disagrees with the page count"
+        print(f"{name:5}: {r['pages']:5} pages  layout {r['layout'] * 1000 / r['pages']:6.2f} ms/page  "
+              f"to PDF {r['total'] * 1000 / r['pages']:6.2f} ms/page  peak {r['peak_mb']:.0f} MB")
+    print(f"time per page, large / small: layout {l['layout'] / l['pages'] / (s['layout'] / s['pages']):.2f}x, "
+          f"to PDF {l['total'] / l['pages'] / (s['total'] / s['pages']):.2f}x")
+
+    soffice = shutil.which("soffice") or shutil.which("libreoffice")
+    if not soffice:
+        print("LibreOffice (soffice) is not installed: the comparison with it is skipped")
+        return
+    for name, src, r in (("small", small, s), ("large", large, l)):
+        secs, pages = libreoffice(soffice, src, work)
+        print(f"{name:5}: LibreOffice {secs * 1000 / pages:6.2f} ms/page ({pages} pages), ours {r['total'] * 1000 / r['pages']:6.2f} ms/page: "
+              f"{secs / pages / (r['total'] / r['pages']):.1f}x faster per page")
+
+
+if __name__ == "__main__":
+    main()
