@@ -99,3 +99,38 @@ public class PdfToolTests
         finally { File.Delete(path); }
     }
 }
+
+/// <summary>Links survive into the PDF as link annotations: web addresses and jumps to bookmarks.</summary>
+public class PdfLinkTests
+{
+    [Fact]
+    public void HyperlinksBecomeLinkAnnotations()
+    {
+        var b = new DocumentBuilder();
+        b.Write("See ");
+        b.InsertHyperlink("the site", "https://example.com/page", false);
+        b.Write(" or ");
+        b.InsertHyperlink("the target", "target", true);
+        b.InsertBreak(BreakType.PageBreak);
+        b.StartBookmark("target");
+        b.Write("Target text");
+        b.EndBookmark("target");
+        var path = Path.Combine(Path.GetTempPath(), $"qf-{Guid.NewGuid():N}.pdf");
+        try
+        {
+            b.Document.Save(path);
+            // Written out uncompressed by qpdf, the annotations can be read as text.
+            var (code, output) = PdfToolTests.Run("qpdf", "--qdf", "--object-streams=disable", path, path + ".qdf");
+            Assert.True(code == 0, output);
+            var raw = System.Text.Encoding.Latin1.GetString(File.ReadAllBytes(path + ".qdf"));
+            Assert.Matches(@"/URI\s*\(https://example.com/page\)", raw);
+            Assert.Matches(@"/Subtype\s*/Link", raw);
+            Assert.Matches(@"/Dest\s*\(target\)|/Dest\s*/target", raw);
+        }
+        finally
+        {
+            File.Delete(path);
+            File.Delete(path + ".qdf");
+        }
+    }
+}

@@ -24,6 +24,8 @@ public sealed class PageSet
 
     public PageSet(int page) : this(new PageRange(page, page)) { }
 
+    public PageSet(PageRange range) : this(new[] { range ?? throw new ArgumentNullException(nameof(range)) }) { }
+
     public PageSet(params int[] pages) : this(pages.Select(p => new PageRange(p, p)).ToArray()) { }
 
     public PageSet(params PageRange[] ranges)

@@ -1,0 +1,118 @@
+using Quorix.Folio.Saving;
+using SkiaSharp;
+
+namespace Quorix.Folio.Tests.Pages;
+
+/// <summary>Options of the page formats: page sets, resolution, and options refused rather than ignored.</summary>
+public class OutputOptionTests
+{
+    private static Document ThreePages()
+    {
+        var b = new DocumentBuilder();
+        b.Write("one");
+        b.InsertBreak(BreakType.PageBreak);
+        b.Write("two");
+        b.InsertBreak(BreakType.PageBreak);
+        b.Write("three");
+        return b.Document;
+    }
+
+    [Fact]
+    public void PageSetsChooseAndOrderPages()
+    {
+        Assert.Equal(new[] { 0, 1, 2 }, PageSet.All.Resolve(3));
+        Assert.Equal(new[] { 1, 3 }, PageSet.Even.Resolve(5));
+        Assert.Equal(new[] { 0, 2, 4 }, PageSet.Odd.Resolve(5));
+        Assert.Equal(new[] { 2, 0 }, new PageSet(2, 0, 2, 9).Resolve(3));
+        Assert.Equal(new[] { 1, 2 }, new PageSet(new PageRange(1, int.MaxValue)).Resolve(3));
+        Assert.Throws<ArgumentOutOfRangeException>(() => new PageRange(2, 1));
+    }
+
+    [Fact]
+    public void APdfHoldsThePagesOfItsPageSet()
+    {
+        var doc = ThreePages();
+        var path = Path.GetTempFileName() + ".pdf";
+        try
+        {
+            doc.Save(path, new PdfSaveOptions { PageSet = new PageSet(2, 0) });
+            var text = PdfToolTests.Run("pdftotext", path, "-").Out;
+            Assert.True(text.IndexOf("three") < text.IndexOf("one") && !text.Contains("two"), text);
+            Assert.Throws<ArgumentException>(() => doc.Save(new MemoryStream(), new PdfSaveOptions { PageSet = new PageSet(7) }));
+        }
+        finally { File.Delete(path); }
+    }
+
+    [Theory]
+    [InlineData(72f, 1f)]
+    [InlineData(150f, 1f)]
+    [InlineData(96f, 0.5f)]
+    public void ImagesHaveThePixelSizeOfResolutionAndScale(float dpi, float scale)
+    {
+        var doc = ThreePages();
+        var ms = new MemoryStream();
+        doc.Save(ms, new ImageSaveOptions(SaveFormat.Png) { Resolution = dpi, Scale = scale, PageSet = new PageSet(1) });
+        using var bitmap = SKBitmap.Decode(ms.ToArray());
+        var info = doc.GetPageInfo(1);
+        Assert.Equal((int)Math.Round(info.WidthInPoints / 72 * dpi * scale), bitmap.Width);
+        Assert.Equal((int)Math.Round(info.HeightInPoints / 72 * dpi * scale), bitmap.Height);
+        // Something dark was drawn on the white page: the text.
+        Assert.Contains(Enumerable.Range(0, bitmap.Height).SelectMany(y => Enumerable.Range(0, bitmap.Width).Select(x => bitmap.GetPixel(x, y))), p => p.Red < 128);
+    }
+
+    [Fact]
+    public void JpegAndSvgAreWrittenByExtension()
+    {
+        var doc = ThreePages();
+        var dir = Directory.CreateTempSubdirectory("qf-out-");
+        try
+        {
+            doc.Save(Path.Combine(dir.FullName, "p.jpg"));
+            doc.Save(Path.Combine(dir.FullName, "p.svg"));
+            var jpg = File.ReadAllBytes(Path.Combine(dir.FullName, "p.jpg"));
+            Assert.Equal(new byte[] { 0xFF, 0xD8 }, jpg[..2]);
+            var svg = System.Xml.Linq.XDocument.Load(Path.Combine(dir.FullName, "p.svg"));
+            Assert.Equal("svg", svg.Root!.Name.LocalName);
+            Assert.Equal("612", svg.Root.Attribute("width")!.Value);
+        }
+        finally { dir.Delete(true); }
+    }
+
+    public static TheoryData<string, Action<PdfSaveOptions>> Refused => new()
+    {
+        { "OutlineOptions", o => o.OutlineOptions.HeadingsOutlineLevels = 2 },
+        { "EncryptionDetails", o => o.EncryptionDetails = new PdfEncryptionDetails("u", "o") },
+        { "ExportDocumentStructure", o => o.ExportDocumentStructure = true },
+        { "PdfUa1", o => o.Compliance = PdfCompliance.PdfUa1 },
+        { "EmbedFullFonts", o => o.EmbedFullFonts = true },
+        { "EmbedNone", o => o.FontEmbeddingMode = PdfFontEmbeddingMode.EmbedNone },
+    };
+
+    [Theory]
+    [MemberData(nameof(Refused))]
+    public void OptionsThePdfBackendCannotHonourAreRefusedAndNothingIsWritten(string named, Action<PdfSaveOptions> set)
+    {
+        var o = new PdfSaveOptions();
+        set(o);
+        var path = Path.Combine(Path.GetTempPath(), $"qf-{Guid.NewGuid():N}.pdf");
+        var e = Assert.Throws<NotSupportedException>(() => ThreePages().Save(path, o));
+        Assert.Contains(named, e.Message);
+        Assert.False(File.Exists(path));
+    }
+
+    [Fact]
+    public void PdfA2bIsMarkedInTheFile()
+    {
+        var ms = new MemoryStream();
+        ThreePages().Save(ms, new PdfSaveOptions { Compliance = PdfCompliance.PdfA2b });
+        var raw = System.Text.Encoding.Latin1.GetString(ms.ToArray());
+        Assert.Contains("pdfaid:part", raw);
+    }
+
+    [Fact]
+    public void ImageFormatsWithoutAnEncoderAreRefused()
+    {
+        Assert.Throws<UnsupportedFileFormatException>(() => new ImageSaveOptions(SaveFormat.Docx));
+        Assert.Throws<UnsupportedFileFormatException>(() => ThreePages().Save("x.tiff"));
+    }
+}

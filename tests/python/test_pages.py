@@ -1,0 +1,98 @@
+"""Pages from Python: DOCX written by python-docx laid out and saved as PDF, PNG and SVG,
+checked with poppler's and qpdf's tools."""
+
+import struct
+import subprocess
+
+import pytest
+
+qf = pytest.importorskip("quorix.folio")
+docx = pytest.importorskip("docx")
+
+
+def tool(*args):
+    return subprocess.run(args, check=True, capture_output=True, text=True).stdout
+
+
+def pdf_pages(path):
+    return int(next(l for l in tool("pdfinfo", str(path)).splitlines() if l.startswith("Pages:")).split()[1])
+
+
+@pytest.fixture(scope="module")
+def report(tmp_path_factory):
+    """A python-docx document in Calibri and Arial: headings, paragraphs, a bordered table."""
+    path = tmp_path_factory.mktemp("pages") / "report.docx"
+    d = docx.Document()
+    d.styles["Normal"].font.name = "Calibri"
+    for s in range(12):
+        d.add_heading(f"Chapter {s + 1}", level=1)
+        for k in range(4):
+            run = d.add_paragraph().add_run(f"Chapter {s + 1} paragraph {k + 1}. " + "Words that wrap over several lines. " * 12)
+            if k == 3:
+                run.font.name = "Arial"
+        table = d.add_table(rows=2, cols=2)
+        table.style = "Table Grid"
+        table.cell(0, 0).text = f"t{s}a"
+        table.cell(1, 1).text = f"t{s}d"
+    d.save(path)
+    return path
+
+
+def test_pdf_by_extension_checked_by_other_tools(report, tmp_path):
+    doc = qf.Document(str(report))
+    out = tmp_path / "report.pdf"
+    doc.save(str(out))
+    assert doc.page_count > 3
+    assert pdf_pages(out) == doc.page_count
+    subprocess.run(["qpdf", "--check", str(out)], check=True, capture_output=True)
+    fonts = tool("pdffonts", str(out))
+    assert "Carlito" in fonts and "LiberationSans" in fonts
+    text = tool("pdftotext", str(out), "-")
+    positions = [text.index(f"Chapter {s + 1} paragraph 1.") for s in range(12)]
+    assert positions == sorted(positions)
+
+
+def test_page_set_and_page_info(report, tmp_path):
+    doc = qf.Document(str(report))
+    opts = qf.saving.PdfSaveOptions()
+    opts.page_set = qf.saving.PageSet(qf.saving.PageRange(1, 2))
+    doc.save(str(tmp_path / "two.pdf"), opts)
+    assert pdf_pages(tmp_path / "two.pdf") == 2
+    info = doc.get_page_info(0)
+    assert (info.width_in_points, info.height_in_points) == (pytest.approx(612, abs=1), pytest.approx(792, abs=1))
+
+
+def test_png_at_a_resolution_and_svg(report, tmp_path):
+    doc = qf.Document(str(report))
+    opts = qf.saving.ImageSaveOptions(qf.SaveFormat.PNG)
+    opts.resolution = 144.0
+    doc.save(str(tmp_path / "page.png"), opts)
+    head = (tmp_path / "page.png").read_bytes()[:24]
+    assert head[:8] == b"\x89PNG\r\n\x1a\n"
+    width, height = struct.unpack(">II", head[16:24])
+    info = doc.get_page_info(0)
+    assert (width, height) == (round(info.width_in_points * 2), round(info.height_in_points * 2))
+    doc.save(str(tmp_path / "page.svg"))
+    svg = (tmp_path / "page.svg").read_text(encoding="utf-8")
+    assert "<svg" in svg and "<path" in svg
+
+
+def test_options_the_pdf_backend_cannot_honour_are_refused(report, tmp_path):
+    doc = qf.Document(str(report))
+    opts = qf.saving.PdfSaveOptions()
+    opts.outline_options.headings_outline_levels = 3
+    with pytest.raises(Exception, match="OutlineOptions"):
+        doc.save(str(tmp_path / "outline.pdf"), opts)
+    assert not (tmp_path / "outline.pdf").exists()
+    opts = qf.saving.PdfSaveOptions()
+    opts.encryption_details = qf.saving.PdfEncryptionDetails("user", "owner")
+    with pytest.raises(Exception, match="EncryptionDetails"):
+        doc.save(str(tmp_path / "locked.pdf"), opts)
+    assert not (tmp_path / "locked.pdf").exists()
+
+
+def test_layout_collector_finds_the_last_paragraph_on_the_last_page(report):
+    doc = qf.Document(str(report))
+    collector = qf.layout.LayoutCollector(doc)
+    last = doc.first_section.body.last_paragraph
+    assert collector.get_end_page_index(last) == doc.page_count
