@@ -277,7 +277,8 @@ public class StructureTests
         Assert.Equal(SaveFormat.Markdown, FileFormatUtil.ExtensionToSaveFormat(".MD"));
         Assert.Equal(".txt", FileFormatUtil.SaveFormatToExtension(SaveFormat.Text));
         Assert.Equal(SaveFormat.Docx, FileFormatUtil.LoadFormatToSaveFormat(LoadFormat.Docx));
-        Assert.Throws<UnsupportedFileFormatException>(() => FileFormatUtil.ExtensionToSaveFormat(".pdf"));
+        Assert.Equal(SaveFormat.Pdf, FileFormatUtil.ExtensionToSaveFormat(".pdf"));
+        Assert.Throws<UnsupportedFileFormatException>(() => FileFormatUtil.ExtensionToSaveFormat(".xps"));
     }
 
     [Fact]
