@@ -116,3 +116,46 @@ public class OutputOptionTests
         Assert.Throws<UnsupportedFileFormatException>(() => ThreePages().Save("x.tiff"));
     }
 }
+
+/// <summary>Inline pictures take their place in the line and reach every output.</summary>
+public class InlineImageTests
+{
+    private static byte[] RedSquare()
+    {
+        using var bitmap = new SKBitmap(20, 20);
+        bitmap.Erase(SKColors.Red);
+        using var data = SKImage.FromBitmap(bitmap).Encode(SKEncodedImageFormat.Png, 100);
+        return data.ToArray();
+    }
+
+    [Fact]
+    public void APictureSitsOnTheBaselineAndPushesTheTextAside()
+    {
+        var b = new DocumentBuilder();
+        b.Write("before ");
+        b.InsertImage(RedSquare(), 72, 48);
+        b.Write(" after");
+        var doc = b.Document;
+        var page = doc.PageLayout.Pages[0];
+        var image = Assert.Single(page.Items.OfType<Quorix.Folio.Layout.ImageItem>());
+        Assert.Equal((72.0, 48.0), (image.Width, image.Height));
+        var after = page.Items.OfType<Quorix.Folio.Layout.GlyphRun>().Single(r => r.Text.Contains("after"));
+        Assert.True(after.X + after.Xs[0] >= image.X + image.Width);
+        Assert.InRange(after.Y - (image.Y + image.Height), -0.01, 0.01); // the picture's bottom is the baseline
+
+        var ms = new MemoryStream();
+        doc.Save(ms, new ImageSaveOptions(SaveFormat.Png) { Resolution = 72 });
+        using var png = SKBitmap.Decode(ms.ToArray());
+        var centre = png.GetPixel((int)(image.X + 36), (int)(image.Y + 24));
+        Assert.Equal(SKColors.Red, centre);
+
+        var path = Path.Combine(Path.GetTempPath(), $"qf-{Guid.NewGuid():N}.pdf");
+        try
+        {
+            doc.Save(path);
+            var list = PdfToolTests.Run("pdfimages", "-list", path).Out;
+            Assert.Contains(" 20    20 ", list);
+        }
+        finally { File.Delete(path); }
+    }
+}
