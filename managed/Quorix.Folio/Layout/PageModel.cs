@@ -37,6 +37,13 @@ internal sealed record LinkItem(double X, double Y, double Width, double Height,
     public override PageItem Moved(double dx, double dy) => this with { X = X + dx, Y = Y + dy };
 }
 
+/// <summary>Where a line of text sits; the glyph runs after it, up to the next one, are its spans.
+/// Draws nothing.</summary>
+internal sealed record LineBox(double X, double Y, double Width, double Height) : PageItem
+{
+    public override PageItem Moved(double dx, double dy) => this with { X = X + dx, Y = Y + dy };
+}
+
 /// <summary>A named place links may point to.</summary>
 internal sealed record AnchorItem(double X, double Y, string Name) : PageItem
 {

@@ -352,6 +352,7 @@ internal sealed class ParagraphLayout
 
         var block = new ItemsBlock { Height = height };
         block.Nodes.Add(para);
+        block.Items.Add(new LineBox(indent, 0, avail, height));
         EmitGlyphs(block, start, end, pos, baseline);
         EmitDecorations(block, start, end, visibleEnd, pos, baseline);
         foreach (var (at, name) in anchors)
