@@ -247,4 +247,36 @@ public class PaginationTests
         Assert.True(body.Y > plain + 20);
         Assert.True(lines.Where(l => l.Text.StartsWith("header")).All(l => l.Y < body.Y));
     }
+
+    [Fact]
+    public void HeadingRowsRepeatOnEveryPageTheTableReaches()
+    {
+        var b = new DocumentBuilder();
+        b.Writeln("intro");
+        b.StartTable();
+        b.RowFormat.HeadingFormat = true;
+        b.InsertCell();
+        b.Write("HEAD");
+        b.EndRow();
+        b.RowFormat.HeadingFormat = false;
+        for (int i = 0; i < 120; i++)
+        {
+            b.InsertCell();
+            b.Write($"row{i}");
+            b.EndRow();
+        }
+        b.EndTable();
+        var doc = b.Document;
+        Assert.True(doc.PageCount >= 3);
+        var rows = new List<string>();
+        for (int p = 0; p < doc.PageCount; p++)
+        {
+            var lines = LayoutProbe.Lines(doc, p).Select(l => l.Text).Where(t => t.StartsWith("row") || t == "HEAD").ToList();
+            if (lines.Count == 0) continue;
+            Assert.Equal("HEAD", lines[0]);
+            Assert.Single(lines, "HEAD");
+            rows.AddRange(lines.Skip(1));
+        }
+        Assert.Equal(Enumerable.Range(0, 120).Select(i => $"row{i}"), rows);
+    }
 }

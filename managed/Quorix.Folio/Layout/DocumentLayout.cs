@@ -67,10 +67,20 @@ internal sealed class DocumentLayout
         double top = Math.Abs(ps.TopMargin), bottom = ps.PageHeight - Math.Abs(ps.BottomMargin);
         double width = Math.Max(36, ps.PageWidth - left - ps.RightMargin);
         if (HeaderFooterFor(si, true, firstOfSection, false) is { } header)
-            top = Math.Max(top, ps.HeaderDistance + Stack.Height(ctx.Blocks(header, width)));
+            top = Math.Max(top, ps.HeaderDistance + StoryHeight(header, width));
         if (HeaderFooterFor(si, false, firstOfSection, false) is { } footer)
-            bottom = Math.Min(bottom, ps.PageHeight - ps.FooterDistance - Stack.Height(ctx.Blocks(footer, width)));
+            bottom = Math.Min(bottom, ps.PageHeight - ps.FooterDistance - StoryHeight(footer, width));
         return new Frame(left, top, bottom);
+    }
+
+    // Measured once per story and width: every page of a section asks again.
+    private readonly Dictionary<(HeaderFooter, double), double> storyHeights = new();
+
+    private double StoryHeight(HeaderFooter story, double width)
+    {
+        if (!storyHeights.TryGetValue((story, width), out var h))
+            storyHeights[(story, width)] = h = Stack.Height(ctx.Blocks(story, width));
+        return h;
     }
 
     private void Number()

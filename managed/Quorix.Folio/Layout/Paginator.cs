@@ -51,6 +51,12 @@ internal sealed class Paginator
         {
             var b = queue[i];
             if (b.BreakBefore && onPage.Count > 0) NewPage(natural: false);
+            if (onPage.Count == 0 && b is TableRowBlock { IsHeader: false, Headers.Count: > 0 } row && !b.BreakBefore)
+            {
+                // A table carried over to a new page shows its heading rows again.
+                queue.InsertRange(i, row.Headers!.Select(h => h.AsRepeat()));
+                b = queue[i];
+            }
             double before = onPage.Count == 0 && naturalBreak ? 0 : b.SpaceBefore;
             if (y + before + b.Height <= frame.Bottom + 0.01 || onPage.Count == 0 && !CanSplit(b))
             {

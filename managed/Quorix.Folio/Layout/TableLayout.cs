@@ -22,6 +22,9 @@ internal sealed class TableRowBlock : Block
     public bool LastOfTable;
     public bool AllowBreak = true;
     public double MinHeight;
+    /// <summary>The table's heading rows, repeated at the top of each page the table continues on.</summary>
+    public List<TableRowBlock>? Headers;
+    public bool IsHeader;
 
     public void Measure() => Height = Math.Max(MinHeight, Cells.Count == 0 ? 0 : Cells.Max(c => Stack.Height(c.Content)));
 
@@ -78,9 +81,25 @@ internal sealed class TableRowBlock : Block
         return (head, tail);
     }
 
+    /// <summary>A heading row drawn again on a later page: the table's top border above it.</summary>
+    public TableRowBlock AsRepeat()
+    {
+        var r = Copy();
+        r.Cells.AddRange(Cells);
+        r.Height = Height;
+        r.FirstOfTable = true;
+        r.LastOfTable = false;
+        r.SpaceBefore = 0;
+        return r;
+    }
+
     private TableRowBlock Copy()
     {
-        var r = new TableRowBlock { Edges = Edges, FirstOfTable = FirstOfTable, LastOfTable = LastOfTable, AllowBreak = AllowBreak, MinHeight = MinHeight, KeepWithNext = KeepWithNext };
+        var r = new TableRowBlock
+        {
+            Edges = Edges, FirstOfTable = FirstOfTable, LastOfTable = LastOfTable, AllowBreak = AllowBreak, MinHeight = MinHeight,
+            KeepWithNext = KeepWithNext, Headers = Headers, IsHeader = IsHeader,
+        };
         r.Nodes.AddRange(Nodes);
         return r;
     }
@@ -102,9 +121,18 @@ internal static class TableLayout
         };
         var edges = Edges(table);
         var blocks = new List<Block>();
+        var headers = new List<TableRowBlock>();
+        bool inHeading = true;
         foreach (var row in table.Rows)
         {
-            var block = new TableRowBlock { Edges = edges, FirstOfTable = row.IsFirstRow, LastOfTable = row.IsLastRow };
+            // Heading rows count only as an unbroken run at the top of the table.
+            inHeading &= row.RowFormat.HeadingFormat;
+            var block = new TableRowBlock
+            {
+                Edges = edges, FirstOfTable = row.IsFirstRow, LastOfTable = row.IsLastRow,
+                IsHeader = inHeading, KeepWithNext = inHeading, Headers = inHeading ? null : headers,
+            };
+            if (inHeading) headers.Add(block);
             var rf = row.RowFormat;
             block.AllowBreak = rf.AllowBreakAcrossPages;
             if (rf.HeightRule != HeightRule.Auto) block.MinHeight = rf.Height;
