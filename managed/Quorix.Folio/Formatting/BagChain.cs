@@ -38,6 +38,19 @@ internal readonly struct BagChain
         return null;
     }
 
+    /// <summary>The first element of that name that <paramref name="says"/> something: properties such as
+    /// spacing and indents are inherited attribute by attribute, not as whole elements.</summary>
+    public PropElement? Find(string local, Func<PropElement, bool> says)
+    {
+        if (first != null)
+            for (int i = firstStart; i < first.Length; i++)
+                if (first[i].Find(local) is { } e && says(e)) return e;
+        if (second != null)
+            for (int i = 0; i < second.Length; i++)
+                if (second[i].Find(local) is { } e && says(e)) return e;
+        return null;
+    }
+
     /// <summary>The first bag's say on an on/off property; null when none has it.</summary>
     public bool? Toggle(string local) => Find(local) is { } e ? PropBag.IsOn(e) : null;
 

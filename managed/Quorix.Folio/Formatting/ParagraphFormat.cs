@@ -23,6 +23,16 @@ public sealed class ParagraphFormat
         return inherited().Find(local);
     }
 
+    /// <summary>The nearest element of that name, here or inherited, that says something <paramref name="says"/> accepts.</summary>
+    private PropElement? Lookup(string local, Func<PropElement, bool> says)
+    {
+        var e = Bag.Find(local);
+        if (e != null && says(e)) return e;
+        return inherited?.Invoke().Find(local, says);
+    }
+
+    private string? Attr(string local, string attr) => Lookup(local, e => e.Get(attr) != null)?.Get(attr);
+
     private bool Toggle(string local)
     {
         var v = Lookup(local);
@@ -104,7 +114,7 @@ public sealed class ParagraphFormat
 
     private double Twips(string local, string attr, string? alt = null)
     {
-        var e = Lookup(local);
+        var e = Lookup(local, x => x.Get(attr) != null || (alt != null && x.Get(alt) != null));
         var v = Units.ParseInt(e?.Get(attr)) ?? (alt != null ? Units.ParseInt(e?.Get(alt)) : null);
         return v.HasValue ? Units.TwipsToPoints(v.Value) : 0;
     }
@@ -127,7 +137,7 @@ public sealed class ParagraphFormat
     {
         get
         {
-            var e = Lookup("ind");
+            var e = Lookup("ind", x => x.Get("hanging") != null || x.Get("firstLine") != null);
             var hanging = Units.ParseInt(e?.Get("hanging"));
             if (hanging.HasValue) return -Units.TwipsToPoints(hanging.Value);
             var first = Units.ParseInt(e?.Get("firstLine"));
@@ -148,7 +158,7 @@ public sealed class ParagraphFormat
 
     public LineSpacingRule LineSpacingRule
     {
-        get => Lookup("spacing")?.Get("lineRule") switch
+        get => Attr("spacing", "lineRule") switch
         {
             "exact" => LineSpacingRule.Exactly,
             "atLeast" => LineSpacingRule.AtLeast,
@@ -168,7 +178,7 @@ public sealed class ParagraphFormat
     {
         get
         {
-            var v = Units.ParseInt(Lookup("spacing")?.Get("line"));
+            var v = Units.ParseInt(Attr("spacing", "line"));
             if (!v.HasValue) return 12;
             return LineSpacingRule == LineSpacingRule.Multiple ? v.Value / 240.0 * 12 : Units.TwipsToPoints(v.Value);
         }
