@@ -2,7 +2,8 @@
 # Installs the Debian packages the build and the tests need, only when one is missing.
 set -euo pipefail
 # Fonts: metric-compatible free faces for the common office fonts, so that pages lay out as
-# the author saw them; poppler-utils and qpdf check the PDFs we write.
+# the author saw them; poppler-utils and qpdf check the PDFs we write; LibreOffice (large) is the
+# reference our page counts are compared with and the benchmark measures against.
 pkgs=(python3-dev python3-pytest python3-hypothesis python3-docx python3-msoffcrypto-tool pandoc cmake g++ make rsync libgtest-dev
       python3-mypy python3-venv zip libreoffice-writer-nogui python3-openpyxl python3-docxtpl
       fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea fonts-dejavu-core poppler-utils qpdf)
