@@ -191,4 +191,18 @@ public class LineLayoutTests
         var lines = LayoutProbe.Lines(b.Document, 0);
         Assert.Equal(new[] { "one", "two" }, lines.Select(l => l.Text.Trim('\v')).ToArray());
     }
+
+    [Theory]
+    [InlineData("ab cd", "2")]            // after the space, not before it
+    [InlineData("well-known", "4")]       // after a hyphen between letters
+    [InlineData("-5 and 3-4", "2,6")]     // not after a minus sign or before a digit
+    [InlineData("end (x)", "3")]          // not before closing punctuation
+    [InlineData("中文字", "0,1")]          // between ideographs
+    [InlineData("a\u200Bb", "1")]        // at a zero-width space
+    public void BreakOpportunities(string text, string expected)
+    {
+        text = System.Text.RegularExpressions.Regex.Unescape(text);
+        var found = Enumerable.Range(0, text.Length - 1).Where(i => Quorix.Folio.Layout.LineBreaking.BreakAfter(text, i));
+        Assert.Equal(expected, string.Join(",", found));
+    }
 }

@@ -24,6 +24,5 @@ internal static class LineBreaking
 
     private static bool IsOpening(char c) => c is '(' or '[' or '{' or '\u300C' or '\uFF08';
 
-    private static bool IsIdeographic(char c) =>
-        c is >= '\u2E80' and <= '\u9FFF' or >= '\uF900' and <= '\uFAFF' or >= '\uFF00' and <= '\uFFEF' && c != '\uFFFC';
+    private static bool IsIdeographic(char c) => c is (>= '\u2E80' and <= '\u9FFF') or (>= '\uF900' and <= '\uFAFF') or (>= '\uFF00' and <= '\uFFEF');
 }

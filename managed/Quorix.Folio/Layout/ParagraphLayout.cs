@@ -109,13 +109,11 @@ internal sealed class ParagraphLayout
         if (word == "HYPERLINK") f.Link = HyperlinkTarget(code);
         if (ctx.PageFieldValue(word) is { } value)
         {
+            // Page numbers take the formatting of the text before them, or of the paragraph mark.
             f.SkipResult = true;
-            Add(value, markStyleForFields ?? markStyle, null, null, null);
+            Add(value, pieces.Count > 0 ? pieces[^1].Style : markStyle, null, null, null);
         }
     }
-
-    // Page numbers take the formatting of the text before them, or of the paragraph mark.
-    private TextStyle? markStyleForFields => pieces.Count > 0 ? pieces[^1].Style : null;
 
     internal static string? HyperlinkTarget(string code)
     {
