@@ -96,3 +96,28 @@ def test_layout_collector_finds_the_last_paragraph_on_the_last_page(report):
     collector = qf.layout.LayoutCollector(doc)
     last = doc.first_section.body.last_paragraph
     assert collector.get_end_page_index(last) == doc.page_count
+
+
+def test_theme_fonts_of_a_default_document(tmp_path):
+    """python-docx's template names its fonts by theme slot only: body text in the theme's minor
+    font (Calibri), headings in its major font."""
+    src = tmp_path / "theme.docx"
+    d = docx.Document()
+    d.add_heading("A heading", level=1)
+    d.add_paragraph("Body text in the theme's body font.")
+    d.save(src)
+    theme = docx.Document(src).part.package
+    major = minor = None
+    for part in theme.parts:
+        if part.partname.endswith("theme1.xml"):
+            xml = part.blob.decode("utf-8")
+            major = xml.split("<a:majorFont>")[1].split('typeface="')[1].split('"')[0]
+            minor = xml.split("<a:minorFont>")[1].split('typeface="')[1].split('"')[0]
+    assert (major, minor) != (None, None)
+    out = tmp_path / "theme.pdf"
+    qf.Document(str(src)).save(str(out))
+    fonts = tool("pdffonts", str(out))
+    substitutes = {"Calibri": "Carlito", "Cambria": "Caladea", "Calibri Light": "Carlito"}
+    for face in (major, minor):
+        assert substitutes.get(face, face).replace(" ", "") in fonts, (face, fonts)
+    assert "LiberationSerif" not in fonts

@@ -25,6 +25,27 @@ public sealed class Font
         return inherited().Find(local);
     }
 
+    /// <summary>The nearest font-name element that names a Latin font, directly or by theme: one that
+    /// names only an East Asian font does not hide the style's Latin one.</summary>
+    private PropElement? LatinFonts()
+    {
+        static bool Names(PropElement e) => e.Get("ascii") != null || e.Get("asciiTheme") != null || e.Get("hAnsi") != null;
+        var e = Bag.Find("rFonts");
+        if (e != null && Names(e)) return e;
+        return inherited?.Invoke().Find("rFonts", Names);
+    }
+
+    /// <summary>The theme font ("minorHAnsi", "majorHAnsi", ...) the Latin font is taken from, if any;
+    /// a theme reference wins over a name beside it.</summary>
+    internal string? LatinThemeSlot
+    {
+        get
+        {
+            var e = LatinFonts();
+            return e?.Get("asciiTheme") ?? (e?.Get("ascii") == null ? e?.Get("hAnsiTheme") : null);
+        }
+    }
+
     private bool Toggle(string local)
     {
         var e = Lookup(local);
@@ -55,7 +76,7 @@ public sealed class Font
     {
         get
         {
-            var e = Lookup("rFonts");
+            var e = LatinFonts();
             return e?.Get("ascii") ?? e?.Get("hAnsi") ?? "Times New Roman";
         }
         set

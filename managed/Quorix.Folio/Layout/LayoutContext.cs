@@ -7,9 +7,20 @@ namespace Quorix.Folio.Layout;
 /// laid out, the numbers the page fields show.</summary>
 internal sealed class LayoutContext
 {
-    public LayoutContext(FontLibrary fonts) { Fonts = fonts; }
+    public LayoutContext(FontLibrary fonts, ThemeFonts? theme = null)
+    {
+        Fonts = fonts;
+        theme1 = theme;
+    }
+
+    private readonly ThemeFonts? theme1;
 
     public FontLibrary Fonts { get; }
+
+    /// <summary>The typeface a theme font slot stands for in this document, or null.</summary>
+    public string? ThemeFont(string? slot) => slot == null || theme1 == null ? null
+        : slot.StartsWith("major", StringComparison.Ordinal) ? theme1.Major
+        : slot.StartsWith("minor", StringComparison.Ordinal) ? theme1.Minor : null;
 
     public double DefaultTabStop { get; init; } = 36;
 

@@ -55,10 +55,10 @@ internal sealed class ParagraphLayout
 
     private void Collect()
     {
-        markStyle = TextStyle.Of(new Font(new PropBag(PropOrder.Run), para.Document, para.RunChain), ctx.Fonts);
+        markStyle = TextStyle.Of(new Font(new PropBag(PropOrder.Run), para.Document, para.RunChain), ctx);
         if (para.IsListItem && para.ListLabel.LabelString is { Length: > 0 } label)
         {
-            var first = para.Runs.Count > 0 ? TextStyle.Of(para.Runs[0].Font, ctx.Fonts) : markStyle;
+            var first = para.Runs.Count > 0 ? TextStyle.Of(para.Runs[0].Font, ctx) : markStyle;
             var trailing = para.ListFormat.ListLevel?.TrailingCharacter switch
             {
                 Lists.ListTrailingCharacter.Space => " ",
@@ -85,7 +85,7 @@ internal sealed class ParagraphLayout
                 case Run run:
                     if (fields.Count > 0 && !fields[^1].InResult) { fields[^1].Code.Append(run.Text); break; }
                     if (fields.Any(f => f.SkipResult || !f.InResult) || run.Font.Hidden || run.Text.Length == 0) break;
-                    var style = TextStyle.Of(run.Font, ctx.Fonts);
+                    var style = TextStyle.Of(run.Font, ctx);
                     Add(style.Caps ? run.Text.ToUpperInvariant() : run.Text, style, run, null, fields.LastOrDefault(f => f.Link != null)?.Link);
                     break;
                 case Shape shape when shape.HasImage && shape.Width > 0 && shape.Height > 0:

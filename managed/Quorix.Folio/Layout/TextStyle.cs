@@ -8,14 +8,15 @@ internal sealed record TextStyle(ResolvedFont Font, double Size, uint Color, boo
 {
     public const uint Black = 0xFF000000;
 
-    public static TextStyle Of(Font f, FontLibrary fonts)
+    public static TextStyle Of(Font f, LayoutContext ctx)
     {
         var size = f.Size;
         double rise = 0;
         // Superscript and subscript text is set smaller and moved off the baseline.
         if (f.Superscript) { rise = size / 3; size *= 2.0 / 3; }
         else if (f.Subscript) { rise = -size / 6; size *= 2.0 / 3; }
-        return new TextStyle(fonts.Resolve(f.Name, f.Bold, f.Italic), size, ParseColor(f.ColorHex), f.Underline != Quorix.Folio.Underline.None,
+        var name = ctx.ThemeFont(f.LatinThemeSlot) ?? f.Name;
+        return new TextStyle(ctx.Fonts.Resolve(name, f.Bold, f.Italic), size, ParseColor(f.ColorHex), f.Underline != Quorix.Folio.Underline.None,
             f.StrikeThrough || f.DoubleStrikeThrough, rise, f.AllCaps);
     }
 
