@@ -279,4 +279,29 @@ public class PaginationTests
         }
         Assert.Equal(Enumerable.Range(0, 120).Select(i => $"row{i}"), rows);
     }
+
+    [Fact]
+    public void CellTextTakesTheTableStylesSpacingOverTheDefaults()
+    {
+        double RowHeight(bool tableStyleSpacing)
+        {
+            var b = new DocumentBuilder();
+            b.Document.Styles.DefaultParagraphFormat.SpaceAfter = 20;
+            var table = b.StartTable();
+            b.InsertCell();
+            b.Write("top");
+            b.EndRow();
+            b.InsertCell();
+            b.Write("bottom");
+            b.EndRow();
+            b.EndTable();
+            table.StyleIdentifier = StyleIdentifier.TableGrid;
+            var style = b.Document.Styles.FindById(table.TblPr.Val("tblStyle"))!;
+            if (tableStyleSpacing) style.ParagraphFormat.SpaceAfter = 0;
+            else style.ParagraphFormat.ClearFormatting();
+            var lines = LayoutProbe.Lines(b.Document, 0);
+            return lines[1].Y - lines[0].Y;
+        }
+        Assert.InRange(RowHeight(false) - RowHeight(true), 19.99, 20.01);
+    }
 }

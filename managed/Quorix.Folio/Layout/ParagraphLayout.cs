@@ -174,6 +174,11 @@ internal sealed class ParagraphLayout
         return other == null ? font : new ResolvedFont(other, font.FakeBold && !other.Bold, font.FakeItalic && !other.Italic, font.RequestedName);
     }
 
+    // Word sets text without standard ligatures unless a run asks for them; with them widths and
+    // line breaks would differ, and a ligature glyph has no text of its own in a PDF. Kerning stays
+    // as the font has it.
+    private static readonly Feature[] WordFeatures = { Feature.Parse("liga=0"), Feature.Parse("clig=0") };
+
     private void ShapeRange(int start, int end, TextStyle style, ResolvedFont font)
     {
         using var buffer = new HarfBuzzSharp.Buffer();
@@ -181,7 +186,7 @@ internal sealed class ParagraphLayout
         // Visual reordering of right-to-left text is not done yet: shape everything left to right.
         buffer.Direction = Direction.LeftToRight;
         buffer.GuessSegmentProperties();
-        font.Face.Shaper.Shape(buffer);
+        font.Face.Shaper.Shape(buffer, WordFeatures);
         var infos = buffer.GetGlyphInfoSpan();
         var positions = buffer.GetGlyphPositionSpan();
         double scale = style.Size / font.Face.UnitsPerEm;
@@ -214,8 +219,7 @@ internal sealed class ParagraphLayout
             firstLine = level.NumberPosition - level.TextPosition;
         }
         var align = pf.Alignment;
-        var rule = pf.LineSpacingRule;
-        double spacing = pf.LineSpacing;
+        var (spaceBefore, spaceAfter, rule, spacing) = CellParagraphSpacing.Of(para, pf);
         var blocks = new List<Block>();
         var x = new double[text.Length + 1];
         int start = 0;
@@ -235,8 +239,8 @@ internal sealed class ParagraphLayout
             if (kind == LineEnd.Paragraph) break;
         } while (true);
 
-        blocks[0].SpaceBefore = pf.SpaceBefore;
-        blocks[^1].SpaceAfter = pf.SpaceAfter;
+        blocks[0].SpaceBefore = spaceBefore;
+        blocks[^1].SpaceAfter = spaceAfter;
         // Keep rules: lines of a kept-together paragraph, no single first or last line on a page,
         // and the last line of a keep-with-next paragraph with what follows.
         if (pf.KeepTogether) for (int i = 0; i < blocks.Count - 1; i++) blocks[i].KeepWithNext = true;
