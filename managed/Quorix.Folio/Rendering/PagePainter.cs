@@ -9,6 +9,20 @@ internal static class PagePainter
     public static void Paint(SKCanvas canvas, LayoutPage page, bool withLinks)
     {
         using var paint = new SKPaint { IsAntialias = true };
+        // Pages repeat a few faces and sizes many times over.
+        var fonts = new Dictionary<(Fonts.FontFace, double, bool, bool), SKFont>();
+        try
+        {
+            PaintItems(canvas, page, withLinks, paint, fonts);
+        }
+        finally
+        {
+            foreach (var f in fonts.Values) f.Dispose();
+        }
+    }
+
+    private static void PaintItems(SKCanvas canvas, LayoutPage page, bool withLinks, SKPaint paint, Dictionary<(Fonts.FontFace, double, bool, bool), SKFont> fonts)
+    {
         foreach (var item in page.Items)
         {
             switch (item)
@@ -19,7 +33,7 @@ internal static class PagePainter
                     canvas.DrawRect((float)f.X, (float)f.Y, (float)f.Width, (float)f.Height, paint);
                     break;
                 case GlyphRun g:
-                    DrawGlyphs(canvas, g, paint);
+                    DrawGlyphs(canvas, g, paint, FontFor(g, fonts));
                     break;
                 case LineItem l:
                     paint.Style = SKPaintStyle.Stroke;
@@ -44,17 +58,24 @@ internal static class PagePainter
         }
     }
 
-    private static void DrawGlyphs(SKCanvas canvas, GlyphRun g, SKPaint paint)
+    private static SKFont FontFor(GlyphRun g, Dictionary<(Fonts.FontFace, double, bool, bool), SKFont> fonts)
     {
-        using var font = new SKFont(g.Font.Face.Typeface, (float)g.Size)
-        {
-            Embolden = g.Font.FakeBold,
-            SkewX = g.Font.FakeItalic ? -0.2f : 0,
-            Subpixel = true,
-            LinearMetrics = true,
-            Edging = SKFontEdging.Antialias,
-            Hinting = SKFontHinting.None,
-        };
+        var key = (g.Font.Face, g.Size, g.Font.FakeBold, g.Font.FakeItalic);
+        if (!fonts.TryGetValue(key, out var font))
+            fonts[key] = font = new SKFont(g.Font.Face.Typeface, (float)g.Size)
+            {
+                Embolden = g.Font.FakeBold,
+                SkewX = g.Font.FakeItalic ? -0.2f : 0,
+                Subpixel = true,
+                LinearMetrics = true,
+                Edging = SKFontEdging.Antialias,
+                Hinting = SKFontHinting.None,
+            };
+        return font;
+    }
+
+    private static void DrawGlyphs(SKCanvas canvas, GlyphRun g, SKPaint paint, SKFont font)
+    {
         using var builder = new SKTextBlobBuilder();
         var run = builder.AllocatePositionedRun(font, g.Glyphs.Length);
         var glyphs = run.Glyphs;
