@@ -304,4 +304,33 @@ public class PaginationTests
         }
         Assert.InRange(RowHeight(false) - RowHeight(true), 19.99, 20.01);
     }
+
+    [Fact]
+    public void AVerticallyMergedCellsTextRunsDownOverItsRows()
+    {
+        var b = new DocumentBuilder();
+        b.StartTable();
+        b.CellFormat.VerticalMerge = CellMerge.First;
+        b.InsertCell();
+        b.Write("m1");
+        for (int i = 2; i <= 6; i++) { b.InsertParagraph(); b.Write("m" + i); }
+        b.CellFormat.VerticalMerge = CellMerge.None;
+        b.InsertCell();
+        b.Write("r1");
+        b.EndRow();
+        b.CellFormat.VerticalMerge = CellMerge.Previous;
+        b.InsertCell();
+        b.CellFormat.VerticalMerge = CellMerge.None;
+        b.InsertCell();
+        b.Write("r2");
+        b.EndRow();
+        b.EndTable();
+        b.Writeln("after");
+        var lines = LayoutProbe.Lines(b.Document, 0);
+        double Y(string text) => lines.First(l => l.Text.Contains(text)).Y;
+        // The second row starts right under the first row's own text, not under the merged cell's six lines.
+        Assert.True(Y("r2") < Y("m3"), "the merged cell's text stretched its first row");
+        // Together the rows make room for the merged text: what follows the table comes after all of it.
+        Assert.True(Y("after") > Y("m6"));
+    }
 }

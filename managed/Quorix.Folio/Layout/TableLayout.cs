@@ -9,7 +9,11 @@ internal readonly record struct Edge(double Width, uint Color);
 internal sealed record TableEdges(Edge? Top, Edge? Left, Edge? Bottom, Edge? Right, Edge? InsideH, Edge? InsideV);
 
 /// <summary>A laid-out cell: its column position, content and look.</summary>
-internal sealed record CellBox(double X, double Width, List<Block> Content, uint? Fill, bool MergedIntoAbove, CellVerticalAlignment VAlign);
+internal sealed record CellBox(double X, double Width, List<Block> Content, uint? Fill, bool MergedIntoAbove, CellVerticalAlignment VAlign)
+{
+    /// <summary>The first cell of a vertical merge: its content may run down over the merged rows.</summary>
+    public bool MergesDown { get; init; }
+}
 
 /// <summary>A table row: cells side by side. A row that may break across pages splits between the
 /// lines of its cells.</summary>
@@ -26,7 +30,7 @@ internal sealed class TableRowBlock : Block
     public List<TableRowBlock>? Headers;
     public bool IsHeader;
 
-    public void Measure() => Height = Math.Max(MinHeight, Cells.Count == 0 ? 0 : Cells.Max(c => Stack.Height(c.Content)));
+    public void Measure() => Height = Math.Max(MinHeight, Cells.Where(c => !c.MergesDown).Select(c => Stack.Height(c.Content)).DefaultIfEmpty(0).Max());
 
     public override void Emit(List<PageItem> page, double x, double y)
     {
@@ -148,7 +152,7 @@ internal static class TableLayout
                 var content = merge == CellMerge.Previous ? new List<Block>() : ctx.Blocks(cell, Math.Max(1, w - 2 * TableRowBlock.CellPaddingX));
                 var fillHex = cell.CellFormat.Shading.BackgroundPatternColorHex;
                 uint? fill = fillHex is "auto" or "" ? null : TextStyle.ParseColor(fillHex);
-                block.Cells.Add(new CellBox(x, w, content, fill, merge == CellMerge.Previous, cell.CellFormat.VerticalAlignment));
+                block.Cells.Add(new CellBox(x, w, content, fill, merge == CellMerge.Previous, cell.CellFormat.VerticalAlignment) { MergesDown = merge == CellMerge.First });
                 block.Nodes.Add(cell);
                 foreach (var b in content) block.Nodes.AddRange(b.Nodes);
                 col += span;
@@ -157,7 +161,26 @@ internal static class TableLayout
             if (rf.HeightRule == HeightRule.Exactly) block.Height = rf.Height;
             blocks.Add(block);
         }
+        FitMergedCells(blocks.Cast<TableRowBlock>().ToList());
         return blocks;
+    }
+
+    /// <summary>A vertically merged cell's content spans its rows; the last of them grows when the
+    /// rows together are not tall enough for it.</summary>
+    private static void FitMergedCells(List<TableRowBlock> rows)
+    {
+        for (int r = 0; r < rows.Count; r++)
+        {
+            foreach (var cell in rows[r].Cells.Where(c => c.MergesDown))
+            {
+                int last = r;
+                while (last + 1 < rows.Count && rows[last + 1].Cells.Any(c => c.MergedIntoAbove && Math.Abs(c.X - cell.X) < 0.01)) last++;
+                double have = 0;
+                for (int i = r; i <= last; i++) have += rows[i].Height;
+                double need = Stack.Height(cell.Content);
+                if (need > have) rows[last].Height += need - have;
+            }
+        }
     }
 
     /// <summary>Widths from the table's grid; without one, from the first row's cell widths, and
