@@ -205,4 +205,45 @@ public class LineLayoutTests
         var found = Enumerable.Range(0, text.Length - 1).Where(i => Quorix.Folio.Layout.LineBreaking.BreakAfter(text, i));
         Assert.Equal(expected, string.Join(",", found));
     }
+
+    private static void AddTabStop(Paragraph p, string align, double points, string? leader = null)
+    {
+        var tabs = p.PPr.GetOrAdd("tabs");
+        tabs.Children ??= new List<Quorix.Folio.Formatting.PropElement>();
+        var tab = new Quorix.Folio.Formatting.PropElement("tab").Set("val", align).Set("pos", ((int)Math.Round(points * 20)).ToString());
+        if (leader != null) tab.Set("leader", leader);
+        tabs.Children.Add(tab);
+    }
+
+    [Fact]
+    public void CustomStopsAlignTheTextAfterTheTabAndDrawLeaders()
+    {
+        var doc = OneParagraph("Chapter one\t17\tmid\tleft");
+        var para = doc.FirstSection!.Body!.FirstParagraph!;
+        AddTabStop(para, "right", 300, "dot");
+        AddTabStop(para, "center", 380);
+        AddTabStop(para, "left", 430);
+        doc.UpdatePageLayout();
+        var runs = doc.PageLayout.Pages[0].Items.OfType<Quorix.Folio.Layout.GlyphRun>().ToList();
+        var face = runs[0].Font.Face.Typeface;
+        double Left(string t) { var r = runs.First(g => g.Text.StartsWith(t)); return r.X + r.Xs[0] - Margin; }
+        Assert.InRange(Left("17") + LayoutProbe.Measure(face, 12, "17"), 299.5, 300.5);
+        Assert.InRange(Left("mid") + LayoutProbe.Measure(face, 12, "mid") / 2, 379.5, 380.5);
+        Assert.InRange(Left("left"), 429.99, 430.01);
+        var dots = Assert.Single(runs, r => r.Text.Trim('.').Length == 0);
+        Assert.True(dots.Glyphs.Length > 20);
+        Assert.True(dots.X + dots.Xs[0] - Margin > LayoutProbe.Measure(face, 12, "Chapter one") && dots.X + dots.Xs[^1] - Margin < Left("17"));
+    }
+
+    [Fact]
+    public void AClearedStopGivesWayToTheDefaultStops()
+    {
+        var doc = OneParagraph("a\tb");
+        var para = doc.FirstSection!.Body!.FirstParagraph!;
+        AddTabStop(para, "left", 200);
+        AddTabStop(para, "clear", 200);
+        doc.UpdatePageLayout();
+        var b = doc.PageLayout.Pages[0].Items.OfType<Quorix.Folio.Layout.GlyphRun>().First(r => r.Text == "b");
+        Assert.InRange(b.X + b.Xs[0] - Margin, 35.99, 36.01);
+    }
 }

@@ -27,6 +27,9 @@ internal sealed class ParagraphLayout
     private readonly List<(int At, string Name)> anchors = new();
     private string text = "";
     private double[] advance = Array.Empty<double>();
+    private List<TabStop> tabStops = new();
+    // The leader drawn across each tab, set when the tab's stop is chosen.
+    private char[] leaders = Array.Empty<char>();
     private TextStyle markStyle = null!;
 
     private ParagraphLayout(LayoutContext ctx, Paragraph para)
@@ -98,6 +101,8 @@ internal sealed class ParagraphLayout
             }
         }
         text = sb.ToString();
+        if (text.Contains('\t')) tabStops = TabStops.Of(para);
+        leaders = new char[text.Length];
     }
 
     /// <summary>At a field's separator: page fields show the number for the page being laid out.</summary>
@@ -269,7 +274,7 @@ internal sealed class ParagraphLayout
                 case '\f': return (i, LineEnd.Page);
                 case '\u000e': return (i, LineEnd.Column);
             }
-            double w = c == '\t' ? TabWidth(indent + pos, leftIndent, hanging) : advance[i];
+            double w = c == '\t' ? TabWidth(i, indent + pos, leftIndent, hanging) : advance[i];
             if (pos + w > avail + 0.01 && !LineBreaking.IsSpace(c) && i > start)
             {
                 if (lastBreak >= start) return (lastBreak + 1, LineEnd.Wrap);
@@ -284,14 +289,34 @@ internal sealed class ParagraphLayout
         return (text.Length, LineEnd.Paragraph);
     }
 
-    /// <summary>Left-aligned default stops every half inch; a hanging indent adds a stop at the indent,
-    /// which is where list text starts after its label.</summary>
-    private double TabWidth(double at, double leftIndent, bool hanging)
+    /// <summary>The width of the tab at <paramref name="i"/>, starting at <paramref name="at"/>: up to the
+    /// next custom stop (right and centre stops align the text after the tab), else the next default
+    /// stop every half inch; a hanging indent adds a stop at the indent, where list text starts.</summary>
+    private double TabWidth(int i, double at, double leftIndent, bool hanging)
     {
-        if (hanging && at < leftIndent - 0.01) return leftIndent - at;
-        double stop = ctx.DefaultTabStop;
-        double next = Math.Floor(at / stop + 1e-6) * stop + stop;
+        leaders[i] = '\0';
+        double? indentStop = hanging && at < leftIndent - 0.01 ? leftIndent : null;
+        foreach (var stop in tabStops)
+        {
+            if (stop.Position <= at + 0.01) continue;
+            if (indentStop is { } ind && ind < stop.Position) return ind - at;
+            leaders[i] = stop.Leader;
+            double follow = stop.Align == 'l' ? 0 : FollowingWidth(i + 1);
+            double w = stop.Position - at - (stop.Align == 'r' ? follow : stop.Align == 'c' ? follow / 2 : 0);
+            return Math.Max(0, w);
+        }
+        if (indentStop is { } only) return only - at;
+        double step = ctx.DefaultTabStop;
+        double next = Math.Floor(at / step + 1e-6) * step + step;
         return next - at;
+    }
+
+    /// <summary>Width of the text after a tab, up to the next tab or break.</summary>
+    private double FollowingWidth(int from)
+    {
+        double w = 0;
+        for (int k = from; k < text.Length && text[k] is not ('\t' or '\v' or '\f' or '\u000e' or '\r' or '\n'); k++) w += advance[k];
+        return w;
     }
 
     private ItemsBlock Line(int start, int end, LineEnd kind, double indent, double avail, ParagraphAlignment align,
@@ -357,6 +382,7 @@ internal sealed class ParagraphLayout
         block.Items.Add(new LineBox(indent, 0, avail, height));
         EmitGlyphs(block, start, end, pos, baseline);
         EmitDecorations(block, start, end, visibleEnd, pos, baseline);
+        EmitLeaders(block, start, end, pos, baseline);
         foreach (var (at, name) in anchors)
             if (at >= start && (at < end || at == end && kind == LineEnd.Paragraph))
                 block.Items.Add(new AnchorItem(pos[Math.Min(at, end) - start], 0, name));
@@ -390,6 +416,27 @@ internal sealed class ParagraphLayout
             block.Items.Add(new GlyphRun(s.Font, s.Style.Size, glyphs.ToArray(), xs.ToArray(), 0, baseline - s.Style.Rise - yOff, s.Style.Color, text[a..b]));
             Node? node = pieces.FirstOrDefault(p => p.Start <= s.Start && s.Start < p.End)?.Node;
             if (node != null && !block.Nodes.Contains(node)) block.Nodes.Add(node);
+        }
+    }
+
+    /// <summary>Leader characters across the gap of each tab that has them, on a grid of their own
+    /// width so that the leaders of successive lines line up.</summary>
+    private void EmitLeaders(ItemsBlock block, int start, int end, double[] pos, double baseline)
+    {
+        for (int i = start; i < end; i++)
+        {
+            if (text[i] != '\t' || leaders[i] == '\0') continue;
+            var style = pieces.First(p => p.Start <= i && i < p.End).Style;
+            var face = style.Font.Face;
+            if (!face.Shaper.TryGetGlyph(leaders[i], out var glyph)) continue;
+            double adv = face.Shaper.GetHorizontalGlyphAdvance(glyph) * style.Size / face.UnitsPerEm;
+            if (adv <= 0) continue;
+            double x1 = pos[i - start], x2 = pos[i - start + 1];
+            var xs = new List<float>();
+            for (double gx = Math.Ceiling(x1 / adv) * adv; gx + adv <= x2 - adv / 2; gx += adv) xs.Add((float)gx);
+            if (xs.Count == 0) continue;
+            block.Items.Add(new GlyphRun(style.Font, style.Size, Enumerable.Repeat((ushort)glyph, xs.Count).ToArray(), xs.ToArray(), 0, baseline - style.Rise,
+                style.Color, new string(leaders[i], xs.Count)));
         }
     }
 
