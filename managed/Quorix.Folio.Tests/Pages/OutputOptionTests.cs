@@ -159,3 +159,30 @@ public class InlineImageTests
         finally { File.Delete(path); }
     }
 }
+
+public class ParagraphFrameTests
+{
+    [Fact]
+    public void ShadingAndBordersFrameTheParagraphsLines()
+    {
+        var b = new DocumentBuilder();
+        b.Writeln("plain");
+        var p = b.CurrentParagraph;
+        b.Write(string.Concat(Enumerable.Repeat("framed words ", 60)));
+        p.ParagraphFormat.Shading.BackgroundPatternColorHex = "FFFF00";
+        p.ParagraphFormat.GetBorder(BorderType.Bottom).LineStyle = LineStyle.Single;
+        p.ParagraphFormat.LeftIndent = 20;
+        var items = b.Document.PageLayout.Pages[0].Items;
+        var fills = items.OfType<Quorix.Folio.Layout.FillItem>().ToList();
+        var lines = LayoutProbe.Lines(b.Document, 0).Where(l => l.Text.StartsWith("framed")).ToList();
+        Assert.True(lines.Count >= 3);
+        Assert.Equal(lines.Count, fills.Count);
+        Assert.All(fills, f => Assert.Equal(0xFFFFFF00u, f.Color));
+        double margin = b.Document.FirstSection!.PageSetup.LeftMargin;
+        Assert.All(fills, f => Assert.InRange(f.X - margin, 19.99, 20.01));
+        var rule = Assert.Single(items.OfType<Quorix.Folio.Layout.LineItem>());
+        Assert.True(rule.Y1 > lines[^1].Y && Math.Abs(rule.Y1 - rule.Y2) < 0.01);
+        // The plain paragraph above has neither.
+        Assert.True(fills.Min(f => f.Y) > LayoutProbe.Lines(b.Document, 0)[0].Y);
+    }
+}

@@ -255,7 +255,29 @@ internal sealed class ParagraphLayout
             blocks[^2].KeepWithNext = true;
         }
         if (pf.KeepWithNext) blocks[^1].KeepWithNext = true;
+        Frame(blocks, left, Math.Max(1, width - left - right));
         return blocks;
+    }
+
+    /// <summary>Paragraph shading behind the lines and borders around them, between the indents.</summary>
+    private void Frame(List<Block> blocks, double x, double w)
+    {
+        var chain = para.ParagraphChain();
+        var fill = (para.PPr.Find("shd") ?? chain.Find("shd"))?.Get("fill");
+        var borders = para.PPr.Find("pBdr") ?? chain.Find("pBdr");
+        if ((fill is null or "auto") && borders == null) return;
+        Edge? top = TableLayout.Side(borders, "top"), bottom = TableLayout.Side(borders, "bottom");
+        Edge? l = TableLayout.Side(borders, "left"), r = TableLayout.Side(borders, "right");
+        for (int i = 0; i < blocks.Count; i++)
+        {
+            var items = ((ItemsBlock)blocks[i]).Items;
+            double h = blocks[i].Height;
+            if (fill is not (null or "auto")) items.Insert(0, new FillItem(x, 0, w, h, TextStyle.ParseColor(fill)));
+            if (i == 0 && top is { } t) items.Add(new LineItem(x, 0, x + w, 0, t.Width, t.Color));
+            if (i == blocks.Count - 1 && bottom is { } b) items.Add(new LineItem(x, h, x + w, h, b.Width, b.Color));
+            if (l is { } le) items.Add(new LineItem(x, 0, x, h, le.Width, le.Color));
+            if (r is { } ri) items.Add(new LineItem(x + w, 0, x + w, h, ri.Width, ri.Color));
+        }
     }
 
     /// <summary>Finds where the line starting at <paramref name="start"/> ends; fills x with each

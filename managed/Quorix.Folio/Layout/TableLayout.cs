@@ -214,7 +214,7 @@ internal static class TableLayout
         return null;
     }
 
-    private static Edge? Side(PropElement? borders, string side)
+    internal static Edge? Side(PropElement? borders, string side)
     {
         var e = borders?.Child(side);
         var val = e?.Get("val");
