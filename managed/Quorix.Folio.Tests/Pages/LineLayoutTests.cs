@@ -246,4 +246,21 @@ public class LineLayoutTests
         var b = doc.PageLayout.Pages[0].Items.OfType<Quorix.Folio.Layout.GlyphRun>().First(r => r.Text == "b");
         Assert.InRange(b.X + b.Xs[0] - Margin, 35.99, 36.01);
     }
+
+    [Fact]
+    public void RightToLeftWordsInLeftToRightTextAreShownInVisualOrder()
+    {
+        var doc = OneParagraph("abc \u05D0\u05D1\u05D2 def");
+        var runs = doc.PageLayout.Pages[0].Items.OfType<Quorix.Folio.Layout.GlyphRun>().OrderBy(r => r.X + r.Xs[0]).ToList();
+        var hebrew = Assert.Single(runs, r => r.Text.Contains('\u05D0'));
+        var shaper = hebrew.Font.Face.Shaper;
+        Assert.True(shaper.TryGetGlyph(0x05D0, out var alef));
+        Assert.True(shaper.TryGetGlyph(0x05D2, out var gimel));
+        // Leftmost is the last letter read, rightmost the first.
+        Assert.Equal((ushort)gimel, hebrew.Glyphs[0]);
+        Assert.Equal((ushort)alef, hebrew.Glyphs[^1]);
+        Assert.True(hebrew.Xs.Zip(hebrew.Xs.Skip(1)).All(p => p.First < p.Second));
+        // The word keeps its place between its neighbours.
+        Assert.True(runs.IndexOf(hebrew) > 0 && runs.IndexOf(hebrew) < runs.Count - 1);
+    }
 }

@@ -16,8 +16,12 @@ internal sealed class ParagraphLayout
 
     private sealed record Piece(int Start, int End, TextStyle Style, Node? Node, Shape? Image, string? Link);
 
-    /// <summary>Shaped glyphs of one piece of text in one face. Clusters are paragraph text offsets.</summary>
-    private sealed record Segment(int Start, int End, TextStyle Style, ResolvedFont Font, ushort[] Glyphs, int[] Clusters, float[] Advances, float[] OffsetsX, float[] OffsetsY);
+    /// <summary>Shaped glyphs of one piece of text in one face. Clusters are paragraph text offsets;
+    /// right-to-left text comes back from shaping in visual order.</summary>
+    private sealed record Segment(int Start, int End, TextStyle Style, ResolvedFont Font, ushort[] Glyphs, int[] Clusters, float[] Advances, float[] OffsetsX, float[] OffsetsY)
+    {
+        public bool RightToLeft { get; init; }
+    }
 
     private readonly LayoutContext ctx;
     private readonly Paragraph para;
@@ -160,13 +164,29 @@ internal sealed class ParagraphLayout
             {
                 if (IsControl(text[i])) { i++; continue; }
                 var font = FaceFor(piece.Style.Font, i);
-                int j = i + CharLen(i);
-                while (j < piece.End && !IsControl(text[j]) && FaceFor(piece.Style.Font, j) == font) j += CharLen(j);
+                int dir = BidiClass(text[i]);
+                int j = i + CharLen(i), strongEnd = dir != 0 ? j : i;
+                while (j < piece.End && !IsControl(text[j]) && FaceFor(piece.Style.Font, j) == font)
+                {
+                    int d = BidiClass(text[j]);
+                    if (d != 0 && dir != 0 && d != dir) break;
+                    if (dir == 0) dir = d;
+                    j += CharLen(j);
+                    if (d != 0) strongEnd = j;
+                }
+                // Spaces after right-to-left words belong to the left-to-right text around them.
+                if (dir == 1 && strongEnd > i) j = strongEnd;
                 ShapeRange(i, j, piece.Style, font);
                 i = j;
             }
         }
     }
+
+    /// <summary>1 for right-to-left letters (Hebrew, Arabic and their presentation forms), -1 for other
+    /// letters and digits, 0 for the neutrals that take the direction of the text around them.</summary>
+    private static int BidiClass(char c) =>
+        c is (>= '\u0590' and <= '\u08FF') or (>= '\uFB1D' and <= '\uFDFF') or (>= '\uFE70' and <= '\uFEFF') ? 1
+        : char.IsLetterOrDigit(c) ? -1 : 0;
 
     private int CharLen(int i) => char.IsHighSurrogate(text[i]) && i + 1 < text.Length && char.IsLowSurrogate(text[i + 1]) ? 2 : 1;
 
@@ -188,15 +208,18 @@ internal sealed class ParagraphLayout
     {
         using var buffer = new HarfBuzzSharp.Buffer();
         buffer.AddUtf16(text.AsSpan(start, end - start));
-        // Visual reordering of right-to-left text is not done yet: shape everything left to right.
-        buffer.Direction = Direction.LeftToRight;
+        // Right-to-left runs inside left-to-right text are shaped and shown in their visual order;
+        // the order of runs within a line stays logical (a right-to-left paragraph is not reordered).
         buffer.GuessSegmentProperties();
         font.Face.Shaper.Shape(buffer, WordFeatures);
         var infos = buffer.GetGlyphInfoSpan();
         var positions = buffer.GetGlyphPositionSpan();
         double scale = style.Size / font.Face.UnitsPerEm;
         int n = infos.Length;
-        var seg = new Segment(start, end, style, font, new ushort[n], new int[n], new float[n], new float[n], new float[n]);
+        var seg = new Segment(start, end, style, font, new ushort[n], new int[n], new float[n], new float[n], new float[n])
+        {
+            RightToLeft = buffer.Direction == Direction.RightToLeft,
+        };
         for (int g = 0; g < n; g++)
         {
             seg.Glyphs[g] = (ushort)infos[g].Codepoint;
@@ -423,18 +446,21 @@ internal sealed class ParagraphLayout
             double yOff = 0;
             int lastCluster = -1;
             double inCluster = 0;
+            int a = Math.Max(s.Start, start), b = Math.Min(s.End, end);
+            // Visual-order glyphs fill the run's span on the line from its left edge.
+            double pen = pos[a - start];
             for (int g = 0; g < s.Glyphs.Length; g++)
             {
                 int c = s.Clusters[g];
                 if (c < start || c >= end) continue;
                 if (c != lastCluster) { inCluster = 0; lastCluster = c; }
                 glyphs.Add(s.Glyphs[g]);
-                xs.Add((float)(pos[c - start] + inCluster + s.OffsetsX[g]));
+                xs.Add((float)((s.RightToLeft ? pen : pos[c - start] + inCluster) + s.OffsetsX[g]));
                 inCluster += s.Advances[g];
+                pen += s.Advances[g];
                 yOff = s.OffsetsY[g];
             }
             if (glyphs.Count == 0) continue;
-            int a = Math.Max(s.Start, start), b = Math.Min(s.End, end);
             block.Items.Add(new GlyphRun(s.Font, s.Style.Size, glyphs.ToArray(), xs.ToArray(), 0, baseline - s.Style.Rise - yOff, s.Style.Color, text[a..b]));
             Node? node = pieces.FirstOrDefault(p => p.Start <= s.Start && s.Start < p.End)?.Node;
             if (node != null && !block.Nodes.Contains(node)) block.Nodes.Add(node);
