@@ -263,4 +263,18 @@ public class LineLayoutTests
         // The word keeps its place between its neighbours.
         Assert.True(runs.IndexOf(hebrew) > 0 && runs.IndexOf(hebrew) < runs.Count - 1);
     }
+
+    [Fact]
+    public void SymbolFontBulletsAreDrawnWithRealGlyphs()
+    {
+        var b = new DocumentBuilder();
+        b.ListFormat.ApplyBulletDefault();
+        b.ListFormat.ListLevel!.NumberFormat = "\uF0B7"; // as documents from the usual templates store it
+        b.Writeln("item");
+        var label = b.Document.FirstSection!.Body!.FirstParagraph!.ListLabel.LabelString;
+        Assert.Equal("\uF0B7", label);
+        var run = b.Document.PageLayout.Pages[0].Items.OfType<Quorix.Folio.Layout.GlyphRun>().First();
+        Assert.Equal(Quorix.Folio.Layout.ParagraphLayout.SymbolBullets(label), run.Text[..label.Length]);
+        Assert.DoesNotContain((ushort)0, run.Glyphs);
+    }
 }

@@ -72,7 +72,7 @@ internal sealed class ParagraphLayout
                 Lists.ListTrailingCharacter.Nothing => "",
                 _ => "\t",
             };
-            Add(label + trailing, first, null, null, null);
+            Add(SymbolBullets(label) + trailing, first, null, null, null);
         }
         var fields = new List<FieldState>();
         for (var n = para.FirstChild; n != null; n = n.NextSibling)
@@ -108,6 +108,24 @@ internal sealed class ParagraphLayout
         if (text.Contains('\t')) tabStops = TabStops.Of(para);
         leaders = new char[text.Length];
     }
+
+    /// <summary>Bullets stored as the private-use codes of the Symbol and Wingdings fonts, which
+    /// substitute faces lack, as the Unicode characters they show.</summary>
+    internal static string SymbolBullets(string label) => string.Create(label.Length, label, static (span, l) =>
+    {
+        for (int i = 0; i < l.Length; i++)
+            span[i] = l[i] switch
+            {
+                '\uF0B7' => '\u2022',
+                '\uF0A7' => '\u25AA',
+                '\uF0D8' => '\u27A2',
+                '\uF076' => '\u2756',
+                '\uF0FC' => '\u2713',
+                '\uF06E' => '\u25A0',
+                '\uF071' => '\u25A1',
+                _ => l[i],
+            };
+    });
 
     /// <summary>At a field's separator: page fields show the number for the page being laid out.</summary>
     private void BeginResult(FieldState f)
