@@ -2,6 +2,7 @@
 
 import importlib.util
 import io
+import subprocess
 
 import pytest
 
@@ -47,6 +48,13 @@ def test_convert_by_extension_or_format(sample, tmp_path, target, fmt, expect):
     assert expect in (tmp_path / target).read_text(encoding="utf-8-sig")
 
 
+def test_convert_to_pdf_gives_the_text_to_pdftotext(sample, tmp_path):
+    code, out, err = run("convert", sample, tmp_path / "out.pdf")
+    assert (code, out, err) == (0, "", "")
+    text = subprocess.run(["pdftotext", str(tmp_path / "out.pdf"), "-"], check=True, capture_output=True, text=True).stdout
+    assert "First paragraph of the sample" in text
+
+
 def test_convert_to_docx_loads_back(sample, tmp_path):
     assert run("convert", sample, tmp_path / "copy.docx")[0] == 0
     assert qf.Document(str(tmp_path / "copy.docx")).get_text().split() == "First paragraph of the sample Second one".split()
@@ -65,8 +73,9 @@ def test_info_and_text(sample):
 @pytest.mark.parametrize("argv,code,message", [
     (("convert", "{dir}/missing.docx", "{dir}/o.md"), 3, "cannot read '{dir}/missing.docx': no such file"),
     (("convert", "{bad}", "{dir}/o.md"), 1, "cannot read '{bad}': "),
-    (("convert", "{sample}", "{dir}/o.pdf"), 2, "cannot tell the format of '{dir}/o.pdf' from its extension"),
-    (("convert", "{sample}", "{dir}/o.md", "--format", "pdf"), 2, "unknown format 'pdf'; known: docx, flat_opc, rtf, html, mhtml, epub, odt, text, markdown, xlsx"),
+    (("convert", "{sample}", "{dir}/o.xps"), 2, "cannot tell the format of '{dir}/o.xps' from its extension"),
+    (("convert", "{sample}", "{dir}/o.md", "--format", "xps"), 2,
+     "unknown format 'xps'; known: docx, flat_opc, rtf, pdf, svg, html, mhtml, epub, odt, text, markdown, xlsx, png, jpeg"),
     (("convert", "{sample}", "{dir}/none/o.md"), 3, "cannot write '{dir}/none/o.md': no such folder"),
     (("info", "{dir}"), 3, "cannot read '{dir}': not a readable file"),
     (("text", "{bad}"), 1, "(UnsupportedFileFormatException)"),
