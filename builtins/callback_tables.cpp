@@ -12,6 +12,7 @@
 #include "marshal/conv_version.h"
 #include "module/ids.h"
 #include "module/pysh_lock.h"
+#include "objects/clr_error.h"
 #include "objects/exception_crossing.h"
 
 // Managed code receives every callback as an untyped function pointer, entered with the
@@ -23,6 +24,11 @@ void* const m_py_obj_api_callbacks[kPyObjApiCallbacks] = {
     entry(&fn_xinc_ref),
     entry(&fn_xdec_ref),
     entry(&fn_intern_from_string),
+};
+
+void* const m_py_exception_callbacks[kPyExceptionCallbacks] = {
+    entry(&fn_conv_clr_exception_to_py),
+    entry(&on_clr_exception_object),
 };
 
 void* const m_py_tpfuncs_callbacks[kPyTpFuncsCallbacks] = {

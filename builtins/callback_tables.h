@@ -24,6 +24,7 @@ PyObject* fn_conv_clr_bytes_to_py_bytes(const uint8_t* data, int32_t length);
 
 // Tables of function pointers.
 constexpr int kPyObjApiCallbacks = 4;
+constexpr int kPyExceptionCallbacks = 2;
 constexpr int kPyReadCallbacks = 11;
 constexpr int kPyWriteCallbacks = 15;
 constexpr int kPyBufferCallbacks = 4;
@@ -38,6 +39,8 @@ constexpr int kGenConceptTables = 42;
 constexpr int kReglTpFunctions = 86;
 
 extern void* const m_py_obj_api_callbacks[kPyObjApiCallbacks];
+// Managed exceptions of bound types: the exception object builder, then its raiser (objects/clr_error.h).
+extern void* const m_py_exception_callbacks[kPyExceptionCallbacks];
 extern void* const m_py_read_callbacks[kPyReadCallbacks];
 extern void* const m_py_write_callbacks[kPyWriteCallbacks];
 extern void* const m_py_buffer_callbacks[kPyBufferCallbacks];

@@ -36,6 +36,7 @@ int initialize_clr_host(const char* runtime_dir, const char* assembly, bool debu
     exchange.set_py_generic_callbacks(m_all_genconcptp_pytocsfx);
     exchange.set_regltp_pytocsfx(m_all_regltp_pytocsfx);
     exchange.set_py_bytes_builder_callback(PyShLocked_Entry<&fn_conv_clr_bytes_to_py_bytes>());
+    exchange.set_py_exception_callbacks(m_py_exception_callbacks);
     if (exchange.init_services() < 0) {
         if (!PyErr_Occurred())
             PyErr_SetString(PyExc_TypeError, "the managed services of the interop assembly did not start");

@@ -29,6 +29,7 @@ bool ExchangeHost::initialize(const char* assembly) {
         {"SetPyStaticCallbacks", slot_of(set_py_static_callbacks_)},
         {"SetPyGenericCallbacks", slot_of(set_py_generic_callbacks_)},
         {"SetPyToCsReglTpFx", slot_of(set_regltp_pytocsfx_)},
+        {"SetPyExceptionCallbacks", slot_of(set_py_exception_callbacks_)},
         {"FreeInstance", slot_of(free_instance_)},
         {"FreeInstance", slot_of(free_struct_)},  // structures are boxed: one managed free serves both
         {"InitServices", slot_of(init_services_)},

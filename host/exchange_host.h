@@ -26,6 +26,7 @@ public:
     void set_py_static_callbacks(void* const* table) const { set_py_static_callbacks_(table); }
     void set_py_generic_callbacks(void* const* table) const { set_py_generic_callbacks_(table); }
     void set_regltp_pytocsfx(void* const* table) const { set_regltp_pytocsfx_(table); }
+    void set_py_exception_callbacks(void* const* table) const { set_py_exception_callbacks_(table); }
     // In a forked child the handle is left alone: the runtime there cannot run (fork_guard.h).
     void free_instance(void* handle) const {
         if (!host_in_forked_child())
@@ -60,6 +61,7 @@ private:
     void (*set_py_static_callbacks_)(void* const*) = nullptr;
     void (*set_py_generic_callbacks_)(void* const*) = nullptr;
     void (*set_regltp_pytocsfx_)(void* const*) = nullptr;
+    void (*set_py_exception_callbacks_)(void* const*) = nullptr;
     void (*free_instance_)(void*) = nullptr;
     void (*free_struct_)(void*) = nullptr;
     int (*init_services_)() = nullptr;

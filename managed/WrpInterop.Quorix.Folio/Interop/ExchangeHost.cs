@@ -62,6 +62,9 @@ public static unsafe class ExchangeHost
     public static void SetPyToCsReglTpFx(IntPtr* table) => PyRuntime.ReglTpFunctions = table;
 
     [UnmanagedCallersOnly]
+    public static void SetPyExceptionCallbacks(IntPtr* table) => PyRuntime.ExceptionCallbacks = table;
+
+    [UnmanagedCallersOnly]
     public static void FreeInstance(IntPtr handle)
     {
         // Called from deallocators, where nothing can be reported: a bad handle is a native bug.

@@ -18,11 +18,13 @@ public static unsafe class PyRuntime
     internal static IntPtr* StaticCallbacks;
     internal static IntPtr* GenericCallbacks;
     internal static IntPtr* ReglTpFunctions;
+    // [0] builds the Python exception of a managed one, [1] raises it
+    internal static IntPtr* ExceptionCallbacks;
 
     internal static bool IsComplete =>
         OnException != null && CatchAndClearError != null && U16BufferBuilder != null && StrBuilder != null &&
         UnraisableStrBuilder != null && BytesBuilder != null && ObjApiCallbacks != null &&
-        StaticCallbacks != null && GenericCallbacks != null && ReglTpFunctions != null;
+        StaticCallbacks != null && GenericCallbacks != null && ReglTpFunctions != null && ExceptionCallbacks != null;
 
     /// <summary>A new Python str (owned reference), or zero with a Python error set.</summary>
     public static IntPtr NewPyString(string? text)
@@ -40,7 +42,10 @@ public static unsafe class PyRuntime
             return BytesBuilder(data, bytes.Length);
     }
 
-    /// <summary>Raises the managed exception in Python as RuntimeError "Proxy error(T): m".</summary>
+    /// <summary>
+    /// Raises the managed exception in Python with the text "Proxy error(T): m": as the exception class
+    /// of its nearest bound type, else as RuntimeError.
+    /// </summary>
     public static void Raise(Exception exception)
     {
         if (OnException == null)
@@ -48,9 +53,42 @@ public static unsafe class PyRuntime
         if (exception is PyErrorPendingException)
             return;  // the Python error a callback left is the one to see
         var inner = exception is System.Reflection.TargetInvocationException { InnerException: { } e } ? e : exception;
+        if (ExceptionCallbacks != null && TypeIndex.Of(inner) >= 0)
+        {
+            // a bound exception type: Python catches it by its class
+            IntPtr pyException = NewPyException(inner, 0);
+            if (pyException != IntPtr.Zero)
+                ((delegate* unmanaged<IntPtr, IntPtr>)ExceptionCallbacks[1])(pyException);
+            return;
+        }
         IntPtr typeName = NewPyString(inner.GetType().FullName);
         IntPtr message = NewPyString(inner.Message);
         OnException(typeName, message);
+    }
+
+    // Inner exceptions nest this deep at most; deeper ones are left out.
+    private const int MaxInnerDepth = 16;
+
+    /// <summary>
+    /// A new Python exception (owned reference) for the managed one, its inner exceptions built
+    /// first; zero with a Python error set.
+    /// </summary>
+    private static IntPtr NewPyException(Exception exception, int depth)
+    {
+        IntPtr inner = IntPtr.Zero;
+        if (exception.InnerException is { } innerException && depth < MaxInnerDepth)
+        {
+            inner = NewPyException(innerException, depth + 1);
+            if (inner == IntPtr.Zero)
+                return IntPtr.Zero;
+        }
+        int index = TypeIndex.Of(exception);
+        IntPtr handle = index >= 0 ? Handles.New(exception) : IntPtr.Zero;
+        // the native side owns all four from here, on every path
+        IntPtr typeName = NewPyString(exception.GetType().FullName);
+        IntPtr message = NewPyString(exception.Message);
+        return ((delegate* unmanaged<IntPtr, IntPtr, IntPtr, int, IntPtr, IntPtr>)ExceptionCallbacks[0])(
+            typeName, message, handle, index, inner);
     }
 
     /// <summary>
