@@ -1349,6 +1349,8 @@ public static class CppEmitter
         w.Line($"// Registration of every bound type of {model.AssemblyName} into {model.RootModule}.");
         w.Line($"#include \"{RegistrationHeader}\"");
         w.Line($"#include \"{BindingsHeader}\"");
+        if (model.IndexedTypes().Any(t => t.IsException))
+            w.Line("#include \"objects/clr_error.h\"");
         w.Line();
         w.Line($"const char* const {fn}_module_names[] = {{");
         foreach (var m in names)
@@ -1385,6 +1387,19 @@ public static class CppEmitter
         w.Line($"    for (int i = 0; i < {order.Count}; ++i)");
         w.Line("        if (steps[i](modules[module_of[i]]) < 0)");
         w.Line("            return -1;");
+        var exceptions = indexed.Where(t => t.IsException).ToList();
+        if (exceptions.Count > 0)
+        {
+            // Bases first, so each exception class derives from its bound base's.
+            w.Line($"    if (PyShClrError_Install({IndexTable(model)}, {IndexTable(model)}_count) < 0)");
+            w.Line("        return -1;");
+            foreach (var t in exceptions)
+            {
+                int baseIndex = t.Base is { IsException: true } b ? indexed.IndexOf(b) : -1;
+                w.Line($"    if (PyShClrError_Bind(modules[{index[t.Module]}], {indexed.IndexOf(t)}, {baseIndex}, {Quote(t.Name)}) < 0)");
+                w.Line("        return -1;");
+            }
+        }
         foreach (var g in model.Generics)
         {
             w.Line($"    if ({CppGenericEmitter.Register(g)}(modules[{model.Modules.Count}]) < 0)");

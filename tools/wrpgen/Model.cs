@@ -222,6 +222,8 @@ public sealed class TypeModel
     /// class implementing the interface): results of it carry the bound type index of the object.
     /// </summary>
     public bool IsPolymorphic { get; internal set; }
+    /// <summary>A class deriving from System.Exception: Python sees it as a RuntimeError subclass.</summary>
+    public bool IsException { get; internal set; }
     public string Underlying { get; internal set; } = "";
 
     public List<ConstructorModel> Constructors { get; } = [];

@@ -140,7 +140,10 @@ public sealed class ModelBuilder
         foreach (var type in _declared)
         {
             if (type.Kind is TypeKind.Class)
+            {
                 type.Base = NearestBoundBase(_reader.GetTypeDefinition(type.Handle));
+                type.IsException = DerivesFromException(_reader.GetTypeDefinition(type.Handle));
+            }
             if (type.Kind is TypeKind.Enum)
                 type.IsFlags = HasFlagsAttribute(_reader.GetTypeDefinition(type.Handle));
         }
@@ -231,6 +234,20 @@ public sealed class ModelBuilder
             handle = _reader.GetTypeDefinition(baseHandle).BaseType;
         }
         return null;
+    }
+
+    // The chain leaves the assembly at a framework type; framework exceptions all derive from
+    // System.Exception and are named for it, which is all that is visible without loading them.
+    private bool DerivesFromException(TypeDefinition def)
+    {
+        var handle = def.BaseType;
+        while (!handle.IsNil && handle.Kind == HandleKind.TypeDefinition)
+            handle = _reader.GetTypeDefinition((TypeDefinitionHandle)handle).BaseType;
+        if (handle.IsNil || handle.Kind != HandleKind.TypeReference)
+            return false;
+        var (ns, name, _) = MetadataNames.OfReference(_reader, (TypeReferenceHandle)handle);
+        return (ns == "System" || ns.StartsWith("System.", StringComparison.Ordinal)) &&
+               name.EndsWith("Exception", StringComparison.Ordinal);
     }
 
     private bool HasFlagsAttribute(TypeDefinition def)

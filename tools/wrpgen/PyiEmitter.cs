@@ -243,10 +243,17 @@ public static class PyiEmitter
                 }
                 return;
             }
-            Line(0, t.Base is null ? $"class {t.Name}:" : $"class {t.Name}({Ref(t.Base)}):");
+            // exception classes are Python exceptions: constructed like RuntimeError, carrying the managed members
+            string pyBase = t.Base is not null ? Ref(t.Base) : t.IsException ? "RuntimeError" : "";
+            Line(0, pyBase.Length == 0 ? $"class {t.Name}:" : $"class {t.Name}({pyBase}):");
             int before = _text.Length;
             Doc(1, t.DocId, asBody: false);
-            var ctors = t.Constructors.Where(c => t.Kind != TypeKind.Interface).ToList();
+            if (t.IsException && t.Base is null)
+            {
+                Def(["property"], "message", "self", "str | None", null);
+                Def(["property"], "inner_exception", "self", "RuntimeError | None", null);
+            }
+            var ctors = t.Constructors.Where(c => t.Kind != TypeKind.Interface && !t.IsException).ToList();
             foreach (var c in ctors)
                 Def(ctors.Count > 1 ? [Typing("overload")] : [], "__init__", Parameters(false, c.Parameters), "None", c.DocId);
             var groups = CppEmitter.Groups(t);

@@ -53,6 +53,37 @@ public class TypeIndexTests
         Assert.Contains($"return wrpPy_conv_clr_to_py_ix_{nodeId}(result, index);", cpp);
         Assert.DoesNotContain("wrpPy_conv_clr_to_py_ix_" + Type("Quorix.Folio.Run").Hash, cpp);
     }
+    [Fact]
+    public void ExceptionClassesAreMarkedAndBoundByTheirIndexAfterTheWrappers()
+    {
+        Assert.True(Type("Quorix.Folio.FolioException").IsException);
+        Assert.False(Type("Quorix.Folio.Node").IsException);
+        Assert.False(Type("Quorix.Folio.Document").IsException);
+
+        string reg = CppEmitter.Emit(Fixture.Model)[CppEmitter.RegistrationSource];
+        var indexed = Fixture.Model.IndexedTypes().ToList();
+        int index = indexed.FindIndex(t => t.FullName == "Quorix.Folio.FolioException");
+        string table = CppEmitter.IndexTable(Fixture.Model);
+        int install = reg.IndexOf($"PyShClrError_Install({table}, {table}_count)", StringComparison.Ordinal);
+        int bind = reg.IndexOf($"PyShClrError_Bind(modules[0], {index}, -1, \"FolioException\")", StringComparison.Ordinal);
+        int steps = reg.IndexOf("steps[i](modules[module_of[i]])", StringComparison.Ordinal);
+        Assert.True(steps >= 0 && install > steps && bind > install, reg);
+        Assert.Single(Regex.Matches(reg, @"PyShClrError_Bind\("));
+    }
+
+    [Fact]
+    public void ExceptionStubsDeriveFromRuntimeErrorAndDeclareTheManagedMembers()
+    {
+        var files = PyiEmitter.Emit(Fixture.Model, new PyiEmitter.Options([], "", XmlDocs.Empty));
+        string stub = files.Single(f => f.Value.Contains("class FolioException")).Value;
+        int at = stub.IndexOf("class FolioException(RuntimeError):", StringComparison.Ordinal);
+        Assert.True(at >= 0, stub);
+        string body = stub[at..];
+        body = body[..(body.IndexOf("\nclass ", 1, StringComparison.Ordinal) is int end and > 0 ? end : body.Length)];
+        Assert.Contains("def message(self) -> str | None", body);
+        Assert.Contains("def inner_exception(self) -> RuntimeError | None", body);
+        Assert.DoesNotContain("__init__", body);
+    }
 }
 
 /// <summary>Collections: the model of item access and the generic tables both languages bind.</summary>
