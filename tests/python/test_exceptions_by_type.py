@@ -105,6 +105,10 @@ class TestFixtureHierarchy:
         assert type(e) is bt.DerivedProbeException
         assert str(e) == "Proxy error(Quorix.BindTest.HiddenProbeException): hidden failure"
 
+    def test_an_unreadable_message_still_reports_the_type(self):
+        e = raised(bt.Thrower.fail_typed, 3)
+        assert type(e) is RuntimeError and str(e) == "Proxy error(Quorix.BindTest.FaultyProbeException): <unknown>"
+
     def test_other_managed_exceptions_keep_their_text_and_class(self):
         e = raised(bt.Thrower.fail, "boom")
         assert type(e) is RuntimeError and str(e) == "Proxy error(System.ApplicationException): boom"

@@ -56,7 +56,17 @@ public static unsafe class PyRuntime
         if (ExceptionCallbacks != null && TypeIndex.Of(inner) >= 0)
         {
             // a bound exception type: Python catches it by its class
-            IntPtr pyException = NewPyException(inner, 0);
+            IntPtr pyException;
+            try
+            {
+                pyException = NewPyException(inner, 0);
+            }
+            catch (Exception)
+            {
+                // a Message getter failed before anything was allocated: the type name still tells
+                OnException(NewPyString(inner.GetType().FullName), IntPtr.Zero);
+                return;
+            }
             if (pyException != IntPtr.Zero)
                 ((delegate* unmanaged<IntPtr, IntPtr>)ExceptionCallbacks[1])(pyException);
             return;
@@ -75,6 +85,9 @@ public static unsafe class PyRuntime
     /// </summary>
     private static IntPtr NewPyException(Exception exception, int depth)
     {
+        // Managed members first, down the whole chain: what may throw runs before anything is allocated.
+        string? typeText = exception.GetType().FullName;
+        string messageText = exception.Message;
         IntPtr inner = IntPtr.Zero;
         if (exception.InnerException is { } innerException && depth < MaxInnerDepth)
         {
@@ -85,8 +98,8 @@ public static unsafe class PyRuntime
         int index = TypeIndex.Of(exception);
         IntPtr handle = index >= 0 ? Handles.New(exception) : IntPtr.Zero;
         // the native side owns all four from here, on every path
-        IntPtr typeName = NewPyString(exception.GetType().FullName);
-        IntPtr message = NewPyString(exception.Message);
+        IntPtr typeName = NewPyString(typeText);
+        IntPtr message = NewPyString(messageText);
         return ((delegate* unmanaged<IntPtr, IntPtr, IntPtr, int, IntPtr, IntPtr>)ExceptionCallbacks[0])(
             typeName, message, handle, index, inner);
     }
