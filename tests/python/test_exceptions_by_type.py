@@ -25,15 +25,16 @@ def raised(call, *args):
 class TestEngineFailures:
     @pytest.mark.parametrize("data, cls, text", [
         (b"", qf.FileCorruptedException, "Proxy error(Quorix.Folio.FileCorruptedException): The file is empty."),
-        (b"just some words", qf.UnsupportedFileFormatException,
-         "Proxy error(Quorix.Folio.UnsupportedFileFormatException): Loading Text documents is not supported."),
+        (bytes(range(256)) * 4, qf.UnsupportedFileFormatException,
+         "Proxy error(Quorix.Folio.UnsupportedFileFormatException): "
+         "The file's format is not recognised: it is not a document format this library reads."),
         (COMPOUND + b"\0" * 504, qf.UnsupportedFileFormatException,
          "Proxy error(Quorix.Folio.UnsupportedFileFormatException): "
          "The file is a legacy binary word-processing document (DOC); loading that format is not supported."),
         (COMPOUND + b"\0" * 504 + "EncryptionInfo".encode("utf-16-le"), qf.IncorrectPasswordException,
          "Proxy error(Quorix.Folio.IncorrectPasswordException): "
          "The document is password protected; open it with the password in the load options."),
-    ], ids=["empty", "text", "legacy", "encrypted"])
+    ], ids=["empty", "binary", "legacy", "encrypted"])
     def test_a_load_failure_is_its_bound_class_and_a_runtime_error(self, data, cls, text):
         try:
             qf.Document(io.BytesIO(data))
