@@ -39,6 +39,8 @@ PyObject* element_result(const PyGnOps& ops, int32_t status, void* item, int32_t
 // ---- iteration
 
 PyObject* iter_next(PyObject* self) {
+    if (PyShBound_Unbound(self))
+        return nullptr;
     const PyGnOps& ops = ops_of(self);
     void* item = nullptr;
     int32_t index = -1;
@@ -56,6 +58,8 @@ PyObject* iterable_iter(PyObject* self) { return PyGn_IterableIter(self, ops_of(
 // ---- indexed kinds
 
 Py_ssize_t length(PyObject* self) {
+    if (PyShBound_Unbound(self))
+        return -1;
     int32_t n = ops_of(self).sq_length(PyShBound_Handle(self));
     if (n < 0 && PyErr_Occurred())
         return -1;
@@ -109,6 +113,8 @@ int sq_ass_item(PyObject* self, Py_ssize_t i, PyObject* value) {
     }
     if (PySeq_CheckIndex(i) < 0)
         return -1;
+    if (PyShBound_Unbound(self))
+        return -1;
     const PyGnOps& ops = ops_of(self);
     void* element = nullptr;
     if (!element_of(ops, value, &element))
@@ -122,6 +128,8 @@ int sq_ass_item(PyObject* self, Py_ssize_t i, PyObject* value) {
 }
 
 int sq_contains(PyObject* self, PyObject* value) {
+    if (PyShBound_Unbound(self))
+        return -1;
     const PyGnOps& ops = ops_of(self);
     void* element = nullptr;
     if (!element_of(ops, value, &element))
@@ -203,6 +211,8 @@ void PyGn_DescribeType(PyGnTypeObject* gn, const char* tp_name, PyGnKind kind) {
 }
 
 PyObject* PyGn_IterableIter(PyObject* self, const PyGnOps& ops) {
+    if (PyShBound_Unbound(self))
+        return nullptr;
     void* enumerator = nullptr;
     int32_t status = ops.get_enumerator(PyShBound_Handle(self), &enumerator);
     if (status < 0 || PyErr_Occurred()) {
@@ -221,6 +231,8 @@ PyObject* PyGn_ElementToPy(const PyGnOps& ops, void* handle, int32_t index) {
 }
 
 PyObject* PyGn_Index(PyObject* self, PyObject* args) {
+    if (PyShBound_Unbound(self))
+        return nullptr;
     const PyGnOps& ops = ops_of(self);
     PyObject* value = nullptr;
     Py_ssize_t start = 0, stop = 0;
@@ -242,6 +254,8 @@ PyObject* PyGn_Index(PyObject* self, PyObject* args) {
 }
 
 PyObject* PyGn_Count(PyObject* self, PyObject* value) {
+    if (PyShBound_Unbound(self))
+        return nullptr;
     const PyGnOps& ops = ops_of(self);
     void* element = nullptr;
     if (!element_of(ops, value, &element))
@@ -267,6 +281,8 @@ PyObject* PyGn_Sort(PyObject* self, PyObject* args, PyObject* kwargs) {
         PyErr_SetString(PyExc_ValueError, "custom sorting key is not supported");
         return nullptr;
     }
+    if (PyShBound_Unbound(self))
+        return nullptr;
     ops_of(self).sort(PyShBound_Handle(self), reverse);
     if (PyErr_Occurred())
         return nullptr;
@@ -274,6 +290,8 @@ PyObject* PyGn_Sort(PyObject* self, PyObject* args, PyObject* kwargs) {
 }
 
 PyObject* PyGn_Reverse(PyObject* self, PyObject*) {
+    if (PyShBound_Unbound(self))
+        return nullptr;
     ops_of(self).reverse(PyShBound_Handle(self));
     if (PyErr_Occurred())
         return nullptr;

@@ -62,6 +62,20 @@ class TestInstancesMadeByNewAlone:
             builder.bold = True
         assert "DocumentBuilder object at" in str(builder)  # str never fails
 
+    @pytest.mark.parametrize("kind", [qf.ParagraphCollection, qf.NodeCollection, qf.StyleCollection,
+                                      qf.fields.FieldCollection])
+    def test_as_collection(self, kind):
+        orphan = kind.__new__(kind)
+        attempts = [lambda: len(orphan), lambda: orphan[0], lambda: orphan[-1:], lambda: list(orphan),
+                    lambda: tuple(iter(orphan))]
+        if kind is qf.StyleCollection:
+            attempts.append(lambda: orphan["Normal"])  # the key indexer is asked before the length
+        for attempt in attempts:
+            with pytest.raises(TypeError, match=f"this {kind.__module__}.{kind.__name__} object has no managed object"):
+                attempt()
+        with pytest.raises(TypeError):  # the interpreter words a failed `in` by iteration itself
+            qf.Paragraph(qf.Document()) in orphan
+
     def test_as_argument(self):
         orphan = qf.Document.__new__(qf.Document)
         with pytest.raises(TypeError, match="this quorix.folio.Document object has no managed object"):

@@ -912,6 +912,8 @@ public static class CppEmitter
         {
             w.Line($"PyObject* wrpPy_sqix_{id}(PyObject* self, Py_ssize_t i) {{");
             w.Indent();
+            w.Line($"if ({EntryCheck(t, true)})");
+            w.Line("    return nullptr;");
             w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
             EmitCallAndReturn(w, item, CallPrefix(SequenceModel.IntIndexerStub, ["PyShBound_Handle(self)", "static_cast<int32_t>(i)"]), true);
             w.Dedent();
@@ -922,6 +924,8 @@ public static class CppEmitter
         {
             w.Line($"PyObject* wrpPy_sqky_{id}(PyObject* self, PyObject* key) {{");
             w.Indent();
+            w.Line($"if ({EntryCheck(t, true)})");
+            w.Line("    return nullptr;");
             w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
             for (int n = 0; n < q.KeyIndexers.Count; n++)
             {
@@ -995,6 +999,8 @@ public static class CppEmitter
                 w.Line("}  // namespace");
                 w.Line();
                 w.Line($"Py_ssize_t {SeqLength(t)}(PyObject* self) {{");
+                w.Line($"    if ({EntryCheck(t, true)})");
+                w.Line("        return -1;");
                 w.Line($"    int32_t n = {Table(t)}::get_instance().{seq.Count!.Getter}(PyShBound_Handle(self));");
                 w.Line("    return PyErr_Occurred() ? -1 : n;");
                 w.Line("}");
