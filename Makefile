@@ -130,7 +130,7 @@ managed: generate
 stage:
 	@tools/stage-runtime.sh "$(FRAMEWORK_DIR)" "$(PKG_DIR)/runtime/$(NETCORE_NAME)"
 	@cp python/quorix/__init__.py $(PKG_DIR)/__init__.py
-	@mkdir -p $(PKG_DIR)/folio && cp python/quorix/folio/__main__.py $(PKG_DIR)/folio/__main__.py
+	@mkdir -p $(PKG_DIR)/folio && cp python/quorix/folio/*.py $(PKG_DIR)/folio/
 	@# The host loads native libraries from beside the assemblies: Skia and HarfBuzz for this
 	@# platform go there, and the other platforms' copies are dropped.
 	@if [ -d $(PKG_DIR)/assemblies/folio/runtimes/linux-x64/native ]; then \

@@ -6,7 +6,8 @@ set -euo pipefail
 # reference our page counts are compared with and the benchmark measures against.
 pkgs=(python3-dev python3-pytest python3-hypothesis python3-docx python3-msoffcrypto-tool pandoc cmake g++ make rsync libgtest-dev
       python3-mypy python3-venv zip libreoffice-writer-nogui python3-openpyxl python3-docxtpl
-      fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea fonts-dejavu-core poppler-utils qpdf)
+      fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea fonts-dejavu-core poppler-utils qpdf
+      python3-distributed)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -14,8 +15,9 @@ done
 if [ ${#missing[@]} -gt 0 ]; then
   echo "installing: ${missing[*]}"
   export DEBIAN_FRONTEND=noninteractive
-  apt-get update -qq
-  apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+  # another installer may hold the lock for a while: wait for it rather than fail
+  apt-get -o DPkg::Lock::Timeout=600 update -qq
+  apt-get -o DPkg::Lock::Timeout=600 install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
 command -v dotnet >/dev/null || { echo "the .NET SDK (dotnet) is required" >&2; exit 1; }
 

@@ -45,16 +45,18 @@ if "DOTNET_SYSTEM_GLOBALIZATION_INVARIANT" not in _os.environ and not _has_icu(
 
 
 class _FolioMainFinder:
-    """Lets `python -m quorix.folio` run quorix/folio/__main__.py.
+    """Lets `python -m quorix.folio` run quorix/folio/__main__.py, and imports the pure-Python
+    submodules in that folder (quorix.folio.batch).
 
     quorix.folio is an extension module, and runpy executes only packages' __main__ modules.
     This finder describes the extension as a package whose code lives in folio/ beside it:
     the module itself is loaded by the ordinary extension loader and keeps the attributes it
     sets (its __path__ stays the empty list); only its spec lists the folder, which is where
-    the __main__ module is then found. All other imports are left to the usual finders.
+    the __main__ module is then found; its empty __path__ sends the submodules' imports here.
+    All other imports are left to the usual finders.
     """
 
-    _MAIN = "quorix.folio.__main__"
+    _PREFIX = "quorix.folio."
 
     @classmethod
     def find_spec(cls, fullname: str, path: object = None, target: object = None) -> "_ModuleSpec | None":
@@ -63,9 +65,10 @@ class _FolioMainFinder:
             if spec is not None and spec.origin and not spec.origin.endswith(".py"):
                 spec.submodule_search_locations = [_os.path.join(_HERE, "folio")]
             return spec
-        if fullname == cls._MAIN:
-            main = _os.path.join(_HERE, "folio", "__main__.py")
-            return _spec_from_file_location(fullname, main) if _os.path.exists(main) else None
+        if fullname.startswith(cls._PREFIX) and "." not in fullname[len(cls._PREFIX):]:
+            # __main__ and the pure-Python submodules (quorix.folio.batch) live in folio/
+            source = _os.path.join(_HERE, "folio", fullname[len(cls._PREFIX):] + ".py")
+            return _spec_from_file_location(fullname, source) if _os.path.exists(source) else None
         return None
 
 
