@@ -3,6 +3,7 @@
     python -m quorix.folio convert IN OUT [--format FORMAT]
     python -m quorix.folio info IN
     python -m quorix.folio text IN
+    python -m quorix.folio batch convert IN_DIR OUT_DIR --to FORMAT [--workers N]
 
 Exit codes: 0 done; 1 the document could not be read or written; 2 wrong usage; 3 a file is
 missing or not accessible. Messages name the file and the cause.
@@ -18,7 +19,7 @@ import sys
 from typing import Callable, Sequence, TextIO, TypeVar
 
 import quorix.folio as qf
-from quorix.folio import saving
+from quorix.folio import _batch_cli, saving
 
 T = TypeVar("T")
 PROG = "python -m quorix.folio"
@@ -166,6 +167,7 @@ def _parser() -> argparse.ArgumentParser:
     i.add_argument("source", metavar="IN")
     t = commands.add_parser("text", help="the plain text of IN on standard output")
     t.add_argument("source", metavar="IN")
+    _batch_cli.add_parser(commands)
     return parser
 
 
@@ -176,6 +178,8 @@ def main(argv: Sequence[str] | None = None, out: TextIO | None = None, err: Text
     try:
         if args.command == "convert":
             return convert(args.source, args.target, args.fmt, err)
+        if args.command == "batch":
+            return _batch_cli.run(args, PROG, err)
         if args.command == "info":
             return info(args.source, out)
         return text(args.source, out)
