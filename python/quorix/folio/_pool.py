@@ -21,6 +21,7 @@ from quorix.folio.batch import Result, Task
 
 _WATCH_INTERVAL = 0.1   # seconds between looks at the workers' memory
 _STOP_GRACE = 5.0       # seconds a worker has to leave after its last file
+_FAILED_STARTS = 3      # workers in a row that end before they are ready: the rest of the files fail
 
 
 def _worker_main(conn: multiprocessing.connection.Connection) -> None:
@@ -31,6 +32,7 @@ def _worker_main(conn: multiprocessing.connection.Connection) -> None:
         broken = None
     except Exception as error:  # every file then fails with the cause, instead of worker after worker dying
         broken = describe(error)
+    conn.send(None)  # ready: a file's time starts when its worker can work on it
     while True:
         try:
             task = conn.recv()
@@ -45,6 +47,7 @@ def _worker_main(conn: multiprocessing.connection.Connection) -> None:
 class _Worker:
     process: Any
     conn: multiprocessing.connection.Connection
+    ready: bool = False
     task: Task | None = None
     started: float = 0.0
 
@@ -73,6 +76,108 @@ def _death(process: Any) -> str:
     return f"the worker process ended with exit code {code}"
 
 
+class _Pool:
+    def __init__(self, tasks: list[Task], workers: int, timeout: float | None, memory_limit: int | None,
+                 retries: int, start_method: str) -> None:
+        self.context = multiprocessing.get_context(start_method)
+        self.pending = collections.deque(tasks)
+        self.attempts: collections.Counter[int] = collections.Counter()
+        self.workers: list[_Worker] = []
+        self.size, self.timeout, self.memory_limit, self.retries = workers, timeout, memory_limit, retries
+        self.failed_starts = 0
+
+    def start(self) -> None:
+        parent_end, child_end = self.context.Pipe()
+        process = self.context.Process(target=_worker_main, args=(child_end,), name="quorix-batch-worker",
+                                       daemon=True)
+        process.start()
+        child_end.close()
+        self.workers.append(_Worker(process, parent_end))
+
+    def dispatch(self, worker: _Worker) -> None:
+        task = self.pending.popleft()
+        try:
+            worker.conn.send(task)
+        except OSError:  # it died after its last result: its sentinel retires it, the file waits
+            self.pending.appendleft(task)
+            return
+        worker.task, worker.started = task, time.monotonic()
+        self.attempts[task.index] += 1
+
+    def retire(self, worker: _Worker, error_type: str | None = None, message: str = "") -> list[Result]:
+        """Ends a worker. Its file fails, or returns to the queue when the worker died by itself
+        (error_type None) and retries remain."""
+        worker.kill()
+        message = message or _death(worker.process)
+        self.workers.remove(worker)
+        task = worker.task
+        if task is None:
+            if not worker.ready:
+                self.failed_starts += 1
+                if self.failed_starts >= _FAILED_STARTS:
+                    lost, self.pending = list(self.pending), collections.deque()
+                    return [t.failure("WorkerDied", f"{message} before it was ready, {_FAILED_STARTS} times", 0)
+                            for t in lost]
+            return []
+        task.discard_staging()
+        if error_type is None and self.attempts[task.index] <= self.retries:
+            self.pending.appendleft(task)
+            return []
+        return [task.failure(error_type or "WorkerDied", message, self.attempts[task.index])]
+
+    def check(self, worker: _Worker, ready: set[Any]) -> list[Result]:
+        """What became of a worker since the last look."""
+        if worker.conn in ready:
+            try:
+                message = worker.conn.recv()
+            except (EOFError, OSError):
+                return self.retire(worker)
+            if message is None:
+                worker.ready, self.failed_starts = True, 0
+                return []
+            task, worker.task = worker.task, None
+            assert task is not None
+            return [dataclasses.replace(message, attempts=self.attempts[task.index])]
+        if worker.process.sentinel in ready:
+            return self.retire(worker)
+        if self.timeout and worker.task is not None and time.monotonic() - worker.started >= self.timeout:
+            return self.retire(worker, "TimeoutError", f"no result after {self.timeout:g} s; the worker was ended")
+        if self.memory_limit and (used := _resident_bytes(worker.process.pid)) > self.memory_limit:
+            return self.retire(worker, "MemoryError", f"the worker used {used >> 20} MiB, over the limit of "
+                                                      f"{self.memory_limit >> 20} MiB; it was ended")
+        return []
+
+    def wait(self) -> set[Any]:
+        limits = [_WATCH_INTERVAL] if self.memory_limit else []
+        if self.timeout:
+            now = time.monotonic()
+            limits += [w.started + self.timeout - now for w in self.workers if w.task is not None]
+        return set(multiprocessing.connection.wait([w.conn for w in self.workers] +
+                                                   [w.process.sentinel for w in self.workers],
+                                                   max(min(limits), 0.0) if limits else None))
+
+    def run(self) -> Iterator[Result]:
+        try:
+            while self.pending or self.workers:
+                while len(self.workers) < min(self.size, len(self.pending)):
+                    self.start()
+                ready = self.wait()
+                for worker in list(self.workers):
+                    yield from self.check(worker, ready)
+                for worker in [w for w in self.workers if w.ready and w.task is None]:
+                    if self.pending:
+                        self.dispatch(worker)
+                    else:
+                        worker.conn.send(None)
+                        worker.process.join(_STOP_GRACE)
+                        worker.kill()
+                        self.workers.remove(worker)
+        finally:
+            # also when the caller stops iterating early: no worker outlives the batch
+            for worker in self.workers:
+                worker.kill()
+
+
 def run(tasks: list[Task], *, workers: int | None, timeout: float | None, memory_limit: int | None,
         retries: int, start_method: str) -> Iterator[Result]:
     if start_method not in ("spawn", "forkserver"):
@@ -84,85 +189,4 @@ def run(tasks: list[Task], *, workers: int | None, timeout: float | None, memory
         raise ValueError("workers must be at least 1")
     if retries < 0:
         raise ValueError("retries must not be negative")
-    context = multiprocessing.get_context(start_method)
-    pending = collections.deque(tasks)
-    attempts: dict[int, int] = collections.Counter()
-    pool: list[_Worker] = []
-
-    def start() -> _Worker:
-        parent_end, child_end = context.Pipe()
-        process = context.Process(target=_worker_main, args=(child_end,), name="quorix-batch-worker", daemon=True)
-        process.start()
-        child_end.close()
-        worker = _Worker(process, parent_end)
-        pool.append(worker)
-        return worker
-
-    def dispatch(worker: _Worker) -> None:
-        task = pending.popleft()
-        try:
-            worker.conn.send(task)
-        except OSError:  # it died after its last result: the sentinel retires it, the file waits
-            pending.appendleft(task)
-            return
-        worker.task, worker.started = task, time.monotonic()
-        attempts[task.index] += 1
-
-    def retire(worker: _Worker, error_type: str | None, message: str) -> Result | None:
-        """Ends a worker; its file fails, or goes back to the queue if error_type is None and
-        retries remain."""
-        worker.kill()
-        pool.remove(worker)
-        task, worker.task = worker.task, None
-        if task is None:
-            return None
-        task.discard_staging()
-        if error_type is None and attempts[task.index] <= retries:
-            pending.appendleft(task)
-            return None
-        return task.failure(error_type or "WorkerDied", message, attempts[task.index])
-
-    try:
-        for _ in range(min(workers, len(pending))):
-            dispatch(start())
-        while pool:
-            now = time.monotonic()
-            deadlines = [w.started + timeout - now for w in pool if w.task is not None] if timeout else []
-            wait = min([*deadlines, _WATCH_INTERVAL if memory_limit else 3600.0])
-            ready = set(multiprocessing.connection.wait(
-                [w.conn for w in pool] + [w.process.sentinel for w in pool], max(wait, 0.0)))
-            for worker in list(pool):
-                result = None
-                if worker.conn in ready and worker.task is not None:
-                    try:
-                        result = worker.conn.recv()
-                    except (EOFError, OSError):
-                        result = retire(worker, None, _death(worker.process) + " while working on the file")
-                    else:
-                        result = dataclasses.replace(result, attempts=attempts[worker.task.index])
-                        worker.task = None
-                elif worker.process.sentinel in ready:
-                    result = retire(worker, None, _death(worker.process) + " while working on the file")
-                elif timeout and worker.task is not None and time.monotonic() - worker.started >= timeout:
-                    result = retire(worker, "TimeoutError", f"no result after {timeout:g} s; the worker was ended")
-                elif memory_limit and (used := _resident_bytes(worker.process.pid)) > memory_limit:
-                    result = retire(worker, "MemoryError",
-                                    f"the worker used {used >> 20} MiB, over the limit of {memory_limit >> 20} MiB; "
-                                    "it was ended")
-                if result is not None:
-                    yield result
-            # every worker that is still here is idle or busy; idle ones take the next file
-            for worker in [w for w in pool if w.task is None]:
-                if pending:
-                    dispatch(worker)
-                else:
-                    worker.conn.send(None)
-                    worker.process.join(_STOP_GRACE)
-                    worker.kill()
-                    pool.remove(worker)
-            while pending and len(pool) < workers:
-                dispatch(start())
-    finally:
-        # also when the caller stops iterating early: no worker outlives the batch
-        for worker in pool:
-            worker.kill()
+    return _Pool(tasks, workers, timeout, memory_limit, retries, start_method).run()

@@ -174,14 +174,16 @@ def plan_conversions(paths: Sequence[PathLike], out_dir: PathLike, save_format: 
     tasks: list[Task] = []
     known: list[Result] = []
     claimed: dict[str, str] = {}
+    inputs = set(sources)
     for index, (given, source) in enumerate(zip(paths, sources)):
         relative = os.path.relpath(source, root)
         if relative.startswith(os.pardir + os.sep):
             relative = os.path.basename(source)
         output = os.path.join(out_dir, os.path.splitext(relative)[0] + extension)
         given_name = os.fspath(given)
-        if output in claimed or output == source:
-            other = "the input itself" if output == source else f"the output of {claimed[output]}"
+        if output in claimed or output in inputs:
+            other = ("the input itself" if output == source else f"the output of {claimed[output]}"
+                     if output in claimed else "another input")
             known.append(Result(given_name, False, output=output, error_type="ValueError",
                                 error=f"{output} would be {other}", attempts=0))
             continue

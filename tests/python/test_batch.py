@@ -1,0 +1,221 @@
+"""quorix.folio.batch on a local pool of spawned workers and on a Dask LocalCluster: a few hundred
+generated documents converted byte for byte as one process converts them, hostile inputs and
+dying, slow or greedy workers reported as failed entries, the command line's two progress modes."""
+
+import io
+import multiprocessing
+import os
+import shutil
+import subprocess
+import sys
+import time
+import types
+
+import pytest
+
+import batch_support as support
+from conftest import PYROOT
+
+qf = pytest.importorskip("quorix.folio")
+from quorix.folio import batch  # noqa: E402
+from quorix.folio import __main__ as cli  # noqa: E402
+
+DOCUMENTS = 240
+
+
+def describe_locally(path):
+    try:
+        qf.Document(path)
+    except RuntimeError as error:
+        return batch.describe(error)
+    raise AssertionError(f"{path} loads in one process")
+
+
+@pytest.fixture(scope="module")
+def corpus(tmp_path_factory):
+    """Generated documents with a few hostile files among them, each converted to Markdown in
+    this one process for reference."""
+    root = tmp_path_factory.mktemp("batch")
+    documents = support.make_documents(qf, str(root / "in"), DOCUMENTS)
+    with open(documents[1], "rb") as f:
+        hostile = support.make_hostile(str(root / "in" / "hostile"), f.read())
+    reference = {}
+    for path in documents:
+        target = root / "reference" / os.path.relpath(os.path.splitext(path)[0] + ".md", root / "in")
+        target.parent.mkdir(parents=True, exist_ok=True)
+        qf.Document(path).save(str(target), qf.SaveFormat.MARKDOWN)
+        reference[path] = target.read_bytes()
+    return types.SimpleNamespace(root=root, documents=documents, hostile=hostile, reference=reference,
+                                 errors={p: describe_locally(p) for p in hostile})
+
+
+def files_under(folder):
+    return sorted(os.path.relpath(os.path.join(d, f), folder) for d, _, fs in os.walk(folder) for f in fs)
+
+
+def assert_same_as_one_process(report, corpus, out):
+    assert len(report) == len(corpus.documents) + len(corpus.hostile)
+    assert {r.source: r.output for r in report.succeeded} == {
+        p: os.path.join(out, os.path.relpath(os.path.splitext(p)[0] + ".md", corpus.root / "in"))
+        for p in corpus.documents}
+    for result in report.succeeded:
+        with open(result.output, "rb") as f:
+            assert f.read() == corpus.reference[result.source], result
+    assert {r.source: (r.error_type, r.error) for r in report.failed} == corpus.errors
+    # only the outputs: no staging folder, no temporary or half-written file
+    assert files_under(out) == files_under(corpus.root / "reference")
+
+
+# ---- local pool
+
+def test_pool_converts_like_one_process_and_reports_hostile_files(corpus, tmp_path):
+    report = batch.convert(corpus.documents + corpus.hostile, tmp_path, "md", workers=2)
+    assert_same_as_one_process(report, corpus, str(tmp_path))
+    assert {r.attempts for r in report.succeeded + report.failed} == {1}
+    assert not multiprocessing.active_children()
+
+
+def test_forkserver_pool_and_refused_start_methods(corpus, tmp_path):
+    chosen = corpus.documents[:6]
+    report = batch.convert(chosen, tmp_path, qf.SaveFormat.MARKDOWN, workers=2, start_method="forkserver")
+    assert [corpus.reference[r.source] == open(r.output, "rb").read() for r in report.succeeded] == [True] * 6
+    with pytest.raises(ValueError, match="spawn"):
+        batch.convert(chosen, tmp_path / "fork", "md", start_method="fork")
+    with pytest.raises(ValueError, match="unknown save format 'pdq'"):
+        batch.convert(chosen, tmp_path, "pdq")
+
+
+def test_rerun_skips_current_outputs_unless_overwrite(corpus, tmp_path):
+    (tmp_path / "in").mkdir()
+    chosen = [shutil.copy(p, tmp_path / "in") for p in corpus.documents[:5]]
+    past = time.time() - 3600
+    for path in chosen:
+        os.utime(path, (past, past))
+    out = tmp_path / "out"
+    assert len(batch.convert(chosen, out, "txt", workers=1).succeeded) == 5
+    again = batch.convert(chosen, out, "txt", workers=1)
+    assert (len(again.succeeded), len(again.skipped), again.skipped[0].attempts) == (0, 5, 0)
+    os.utime(chosen[2], (past + 7200, past + 7200))  # edited after its output was written
+    newer = batch.convert(chosen, out, "txt", workers=1)
+    assert ([r.source for r in newer.succeeded], len(newer.skipped)) == ([chosen[2]], 4)
+    assert len(batch.convert(chosen, out, "txt", workers=1, overwrite=True).succeeded) == 5
+
+
+def test_outputs_mirror_folders_and_collisions_are_failed_entries(tmp_path):
+    for name in ("a/x.docx", "a/x.md", "a/y.md", "a/z.docx", "a/z.txt", "b/z.docx"):
+        (tmp_path / name).parent.mkdir(exist_ok=True)
+        (tmp_path / name).write_text("")
+    paths = [str(tmp_path / n) for n in ("a/x.docx", "a/x.md", "a/y.md")]
+    tasks, known, staging = batch.plan_conversions(paths, tmp_path / "a", "markdown", root=None, overwrite=True)
+    assert tasks == [] and [(r.source, r.error_type) for r in known] == [(p, "ValueError") for p in paths]
+    assert [r.error.split(" would be ")[1] for r in known] == ["another input", "the input itself", "the input itself"]
+    assert os.path.dirname(staging) == str(tmp_path / "a") and os.path.basename(staging).startswith(".")
+    paths = [str(tmp_path / n) for n in ("a/z.docx", "a/z.txt", "b/z.docx")]
+    tasks, known, _ = batch.plan_conversions(paths, tmp_path / "out", "md", root=None, overwrite=True)
+    assert [t.output for t in tasks] == [str(tmp_path / "out" / "a" / "z.md"), str(tmp_path / "out" / "b" / "z.md")]
+    assert [(r.source, r.error) for r in known] == [(paths[1], f"{tasks[0].output} would be the output of {paths[0]}")]
+
+
+def test_dying_slow_and_greedy_workers_become_entries(tmp_path):
+    texts = ["plain one", f"die-once:{tmp_path / 'died'}", "die-always", "sleep", "hog", "plain two"]
+    paths = support.make_text_documents(qf, str(tmp_path), texts)
+    report = batch.map(support.misbehave, paths, workers=2, retries=1, timeout=4, memory_limit=400 << 20)
+    outcome = {os.path.basename(r.source): (r.ok, r.error_type, r.attempts) for r in report.succeeded + report.failed}
+    assert outcome == {"t0.docx": (True, None, 1), "t1.docx": (True, None, 2), "t2.docx": (False, "WorkerDied", 2),
+                       "t3.docx": (False, "TimeoutError", 1), "t4.docx": (False, "MemoryError", 1),
+                       "t5.docx": (True, None, 1)}
+    (died,) = [r for r in report.failed if r.error_type == "WorkerDied"]
+    assert "SIGKILL" in died.error
+    assert sorted(r.value for r in report.succeeded)[0] == ["die-once:" + str(tmp_path / "died")]
+    assert not multiprocessing.active_children()
+
+
+def test_stopping_early_ends_the_workers(corpus, tmp_path):
+    results = batch.iter_convert(corpus.documents[:20], tmp_path, "md", workers=2)
+    first = next(results)
+    assert first.ok and os.path.exists(first.output)
+    results.close()
+    assert not multiprocessing.active_children()
+    assert not [n for n in os.listdir(tmp_path) if n.startswith(".")]
+
+
+# ---- Dask
+
+@pytest.fixture(scope="module")
+def client():
+    pytest.importorskip("distributed")
+    import dask
+    from distributed import Client, LocalCluster
+
+    # a worker's death counts against its task once: the second death fails the task
+    with dask.config.set({"distributed.scheduler.allowed-failures": 1}):
+        with LocalCluster(n_workers=2, threads_per_worker=1, processes=True, host="127.0.0.1",
+                          dashboard_address=None, death_timeout=60) as cluster, Client(cluster, timeout=60) as c:
+            yield c
+
+
+def test_dask_converts_like_one_process_and_the_local_pool(corpus, client, tmp_path):
+    report = batch.convert(corpus.documents + corpus.hostile, tmp_path, "md", client=client)
+    assert_same_as_one_process(report, corpus, str(tmp_path))
+
+
+def test_dask_retries_a_dead_worker_and_fails_timeouts(client, tmp_path):
+    texts = ["plain", f"die-once:{tmp_path / 'died'}", "die-always", "sleep"]
+    paths = support.make_text_documents(qf, str(tmp_path), texts)
+    report = batch.map(support.misbehave, paths, client=client, timeout=4)
+    outcome = {os.path.basename(r.source): (r.ok, r.error_type) for r in report.succeeded + report.failed}
+    assert outcome == {"t0.docx": (True, None), "t1.docx": (True, None), "t2.docx": (False, "KilledWorker"),
+                       "t3.docx": (False, "TimeoutError")}
+    with pytest.raises(ValueError, match="memory_limit"):
+        batch.map(support.words, paths, client=client, memory_limit=1 << 30)
+
+
+# ---- command line
+
+@pytest.fixture(scope="module")
+def small_tree(corpus):
+    """A folder of a few documents and one damaged file, and the folder the outputs go to."""
+    folder = corpus.root / "small"
+    for path in corpus.documents[:4] + [corpus.hostile[-1]]:
+        os.makedirs(folder, exist_ok=True)
+        shutil.copy(path, folder)
+    return folder
+
+
+class Terminal(io.StringIO):
+    def isatty(self):
+        return True
+
+
+def run_cli(*argv, err=None):
+    err = err or io.StringIO()
+    code = cli.main(["batch", "convert", *map(str, argv)], io.StringIO(), err)
+    return code, err.getvalue()
+
+
+def test_cli_lines_off_a_terminal_and_a_bar_on_one(small_tree, tmp_path):
+    code, log = run_cli(small_tree, tmp_path / "out", "--to", "txt", "--workers", "2")
+    lines = log.splitlines()
+    assert code == 1 and "\r" not in log
+    assert sorted(line.split()[0] for line in lines[:-1]) == ["failed"] + ["ok"] * 4
+    assert any(line.startswith(f"failed  {small_tree / 'truncated.docx'}: FileCorruptedException:") for line in lines)
+    assert lines[-1].startswith("5 files: 4 converted, 1 failed, 0 skipped in ")
+    code, log = run_cli(small_tree, tmp_path / "out", "--to", "txt", "--workers", "1", err=Terminal())
+    assert code == 1 and log.count("\r[") == 5 and "ok " not in log
+    assert "5 files: 0 converted, 1 failed, 4 skipped" in log and "failed  " in log
+
+
+def test_cli_usage_and_missing_folders(small_tree, tmp_path):
+    assert run_cli(small_tree, tmp_path, "--to", "pdq")[0] == 2
+    code, log = run_cli(tmp_path / "missing", tmp_path, "--to", "md")
+    assert code == 3 and "missing" in log
+    assert run_cli(small_tree, tmp_path, "--to", "md", "--scheduler", "tcp://127.0.0.1:1", "--retries", "1")[0] == 2
+
+
+def test_cli_as_a_module_starts_its_workers(small_tree, tmp_path):
+    env = dict(os.environ, PYTHONPATH=str(PYROOT))
+    proc = subprocess.run([sys.executable, "-m", "quorix.folio", "batch", "convert", str(small_tree),
+                           str(tmp_path), "--to", "docx", "--workers", "2"], capture_output=True, text=True,
+                          env=env, timeout=120)
+    assert proc.returncode == 1, proc.stderr
+    assert len([n for n in os.listdir(tmp_path) if n.endswith(".docx")]) == 4
