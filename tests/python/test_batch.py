@@ -160,14 +160,19 @@ def test_dask_converts_like_one_process_and_the_local_pool(corpus, client, tmp_p
 
 
 def test_dask_retries_a_dead_worker_and_fails_timeouts(client, tmp_path):
-    texts = ["plain", f"die-once:{tmp_path / 'died'}", "die-always", "sleep"]
+    texts = ["plain 0", f"die-once:{tmp_path / 'died'}", "plain 1", "die-always", "plain 2", "plain 3", "sleep",
+             "plain 4"]
     paths = support.make_text_documents(qf, str(tmp_path), texts)
-    report = batch.map(support.misbehave, paths, client=client, timeout=4)
+    # three files a task: the culprit's task is split, and its neighbours still succeed
+    report = batch.map(support.misbehave, paths, client=client, timeout=4, chunksize=3)
     outcome = {os.path.basename(r.source): (r.ok, r.error_type) for r in report.succeeded + report.failed}
-    assert outcome == {"t0.docx": (True, None), "t1.docx": (True, None), "t2.docx": (False, "KilledWorker"),
-                       "t3.docx": (False, "TimeoutError")}
+    assert outcome == {f"t{i}.docx": (True, None) for i in (0, 1, 2, 4, 5, 7)} | {
+        "t3.docx": (False, "KilledWorker"), "t6.docx": (False, "TimeoutError")}
+    assert sorted(r.value for r in report.succeeded)[1] == ["plain", "0"]
     with pytest.raises(ValueError, match="memory_limit"):
         batch.map(support.words, paths, client=client, memory_limit=1 << 30)
+    with pytest.raises(ValueError, match="chunksize"):
+        batch.map(support.words, paths, chunksize=2)
 
 
 # ---- command line

@@ -56,26 +56,43 @@ def timed_task(task: Task, timeout: float | None, marker: str) -> Result:
             os.unlink(marker)
 
 
-def run(client: Any, tasks: list[Task], timeout: float | None) -> Iterator[Result]:
-    if timeout is not None:
-        threads = {w: info["nthreads"] for w, info in client.scheduler_info()["workers"].items()}
-        if any(n != 1 for n in threads.values()):
-            # the watchdog ends the whole process, and one process has only one watchdog
-            raise ValueError(f"timeouts on Dask need workers with one thread each; the workers have {threads}")
+def timed_tasks(tasks: list[Task], timeout: float | None, markers: list[str]) -> list[Result]:
+    return [timed_task(task, timeout, marker) for task, marker in zip(tasks, markers)]
+
+
+def run(client: Any, tasks: list[Task], timeout: float | None, chunksize: int | None) -> Iterator[Result]:
+    """Files go in tasks of chunksize files (by default enough tasks for 8 per worker, at most 16
+    files each): one file per task costs the scheduler more than a small document's conversion.
+    A task that failed for good is tried again file by file, so only the culprit fails."""
+    workers = client.scheduler_info()["workers"]
+    if timeout is not None and any(info["nthreads"] != 1 for info in workers.values()):
+        # the watchdog ends the whole process, and one process has only one watchdog
+        raise ValueError("timeouts on Dask need workers with one thread each")
+    if chunksize is None:
+        chunksize = max(1, min(16, len(tasks) // (8 * max(len(workers), 1))))
     client.register_worker_plugin(RuntimePlugin(), name=RuntimePlugin.name)
     token = "quorix-batch-" + secrets.token_hex(6)
-    futures = client.map(timed_task, tasks, [timeout] * len(tasks), [_marker(t, token) for t in tasks],
-                         key=[f"{token}-{t.index}" for t in tasks])
-    by_future = dict(zip(futures, tasks))
+    by_future: dict[Any, list[Task]] = {}
+
+    def submit(chunk: list[Task]) -> Any:
+        future = client.submit(timed_tasks, chunk, timeout, [_marker(t, token) for t in chunk],
+                               key=f"{token}-{chunk[0].index}-{len(chunk)}")
+        by_future[future] = chunk
+        return future
+
+    running = as_completed([submit(tasks[i:i + chunksize]) for i in range(0, len(tasks), chunksize)])
     try:
-        for future in as_completed(futures):
-            task = by_future.pop(future)
-            if future.status == "error":
-                task.discard_staging()
-                error = future.exception()
-                yield task.failure(type(error).__name__, str(error))
+        for future in running:
+            chunk = by_future.pop(future)
+            if future.status != "error":
+                yield from future.result()
+            elif len(chunk) > 1:
+                for task in chunk:
+                    running.add(submit([task]))
             else:
-                yield future.result()
+                chunk[0].discard_staging()
+                error = future.exception()
+                yield chunk[0].failure(type(error).__name__, str(error))
             future.release()
     finally:
         for future in by_future:

@@ -21,6 +21,7 @@ from quorix.folio.batch import Result, Task
 
 _WATCH_INTERVAL = 0.1   # seconds between looks at the workers' memory
 _STOP_GRACE = 5.0       # seconds a worker has to leave after its last file
+_IN_FLIGHT = 2         # files sent to a worker ahead of its results
 _FAILED_STARTS = 3      # workers in a row that end before they are ready: the rest of the files fail
 
 
@@ -48,8 +49,9 @@ class _Worker:
     process: Any
     conn: multiprocessing.connection.Connection
     ready: bool = False
-    task: Task | None = None
-    started: float = 0.0
+    # sent and not answered, the first one in progress: a worker never waits for the parent
+    tasks: collections.deque[Task] = dataclasses.field(default_factory=collections.deque)
+    started: float = 0.0   # when the first of tasks began
 
     def kill(self) -> None:
         if self.process.is_alive():
@@ -101,17 +103,21 @@ class _Pool:
         except OSError:  # it died after its last result: its sentinel retires it, the file waits
             self.pending.appendleft(task)
             return
-        worker.task, worker.started = task, time.monotonic()
-        self.attempts[task.index] += 1
+        worker.tasks.append(task)
+        if len(worker.tasks) == 1:
+            self.begin(worker)
+
+    def begin(self, worker: _Worker) -> None:
+        worker.started = time.monotonic()
+        self.attempts[worker.tasks[0].index] += 1
 
     def retire(self, worker: _Worker, error_type: str | None = None, message: str = "") -> list[Result]:
-        """Ends a worker. Its file fails, or returns to the queue when the worker died by itself
-        (error_type None) and retries remain."""
+        """Ends a worker. Its current file fails, or returns to the queue when the worker died
+        by itself (error_type None) and retries remain; files it had not begun return as they were."""
         worker.kill()
         message = message or _death(worker.process)
         self.workers.remove(worker)
-        task = worker.task
-        if task is None:
+        if not worker.tasks:
             if not worker.ready:
                 self.failed_starts += 1
                 if self.failed_starts >= _FAILED_STARTS:
@@ -119,6 +125,8 @@ class _Pool:
                     return [t.failure("WorkerDied", f"{message} before it was ready, {_FAILED_STARTS} times", 0)
                             for t in lost]
             return []
+        task = worker.tasks.popleft()
+        self.pending.extendleft(reversed(worker.tasks))
         task.discard_staging()
         if error_type is None and self.attempts[task.index] <= self.retries:
             self.pending.appendleft(task)
@@ -128,19 +136,23 @@ class _Pool:
     def check(self, worker: _Worker, ready: set[Any]) -> list[Result]:
         """What became of a worker since the last look."""
         if worker.conn in ready:
+            results = []
             try:
-                message = worker.conn.recv()
+                while worker.conn.poll():
+                    message = worker.conn.recv()
+                    if message is None:
+                        worker.ready, self.failed_starts = True, 0
+                        continue
+                    task = worker.tasks.popleft()
+                    results.append(dataclasses.replace(message, attempts=self.attempts[task.index]))
+                    if worker.tasks:
+                        self.begin(worker)
             except (EOFError, OSError):
-                return self.retire(worker)
-            if message is None:
-                worker.ready, self.failed_starts = True, 0
-                return []
-            task, worker.task = worker.task, None
-            assert task is not None
-            return [dataclasses.replace(message, attempts=self.attempts[task.index])]
+                results += self.retire(worker)
+            return results
         if worker.process.sentinel in ready:
             return self.retire(worker)
-        if self.timeout and worker.task is not None and time.monotonic() - worker.started >= self.timeout:
+        if self.timeout and worker.tasks and time.monotonic() - worker.started >= self.timeout:
             return self.retire(worker, "TimeoutError", f"no result after {self.timeout:g} s; the worker was ended")
         if self.memory_limit and (used := _resident_bytes(worker.process.pid)) > self.memory_limit:
             return self.retire(worker, "MemoryError", f"the worker used {used >> 20} MiB, over the limit of "
@@ -151,7 +163,7 @@ class _Pool:
         limits = [_WATCH_INTERVAL] if self.memory_limit else []
         if self.timeout:
             now = time.monotonic()
-            limits += [w.started + self.timeout - now for w in self.workers if w.task is not None]
+            limits += [w.started + self.timeout - now for w in self.workers if w.tasks]
         return set(multiprocessing.connection.wait([w.conn for w in self.workers] +
                                                    [w.process.sentinel for w in self.workers],
                                                    max(min(limits), 0.0) if limits else None))
@@ -164,10 +176,10 @@ class _Pool:
                 ready = self.wait()
                 for worker in list(self.workers):
                     yield from self.check(worker, ready)
-                for worker in [w for w in self.workers if w.ready and w.task is None]:
-                    if self.pending:
+                for worker in [w for w in self.workers if w.ready and len(w.tasks) < _IN_FLIGHT]:
+                    while self.pending and len(worker.tasks) < _IN_FLIGHT:
                         self.dispatch(worker)
-                    else:
+                    if not worker.tasks:
                         worker.conn.send(None)
                         worker.process.join(_STOP_GRACE)
                         worker.kill()

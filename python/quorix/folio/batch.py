@@ -197,7 +197,10 @@ def plan_conversions(paths: Sequence[PathLike], out_dir: PathLike, save_format: 
 
 
 def _run(tasks: list[Task], *, client: Any, workers: int | None, timeout: float | None,
-         memory_limit: int | None, retries: int | None, start_method: str) -> Iterator[Result]:
+         memory_limit: int | None, retries: int | None, start_method: str,
+         chunksize: int | None) -> Iterator[Result]:
+    if client is None and chunksize is not None:
+        raise ValueError("chunksize is for Dask; local workers are sent files one by one")
     if client is not None:
         from quorix.folio import _dask
 
@@ -207,7 +210,7 @@ def _run(tasks: list[Task], *, client: Any, workers: int | None, timeout: float 
         if retries is not None:
             raise ValueError("on Dask, a file whose worker died is retried as the scheduler's "
                              "distributed.scheduler.allowed-failures setting says; retries is for the local pool")
-        return _dask.run(client, tasks, timeout)
+        return _dask.run(client, tasks, timeout, chunksize)
     from quorix.folio import _pool
 
     return _pool.run(tasks, workers=workers, timeout=timeout, memory_limit=memory_limit,
@@ -217,19 +220,20 @@ def _run(tasks: list[Task], *, client: Any, workers: int | None, timeout: float 
 def iter_convert(paths: Iterable[PathLike], out_dir: PathLike, save_format: Any, *, root: PathLike | None = None,
                  overwrite: bool = False, client: Any = None, workers: int | None = None,
                  timeout: float | None = None, memory_limit: int | None = None, retries: int | None = None,
-                 start_method: str = "spawn") -> Iterator[Result]:
+                 start_method: str = "spawn", chunksize: int | None = None) -> Iterator[Result]:
     """Converts every file to save_format under out_dir, yielding each result as it finishes.
 
     Files whose output is newer than the input are skipped unless overwrite. timeout (seconds)
     and memory_limit (bytes of a worker's resident memory) end a file's worker and fail the
-    file; a worker that dies otherwise has its file retried `retries` times (default 2)."""
+    file; a worker that dies otherwise has its file retried `retries` times (default 2).
+    With a Dask client, files travel in tasks of chunksize files."""
     paths = list(paths)
     tasks, known, staging = plan_conversions(paths, out_dir, save_format, root=root, overwrite=overwrite)
     try:
         yield from known
         if tasks:
             yield from _run(tasks, client=client, workers=workers, timeout=timeout, memory_limit=memory_limit,
-                            retries=retries, start_method=start_method)
+                            retries=retries, start_method=start_method, chunksize=chunksize)
     finally:
         shutil.rmtree(staging, ignore_errors=True)
 
@@ -244,13 +248,14 @@ def convert(paths: Iterable[PathLike], out_dir: PathLike, save_format: Any, **op
 
 def iter_map(func: Callable[[Any], Any], paths: Iterable[PathLike], *, client: Any = None,
              workers: int | None = None, timeout: float | None = None, memory_limit: int | None = None,
-             retries: int | None = None, start_method: str = "spawn") -> Iterator[Result]:
+             retries: int | None = None, start_method: str = "spawn",
+             chunksize: int | None = None) -> Iterator[Result]:
     """Calls func(Document(path)) for every path in the workers, yielding results as they
     finish; func and its return value travel by pickle (a module-level function)."""
     tasks = [Task(i, os.fspath(p), os.path.abspath(os.fspath(p)), func=func) for i, p in enumerate(paths)]
     if tasks:
         yield from _run(tasks, client=client, workers=workers, timeout=timeout, memory_limit=memory_limit,
-                        retries=retries, start_method=start_method)
+                        retries=retries, start_method=start_method, chunksize=chunksize)
 
 
 def map(func: Callable[[Any], Any], paths: Iterable[PathLike], **options: Any) -> Report:  # noqa: A001

@@ -1,0 +1,110 @@
+#!/usr/bin/env python3
+"""Batch benchmark: DOCX -> Markdown of generated documents, side by side in one run.
+
+  * throughput of 2 local workers against 1 (target: at least 1.7 times);
+  * time per file on a Dask LocalCluster of 2 single-threaded worker processes against the
+    local pool of 2 workers on the same machine (target: at most 20% more).
+
+Rounds alternate the configurations so the machine's noise falls on all of them; each figure is
+printed as the range over the rounds. Marginal figures are the time per file of a batch's second
+half, so worker start-up and first compilation stay out; whole-batch times keep them in. Dask
+returns files in tasks of up to 16, so use enough files that a task is a small part of a half.
+
+    PYTHONPATH=build/python /usr/bin/python3 bench/batch.py [--files 600] [--rounds 3]
+"""
+
+import argparse
+import os
+import sys
+import tempfile
+import time
+
+import quorix.folio as qf
+from quorix.folio import batch
+
+
+def make_documents(folder, count, paragraphs):
+    paths = []
+    for i in range(count):
+        doc = qf.Document()
+        builder = qf.DocumentBuilder(doc)
+        for p in range(paragraphs):
+            builder.font.bold = p % 3 == 0
+            builder.writeln(f"Paragraph {p} of document {i}: " + "lorem ipsum dolor sit amet " * 8)
+        builder.start_table()
+        for r in range(10):
+            for c in range(4):
+                builder.insert_cell()
+                builder.write(f"r{r}c{c}")
+            builder.end_row()
+        builder.end_table()
+        paths.append(os.path.join(folder, f"doc{i:04}.docx"))
+        doc.save(paths[-1])
+    return paths
+
+
+def per_file(paths, out, **options):
+    """(whole-batch seconds, marginal seconds per file): the time between the middle result and
+    the last per file, so what a batch costs once (starting workers, compiling) stays out."""
+    started = time.perf_counter()
+    stamps = []
+    for result in batch.iter_convert(paths, out, "md", overwrite=True, **options):
+        if not result.ok:
+            sys.exit(f"{result.source}: {result.error_type}: {result.error}")
+        stamps.append(time.perf_counter())
+    middle = len(stamps) // 2
+    return stamps[-1] - started, (stamps[-1] - stamps[middle]) / (len(stamps) - 1 - middle)
+
+
+def span(values, unit=""):
+    return f"{min(values):.2f}{unit} .. {max(values):.2f}{unit}"
+
+
+def main():
+    ap = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    ap.add_argument("--files", type=int, default=600)
+    ap.add_argument("--paragraphs", type=int, default=40)
+    ap.add_argument("--rounds", type=int, default=3)
+    ap.add_argument("--no-dask", action="store_true")
+    args = ap.parse_args()
+
+    work = tempfile.mkdtemp(prefix="qrx-batch-bench-")
+    os.makedirs(os.path.join(work, "in"))
+    paths = make_documents(os.path.join(work, "in"), args.files, args.paragraphs)
+    out = os.path.join(work, "out")
+    client = cluster = None
+    if not args.no_dask:
+        from distributed import Client, LocalCluster
+
+        cluster = LocalCluster(n_workers=2, threads_per_worker=1, processes=True, host="127.0.0.1",
+                               dashboard_address=None)
+        client = Client(cluster)
+    runs = {"1 worker": [], "2 workers": [], "dask 2 workers": []}
+    try:
+        for _ in range(args.rounds):
+            runs["1 worker"].append(per_file(paths, out, workers=1))
+            runs["2 workers"].append(per_file(paths, out, workers=2))
+            if client is not None:
+                runs["dask 2 workers"].append(per_file(paths, out, client=client))
+    finally:
+        if client is not None:
+            client.close()
+            cluster.close()
+
+    print(f"{args.files} files of {args.paragraphs} paragraphs and a table, DOCX -> Markdown, "
+          f"{args.rounds} rounds, {os.cpu_count()} cores, load average {os.getloadavg()[0]:.1f}")
+    for name, figures in runs.items():
+        if figures:
+            print(f"  {name:15} whole batch {span([w for w, _ in figures], ' s')}, "
+                  f"marginal {span([1000 * m for _, m in figures], ' ms/file')}")
+    pairs = list(zip(runs["1 worker"], runs["2 workers"]))
+    print(f"2 workers / 1 worker, marginal throughput: {span([one[1] / two[1] for one, two in pairs], 'x')}"
+          "  (target >= 1.7x)")
+    print(f"2 workers / 1 worker, whole batch:         {span([one[0] / two[0] for one, two in pairs], 'x')}")
+    if runs["dask 2 workers"]:
+        overhead = [100 * (dask[1] / local[1] - 1) for local, dask in zip(runs["2 workers"], runs["dask 2 workers"])]
+        print(f"Dask time per file over the local pool's, marginal: {span(overhead, '%')}  (target <= 20%)")
+
+
+if __name__ == "__main__":
+    main()
