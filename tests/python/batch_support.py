@@ -12,6 +12,10 @@ def words(document):
     return document.get_text().split()
 
 
+def unpicklable(document):
+    return lambda: document
+
+
 def misbehave(document):
     """What a document's words ask for: die once ("die-once:MARKER", the marker file recording
     the first death), die every time, sleep past any timeout, or fill memory; else its words."""

@@ -130,6 +130,16 @@ def test_dying_slow_and_greedy_workers_become_entries(tmp_path):
     assert not multiprocessing.active_children()
 
 
+def test_functions_and_values_that_do_not_travel(corpus):
+    def local(document):
+        return 1
+
+    with pytest.raises(TypeError, match="must pickle"):
+        batch.map(local, corpus.documents[:1], workers=1)
+    report = batch.map(support.unpicklable, corpus.documents[:2], workers=1)
+    assert [(r.error_type, r.attempts) for r in report.failed] == [("AttributeError", 1)] * 2
+
+
 def test_stopping_early_ends_the_workers(corpus, tmp_path):
     results = batch.iter_convert(corpus.documents[:20], tmp_path, "md", workers=2)
     first = next(results)

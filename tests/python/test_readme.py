@@ -54,6 +54,7 @@ EXPECT = {
     "ReportingEngine().build_report": ["Orders for ACME AS", "1. Order 7: 1,234.50 (large)", "2. Order 8: 99.00", "Total: 1,333.50"],
     "MARKDOWN)\n": ["# Quarterly report"],
     "try_get_value": ["12.50 2026-01-02T09:30:00+00:00", "True"],
+    "batch.convert(": ["3 converted, 0 failed, 0 skipped", "[3, 8]"],
 }
 
 

@@ -13,6 +13,7 @@ import dataclasses
 import multiprocessing
 import multiprocessing.connection
 import os
+import pickle
 import signal
 import time
 from typing import Any, Iterator
@@ -39,9 +40,16 @@ def _worker_main(conn: multiprocessing.connection.Connection) -> None:
             task = conn.recv()
         except EOFError:
             return
+        except Exception as error:  # a function that does not unpickle here: the file's failure
+            conn.send(describe(error))
+            continue
         if task is None:
             return
-        conn.send(task.failure(*broken) if broken else run_task(task))
+        result = task.failure(*broken) if broken else run_task(task)
+        try:
+            conn.send(result)
+        except Exception as error:  # what the function returned does not pickle
+            conn.send(task.failure(*describe(error)))
 
 
 @dataclasses.dataclass
@@ -144,6 +152,8 @@ class _Pool:
                         worker.ready, self.failed_starts = True, 0
                         continue
                     task = worker.tasks.popleft()
+                    if isinstance(message, tuple):  # the task did not reach the worker whole
+                        message = task.failure(*message)
                     results.append(dataclasses.replace(message, attempts=self.attempts[task.index]))
                     if worker.tasks:
                         self.begin(worker)
@@ -201,4 +211,10 @@ def run(tasks: list[Task], *, workers: int | None, timeout: float | None, memory
         raise ValueError("workers must be at least 1")
     if retries < 0:
         raise ValueError("retries must not be negative")
+    if tasks and tasks[0].func is not None:
+        try:
+            pickle.dumps(tasks[0].func)
+        except Exception as error:
+            raise TypeError(f"the function must pickle to reach the workers (a module-level function of an "
+                            f"importable module): {error}") from error
     return _Pool(tasks, workers, timeout, memory_limit, retries, start_method).run()
