@@ -89,7 +89,8 @@ def make_hostile(folder, valid):
 
     head = b'<?xml version="1.0"?><w:document xmlns:w="http://schemas.openxmlformats.org/wordprocessingml/2006/main">'
     rezip("deep.docx", head + b"<w:body>" + b"<w:p>" * 100000 + b"</w:p>" * 100000 + b"</w:body></w:document>")
-    rezip("bomb.docx", head + b"<w:body><w:p><w:r><w:t>" + b"a" * (300 << 20) + b"</w:t></w:r></w:p></w:body></w:document>")
+    body = b"<w:body><w:p><w:r><w:t>" + b"a" * (300 << 20) + b"</w:t></w:r></w:p></w:body></w:document>"
+    rezip("bomb.docx", head + body)  # inflates past the engine's limit for a part
     with open(os.path.join(folder, "noise.docx"), "wb") as f:
         f.write(bytes((i * 7919) % 251 for i in range(4000)))
     with open(os.path.join(folder, "truncated.docx"), "wb") as f:

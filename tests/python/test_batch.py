@@ -220,6 +220,13 @@ def test_cli_lines_off_a_terminal_and_a_bar_on_one(small_tree, tmp_path):
     assert "5 files: 0 converted, 1 failed, 4 skipped" in log and "failed  " in log
 
 
+def test_cli_on_a_dask_scheduler(small_tree, client, tmp_path):
+    code, log = run_cli(small_tree, tmp_path, "--to", "markdown", "--scheduler", client.scheduler.address)
+    assert code == 1 and log.splitlines()[-1].startswith("5 files: 4 converted, 1 failed, 0 skipped")
+    assert sorted(os.listdir(tmp_path)) == sorted(os.path.basename(p)[:-5] + ".md"
+                                                  for p in os.listdir(small_tree) if p != "truncated.docx")
+
+
 def test_cli_usage_and_missing_folders(small_tree, tmp_path):
     assert run_cli(small_tree, tmp_path, "--to", "pdq")[0] == 2
     code, log = run_cli(tmp_path / "missing", tmp_path, "--to", "md")

@@ -24,7 +24,10 @@ def add_parser(commands: Any) -> None:
     c = actions.add_parser("convert", help="convert the documents under IN_DIR into OUT_DIR")
     c.add_argument("source", metavar="IN_DIR")
     c.add_argument("target", metavar="OUT_DIR")
-    c.add_argument("--to", required=True, metavar="FORMAT", help="a format's name or extension (md, markdown, txt, docx)")
+    import quorix.folio as qf
+
+    known = ", ".join(f.name.lower() for f in qf.SaveFormat if f != qf.SaveFormat.UNKNOWN)
+    c.add_argument("--to", required=True, metavar="FORMAT", help=f"a format's name or extension: {known}")
     c.add_argument("--workers", type=int, metavar="N", help="local worker processes (default: one per core)")
     c.add_argument("--scheduler", metavar="ADDRESS", help="a Dask scheduler (tcp://host:8786) whose workers convert")
     c.add_argument("--overwrite", action="store_true", help="convert files whose output is newer than the input too")

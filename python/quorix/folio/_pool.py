@@ -89,7 +89,7 @@ def _death(process: Any) -> str:
 class _Pool:
     def __init__(self, tasks: list[Task], workers: int, timeout: float | None, memory_limit: int | None,
                  retries: int, start_method: str) -> None:
-        self.context = multiprocessing.get_context(start_method)
+        self.context: Any = multiprocessing.get_context(start_method)
         self.pending = collections.deque(tasks)
         self.attempts: collections.Counter[int] = collections.Counter()
         self.workers: list[_Worker] = []

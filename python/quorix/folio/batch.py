@@ -108,7 +108,8 @@ def run_task(task: Task) -> Result:
         return Result(task.source, True, output=task.output, seconds=time.perf_counter() - started)
     except Exception as error:  # a bad file is the batch's data, whatever the engine or the function raised
         error_type, message = describe(error)
-        return Result(task.source, False, error_type=error_type, error=message, seconds=time.perf_counter() - started)
+        return Result(task.source, False, error_type=error_type, error=message,
+                      seconds=time.perf_counter() - started)
     finally:
         task.discard_staging()
 
@@ -137,6 +138,7 @@ def resolve_save_format(save_format: Any) -> tuple[Any, str]:
     with the extension its files get."""
     import quorix.folio as qf
 
+    fmt: Any
     if isinstance(save_format, qf.SaveFormat):
         fmt = save_format
     elif isinstance(save_format, str):
@@ -182,8 +184,10 @@ def plan_conversions(paths: Sequence[PathLike], out_dir: PathLike, save_format: 
         output = os.path.join(out_dir, os.path.splitext(relative)[0] + extension)
         given_name = os.fspath(given)
         if output in claimed or output in inputs:
-            other = ("the input itself" if output == source else f"the output of {claimed[output]}"
-                     if output in claimed else "another input")
+            if output == source:
+                other = "the input itself"
+            else:
+                other = f"the output of {claimed[output]}" if output in claimed else "another input"
             known.append(Result(given_name, False, output=output, error_type="ValueError",
                                 error=f"{output} would be {other}", attempts=0))
             continue
