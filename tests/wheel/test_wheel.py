@@ -125,3 +125,19 @@ def test_installed_command_line_converts(venv, tmp_path):
     proc = run_in(venv, None, "-m", "quorix.folio", "convert", str(source), str(tmp_path / "out.md"))
     assert proc.returncode == 0, proc.stderr
     assert "converted text" in (tmp_path / "out.md").read_text()
+
+
+def test_installed_batch_converts_a_folder_in_worker_processes(venv, tmp_path):
+    made = run_in(venv, f"""
+        import os, quorix.folio as qf
+        os.makedirs({str(tmp_path / "in")!r})
+        for i in range(4):
+            doc = qf.Document()
+            qf.DocumentBuilder(doc).writeln(f"batch text {{i}}")
+            doc.save(os.path.join({str(tmp_path / "in")!r}, f"d{{i}}.docx"))
+    """)
+    assert made.returncode == 0, made.stderr
+    proc = run_in(venv, None, "-m", "quorix.folio", "batch", "convert", str(tmp_path / "in"), str(tmp_path / "out"),
+                  "--to", "md", "--workers", "2")
+    assert proc.returncode == 0, proc.stderr
+    assert sorted(p.read_text().strip() for p in (tmp_path / "out").iterdir()) == [f"batch text {i}" for i in range(4)]
