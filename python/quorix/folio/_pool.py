@@ -29,6 +29,9 @@ _FAILED_STARTS = 3      # workers in a row that end before they are ready: the r
 def _worker_main(conn: multiprocessing.connection.Connection) -> None:
     from quorix.folio.batch import describe, run_task
 
+    # Ctrl-C reaches the whole process group; the parent ends the workers itself
+    signal.signal(signal.SIGINT, signal.SIG_IGN)
+
     try:
         import quorix.folio  # noqa: F401  the runtime starts here, once for all the worker's files
         broken = None
