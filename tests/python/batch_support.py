@@ -18,12 +18,18 @@ def unpicklable(document):
 
 def misbehave(document):
     """What a document's words ask for: die once ("die-once:MARKER", the marker file recording
-    the first death), die every time, sleep past any timeout, or fill memory; else its words."""
+    the first death), wait to be killed once ("linger:MARKER", the marker holding the process id),
+    die every time, sleep past any timeout, or fill memory; else its words."""
     found = document.get_text().split()
     for word in found:
         if word.startswith("die-once:") and not os.path.exists(word[9:]):
             open(word[9:], "w").close()
             os.kill(os.getpid(), signal.SIGKILL)
+        if word.startswith("linger:") and not os.path.exists(word[7:]):
+            with open(word[7:] + ".part", "w") as marker:
+                marker.write(str(os.getpid()))
+            os.rename(word[7:] + ".part", word[7:])  # whole, for whoever waits to end this process
+            time.sleep(60)
         if word == "die-always":
             os.kill(os.getpid(), signal.SIGKILL)
         if word == "sleep":

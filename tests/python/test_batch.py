@@ -6,8 +6,10 @@ import io
 import multiprocessing
 import os
 import shutil
+import signal
 import subprocess
 import sys
+import threading
 import time
 import types
 
@@ -49,6 +51,10 @@ def corpus(tmp_path_factory):
                                  errors={p: describe_locally(p) for p in hostile})
 
 
+def pool_workers():
+    return [p for p in multiprocessing.active_children() if p.name == "quorix-batch-worker"]
+
+
 def files_under(folder):
     return sorted(os.path.relpath(os.path.join(d, f), folder) for d, _, fs in os.walk(folder) for f in fs)
 
@@ -72,7 +78,7 @@ def test_pool_converts_like_one_process_and_reports_hostile_files(corpus, tmp_pa
     report = batch.convert(corpus.documents + corpus.hostile, tmp_path, "md", workers=2)
     assert_same_as_one_process(report, corpus, str(tmp_path))
     assert {r.attempts for r in report.succeeded + report.failed} == {1}
-    assert not multiprocessing.active_children()
+    assert not pool_workers()
 
 
 def test_forkserver_pool_and_refused_start_methods(corpus, tmp_path):
@@ -127,7 +133,55 @@ def test_dying_slow_and_greedy_workers_become_entries(tmp_path):
     (died,) = [r for r in report.failed if r.error_type == "WorkerDied"]
     assert "SIGKILL" in died.error
     assert sorted(r.value for r in report.succeeded)[0] == ["die-once:" + str(tmp_path / "died")]
-    assert not multiprocessing.active_children()
+    assert not pool_workers()
+
+
+def test_a_worker_killed_from_outside_mid_file_is_replaced_and_the_file_retried(tmp_path):
+    marker = tmp_path / "pid"
+    paths = support.make_text_documents(qf, str(tmp_path), [f"linger:{marker}", "plain one", "plain two"])
+
+    def kill_when_lingering():
+        deadline = time.monotonic() + 60
+        while not marker.exists() and time.monotonic() < deadline:
+            time.sleep(0.05)
+        os.kill(int(marker.read_text()), signal.SIGKILL)
+
+    killer = threading.Thread(target=kill_when_lingering)
+    killer.start()
+    report = batch.map(support.misbehave, paths, workers=2)
+    killer.join()
+    assert not report.failed
+    assert sorted((os.path.basename(r.source), r.attempts) for r in report.succeeded) == [
+        ("t0.docx", 2), ("t1.docx", 1), ("t2.docx", 1)]
+
+
+def test_a_worker_killed_while_saving_leaves_no_partial_output(tmp_path):
+    doc = qf.Document()
+    builder = qf.DocumentBuilder(doc)
+    for i in range(50000):
+        builder.writeln(f"paragraph {i} with words enough to take the writer a while")
+    source, reference, out = tmp_path / "big.docx", tmp_path / "big.md", tmp_path / "out"
+    doc.save(str(source))
+    doc.save(str(reference), qf.SaveFormat.MARKDOWN)
+    killed = []
+
+    def kill_while_saving():
+        # the task's staging folder exists only while its output is being written
+        deadline = time.monotonic() + 60
+        while not killed and time.monotonic() < deadline:
+            if any(os.path.isdir(os.path.join(out, n, "0")) for n in (os.listdir(out) if out.exists() else ())):
+                for worker in pool_workers():
+                    os.kill(worker.pid, signal.SIGKILL)
+                    killed.append(worker.pid)
+            time.sleep(0.01)
+
+    killer = threading.Thread(target=kill_while_saving)
+    killer.start()
+    report = batch.convert([source], out, "md", workers=1)
+    killer.join()
+    assert killed and [r.attempts for r in report.succeeded] == [2]
+    assert (out / "big.md").read_bytes() == reference.read_bytes()
+    assert files_under(out) == ["big.md"]
 
 
 def test_functions_and_values_that_do_not_travel(corpus):
@@ -145,7 +199,7 @@ def test_stopping_early_ends_the_workers(corpus, tmp_path):
     first = next(results)
     assert first.ok and os.path.exists(first.output)
     results.close()
-    assert not multiprocessing.active_children()
+    assert not pool_workers()
     assert not [n for n in os.listdir(tmp_path) if n.startswith(".")]
 
 
