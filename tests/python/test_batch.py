@@ -125,7 +125,7 @@ def test_outputs_mirror_folders_and_collisions_are_failed_entries(tmp_path):
 def test_dying_slow_and_greedy_workers_become_entries(tmp_path):
     texts = ["plain one", f"die-once:{tmp_path / 'died'}", "die-always", "sleep", "hog", "plain two"]
     paths = support.make_text_documents(qf, str(tmp_path), texts)
-    report = batch.map(support.misbehave, paths, workers=2, retries=1, timeout=4, memory_limit=400 << 20)
+    report = batch.map(support.misbehave, paths, workers=2, retries=1, timeout=6, memory_limit=400 << 20)
     outcome = {os.path.basename(r.source): (r.ok, r.error_type, r.attempts) for r in report.succeeded + report.failed}
     assert outcome == {"t0.docx": (True, None, 1), "t1.docx": (True, None, 2), "t2.docx": (False, "WorkerDied", 2),
                        "t3.docx": (False, "TimeoutError", 1), "t4.docx": (False, "MemoryError", 1),
@@ -228,7 +228,7 @@ def test_dask_retries_a_dead_worker_and_fails_timeouts(client, tmp_path):
              "plain 4"]
     paths = support.make_text_documents(qf, str(tmp_path), texts)
     # three files a task: the culprit's task is split, and its neighbours still succeed
-    report = batch.map(support.misbehave, paths, client=client, timeout=4, chunksize=3)
+    report = batch.map(support.misbehave, paths, client=client, timeout=6, chunksize=3)
     outcome = {os.path.basename(r.source): (r.ok, r.error_type) for r in report.succeeded + report.failed}
     assert outcome == {f"t{i}.docx": (True, None) for i in (0, 1, 2, 4, 5, 7)} | {
         "t3.docx": (False, "KilledWorker"), "t6.docx": (False, "TimeoutError")}

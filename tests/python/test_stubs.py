@@ -72,7 +72,9 @@ def _declared(class_node):
 
 def test_every_submodule_and_sibling_has_a_stub_and_the_package_is_marked_typed():
     assert (PKG / "py.typed").exists()
-    names = [m for m in sys.modules if m.startswith("quorix.folio")] + [
+    # the pure-Python modules (batch, the command line) carry their own annotations
+    names = [m for m in sys.modules if m.startswith("quorix.folio")
+             and not str(getattr(sys.modules[m], "__file__", "")).endswith(".py")] + [
         "quorix.pyintro", "quorix.pygfx", "quorix.pyhold", "quorix.pyfund"]
     assert len(names) >= 35 + 4
     for name in names:

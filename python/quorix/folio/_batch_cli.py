@@ -113,7 +113,7 @@ def run(args: argparse.Namespace, prog: str, err: TextIO) -> int:
     if args.scheduler:
         from distributed import Client
 
-        client = options["client"] = Client(args.scheduler)
+        client = options["client"] = Client(args.scheduler)  # type: ignore[no-untyped-call]
         del options["workers"], options["retries"], options["memory_limit"]
     progress = Progress(len(sources), err)
     started = time.monotonic()
@@ -124,6 +124,6 @@ def run(args: argparse.Namespace, prog: str, err: TextIO) -> int:
         return fail(EXIT_USAGE, str(error))
     finally:
         if client is not None:
-            client.close()
+            client.close()  # type: ignore[no-untyped-call]
     progress.finish(time.monotonic() - started)
     return EXIT_FAILED if progress.report.failed else 0
