@@ -9,12 +9,15 @@ Rounds alternate the configurations so the machine's noise falls on all of them;
 printed as the range over the rounds. Marginal figures are the time per file of a batch's second
 half, so worker start-up and first compilation stay out; whole-batch times keep them in. Dask
 returns files in tasks of up to 16, so use enough files that a task is a small part of a half.
+CPU per file (all processes, whole batch) shows the cost of each path when other work on the
+machine makes the times wander.
 
     PYTHONPATH=build/python /usr/bin/python3 bench/batch.py [--files 600] [--rounds 3]
 """
 
 import argparse
 import os
+import resource
 import sys
 import tempfile
 import time
@@ -43,17 +46,35 @@ def make_documents(folder, count, paragraphs):
     return paths
 
 
-def per_file(paths, out, **options):
-    """(whole-batch seconds, marginal seconds per file): the time between the middle result and
-    the last per file, so what a batch costs once (starting workers, compiling) stays out."""
+def process_cpu():
+    usage = resource.getrusage(resource.RUSAGE_SELF)
+    return usage.ru_utime + usage.ru_stime
+
+
+def children_cpu():
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
+def per_file(paths, out, client=None, **options):
+    """(whole-batch seconds, marginal seconds per file, CPU seconds per file): the marginal time
+    runs from the middle result to the last, so what a batch costs once (starting workers,
+    compiling) stays out; CPU counts this process (with Dask's scheduler) and the workers, over
+    the whole batch, and the machine's other load does not change it much."""
+    def cpu():
+        workers = sum(client.run(process_cpu).values()) if client is not None else children_cpu()
+        return process_cpu() + workers
+
+    cpu_before = cpu()
     started = time.perf_counter()
     stamps = []
-    for result in batch.iter_convert(paths, out, "md", overwrite=True, **options):
+    for result in batch.iter_convert(paths, out, "md", overwrite=True, client=client, **options):
         if not result.ok:
             sys.exit(f"{result.source}: {result.error_type}: {result.error}")
         stamps.append(time.perf_counter())
     middle = len(stamps) // 2
-    return stamps[-1] - started, (stamps[-1] - stamps[middle]) / (len(stamps) - 1 - middle)
+    return (stamps[-1] - started, (stamps[-1] - stamps[middle]) / (len(stamps) - 1 - middle),
+            (cpu() - cpu_before) / len(stamps))
 
 
 def span(values, unit=""):
@@ -96,17 +117,18 @@ def main():
           f"{args.rounds} rounds, {os.cpu_count()} cores, load average {os.getloadavg()[0]:.1f}")
     for name, figures in runs.items():
         if figures:
-            print(f"  {name:15} whole batch {span([w for w, _ in figures], ' s')}, "
-                  f"marginal {span([1000 * m for _, m in figures], ' ms/file')}")
+            print(f"  {name:15} whole batch {span([f[0] for f in figures], ' s')}, "
+                  f"marginal {span([1000 * f[1] for f in figures], ' ms/file')}, "
+                  f"CPU {span([1000 * f[2] for f in figures], ' ms/file')}")
     def compare(label, a, b, ratio, unit, target):
         """Per round, and between the best (least disturbed) runs of each."""
-        for i, what in ((1, "marginal"), (0, "whole batch")):
+        for i, what in ((1, "marginal"), (0, "whole batch"), (2, "CPU per file")):
             rounds = [ratio(x[i], y[i]) for x, y in zip(runs[a], runs[b])]
             best = ratio(min(x[i] for x in runs[a]), min(y[i] for y in runs[b]))
             print(f"{label}, {what}: {span(rounds, unit)} per round, {best:.2f}{unit} best to best  ({target})")
 
     compare("2 workers / 1 worker throughput", "1 worker", "2 workers", lambda one, two: one / two, "x",
-            "target >= 1.7x")
+            "target >= 1.7x; for CPU, 1.0x means no cost of running two")
     if runs["dask 2 workers"]:
         compare("Dask time per file over the local pool's", "2 workers", "dask 2 workers",
                 lambda local, dask: 100 * (dask / local - 1), "%", "target <= 20%")
