@@ -281,6 +281,17 @@ def test_cli_on_a_dask_scheduler(small_tree, client, tmp_path):
                                                   for p in os.listdir(small_tree) if p != "truncated.docx")
 
 
+def test_cli_finds_the_documents_of_a_tree_but_not_its_outputs(tmp_path):
+    for name in ("a.docx", "b.md", "notes.txt", "logo.png", "x.auto", "sub/c.markdown", ".hidden/d.docx",
+                 "out/a.md", "sub/.e.docx"):
+        (tmp_path / name).parent.mkdir(exist_ok=True)
+        (tmp_path / name).write_text("")
+    from quorix.folio import _batch_cli
+
+    found = _batch_cli.find_documents(str(tmp_path), str(tmp_path / "out"))
+    assert [os.path.relpath(p, tmp_path) for p in found] == ["a.docx", "b.md", "notes.txt", "sub/c.markdown"]
+
+
 def test_cli_usage_and_missing_folders(small_tree, tmp_path):
     assert run_cli(small_tree, tmp_path, "--to", "pdq")[0] == 2
     code, log = run_cli(tmp_path / "missing", tmp_path, "--to", "md")

@@ -44,7 +44,8 @@ def _is_document(name: str) -> bool:
         qf.FileFormatUtil.extension_to_save_format(extension)
         return True
     except RuntimeError:
-        return extension[1:].upper() in qf.LoadFormat.__members__
+        fmt = qf.LoadFormat.__members__.get(extension[1:].upper())
+        return fmt is not None and fmt not in (qf.LoadFormat.AUTO, qf.LoadFormat.UNKNOWN)
 
 
 def find_documents(in_dir: str, out_dir: str) -> list[str]:
