@@ -10,7 +10,8 @@ printed as the range over the rounds. Marginal figures are the time per file of 
 half, so worker start-up and first compilation stay out; whole-batch times keep them in. Dask
 returns files in tasks of up to 16, so use enough files that a task is a small part of a half.
 CPU per file (all processes, whole batch) shows the cost of each path when other work on the
-machine makes the times wander.
+machine makes the times wander, and a control measures what the machine gives two independent
+processes, the ceiling of any two-worker speed-up in that run.
 
     PYTHONPATH=build/python /usr/bin/python3 bench/batch.py [--files 600] [--rounds 3]
 """
@@ -18,6 +19,7 @@ machine makes the times wander.
 import argparse
 import os
 import resource
+import subprocess
 import sys
 import tempfile
 import time
@@ -77,6 +79,30 @@ def per_file(paths, out, client=None, **options):
             (cpu() - cpu_before) / len(stamps))
 
 
+def machine_speedup(work, paths):
+    """What the machine gives two independent processes: a 1-worker batch of half the files in
+    one process, against two such processes at once over both halves (the command line)."""
+    halves = [os.path.join(work, "half0"), os.path.join(work, "half1")]
+    for i, half in enumerate(halves):
+        os.makedirs(half, exist_ok=True)
+        for path in paths[i::2]:
+            if not os.path.exists(os.path.join(half, os.path.basename(path))):
+                os.link(path, os.path.join(half, os.path.basename(path)))
+
+    def command(half):
+        return [sys.executable, "-m", "quorix.folio", "batch", "convert", half, half + "-out", "--to", "md",
+                "--workers", "1", "--overwrite"]
+
+    started = time.perf_counter()
+    subprocess.run(command(halves[0]), check=True, capture_output=True)
+    alone = time.perf_counter() - started
+    started = time.perf_counter()
+    both = [subprocess.Popen(command(h), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) for h in halves]
+    if any(p.wait() for p in both):
+        sys.exit("the command line failed")
+    return 2 * alone / (time.perf_counter() - started)
+
+
 def span(values, unit=""):
     return f"{min(values):.2f}{unit} .. {max(values):.2f}{unit}"
 
@@ -101,8 +127,10 @@ def main():
                                dashboard_address=None)
         client = Client(cluster)
     runs = {"1 worker": [], "2 workers": [], "dask 2 workers": []}
+    control = []
     try:
         for _ in range(args.rounds):
+            control.append(machine_speedup(work, paths))
             runs["1 worker"].append(per_file(paths, out, workers=1))
             runs["2 workers"].append(per_file(paths, out, workers=2))
             if client is not None:
@@ -129,6 +157,7 @@ def main():
 
     compare("2 workers / 1 worker throughput", "1 worker", "2 workers", lambda one, two: one / two, "x",
             "target >= 1.7x; for CPU, 1.0x means no cost of running two")
+    print(f"two independent 1-worker processes at once against one, same control: {span(control, 'x')} per round")
     if runs["dask 2 workers"]:
         compare("Dask time per file over the local pool's", "2 workers", "dask 2 workers",
                 lambda local, dask: 100 * (dask / local - 1), "%", "target <= 20%")
