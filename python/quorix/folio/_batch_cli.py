@@ -40,12 +40,12 @@ def _is_document(name: str) -> bool:
     import quorix.folio as qf
 
     extension = os.path.splitext(name)[1]
-    try:
-        qf.FileFormatUtil.extension_to_save_format(extension)
-        return True
+    try:  # by extension (".md"), then by name (".markdown"); only formats the engine reads
+        name = qf.FileFormatUtil.extension_to_save_format(extension).name
     except RuntimeError:
-        fmt = qf.LoadFormat.__members__.get(extension[1:].upper())
-        return fmt is not None and fmt not in (qf.LoadFormat.AUTO, qf.LoadFormat.UNKNOWN)
+        name = extension[1:].upper()
+    fmt = qf.LoadFormat.__members__.get(name)
+    return fmt is not None and fmt not in (qf.LoadFormat.AUTO, qf.LoadFormat.UNKNOWN)
 
 
 def find_documents(in_dir: str, out_dir: str) -> list[str]:
