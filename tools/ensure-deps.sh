@@ -22,10 +22,10 @@ fi
 command -v dotnet >/dev/null || { echo "the .NET SDK (dotnet) is required" >&2; exit 1; }
 
 # The CommonMark standard's examples, for the Markdown reader's conformance table (npm's
-# package of the spec; fetched once with npm's own client).
+# package of them; fetched once with npm's own client).
 spec_dir=build/deps/commonmark-spec
 if [ ! -f "$spec_dir/spec.txt" ]; then
-  command -v npm >/dev/null || { echo "npm is needed once to fetch the CommonMark spec examples" >&2; exit 1; }
+  command -v npm >/dev/null || { echo "npm is needed once to fetch the CommonMark examples" >&2; exit 1; }
   mkdir -p "$spec_dir"
   tarball=$(cd "$spec_dir" && npm pack commonmark-spec@0.31.2 --silent)
   tar -xzf "$spec_dir/$tarball" -C "$spec_dir" --strip-components=1 package/spec.txt
