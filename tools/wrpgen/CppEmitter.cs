@@ -910,10 +910,9 @@ public static class CppEmitter
         string id = Id(t);
         if (q.IntIndexer is { } item)
         {
+            // Reached only after the length, whose entry check stands for this one too.
             w.Line($"PyObject* wrpPy_sqix_{id}(PyObject* self, Py_ssize_t i) {{");
             w.Indent();
-            w.Line($"if ({EntryCheck(t, true)})");
-            w.Line("    return nullptr;");
             w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
             EmitCallAndReturn(w, item, CallPrefix(SequenceModel.IntIndexerStub, ["PyShBound_Handle(self)", "static_cast<int32_t>(i)"]), true);
             w.Dedent();
@@ -922,6 +921,7 @@ public static class CppEmitter
         }
         if (q.KeyIndexers.Count > 0)
         {
+            // Asked before the length (a key is tried first), so it checks the entry itself.
             w.Line($"PyObject* wrpPy_sqky_{id}(PyObject* self, PyObject* key) {{");
             w.Indent();
             w.Line($"if ({EntryCheck(t, true)})");
