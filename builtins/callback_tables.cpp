@@ -10,6 +10,7 @@
 #include "marshal/conv_time.h"
 #include "marshal/conv_variant.h"
 #include "marshal/conv_version.h"
+#include "marshal/sequences.h"
 #include "module/ids.h"
 #include "module/pysh_lock.h"
 #include "objects/clr_error.h"
@@ -36,6 +37,13 @@ void* const m_py_tpfuncs_callbacks[kPyTpFuncsCallbacks] = {
     entry(&fn_gettpextratie),
     entry(&fn_from_obj_and_pytype),
     entry(&fn_from_enum_and_pytype),
+};
+
+void* const m_py_pylist_callbacks[kPyListCallbacks] = {
+    entry(&fn_clbk_pylist_begin),
+    entry(&fn_clbk_pylist_put_object),
+    entry(&fn_clbk_pylist_put_handle),
+    entry(&fn_clbk_pylist_put_int),
 };
 
 void* const m_py_read_callbacks[kPyReadCallbacks] = {
@@ -133,6 +141,7 @@ void* const m_all_statconceptp_pytocsfx[kStatConceptTables] = {
     const_cast<void**>(m_py_oseq_callbacks),
     const_cast<void**>(m_py_rawio_callbacks),
     const_cast<void**>(m_py_tpfuncs_callbacks),
+    const_cast<void**>(m_py_pylist_callbacks),
 };
 
 void* m_all_genconcptp_pytocsfx[kGenConceptTables] = {};

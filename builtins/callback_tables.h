@@ -1,5 +1,6 @@
 // The callback functions and tables handed to managed code at start-up. The slot order of
-// every table is the contract with the interop assembly: append nothing, reorder nothing.
+// every table is the contract with the interop assembly: reorder nothing; new roles come as
+// tables of their own after the existing ones.
 #pragma once
 
 #include <Python.h>
@@ -34,7 +35,8 @@ constexpr int kPyOlistCallbacks = 7;
 constexpr int kPyOseqCallbacks = 3;
 constexpr int kPyRawIoCallbacks = 13;
 constexpr int kPyTpFuncsCallbacks = 4;
-constexpr int kStatConceptTables = 9;
+constexpr int kPyListCallbacks = 4;
+constexpr int kStatConceptTables = 10;
 constexpr int kGenConceptTables = 42;
 constexpr int kReglTpFunctions = 86;
 
@@ -50,7 +52,9 @@ extern void* const m_py_olist_callbacks[kPyOlistCallbacks];
 extern void* const m_py_oseq_callbacks[kPyOseqCallbacks];
 extern void* const m_py_rawio_callbacks[kPyRawIoCallbacks];
 extern void* const m_py_tpfuncs_callbacks[kPyTpFuncsCallbacks];
-// The nine tables above from read to tpfuncs, in that order.
+// Managed sequences handed back as new Python lists (marshal/sequences.h).
+extern void* const m_py_pylist_callbacks[kPyListCallbacks];
+// The ten tables above from read to pylist, in that order.
 extern void* const m_all_statconceptp_pytocsfx[kStatConceptTables];
 // One callback table per generic instantiation; filled by the generated bindings.
 extern void* m_all_genconcptp_pytocsfx[kGenConceptTables];

@@ -393,6 +393,7 @@ public static partial class CSharpEmitter
         ValueKind.Class or ValueKind.Struct or ValueKind.Interface => "IntPtr",
         ValueKind.Stream or ValueKind.Object or ValueKind.Enumerable or ValueKind.Collection or ValueKind.List => "VariantArg*",
         ValueKind.Regex => "PyRegexArg*",
+        ValueKind.Sequence => "PySeqArg*",
         _ when Record(type.Kind) is { } record => record + "*",
         _ => throw new GeneratorException($"no parameter form for {type}"),
     };
@@ -453,9 +454,30 @@ public static partial class CSharpEmitter
             ValueKind.Version => $"PyValues.ToVersion({name})",
             ValueKind.Object => $"Variants.ToManaged({name})",
             ValueKind.Regex => $"PyValues.ToRegex({name})",
+            ValueKind.Sequence => SequenceIn(type.Item!, name),
             _ => name,
         };
     }
+
+    /// <summary>The managed array a sequence parameter's records make.</summary>
+    private static string SequenceIn(CarriedType item, string name) => item.Kind switch
+    {
+        ValueKind.String => $"PySequences.Strings({name})",
+        ValueKind.Bool => $"PySequences.Bools({name})",
+        ValueKind.Object => $"PySequences.Objects({name})",
+        ValueKind.Enum => $"PySequences.Enums<{ManagedType(item)}>({name})",
+        ValueKind.Class or ValueKind.Struct or ValueKind.Interface => $"PySequences.Targets<{ManagedType(item)}>({name})",
+        _ => $"PySequences.Scalars<{ManagedType(item)}>({name})",
+    };
+
+    /// <summary>The call that copies a sequence result's items into the native side's list.</summary>
+    private static string SequenceOut(CarriedType item) => item.Kind switch
+    {
+        ValueKind.String => "PySequences.PutStrings(result, r);",
+        ValueKind.Enum => "PySequences.PutEnums(result, r);",
+        ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream => "PySequences.PutTargets(result, r);",
+        _ => "PySequences.PutValues(result, r);",
+    };
 
     /// <summary>The blittable form of a managed value of a scalar kind.</summary>
     private static string ToWire(ValueKind kind, string value) => kind switch
@@ -491,6 +513,7 @@ public static partial class CSharpEmitter
                 or ValueKind.EnumeratorOf or ValueKind.EnumerableOf or ValueKind.ArrayOf or ValueKind.ListOf =>
                 ("void", "IntPtr* result", "*result = Handles.New(r);"),
             ValueKind.Object => ("void", "VariantArg* result", "Variants.SetResult(result, r);"),
+            ValueKind.Sequence => ("void", "PySeqSink* result", SequenceOut(type.Item!)),
             _ when Record(type.Kind) is { } record => ("void", record + "* result", "PyValues.Write(result, r);"),
             _ => (ParameterType(type), null, "return r;"),
         };

@@ -203,6 +203,7 @@ public static class CppEmitter
             ValueKind.Collection => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_sequence_to_clr_collection", $"&{v}", $"&{v}"),
             ValueKind.List => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_sequence_to_clr_list", $"&{v}", $"&{v}"),
             ValueKind.Regex => new("PyRegexArg*", $"PyShRegexHolder {v};", "fn_conv_py_pattern_to_clr_regex", $"&{v}.arg", $"{v}.get()"),
+            ValueKind.Sequence => SequenceArg(type.Item!, v, nn),
             ValueKind.TimeSpan => new("int64_t", $"int64_t {v} = 0;", "fn_conv_py_datetimedelta_to_clr_timespan", $"&{v}", v),
             ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version =>
                 RecordArg(type.Kind, v),
@@ -217,6 +218,51 @@ public static class CppEmitter
             _ => ScalarArg(type.Kind, v),
         };
     }
+
+    /// <summary>
+    /// A managed array from any Python sequence: each item goes through the element's own
+    /// converter into a record of the element's wire form.
+    /// </summary>
+    private static ArgPlan SequenceArg(CarriedType item, string v, string nn)
+    {
+        var e = Arg(item, "item", v + "_item");
+        // records passed by pointer are stored whole; scalars and handles are their own record
+        string wire = e.Pass.StartsWith('&') ? e.CppType.TrimEnd('*') : e.CppType;
+        return new("PySeqArg*", $"PyShSeqHolder {v}(sizeof({wire}), PyShArg_Converter(&{e.Converter}), {Quote(ItemName(item))});",
+                   "fn_conv_py_seq_to_clr_array" + nn, $"&{v}", $"{v}.get()");
+    }
+
+    /// <summary>The element's managed name in the messages of its sequences.</summary>
+    private static string ItemName(CarriedType item) => item.Kind switch
+    {
+        ValueKind.Bool => "Boolean",
+        ValueKind.Char => "Char",
+        ValueKind.SByte => "SByte",
+        ValueKind.Byte => "Byte",
+        ValueKind.Int16 => "Int16",
+        ValueKind.UInt16 => "UInt16",
+        ValueKind.Int32 => "Int32",
+        ValueKind.UInt32 => "UInt32",
+        ValueKind.Int64 => "Int64",
+        ValueKind.UInt64 => "UInt64",
+        ValueKind.Single => "Single",
+        ValueKind.Double => "Double",
+        ValueKind.String => "String",
+        ValueKind.Object => "Object",
+        _ when item.Bound is { } bound => bound.Name,
+        _ => throw new GeneratorException($"no sequence parameter of {item}"),
+    };
+
+    /// <summary>The sink of a sequence result: how its element handles and integers become Python objects.</summary>
+    private static string SequenceSink(CarriedType item) => item.Kind switch
+    {
+        ValueKind.Class or ValueKind.Interface when item.Bound!.IsPolymorphic => $"PyShSeqSink result(&{ToPyIndexed(item.Bound!)});",
+        ValueKind.Class or ValueKind.Struct or ValueKind.Interface =>
+            $"PyShSeqSink result([](void* handle, int32_t) {{ return {ToPy(item.Bound!)}(handle); }});",
+        ValueKind.Stream => "PyShSeqSink result([](void* handle, int32_t) { return PyStreamWrapper_FromHandle(handle); });",
+        ValueKind.Enum => $"PyShSeqSink result(nullptr, &{ToPy(item.Bound!)});",
+        _ => "PyShSeqSink result;",
+    };
 
     /// <summary>The native record of a value kind that crosses by pointer, and its converters both ways.</summary>
     private static (string Record, string ToClr, string ToPy) RecordOf(ValueKind kind) => kind switch
@@ -285,7 +331,7 @@ public static class CppEmitter
     {
         _ when ReturnsIndexedHandle(t) => "int32_t",
         _ when ResultRecord(t) is not null => "void",
-        ValueKind.Void => "void",
+        ValueKind.Void or ValueKind.Sequence => "void",
         ValueKind.String or ValueKind.Bytes => "PyObject*",
         ValueKind.Enum => "int32_t",
         ValueKind.TimeSpan => "int64_t",
@@ -298,7 +344,8 @@ public static class CppEmitter
         unlocked ? $"PyShUnlocked_Call([&] {{ return {call}; }})" : call;
 
     /// <summary>The trailing out-slot parameter of a stub returning <paramref name="t"/>, or null.</summary>
-    private static string? ResultSlot(CarriedType t) => ReturnsHandle(t) ? "void**" : ResultRecord(t) is { } r ? r + "*" : null;
+    private static string? ResultSlot(CarriedType t) =>
+        ReturnsHandle(t) ? "void**" : t.Kind == ValueKind.Sequence ? "PySeqSink*" : ResultRecord(t) is { } r ? r + "*" : null;
 
     /// <summary>
     /// Statements that call <paramref name="call"/> (without its closing parenthesis) and return the
@@ -310,6 +357,13 @@ public static class CppEmitter
         finish ??= e => e;
         string sep = hasArgs ? ", " : "";
         string Invoke(string full) => Unlocked(full, unlocked);
+        if (result.Kind == ValueKind.Sequence)
+        {
+            w.Line(SequenceSink(result.Item!));
+            w.Line(Invoke($"{call}{sep}result.record())") + ";");
+            w.Line($"return {finish("result.take()")};");
+            return;
+        }
         if (ResultRecord(result) is { } record)
         {
             w.Line($"{record} result = {{}};");
@@ -1289,7 +1343,7 @@ public static class CppEmitter
                  {
                      "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_checked.h",
                      "marshal/conv_decimal.h", "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h",
-                     "marshal/conv_time.h", "marshal/conv_variant.h", "marshal/conv_version.h", "module/pysh_lock.h",
+                     "marshal/conv_time.h", "marshal/conv_variant.h", "marshal/conv_version.h", "marshal/sequences.h", "module/pysh_lock.h",
                      "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h", "builtins/seq_access.h",
                      "objects/casting.h", "objects/collection_arg.h", "objects/enum_builder.h", "objects/handle_release.h",
                      "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h", "objects/type_arg.h",

@@ -13,6 +13,11 @@ public enum ValueKind
     Enumerable, Collection, List,
     /// <summary>Sequence results over a bound element type (<see cref="CarriedType.Generic"/>).</summary>
     EnumeratorOf, EnumerableOf, ArrayOf, ListOf,
+    /// <summary>
+    /// A sequence copied across whole (<see cref="CarriedType.Item"/> is its element): any Python
+    /// sequence in as a managed array, a new Python list out.
+    /// </summary>
+    Sequence,
 }
 
 /// <summary>How a parameter passes: by value, or from Python as a one-element list (ref, out).</summary>
@@ -21,6 +26,11 @@ public enum PassMode { Value, Ref, Out }
 /// <summary>A parameter or result type the runtime can carry; bound kinds name their type.</summary>
 public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, GenericInstance? Generic = null)
 {
+    /// <summary>The element of a <see cref="ValueKind.Sequence"/>.</summary>
+    public CarriedType? Item { get; init; }
+
+    public static CarriedType SequenceOf(CarriedType item) => new(ValueKind.Sequence) { Item = item };
+
     /// <summary>A Nullable&lt;T&gt; of a value kind: None crosses as no value.</summary>
     public bool IsNullable { get; init; }
     public PassMode Mode { get; init; }
@@ -74,6 +84,7 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
         ValueKind.EnumerableOf => "enumerable:" + Generic!.Element.FullName,
         ValueKind.ArrayOf => "array:" + Generic!.Element.FullName,
         ValueKind.ListOf => "list:" + Generic!.Element.FullName,
+        ValueKind.Sequence => "sequence:" + Item,
         _ => "?",
     };
 }

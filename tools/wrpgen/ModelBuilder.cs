@@ -451,8 +451,6 @@ public sealed class ModelBuilder
             for (int i = 0; i < names.Length && reason is null; i++)
             {
                 var carried = CarryParameter(sig.ParameterTypes[i], attributes[i], out string why);
-                if (carried is { IsSequence: true })
-                    (carried, why) = (null, $"{sig.ParameterTypes[i]}: Python sequences as managed collections of bound objects are not carried yet");
                 if (carried is null)
                     reason = $"parameter '{names[i]}': {why}";
                 else
@@ -589,7 +587,7 @@ public sealed class ModelBuilder
         CarriedType? carried = null;
         if (sig.ParameterTypes.Length > 0)
             reason = ReadIndexer(type, name, sig, getter, setter, isStatic);
-        else if (isStatic && getter is not null && Carry(sig.ReturnType, isResult: false, out _) is { IsSequence: true })
+        else if (isStatic && getter is not null && Carry(sig.ReturnType, isResult: false, out _) is { IsSequence: true } or { Kind: ValueKind.Sequence })
             reason = "static sequence values are not carried yet";
         else if (type.Kind == TypeKind.Interface && isStatic)
             reason = "static interface members are not bound";
@@ -603,7 +601,7 @@ public sealed class ModelBuilder
                 Skip(type.FullName, name, reason);
             return;
         }
-        if (setter is not null && carried!.IsSequence)
+        if (setter is not null && (carried!.IsSequence || carried is { Kind: ValueKind.Sequence } && !CopiedIn.Contains(carried.Item!.Kind)))
         {
             Skip(type.FullName, name + " (setter)", "Python sequences as managed collections are not carried yet");
             setter = null;
@@ -736,6 +734,39 @@ public sealed class ModelBuilder
         return new CarriedType(kind, null, g);
     }
 
+    // Generic sequence shapes an array stands in for as a parameter and a Python list as a result.
+    private static readonly HashSet<string> CopiedShapes = new(StringComparer.Ordinal)
+    {
+        "System.Collections.Generic.IEnumerable`1",
+        "System.Collections.Generic.IReadOnlyList`1",
+    };
+
+    // Elements a Python sequence converts into item by item (a stream is lent, not converted).
+    private static readonly HashSet<ValueKind> CopiedIn =
+    [
+        ValueKind.Bool, ValueKind.Char, ValueKind.SByte, ValueKind.Byte, ValueKind.Int16, ValueKind.UInt16, ValueKind.Int32,
+        ValueKind.UInt32, ValueKind.Int64, ValueKind.UInt64, ValueKind.Single, ValueKind.Double, ValueKind.String,
+        ValueKind.Enum, ValueKind.Object, ValueKind.Class, ValueKind.Interface, ValueKind.Struct,
+    ];
+
+    private bool IsBoundObject(TypeSig element) =>
+        Carry(element, isResult: true, out _) is { Kind: ValueKind.Class or ValueKind.Interface or ValueKind.Struct };
+
+    // A sequence crossing whole, or null with the reason.
+    private CarriedType? CarryCopied(TypeSig t, TypeSig element, bool isParameter, out string why)
+    {
+        var item = Carry(element, isResult: true, out string itemWhy);
+        if (item is null)
+            return Fail(out why, $"{t}: {itemWhy}");
+        if (item.IsNullable || item.IsSequence || item.Kind is ValueKind.Sequence or ValueKind.Void or ValueKind.Bytes
+            || ParameterOnly.Contains(item.Kind))
+            return Fail(out why, $"{t}: sequences of {item} are not carried");
+        if (isParameter && !CopiedIn.Contains(item.Kind))
+            return Fail(out why, $"{t}: sequences of {item} are carried only as results");
+        why = "";
+        return CarriedType.SequenceOf(item);
+    }
+
     private MethodDefinition? PublicAccessor(MethodDefinitionHandle handle)
     {
         if (handle.IsNil)
@@ -846,7 +877,7 @@ public sealed class ModelBuilder
         bool isOut = (attributes & ParameterAttributes.Out) != 0 && (attributes & ParameterAttributes.In) == 0;
         if ((attributes & ParameterAttributes.In) != 0 && !isOut)
             return element;
-        if (element.Kind == ValueKind.Stream || ParameterOnly.Contains(element.Kind))
+        if (element.Kind is ValueKind.Stream or ValueKind.Sequence || ParameterOnly.Contains(element.Kind))
             return Fail(out why, $"{t}: by-reference {element} values are not carried");
         return element with { Mode = isOut ? PassMode.Out : PassMode.Ref };
     }
@@ -869,7 +900,10 @@ public sealed class ModelBuilder
             case SigKind.SzArray when t.Element!.Unmodified.IsPrimitive(PrimitiveTypeCode.Byte):
                 return new CarriedType(ValueKind.Bytes);
             case SigKind.SzArray:
-                return CarrySequence(t, ValueKind.ArrayOf, t.Element!, out why);
+                // a result array of bound objects is the array kind over them; every other array is copied whole
+                return !isParameter && IsBoundObject(t.Element!)
+                    ? CarrySequence(t, ValueKind.ArrayOf, t.Element!, out why)
+                    : CarryCopied(t, t.Element!, isParameter, out why);
             case SigKind.Array:
                 why = $"{t}: multi-dimensional arrays are not carried";
                 return null;
@@ -887,7 +921,17 @@ public sealed class ModelBuilder
                 why = $"{t}: of nullable values only {string.Join(", ", NullableKinds.Order())} are carried";
                 return null;
             case SigKind.GenericInstance when t.Arguments.Length == 1 && GenericKinds.TryGetValue(t.Element!.FullName, out var sequenceKind):
-                return CarrySequence(t, sequenceKind, t.Arguments[0], out why);
+                if (!isParameter && IsBoundObject(t.Arguments[0]))
+                    return CarrySequence(t, sequenceKind, t.Arguments[0], out why);
+                // read-only views are snapshots: a copy serves them both ways
+                if (CopiedShapes.Contains(t.Element!.FullName))
+                    return CarryCopied(t, t.Arguments[0], isParameter, out why);
+                return Fail(out why, isParameter
+                    ? $"{t}: Python sequences as managed collections that the callee may change are not carried"
+                    : $"{t}: sequences of {Carry(t.Arguments[0], isResult: true, out _)?.ToString() ?? "this element"} are not carried yet (only of bound objects)");
+            case SigKind.GenericInstance when t.Arguments.Length == 1 && t.Element!.FullName == "System.Collections.Generic.List`1" && !isParameter:
+                // a List<T> result is the callee's fresh list, handed over
+                return CarryCopied(t, t.Arguments[0], isParameter, out why);
             case SigKind.GenericInstance:
                 why = $"{t}: generic instantiations of this kind are not carried yet";
                 return null;

@@ -108,7 +108,8 @@ public static class PyiEmitter
         }
 
         private static bool IsReference(ValueKind kind) =>
-            kind is ValueKind.Class or ValueKind.Interface or ValueKind.String or ValueKind.Stream or ValueKind.Bytes;
+            kind is ValueKind.Class or ValueKind.Interface or ValueKind.String or ValueKind.Stream or ValueKind.Bytes
+                or ValueKind.Sequence;
 
         // Objects convert from None for any parameter; the annotations narrow that where the
         // managed side refuses null, and widen strings and buffers where it accepts it.
@@ -116,7 +117,9 @@ public static class PyiEmitter
         {
             bool none = c.Kind is ValueKind.Class or ValueKind.Interface ? state != NullState.NotNull
                 : IsReference(c.Kind) && state == NullState.MayBeNull;
-            return ValueType(c) + (none ? " | None" : "");
+            // any iterable converts item by item; what comes back is a list
+            string type = c is { Kind: ValueKind.Sequence, Mode: PassMode.Value } ? $"{Typing("Iterable")}[{ValueType(c.Item!)}]" : ValueType(c);
+            return type + (none ? " | None" : "");
         }
 
         // Results are None only where annotated so: unannotated code reads as never null.
@@ -152,6 +155,7 @@ public static class PyiEmitter
             ValueKind.EnumeratorOf => $"{Typing("Iterator")}[{Ref(c.Generic!.Element)}]",
             ValueKind.EnumerableOf => $"{Typing("Iterable")}[{Ref(c.Generic!.Element)}]",
             ValueKind.ArrayOf or ValueKind.ListOf => $"{Typing("Sequence")}[{Ref(c.Generic!.Element)}]",
+            ValueKind.Sequence => $"list[{ValueType(c.Item!)}]",
             _ => "int",
         };
 
@@ -353,7 +357,7 @@ public static class PyiEmitter
             ValueKind.DateTime or ValueKind.DateTimeOffset => "datetime",
             ValueKind.TimeSpan or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version or ValueKind.Object
                 or ValueKind.Regex => kind.ToString(),
-            ValueKind.Enumerable or ValueKind.Collection or ValueKind.List => "iterable",
+            ValueKind.Enumerable or ValueKind.Collection or ValueKind.List or ValueKind.Sequence => "iterable",
             _ => "int",
         };
 

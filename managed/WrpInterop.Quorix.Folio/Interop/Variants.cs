@@ -190,6 +190,8 @@ public static unsafe class Variants
             TimeSpan t => PyValues.PyTimeDelta(t),
             Guid g => PyValues.PyUuid(g),
             Version v => PyValues.PyVersion(v),
+            // arrays and lists are handed over, not shared: Python gets a list of their items' values
+            System.Collections.IList list when IsCopiedList(list) => PySequences.ListOf(list),
             _ => IntPtr.Zero,
         };
         if (py != IntPtr.Zero || value is null || IsPythonValue(value))
@@ -215,5 +217,13 @@ public static unsafe class Variants
 
     private static bool IsPythonValue(object value) => value is bool or int or short or sbyte or byte or ushort or uint
         or long or ulong or float or double or char or string or byte[] or decimal or DateTime or DateTimeOffset
-        or TimeSpan or Guid or Version;
+        or TimeSpan or Guid or Version || (value is System.Collections.IList list && IsCopiedList(list));
+
+    // One-dimensional arrays and List<T>: plain containers with nothing of their own to call.
+    // Collections of the library are classes with members and stay wrapped.
+    private static bool IsCopiedList(System.Collections.IList list)
+    {
+        var type = list.GetType();
+        return type.IsSZArray || (type.IsGenericType && type.GetGenericTypeDefinition() == typeof(List<>));
+    }
 }
