@@ -60,6 +60,9 @@ namespace Quorix.Folio
         public unsafe void Raw(byte* data) { }
         public int[] Counts() => Array.Empty<int>();
         public List<int> Numbers() => new List<int>();
+        public string[] Names(IEnumerable<string> filter, object[] values, Node[] nodes) => Array.Empty<string>();
+        public void Fill(IList<string> names) { }
+        public int[][] Grid() => Array.Empty<int[]>();
         public void Attach(Quorix.Other.Attachment attachment) { }
         public void Nest(Inner inner) { }
         public override string ToString() => "";

@@ -135,7 +135,22 @@ public static unsafe class WrpCs_Document_42DC8423
     }
 
     [UnmanagedCallersOnly]
-    public static void call_003_Save(IntPtr self, PyStringArg* @fileName, IntPtr @saveOptions, IntPtr* result)
+    public static void call_003_Save(IntPtr self, PySeqArg* @pages, IntPtr* result)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Document)Handles.Target(self);
+            var r = target.Save(PySequences.Scalars<int>(@pages));
+            *result = Handles.New(r);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void call_004_Save(IntPtr self, PyStringArg* @fileName, IntPtr @saveOptions, IntPtr* result)
     {
         try
         {
@@ -275,6 +290,51 @@ public static unsafe class WrpCs_Document_42DC8423
             int arg0 = @count;
             target.Touch(ref arg0);
             StubValues.SetPyValue(out0, StubValues.PyInt((int)arg0));
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void call_000_Counts(IntPtr self, PySeqSink* result)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Document)Handles.Target(self);
+            var r = target.Counts();
+            PySequences.PutValues(result, r);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void call_000_Numbers(IntPtr self, PySeqSink* result)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Document)Handles.Target(self);
+            var r = target.Numbers();
+            PySequences.PutValues(result, r);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void call_000_Names(IntPtr self, PySeqArg* @filter, PySeqArg* @values, PySeqArg* @nodes, PySeqSink* result)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Document)Handles.Target(self);
+            var r = target.Names(PySequences.Strings(@filter), PySequences.Objects(@values), PySequences.Targets<global::Quorix.Folio.Node>(@nodes));
+            PySequences.PutStrings(result, r);
         }
         catch (Exception e)
         {
