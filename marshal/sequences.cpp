@@ -201,3 +201,21 @@ fn_clbk_pylist_put_int(PySeqSink* sink, int32_t index, int32_t value)
 {
     return put(sink, index, sink->wrap_int != nullptr ? sink->wrap_int(value) : PyLong_FromLong(value));
 }
+
+PyObject*
+PyShParams_Fold(PyObject* args, Py_ssize_t count)
+{
+    Py_ssize_t given = PyTuple_GET_SIZE(args);
+    if (given <= count)
+        return Py_NewRef(args);
+    PyShRef folded(PyTuple_New(count));
+    if (!folded)
+        return nullptr;
+    for (Py_ssize_t i = 0; i < count - 1; i++)
+        PyTuple_SET_ITEM(folded.get(), i, Py_NewRef(PyTuple_GET_ITEM(args, i)));
+    PyObject* items = PyTuple_GetSlice(args, count - 1, given);
+    if (items == nullptr)
+        return nullptr;
+    PyTuple_SET_ITEM(folded.get(), count - 1, items);
+    return folded.release();
+}

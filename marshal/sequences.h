@@ -101,3 +101,10 @@ int32_t fn_clbk_pylist_put_handle(PySeqSink* sink, int32_t index, void* handle, 
 // Stores the element an integer stands for (an enumeration member where the sink has a
 // conversion, else an int): 0, or -1.
 int32_t fn_clbk_pylist_put_int(PySeqSink* sink, int32_t index, int32_t value);
+
+// ---- params arrays
+
+// The positional arguments of a call whose last of `count` parameters is a params array: the
+// arguments from position count-1 on folded into one tuple when there are more than `count`,
+// else `args` itself. A new reference, or NULL with an error.
+PyObject* PyShParams_Fold(PyObject* args, Py_ssize_t count);

@@ -27,6 +27,9 @@ internal sealed class BindingRules(MetadataReader reader)
     /// <summary>"LongRunningAttribute" on a method or constructor: the binding releases the interpreter lock around the call.</summary>
     public bool IsLongRunning(CustomAttributeHandleCollection attributes) => Has(reader, attributes, "LongRunningAttribute");
 
+    /// <summary>A `params` array parameter: Python may also pass its items as trailing positional arguments.</summary>
+    public bool IsParams(CustomAttributeHandleCollection attributes) => Has(reader, attributes, "ParamArrayAttribute");
+
     private static bool Has(MetadataReader reader, CustomAttributeHandleCollection attributes, string name) =>
         attributes.Any(ah => AttributeType(reader, reader.GetCustomAttribute(ah)).Name == name);
 

@@ -566,6 +566,12 @@ public static class CppEmitter
         w.Line($"static const char* const kw[] = {KeywordList(ps)};");
         var convs = string.Concat(plans.Select(p => $", PyShArg_Converter(&{p.Converter}), {p.Target}"));
         string parse = $"PyArg_ParseTupleAndKeywords(args, kwargs, \"{Format(ps.Count)}\", const_cast<char**>(kw){convs})";
+        if (ps.Count > 0 && ps[^1].IsParams)
+        {
+            // f(a, 1, 2, 3) passes 1, 2, 3 as the items of a params array, as f(a, [1, 2, 3]) would
+            w.Line($"PyShRef folded(PyShParams_Fold(args, {ps.Count}));");
+            parse = "folded && " + parse.Replace("(args, kwargs", "(folded.get(), kwargs");
+        }
         if (dispatching)
             w.Line($"if ({parse}) {{");
         else
@@ -1343,7 +1349,7 @@ public static class CppEmitter
                  {
                      "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_checked.h",
                      "marshal/conv_decimal.h", "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h",
-                     "marshal/conv_time.h", "marshal/conv_variant.h", "marshal/conv_version.h", "marshal/sequences.h", "module/pysh_lock.h",
+                     "marshal/conv_time.h", "marshal/conv_variant.h", "marshal/conv_version.h", "marshal/sequences.h", "module/pysh_lock.h", "module/pysh_ref.h",
                      "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h", "builtins/seq_access.h",
                      "objects/casting.h", "objects/collection_arg.h", "objects/enum_builder.h", "objects/handle_release.h",
                      "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h", "objects/type_arg.h",

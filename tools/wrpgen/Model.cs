@@ -154,6 +154,8 @@ public sealed record ParameterModel(string ManagedName, string PythonName, Carri
     public NullState Null { get; init; }
     /// <summary>What the binding refuses before the call.</summary>
     public ValueRules Rules { get; init; } = ValueRules.None;
+    /// <summary>The last parameter is a `params` array: trailing positional arguments are its items.</summary>
+    public bool IsParams { get; init; }
 }
 
 public sealed record ConstructorModel(int Overload, string Stub, IReadOnlyList<ParameterModel> Parameters, bool IsImplicit)

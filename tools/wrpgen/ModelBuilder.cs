@@ -446,7 +446,7 @@ public sealed class ModelBuilder
         string? reason = WhyMethodNotBound(type, def, md, name, isCtor, isStatic, sig);
         if (reason is null)
         {
-            var names = ParameterNames(md, sig.ParameterTypes.Length, out var attributes);
+            var names = ParameterNames(md, sig.ParameterTypes.Length, out var attributes, out bool lastIsParams);
             var parameters = new List<ParameterModel>();
             for (int i = 0; i < names.Length && reason is null; i++)
             {
@@ -459,6 +459,7 @@ public sealed class ModelBuilder
                     parameters.Add(new ParameterModel(names[i], Naming.Snake(names[i]), carried)
                     {
                         Null = nulls,
+                        IsParams = lastIsParams && i == names.Length - 1 && carried.Kind == ValueKind.Sequence,
                         Rules = _rules.For(carried, nulls != NullState.NotNull, nonNegative: false),
                     });
                 }
@@ -512,10 +513,11 @@ public sealed class ModelBuilder
         _ => false,
     };
 
-    private string[] ParameterNames(MethodDefinition md, int count, out ParameterAttributes[] attributes)
+    private string[] ParameterNames(MethodDefinition md, int count, out ParameterAttributes[] attributes, out bool lastIsParams)
     {
         var names = new string[count];
         attributes = new ParameterAttributes[count];
+        lastIsParams = false;
         foreach (var ph in md.GetParameters())
         {
             var p = _reader.GetParameter(ph);
@@ -523,6 +525,8 @@ public sealed class ModelBuilder
             {
                 names[p.SequenceNumber - 1] = _reader.GetString(p.Name);
                 attributes[p.SequenceNumber - 1] = p.Attributes;
+                if (p.SequenceNumber == count)
+                    lastIsParams = _rules.IsParams(p.GetCustomAttributes());
             }
         }
         for (int i = 0; i < count; i++)
