@@ -14,7 +14,8 @@ internal sealed class BindingRules(MetadataReader reader)
 
     public ValueRules For(CarriedType type, bool acceptsNull, bool nonNegative)
     {
-        bool reference = type.Kind is ValueKind.String or ValueKind.Bytes or ValueKind.Stream or ValueKind.Class or ValueKind.Interface;
+        bool reference = type.Kind is ValueKind.String or ValueKind.Bytes or ValueKind.Stream or ValueKind.Class or ValueKind.Interface
+            or ValueKind.Sequence;
         bool real = type.Kind is ValueKind.Single or ValueKind.Double;
         bool integer = type.Kind is ValueKind.SByte or ValueKind.Int16 or ValueKind.Int32 or ValueKind.Int64;
         var rules = new ValueRules(AcceptsNull: acceptsNull || !reference, Finite: real && _realsAreMeasures,

@@ -570,7 +570,7 @@ public static class CppEmitter
         {
             // f(a, 1, 2, 3) passes 1, 2, 3 as the items of a params array, as f(a, [1, 2, 3]) would
             w.Line($"PyShRef folded(PyShParams_Fold(args, {ps.Count}));");
-            parse = "folded && " + parse.Replace("(args, kwargs", "(folded.get(), kwargs");
+            parse = "(folded && " + parse.Replace("(args, kwargs", "(folded.get(), kwargs") + ")";
         }
         if (dispatching)
             w.Line($"if ({parse}) {{");
