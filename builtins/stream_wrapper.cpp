@@ -12,6 +12,7 @@
 #include "module/pysh_ref.h"
 #include "objects/bound_args.h"
 #include "objects/bound_class.h"
+#include "objects/casting.h"
 #include "objects/handle_release.h"
 #include "objects/host_markattr.h"
 #include "objects/host_table.h"
@@ -41,6 +42,10 @@ public:
     int64_t set_length(void* h, int32_t use_position, int64_t length) const { return set_length_(h, use_position, length); }
     int32_t write(void* h, const void* buffer, int32_t count) const { return write_(h, buffer, count); }
     int32_t btp_IsAssignable(void* h) const { return is_assignable_(h); }
+    void btp_TypeOf(void** out) const { type_of_(out); }
+    int32_t btp_CastTo(void* h, void** out) const { return cast_to_(h, out); }
+    int32_t btp_CastAs(void* h, void** out) const { return cast_as_(h, out); }
+    int32_t btp_ReInterpretObj(void* h, void** out) const { return reinterpret_(h, out); }
 
 private:
     PyHost_ph_Stream() : PyHostTable("Quorix.WrpGen.Interop.SiApiStream") {
@@ -535,6 +540,26 @@ PyObject* stream_tp_new(PyTypeObject* type, PyObject*, PyObject*) {
     return PyShBound_Alloc(type);
 }
 
+// ---- casting, as every bound type has it: the stream kind's stubs serve the class methods
+
+const PyShCastOps& cast_ops() {
+    static const PyShCastOps ops = {
+        wrpPye_uafn_stream_invalidate, PyStreamWrapper_Type(), HandleKind_Object,
+        [](void** o) { table().btp_TypeOf(o); },
+        [](void* h, void** o) { return table().btp_CastTo(h, o); },
+        [](void* h, void** o) { return table().btp_CastAs(h, o); },
+        [](void* h, void** o) { return table().btp_ReInterpretObj(h, o); },
+        [](void* h) { return table().btp_IsAssignable(h); },
+    };
+    return ops;
+}
+
+PyObject* stream_type_of(PyObject*, PyObject*) { return PyShCast_TypeOf(cast_ops()); }
+PyObject* stream_cast_to(PyObject*, PyObject* obj) { return PyShCast_CastTo(cast_ops(), obj); }
+PyObject* stream_reinterpret_obj(PyObject*, PyObject* obj) { return PyShCast_Reinterpret(cast_ops(), obj); }
+PyObject* stream_cast_as(PyObject*, PyObject* obj) { return PyShCast_CastAs(cast_ops(), obj); }
+PyObject* stream_is_assignable(PyObject*, PyObject* obj) { return PyShCast_IsAssignable(cast_ops(), obj); }
+
 PyMethodDef stream_methods[] = {
     {"close", stream_close, METH_NOARGS, ""},
     {"flush", stream_flush, METH_NOARGS, ""},
@@ -556,6 +581,12 @@ PyMethodDef stream_methods[] = {
     {"get_type", wrapClrObject_get_type, METH_NOARGS, ""},
     {"__enter__", stream_enter, METH_NOARGS, ""},
     {"__exit__", stream_exit, METH_VARARGS, ""},
+    {"_type_of", stream_type_of, METH_NOARGS | METH_STATIC, ""},
+    {"_cast_to", stream_cast_to, METH_O | METH_STATIC, ""},
+    {"_cast_from", stream_cast_to, METH_O, ""},
+    {"_is_assignable", stream_is_assignable, METH_O | METH_STATIC, ""},
+    {"_reinterpret_obj", stream_reinterpret_obj, METH_O | METH_STATIC, ""},
+    {"_cast_as", stream_cast_as, METH_O | METH_STATIC, ""},
     {"_qrxsc2p_asserttp", wrapPySealTp_qrxsc2p_asserttp, METH_NOARGS | METH_CLASS, ""},
     {nullptr, nullptr, 0, nullptr},
 };

@@ -161,3 +161,16 @@ class TestStreamsAsArguments:
         s = MS.memory(b"line\nrest")
         assert s.readline() == b"line\n"
         assert bt.Streams.read_all(s) == b"rest" and s.read() == b""
+
+
+class TestCasting:
+    def test_the_stream_type_tests_and_casts_like_every_bound_type(self):
+        S = type(MS.memory(b""))
+        s, node = MS.memory(b"abc"), bt.Node()
+        assert str(S._type_of()) == "System.IO.Stream"
+        assert (S._is_assignable(s), S._is_assignable(node)) == (True, False)
+        assert S._cast_as(node) is None
+        cast = S._cast_to(s)
+        assert cast and type(cast.value) is S and cast.value.read() == b"abc"
+        assert not S._cast_to(node)
+        assert S._cast_from(s, s).value.closed is False
