@@ -1,6 +1,7 @@
 #include "module/folio_registration.h"
 
 #include "builtins/buffer_view.h"
+#include "builtins/str_dict.h"
 #include "builtins/stream_wrapper.h"
 #include "module/ids.h"
 #include "module/pysh.h"
@@ -58,7 +59,11 @@ int wrpPyj_mlof_FFFFFFFF_interop_wrappers(PyObject* module) {
         return -1;
     if (PyStreamWrapper_Ready() < 0)
         return fail_type(-1015, PyStreamWrapper_Type()->tp_name);
-    return add_to_module(module, PyStreamWrapper_Type(), "_StreamWrapper");
+    if (add_to_module(module, PyStreamWrapper_Type(), "_StreamWrapper") < 0)
+        return -1;
+    if (PyStrDict_Ready() < 0)
+        return fail_type(-1015, PyStrDict_Type()->tp_name);
+    return add_to_module(module, PyStrDict_Type(), "_StrDictWrapper");
 }
 
 #ifdef QRX_WITH_GENERATED_BINDINGS

@@ -220,3 +220,42 @@ class TestObjectArrays:
         when = dt.datetime(2026, 1, 31, 9, 30)
         doc.mail_merge.execute(["Name", "City"], [when, decimal.Decimal("1.5")])
         assert "2026" in doc.get_text() and "1.5" in doc.get_text()
+
+
+class TestDocumentVariables:
+    """A dictionary the document keeps is a live mapping: what Python sets, fields read."""
+
+    def test_reads_and_writes_reach_the_document(self):
+        doc = qf.Document()
+        variables = doc.field_options.document_variables
+        variables["Client"] = "Acme"
+        variables["Empty"] = None
+        field = qf.DocumentBuilder(doc).insert_field("DOCVARIABLE Client")
+        doc.update_fields()
+        assert field.result == "Acme"
+        # the same dictionary through a second wrapper, keys as the engine compares them
+        again = doc.field_options.document_variables
+        assert (len(again), again["CLIENT"], "client" in again, again.get("Empty", "x")) == (2, "Acme", True, None)
+        assert (list(again), again.items(), dict(again)) == (["Client", "Empty"], [("Client", "Acme"), ("Empty", None)],
+                                                             {"Client": "Acme", "Empty": None})
+        del again["client"]
+        again.clear()
+        assert len(variables) == 0 and variables.get("Client") is None
+
+    def test_missing_keys_and_wrong_types_are_refused_like_a_dict(self):
+        variables = qf.Document().field_options.document_variables
+        with pytest.raises(KeyError):
+            variables["absent"]
+        with pytest.raises(KeyError):
+            del variables["absent"]
+        with pytest.raises(TypeError, match="keys are str, not 'int'"):
+            variables[1] = "x"
+        with pytest.raises(TypeError, match="values are str or None, not 'int'"):
+            variables["a"] = 1
+        assert 1 not in variables and len(variables) == 0
+
+    def test_a_wrapper_made_by_new_alone_refuses_use(self):
+        wrapper_type = type(qf.Document().field_options.document_variables)
+        orphan = wrapper_type.__new__(wrapper_type)
+        with pytest.raises(TypeError):
+            len(orphan)

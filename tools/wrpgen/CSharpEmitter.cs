@@ -509,7 +509,7 @@ public static partial class CSharpEmitter
             ValueKind.TimeSpan => ("long", null, "return r.Ticks;"),
             ValueKind.Class or ValueKind.Interface when type.Bound!.IsPolymorphic =>
                 ("int", "IntPtr* result", "*result = Handles.New(r);\nreturn TypeIndex.Of(r);"),
-            ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream
+            ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream or ValueKind.StringMap
                 or ValueKind.EnumeratorOf or ValueKind.EnumerableOf or ValueKind.ArrayOf or ValueKind.ListOf =>
                 ("void", "IntPtr* result", "*result = Handles.New(r);"),
             ValueKind.Object => ("void", "VariantArg* result", "Variants.SetResult(result, r);"),

@@ -321,7 +321,8 @@ public static class CppEmitter
     }
 
     private static bool ReturnsHandle(CarriedType t) =>
-        !t.IsNullable && (t.Kind is ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream || t.IsSequence);
+        !t.IsNullable && (t.Kind is ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream
+                          or ValueKind.StringMap || t.IsSequence);
 
     private static bool ReturnsIndexedHandle(CarriedType t) =>
         !t.IsNullable && t.Kind is ValueKind.Class or ValueKind.Interface && t.Bound!.IsPolymorphic;
@@ -412,7 +413,14 @@ public static class CppEmitter
                 w.Line("    PyShWrp_FreeGcHandlePtr(result);");
                 w.Line("    return nullptr;");
                 w.Line("}");
-                w.Line($"return {finish(result.Kind == ValueKind.Stream ? "PyStreamWrapper_FromHandle(result)" : result.IsSequence ? $"PyGn_Wrap(result, &{CppGenericEmitter.ResultType(result)})" : $"{ToPy(result.Bound!)}(result)")};");
+                string wrap = result.Kind switch
+                {
+                    ValueKind.Stream => "PyStreamWrapper_FromHandle(result)",
+                    ValueKind.StringMap => "PyStrDict_FromHandle(result)",
+                    _ when result.IsSequence => $"PyGn_Wrap(result, &{CppGenericEmitter.ResultType(result)})",
+                    _ => $"{ToPy(result.Bound!)}(result)",
+                };
+                w.Line($"return {finish(wrap)};");
                 return;
         }
         w.Line($"{StubReturn(result)} result = {Invoke(call + ")")};");
@@ -1347,7 +1355,7 @@ public static class CppEmitter
         w.Line();
         foreach (var inc in new[]
                  {
-                     "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_checked.h",
+                     "builtins/str_dict.h", "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_checked.h",
                      "marshal/conv_decimal.h", "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h",
                      "marshal/conv_time.h", "marshal/conv_variant.h", "marshal/conv_version.h", "marshal/sequences.h", "module/pysh_lock.h", "module/pysh_ref.h",
                      "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h", "builtins/seq_access.h",

@@ -18,6 +18,8 @@ public enum ValueKind
     /// sequence in as a managed array, a new Python list out.
     /// </summary>
     Sequence,
+    /// <summary>A managed IDictionary&lt;string, string&gt; result: a live Python mapping of str to str.</summary>
+    StringMap,
 }
 
 /// <summary>How a parameter passes: by value, or from Python as a one-element list (ref, out).</summary>
@@ -85,6 +87,7 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
         ValueKind.ArrayOf => "array:" + Generic!.Element.FullName,
         ValueKind.ListOf => "list:" + Generic!.Element.FullName,
         ValueKind.Sequence => "sequence:" + Item,
+        ValueKind.StringMap => "mapping:string,string",
         _ => "?",
     };
 }

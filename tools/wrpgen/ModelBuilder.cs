@@ -881,7 +881,7 @@ public sealed class ModelBuilder
         bool isOut = (attributes & ParameterAttributes.Out) != 0 && (attributes & ParameterAttributes.In) == 0;
         if ((attributes & ParameterAttributes.In) != 0 && !isOut)
             return element;
-        if (element.Kind is ValueKind.Stream or ValueKind.Sequence || ParameterOnly.Contains(element.Kind))
+        if (element.Kind is ValueKind.Stream or ValueKind.Sequence or ValueKind.StringMap || ParameterOnly.Contains(element.Kind))
             return Fail(out why, $"{t}: by-reference {element} values are not carried");
         return element with { Mode = isOut ? PassMode.Out : PassMode.Ref };
     }
@@ -933,6 +933,12 @@ public sealed class ModelBuilder
                 return Fail(out why, isParameter
                     ? $"{t}: Python sequences as managed collections that the callee may change are not carried"
                     : $"{t}: sequences of {Carry(t.Arguments[0], isResult: true, out _)?.ToString() ?? "this element"} are not carried yet (only of bound objects)");
+            case SigKind.GenericInstance when t.Element!.FullName == "System.Collections.Generic.IDictionary`2"
+                                              && t.Arguments.All(a => a.Unmodified.IsPrimitive(PrimitiveTypeCode.String)):
+                // a dictionary a document keeps: Python reads and writes it in place
+                return isParameter
+                    ? Fail(out why, $"{t}: Python mappings as managed dictionaries are not carried yet")
+                    : new CarriedType(ValueKind.StringMap);
             case SigKind.GenericInstance when t.Arguments.Length == 1 && t.Element!.FullName == "System.Collections.Generic.List`1" && !isParameter:
                 // a List<T> result is the callee's fresh list, handed over
                 return CarryCopied(t, t.Arguments[0], isParameter, out why);

@@ -156,6 +156,7 @@ public static class PyiEmitter
             ValueKind.EnumerableOf => $"{Typing("Iterable")}[{Ref(c.Generic!.Element)}]",
             ValueKind.ArrayOf or ValueKind.ListOf => $"{Typing("Sequence")}[{Ref(c.Generic!.Element)}]",
             ValueKind.Sequence => $"list[{ValueType(c.Item!)}]",
+            ValueKind.StringMap => $"{Typing("MutableMapping")}[str, str]",
             _ => "int",
         };
 

@@ -62,6 +62,8 @@ namespace Quorix.Folio
         public List<int> Numbers() => new List<int>();
         public string[] Names(IEnumerable<string> filter, object[] values, Node[] nodes) => Array.Empty<string>();
         public void Fill(IList<string> names) { }
+        public IDictionary<string, string> Variables { get; } = new Dictionary<string, string>();
+        public void Merge(IDictionary<string, string> values) { }
         public int[][] Grid() => Array.Empty<int[]>();
         public void Attach(Quorix.Other.Attachment attachment) { }
         public void Nest(Inner inner) { }

@@ -375,6 +375,21 @@ public static unsafe class WrpCs_Document_42DC8423
     }
 
     [UnmanagedCallersOnly]
+    public static void get_Variables(IntPtr self, IntPtr* result)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Document)Handles.Target(self);
+            var r = target.Variables;
+            *result = Handles.New(r);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void get_Tag(IntPtr self, VariantArg* result)
     {
         try
