@@ -259,3 +259,21 @@ class TestDocumentVariables:
         orphan = wrapper_type.__new__(wrapper_type)
         with pytest.raises(TypeError):
             len(orphan)
+
+
+class TestItemsOfEnumerationsAndStrings:
+    def test_a_fields_general_formats_index_and_iterate_as_enumeration_members(self):
+        builder = qf.DocumentBuilder(qf.Document())
+        formats = builder.insert_field("MERGEFIELD x \\* Upper \\* MERGEFORMAT").format.general_formats
+        GeneralFormat = qf.fields.GeneralFormat
+        assert list(formats) == [GeneralFormat.UPPER, GeneralFormat.MERGE_FORMAT]
+        assert type(formats[-1]) is GeneralFormat and formats[:1] == [GeneralFormat.UPPER]
+        formats.add(GeneralFormat.LOWER)
+        assert GeneralFormat.LOWER in formats and len(formats) == 3
+        with pytest.raises(IndexError):
+            formats[3]
+
+    def test_mapped_data_fields_read_by_name_as_str(self):
+        mapped = qf.Document().mail_merge.mapped_data_fields
+        mapped.add("Name", "FullName")
+        assert (mapped["Name"], mapped["NAME"], len(mapped)) == ("FullName", "FullName", 1)

@@ -221,7 +221,10 @@ public static partial class CSharpEmitter
     {
         var args = Arguments([new ParameterModel("key", "key", key)]);
         var (returnType, extra, finish) = Result(item);
-        Stub(w, returnType, stub, ["IntPtr self", .. args.Declarations, extra!], [Receiver(t), .. args.Prelude], args.Flushes,
+        List<string> declarations = ["IntPtr self", .. args.Declarations];
+        if (extra is not null)
+            declarations.Add(extra);
+        Stub(w, returnType, stub, declarations, [Receiver(t), .. args.Prelude], args.Flushes,
              $"var r = target[{args.Call}];", finish);
     }
 

@@ -344,6 +344,8 @@ public static class CppEmitter
     private static string Unlocked(string call, bool unlocked) =>
         unlocked ? $"PyShUnlocked_Call([&] {{ return {call}; }})" : call;
 
+    private static string[] ResultSlots(CarriedType t) => ResultSlot(t) is { } slot ? [slot] : [];
+
     /// <summary>The trailing out-slot parameter of a stub returning <paramref name="t"/>, or null.</summary>
     private static string? ResultSlot(CarriedType t) =>
         ReturnsHandle(t) ? "void**" : t.Kind == ValueKind.Sequence ? "PySeqSink*" : ResultRecord(t) is { } r ? r + "*" : null;
@@ -461,9 +463,9 @@ public static class CppEmitter
                 yield return new(s.Setter, "void", [Arg(s.Type, "value", "").CppType]);
         }
         if (t.Sequence?.IntIndexer is { } item)
-            yield return new(SequenceModel.IntIndexerStub, StubReturn(item), ["void*", "int32_t", "void**"]);
+            yield return new(SequenceModel.IntIndexerStub, StubReturn(item), ["void*", "int32_t", .. ResultSlots(item)]);
         foreach (var k in t.Sequence?.KeyIndexers ?? [])
-            yield return new(k.Stub, StubReturn(k.Item), ["void*", Arg(k.Key, "key", "").CppType, "void**"]);
+            yield return new(k.Stub, StubReturn(k.Item), ["void*", Arg(k.Key, "key", "").CppType, .. ResultSlots(k.Item)]);
         foreach (var b in t.Builtins)
             yield return b switch
             {

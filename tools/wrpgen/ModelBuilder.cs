@@ -641,8 +641,8 @@ public sealed class ModelBuilder
         if (key is null || !(byInt || key.Kind is ValueKind.String or ValueKind.Enum))
             return $"indexers by {sig.ParameterTypes[0]} are not bound (only by int, string or enumeration)";
         var carried = Carry(sig.ReturnType, isResult: true, out string why);
-        if (carried is not { Kind: ValueKind.Class or ValueKind.Interface or ValueKind.Struct })
-            return "indexer items: " + (carried is null ? why : $"{carried} is not an object type");
+        if (carried is not { Kind: ValueKind.Class or ValueKind.Interface or ValueKind.Struct or ValueKind.Enum or ValueKind.String })
+            return "indexer items: " + (carried is null ? why : $"{carried} is not an object, enumeration or string type");
         type.Sequence ??= new SequenceModel();
         if (byInt)
             type.Sequence.IntIndexer = carried;

@@ -465,6 +465,22 @@ public static unsafe class WrpCs_Document_42DC8423
     }
 
     [UnmanagedCallersOnly]
+    public static IntPtr btp_SqGetItem(IntPtr self, int @key)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Document)Handles.Target(self);
+            var r = target[@key];
+            return StubValues.StrOrNone(r);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void btp_TypeOf(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.Document>.TypeOf(result);
 
     [UnmanagedCallersOnly]
