@@ -277,3 +277,17 @@ class TestItemsOfEnumerationsAndStrings:
         mapped = qf.Document().mail_merge.mapped_data_fields
         mapped.add("Name", "FullName")
         assert (mapped["Name"], mapped["NAME"], len(mapped)) == ("FullName", "FullName", 1)
+
+
+class TestArraysBackThroughTheListCallbacks:
+    """Managed values a Python list receives through the list callbacks: arrays and lists
+    among them arrive as Python lists of their items, not as opaque wrappers."""
+
+    def test_a_list_value_stored_by_managed_code_is_a_python_list(self):
+        from binding_support import load_bindtest
+        sequences = load_bindtest().Sequences
+        items = [0, 0]
+        sequences.put(items, 0, [1, "a", [2.5]])
+        sequences.append(items, (decimal.Decimal("1"), None))
+        assert items == [[1, "a", [2.5]], 0, [decimal.Decimal("1"), None]]
+        assert type(items[2]) is list
