@@ -22,6 +22,10 @@ public unsafe class RecordLayoutTests
         Assert.Equal(24, (int)Marshal.OffsetOf<PyBytesArg>(nameof(PyBytesArg.Length)));
         Assert.Equal(16, sizeof(VariantArg));
         Assert.Equal(8, (int)Marshal.OffsetOf<VariantArg>(nameof(VariantArg.Value)));
+        Assert.Equal(16, sizeof(PySeqArg));
+        Assert.Equal(8, (int)Marshal.OffsetOf<PySeqArg>(nameof(PySeqArg.Items)));
+        Assert.Equal(24, sizeof(PySeqSink));
+        Assert.Equal(16, (int)Marshal.OffsetOf<PySeqSink>(nameof(PySeqSink.WrapInt)));
     }
 
     [Theory]

@@ -1,4 +1,5 @@
 using System.Collections;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
 namespace Quorix.WrpGen.Interop;
@@ -76,10 +77,7 @@ public static unsafe class PySequences
             return null;
         var items = new T[arg->Count];
         for (int i = 0; i < items.Length; i++)
-        {
-            int value = *arg->At<int>(i);
-            items[i] = System.Runtime.CompilerServices.Unsafe.As<int, T>(ref value);
-        }
+            items[i] = EnumOf<T>(*arg->At<int>(i));
         return items;
     }
 
@@ -137,10 +135,7 @@ public static unsafe class PySequences
             return;
         var put = (delegate* unmanaged<PySeqSink*, int, int, int>)Slot(PutInt);
         for (int i = 0; i < list.Count; i++)
-        {
-            T value = list[i];
-            Check(put(sink, i, System.Runtime.CompilerServices.Unsafe.As<T, int>(ref value)));
-        }
+            Check(put(sink, i, ValueOf(list[i])));
     }
 
     /// <summary>Objects by handle with their bound type index: the sink wraps each as its most derived bound class.</summary>
@@ -182,6 +177,32 @@ public static unsafe class PySequences
         {
             PyRuntime.DecRef(sink.List);
         }
+    }
+
+    // Enumerations of any width up to 32 bits cross as a 32-bit value, sign-extended where signed.
+    private static int ValueOf<T>(T value) where T : struct, Enum => Unsafe.SizeOf<T>() switch
+    {
+        1 => EnumSign<T>.Signed ? Unsafe.As<T, sbyte>(ref value) : Unsafe.As<T, byte>(ref value),
+        2 => EnumSign<T>.Signed ? Unsafe.As<T, short>(ref value) : Unsafe.As<T, ushort>(ref value),
+        _ => Unsafe.As<T, int>(ref value),
+    };
+
+    private static T EnumOf<T>(int value) where T : struct, Enum
+    {
+        T result = default;
+        switch (Unsafe.SizeOf<T>())
+        {
+            case 1: Unsafe.As<T, byte>(ref result) = (byte)value; break;
+            case 2: Unsafe.As<T, ushort>(ref result) = (ushort)value; break;
+            default: Unsafe.As<T, int>(ref result) = value; break;
+        }
+        return result;
+    }
+
+    // Whether an enumeration's underlying type is signed, asked once per type.
+    private static class EnumSign<T> where T : struct, Enum
+    {
+        internal static readonly bool Signed = Type.GetTypeCode(Enum.GetUnderlyingType(typeof(T))) is TypeCode.SByte or TypeCode.Int16;
     }
 
     // The items as a list to index (a fresh array or list is used as is), after the sink's list
