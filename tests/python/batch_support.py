@@ -103,3 +103,8 @@ def make_hostile(folder, valid):
         f.write(valid[: len(valid) // 2])
     open(os.path.join(folder, "empty.docx"), "wb").close()
     return sorted(os.path.join(folder, n) for n in os.listdir(folder))
+
+
+def runtime_setting(document):
+    """The worker's profile-guided compilation setting, as its runtime read it at start."""
+    return os.environ.get("DOTNET_TieredPGO")

@@ -166,10 +166,10 @@ def test_a_worker_killed_while_saving_leaves_no_partial_output(tmp_path):
     killed = []
 
     def kill_while_saving():
-        # the task's staging folder exists only while its output is being written
+        # a file in the worker's staging folder: its output is being written
         deadline = time.monotonic() + 60
         while not killed and time.monotonic() < deadline:
-            if any(os.path.isdir(os.path.join(out, n, "0")) for n in (os.listdir(out) if out.exists() else ())):
+            if any(files for _, _, files in os.walk(out)):
                 for worker in pool_workers():
                     os.kill(worker.pid, signal.SIGKILL)
                     killed.append(worker.pid)
@@ -182,6 +182,14 @@ def test_a_worker_killed_while_saving_leaves_no_partial_output(tmp_path):
     assert killed and [r.attempts for r in report.succeeded] == [2]
     assert (out / "big.md").read_bytes() == reference.read_bytes()
     assert files_under(out) == ["big.md"]
+
+
+def test_workers_run_without_profile_guided_tiers_unless_the_user_chose(corpus, monkeypatch):
+    report = batch.map(support.runtime_setting, corpus.documents[:3], workers=1)
+    assert [r.value for r in report.succeeded] == ["0"] * 3
+    assert "DOTNET_TieredPGO" not in os.environ  # the parent's own environment is left as it was
+    monkeypatch.setenv("DOTNET_TieredPGO", "1")
+    assert [r.value for r in batch.map(support.runtime_setting, corpus.documents[:1], workers=1).succeeded] == ["1"]
 
 
 def test_functions_and_values_that_do_not_travel(corpus):

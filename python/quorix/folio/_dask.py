@@ -38,7 +38,7 @@ _REQUEUES = 3  # times a file whose worker died before it began is sent again
 
 
 def _marker(task: Task, token: str) -> str:
-    folder = os.path.dirname(task.staging) if task.staging else os.path.join(tempfile.gettempdir(), token)
+    folder = task.staging if task.staging else os.path.join(tempfile.gettempdir(), token)
     return os.path.join(folder, f"{task.index}.running")
 
 
@@ -97,7 +97,7 @@ def run(client: Any, tasks: list[Task], timeout: float | None, chunksize: int | 
         if not os.path.exists(marker) and requeued[task.index] < _REQUEUES:
             requeued[task.index] += 1
             return None
-        task.discard_staging()
+        # what the dead worker left in its staging folder goes with the batch's staging folder
         if timeout is not None and os.path.exists(marker) and os.path.getsize(marker):
             return task.failure("TimeoutError", f"no result after {timeout:g} s; the worker was ended")
         return task.failure(type(error).__name__, str(error))
