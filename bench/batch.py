@@ -13,7 +13,10 @@ CPU per file (all processes, whole batch) shows the cost of each path when other
 machine makes the times wander, and a control measures what the machine gives two independent
 processes, the ceiling of any two-worker speed-up in that run.
 
-    PYTHONPATH=build/python /usr/bin/python3 bench/batch.py [--files 600] [--rounds 3]
+Run it on the wheel's tree, whose assemblies are precompiled as users get them (the build tree's
+are compiled at run time, a cost every worker pays again):
+
+    make wheel && PYTHONPATH=build/wheel /usr/bin/python3 bench/batch.py [--files 600] [--rounds 3]
 """
 
 import argparse
@@ -142,7 +145,8 @@ def main():
             cluster.close()
 
     print(f"{args.files} files of {args.paragraphs} paragraphs and a table, DOCX -> Markdown, "
-          f"{args.rounds} rounds, {os.cpu_count()} cores, load average {os.getloadavg()[0]:.1f}")
+          f"{args.rounds} rounds, {os.cpu_count()} cores, load average {os.getloadavg()[0]:.1f}, "
+          f"package {os.path.dirname(os.path.dirname(os.path.abspath(qf.__file__)))}")
     for name, figures in runs.items():
         if figures:
             print(f"  {name:15} whole batch {span([f[0] for f in figures], ' s')}, "

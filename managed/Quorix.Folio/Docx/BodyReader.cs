@@ -1,4 +1,3 @@
-using System.Runtime.CompilerServices;
 using System.Text;
 using System.Xml;
 using Quorix.Folio.Drawing;
@@ -38,7 +37,6 @@ internal static class BodyReader
         if (!sawBody) throw new FileCorruptedException("The document part has no body.");
     }
 
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static void ReadBody(Document doc, XmlReader r, ReadContext ctx, Dictionary<string, HeaderFooter> headers)
     {
         var body = new Body(doc);
@@ -124,7 +122,6 @@ internal static class BodyReader
     }
 
     /// <summary>Reads the block children of the element the reader stands on into the container.</summary>
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static void ReadBlocks(XmlReader r, CompositeNode container, ReadContext ctx)
     {
         if (r.IsEmptyElement) { r.Read(); return; }
@@ -210,7 +207,6 @@ internal static class BodyReader
 
     public static Paragraph ReadParagraph(XmlReader r, ReadContext ctx, out PropBag? sectPr) => ReadParagraph(r, ctx, out sectPr, out _);
 
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static Paragraph ReadParagraph(XmlReader r, ReadContext ctx, out PropBag? sectPr, out List<PropElement.Attr>? sectAttrs)
     {
         sectPr = null;
@@ -277,7 +273,6 @@ internal static class BodyReader
     }
 
     /// <summary>One child of a paragraph (or of a link inside it).</summary>
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static void ReadInline(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         if (r.NamespaceURI != Ns.W)
@@ -567,7 +562,6 @@ internal static class BodyReader
         return t;
     }
 
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static Row ReadRow(XmlReader r, ReadContext ctx)
     {
         PropBag? trPr = null, ex = null;
@@ -604,7 +598,6 @@ internal static class BodyReader
         return row;
     }
 
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static Cell ReadCell(XmlReader r, ReadContext ctx, out int spanned)
     {
         spanned = 0;

@@ -1,4 +1,3 @@
-using System.Runtime.CompilerServices;
 using System.Text;
 using System.Xml;
 using Quorix.Folio.Drawing;
@@ -15,7 +14,6 @@ internal static class RunReader
     internal const char SoftHyphen = '\u001f';
 
     /// <summary>Text content of a simple element; cheaper than the general content reader.</summary>
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     private static void ReadText(XmlReader r, TextBuffer text)
     {
         if (r.IsEmptyElement) { r.Read(); return; }
@@ -31,7 +29,6 @@ internal static class RunReader
         r.Read();
     }
 
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static void ReadRun(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         var doc = ctx.Doc;

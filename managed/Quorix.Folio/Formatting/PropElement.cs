@@ -1,4 +1,3 @@
-using System.Runtime.CompilerServices;
 using System.Xml;
 using Quorix.Folio.Docx;
 
@@ -24,7 +23,6 @@ internal sealed class PropElement
     }
 
     /// <summary>The attributes of the element the reader stands on, declarations excepted; null when none.</summary>
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static List<Attr>? ReadAttrs(XmlReader r)
     {
         if (!r.HasAttributes) return null;
@@ -94,7 +92,6 @@ internal sealed class PropElement
     // Deeper markup is refused: the readers recurse, and a stack overflow would end the process.
     internal const int MaxDepth = 200;
 
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static PropElement Read(XmlReader r)
     {
         if (r.Depth > MaxDepth) throw new FileCorruptedException($"The XML nests more than {MaxDepth} elements deep.");
@@ -117,7 +114,6 @@ internal sealed class PropElement
 
     /// <summary>Reads the child elements and text of the element the reader stands on, leaving the
     /// reader after it; the element's own name and attributes are not kept. Null when it has no children.</summary>
-    [MethodImpl(MethodImplOptions.AggressiveOptimization)]
     public static List<PropElement>? ReadContent(XmlReader r, out string? text)
     {
         text = null;
