@@ -60,12 +60,65 @@ def test_convert_to_docx_loads_back(sample, tmp_path):
     assert qf.Document(str(tmp_path / "copy.docx")).get_text().split() == "First paragraph of the sample Second one".split()
 
 
+@pytest.fixture(scope="module")
+def pages(tmp_path_factory):
+    """Four pages, each with a word of its own."""
+    path = tmp_path_factory.mktemp("cli") / "pages.docx"
+    doc = qf.Document()
+    builder = qf.DocumentBuilder(doc)
+    for i, word in enumerate(("alpha", "bravo", "charlie", "delta")):
+        if i:
+            builder.insert_break(qf.BreakType.PAGE_BREAK)
+        builder.writeln(f"page {word}")
+    doc.save(str(path))
+    return path
+
+
+def pdf_pages(path):
+    info = subprocess.run(["pdfinfo", str(path)], check=True, capture_output=True, text=True).stdout
+    text = subprocess.run(["pdftotext", str(path), "-"], check=True, capture_output=True, text=True).stdout
+    return int(dict(line.split(":", 1) for line in info.splitlines())["Pages"]), text.split()
+
+
+@pytest.mark.parametrize("spec,count,words", [
+    ("2-3", 2, ["bravo", "charlie"]),
+    ("3", 1, ["charlie"]),
+    ("2-", 3, ["bravo", "charlie", "delta"]),
+    ("3-99", 2, ["charlie", "delta"]),   # the end of the document bounds the range
+])
+def test_convert_pages_of_a_pdf(pages, tmp_path, spec, count, words):
+    assert run("convert", pages, tmp_path / "out.pdf", "--pages", spec) == (0, "", "")
+    got_count, text = pdf_pages(tmp_path / "out.pdf")
+    assert (got_count, [w for w in text if w != "page"]) == (count, words)
+
+
+def test_convert_pages_to_pictures_writes_a_file_a_page(pages, tmp_path):
+    assert run("convert", pages, tmp_path / "p.png", "--pages", "2-3") == (0, "", "")
+    assert sorted(p.name for p in tmp_path.iterdir()) == ["p-2.png", "p-3.png"]
+    assert all(p.read_bytes().startswith(b"\x89PNG\r\n\x1a\n") for p in tmp_path.iterdir())
+    assert (tmp_path / "p-2.png").read_bytes() != (tmp_path / "p-3.png").read_bytes()
+    assert run("convert", pages, tmp_path / "one.svg", "--pages", "4") == (0, "", "")
+    assert (tmp_path / "one.svg").read_bytes().lstrip().startswith(b"<?xml")
+    # without --pages a picture holds the first page, and the user is told of the others
+    code, _, err = run("convert", pages, tmp_path / "first.png")
+    assert code == 0 and err == f"note: '{tmp_path / 'first.png'}' holds page 1 of 4; --pages 1-4 writes each page to a file\n"
+
+
+def test_convert_pages_shows_a_step_a_file_on_a_terminal(pages, tmp_path):
+    terminal = Terminal()
+    assert cli.main(["convert", str(pages), str(tmp_path / "p.jpeg"), "--pages", "1-3"], io.StringIO(), terminal) == 0
+    frames = terminal.getvalue().split("\r")[1:]
+    # the files to write are known once the document is read and laid out
+    assert [f.split("]")[1].split()[0] for f in frames] == ["0/2", "1/4", "2/4", "3/4", "4/4"]
+    assert "writing p-3.jpeg" in frames[3]
+
+
 def test_info_and_text(sample):
     code, out, _ = run("info", sample)
     assert code == 0
     rows = dict(line.split(None, 1) for line in out.splitlines())
-    assert rows == {"file": str(sample), "format": "docx", "encrypted": "no", "sections": "1", "words": "7",
-                    "comments": "0", "revisions": "no"}
+    assert rows == {"file": str(sample), "format": "docx", "encrypted": "no", "pages": "1", "sections": "1",
+                    "words": "7", "comments": "0", "revisions": "no"}
     code, out, _ = run("text", sample)
     assert (code, out.split("\n")[:2]) == (0, ["First paragraph of the sample", "Second one"])
 
@@ -79,6 +132,14 @@ def test_info_and_text(sample):
     (("convert", "{sample}", "{dir}/none/o.md"), 3, "cannot write '{dir}/none/o.md': no such folder"),
     (("info", "{dir}"), 3, "cannot read '{dir}': not a readable file"),
     (("text", "{bad}"), 1, "(UnsupportedFileFormatException)"),
+    (("convert", "{sample}", "{dir}/o.pdf", "--pages", "3-2"), 2,
+     "--pages '3-2' is not a page range; give N, A-B or A- (pages count from 1)"),
+    (("convert", "{sample}", "{dir}/o.pdf", "--pages", "0"), 2, "--pages '0' is not a page range"),
+    (("convert", "{sample}", "{dir}/o.pdf", "--pages", "two"), 2, "--pages 'two' is not a page range"),
+    (("convert", "{sample}", "{dir}/o.pdf", "--pages", "2-"), 2,
+     "cannot write '{dir}/o.pdf': --pages 2- starts past the last page of '{sample}', which has 1"),
+    (("convert", "{sample}", "{dir}/o.md", "--pages", "1"), 2,
+     "--pages is for the formats that write laid-out pages (pdf, svg, png, jpeg), not markdown"),
 ])
 def test_failures_name_the_file_and_cause(sample, tmp_path, argv, code, message):
     bad = tmp_path / "bad.docx"
@@ -89,6 +150,7 @@ def test_failures_name_the_file_and_cause(sample, tmp_path, argv, code, message)
     assert out == ""
     assert err.startswith(f"python -m quorix.folio {argv[0]}: ") and message.format(**values) in err
     assert "Traceback" not in err
+    assert not (tmp_path / "o.pdf").exists()
 
 
 def test_progress_bar_only_on_a_terminal(sample, tmp_path):

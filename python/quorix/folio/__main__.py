@@ -1,6 +1,6 @@
 """Command line of quorix.folio.
 
-    python -m quorix.folio convert IN OUT [--format FORMAT]
+    python -m quorix.folio convert IN OUT [--format FORMAT] [--pages A-B]
     python -m quorix.folio info IN
     python -m quorix.folio text IN
     python -m quorix.folio batch convert IN_DIR OUT_DIR --to FORMAT [--workers N]
@@ -36,7 +36,7 @@ class Progress:
     """A bar of the conversion's steps on standard error, drawn only when that is a terminal.
 
     The engine reports no progress of its own while it loads or saves, so the bar advances per
-    step (detect, load, save) rather than per byte."""
+    step (load, then each file written) rather than per byte."""
 
     def __init__(self, steps: int, stream: TextIO) -> None:
         self.steps, self.done, self.stream = steps, 0, stream
@@ -111,14 +111,65 @@ def _writable(path: str) -> None:
         raise Failure(EXIT_FILE, f"cannot write '{path}': not a writable file")
 
 
-def convert(source: str, target: str, fmt_name: str | None, err: TextIO) -> int:
+# Formats whose files hold one page each: several pages become several files.
+_ONE_PAGE_A_FILE = (saving.ImageSaveOptions, saving.SvgSaveOptions)
+
+
+def _page_range(spec: str) -> tuple[int, int | None]:
+    """--pages as 1-based first and last page, last None for "to the end": N, A-B or A-."""
+    match = re.fullmatch(r"(\d+)(?:(-)(\d*))?", spec.strip())
+    if match:
+        first = int(match.group(1))
+        last = int(match.group(3)) if match.group(3) else None if match.group(2) else first
+        if first >= 1 and (last is None or last >= first):
+            return first, last
+    raise Failure(EXIT_USAGE, f"--pages '{spec}' is not a page range; give N, A-B or A- (pages count from 1)")
+
+
+def _fixed_page_options(fmt: qf.SaveFormat) -> saving.FixedPageSaveOptions:
+    options = saving.SaveOptions.create_save_options(fmt)
+    if not isinstance(options, saving.FixedPageSaveOptions):
+        paged = ", ".join(f.name.lower() for f in qf.SaveFormat if f != qf.SaveFormat.UNKNOWN and isinstance(
+            saving.SaveOptions.create_save_options(f), saving.FixedPageSaveOptions))
+        raise Failure(EXIT_USAGE, f"--pages is for the formats that write laid-out pages ({paged}), "
+                                  f"not {fmt.name.lower()}")
+    return options
+
+
+def _page_file(target: str, page: int) -> str:
+    stem, extension = os.path.splitext(target)
+    return f"{stem}-{page}{extension}"
+
+
+def convert(source: str, target: str, fmt_name: str | None, pages: str | None, err: TextIO) -> int:
     fmt = _save_format(fmt_name, target)
     _writable(target)
+    chosen = _page_range(pages) if pages is not None else None
+    options = _fixed_page_options(fmt) if chosen is not None else None
     progress = Progress(2, err)
     progress.step(f"reading {os.path.basename(source)}")
     document = _load(source)
-    progress.step(f"writing {os.path.basename(target)}")
-    _guard(target, "write", lambda: document.save(target, fmt))
+    if options is None or chosen is None:
+        progress.step(f"writing {os.path.basename(target)}")
+        saved = _guard(target, "write", lambda: document.save(target, fmt))
+        progress.finish()
+        if saved.content_type.startswith("image/") and (count := document.page_count) > 1:
+            err.write(f"note: '{target}' holds page 1 of {count}; --pages 1-{count} writes each page to a file\n")
+        return 0
+    count = _guard(source, "lay out", lambda: document.page_count)
+    first, last = chosen[0], min(chosen[1] or count, count)
+    if first > count:
+        raise Failure(EXIT_USAGE, f"cannot write '{target}': --pages {pages} starts past the last page of "
+                                  f"'{source}', which has {count}")
+    # one file for the range, or one a page where a file holds a single page
+    outputs = [(target, first, last)]
+    if isinstance(options, _ONE_PAGE_A_FILE) and last > first:
+        outputs = [(_page_file(target, page), page, page) for page in range(first, last + 1)]
+    progress.steps = 1 + len(outputs)
+    for path, start, end in outputs:
+        progress.step(f"writing {os.path.basename(path)}")
+        options.page_set = saving.PageSet(saving.PageRange(start - 1, end - 1))
+        _guard(path, "write", lambda: document.save(path, options))
     progress.finish()
     return 0
 
@@ -129,15 +180,16 @@ def info(source: str, out: TextIO) -> int:
     document = _load(source)
     text = document.get_text()
     sections = document.sections.count
+    pages = _guard(source, "lay out", lambda: document.page_count)
     rows = [
         ("file", source),
         ("format", detected.load_format.name.lower()),
         ("encrypted", "yes" if detected.is_encrypted else "no"),
+        ("pages", str(pages)),
         ("sections", str(sections)),
         ("words", str(len(text.split()))),
         ("comments", str(document.comments.count)),
         ("revisions", "yes" if document.has_revisions else "no"),
-        # pages need a layout, which the engine does not compute
     ]
     width = max(len(key) for key, _ in rows)
     for key, value in rows:
@@ -163,7 +215,10 @@ def _parser() -> argparse.ArgumentParser:
     c.add_argument("target", metavar="OUT")
     c.add_argument("--format", dest="fmt", metavar="FORMAT",
                    help="one of: " + ", ".join(f.name.lower() for f in qf.SaveFormat if f != qf.SaveFormat.UNKNOWN))
-    i = commands.add_parser("info", help="format, sections, words, comments and revisions of IN")
+    c.add_argument("--pages", metavar="A-B",
+                   help="the pages to write, counted from 1 (N, A-B or A-), for formats of laid-out pages; "
+                        "where a file holds one page (png, jpeg, svg), OUT-N.ext for each page N")
+    i = commands.add_parser("info", help="format, pages, sections, words, comments and revisions of IN")
     i.add_argument("source", metavar="IN")
     t = commands.add_parser("text", help="the plain text of IN on standard output")
     t.add_argument("source", metavar="IN")
@@ -177,7 +232,7 @@ def main(argv: Sequence[str] | None = None, out: TextIO | None = None, err: Text
     args = _parser().parse_args(argv)
     try:
         if args.command == "convert":
-            return convert(args.source, args.target, args.fmt, err)
+            return convert(args.source, args.target, args.fmt, args.pages, err)
         if args.command == "batch":
             return _batch_cli.run(args, PROG, err)
         if args.command == "info":
