@@ -2,9 +2,11 @@
 generated documents converted byte for byte as one process converts them, hostile inputs and
 dying, slow or greedy workers reported as failed entries, the command line's two progress modes."""
 
+import glob
 import io
 import multiprocessing
 import os
+import runpy
 import shutil
 import signal
 import subprocess
@@ -209,6 +211,15 @@ def test_stopping_early_ends_the_workers(corpus, tmp_path):
     results.close()
     assert not pool_workers()
     assert not [n for n in os.listdir(tmp_path) if n.startswith(".")]
+
+
+def test_the_freezer_hook_ships_the_batch_modules_and_what_they_import():
+    hook = runpy.run_path(os.path.join(os.path.dirname(batch.__file__), "__pyinstaller", "hook-quorix.folio.py"))
+    shipped = {os.path.basename(path) for source, target in hook["datas"] if target == os.path.join("quorix", "folio")
+               for path in glob.glob(source)}
+    assert {"batch.py", "_pool.py", "_dask.py", "_batch_cli.py", "__main__.py"} <= shipped
+    assert {"multiprocessing", "multiprocessing.connection", "argparse", "secrets"} <= set(hook["hiddenimports"])
+    assert not [n for n in hook["hiddenimports"] if n.startswith("distributed")]  # Dask stays optional
 
 
 # ---- Dask
