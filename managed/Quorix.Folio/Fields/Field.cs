@@ -12,18 +12,24 @@ public partial class Field
         End = end;
     }
 
+    /// <summary>The character that starts the field.</summary>
     public FieldStart Start { get; private set; }
 
+    /// <summary>The character between the code and the result; null when the field has no result.</summary>
     public FieldSeparator? Separator { get; private set; }
 
+    /// <summary>The character that ends the field.</summary>
     public FieldEnd End { get; private set; }
 
+    /// <summary>The field's type, told from its code.</summary>
     public FieldType Type => FieldKinds.TypeOf(GetFieldCode());
 
+    /// <summary>The field's code, such as "PAGE \* MERGEFORMAT".</summary>
     public string GetFieldCode() => Collect(Start, (Node?)Separator ?? End).Trim();
 
     internal static string CodeText(FieldStart start, Node stop) => Collect(start, stop);
 
+    /// <summary>The field's result text as it stands in the document.</summary>
     public string Result
     {
         get => Separator == null ? "" : Collect(Separator, End);
@@ -34,6 +40,7 @@ public partial class Field
         }
     }
 
+    /// <summary>The text the field shows.</summary>
     public string DisplayResult => Result;
 
     /// <summary>Removes the markers and code; the result stays as plain text.</summary>
@@ -45,6 +52,7 @@ public partial class Field
         End.Remove();
     }
 
+    /// <summary>Removes the field, its code and its result from the document.</summary>
     public void Remove()
     {
         foreach (var n in Span(Start, End)) n.Remove();

@@ -9,11 +9,13 @@ public sealed class FieldBuilder
     private readonly List<object> pieces = new();
     private readonly string word;
 
+    /// <summary>Starts building the code of a field of fieldType.</summary>
     public FieldBuilder(FieldType fieldType)
     {
         word = FieldKinds.WordOf(fieldType) ?? throw new ArgumentException($"{fieldType} is not a kind of field that can be built.", nameof(fieldType));
     }
 
+    /// <summary>Adds a text argument, quoted where needed, to the field code being built.</summary>
     public FieldBuilder AddArgument(string argument)
     {
         ArgumentNullException.ThrowIfNull(argument);
@@ -21,8 +23,10 @@ public sealed class FieldBuilder
         return this;
     }
 
+    /// <summary>Adds a whole-number argument to the field code being built.</summary>
     public FieldBuilder AddArgument(int argument) => Add(argument.ToString(CultureInfo.InvariantCulture));
 
+    /// <summary>Adds a number argument to the field code being built.</summary>
     public FieldBuilder AddArgument(double argument) => Add(argument.ToString(CultureInfo.InvariantCulture));
 
     /// <summary>A nested field as one argument.</summary>
@@ -45,16 +49,20 @@ public sealed class FieldBuilder
         return this;
     }
 
+    /// <summary>Adds a switch without argument, such as \h, to the field code being built.</summary>
     public FieldBuilder AddSwitch(string switchName)
     {
         if (string.IsNullOrEmpty(switchName) || switchName[0] != '\\') throw new ArgumentException("A switch starts with a backslash.", nameof(switchName));
         return Add(switchName);
     }
 
+    /// <summary>Adds a switch with a text argument to the field code being built.</summary>
     public FieldBuilder AddSwitch(string switchName, string switchArgument) => AddSwitch(switchName).AddArgument(switchArgument);
 
+    /// <summary>Adds a switch with a whole-number argument to the field code being built.</summary>
     public FieldBuilder AddSwitch(string switchName, int switchArgument) => AddSwitch(switchName).AddArgument(switchArgument);
 
+    /// <summary>Adds a switch with a number argument to the field code being built.</summary>
     public FieldBuilder AddSwitch(string switchName, double switchArgument) => AddSwitch(switchName).AddArgument(switchArgument);
 
     private FieldBuilder Add(string text)
@@ -104,6 +112,7 @@ public sealed class FieldArgumentBuilder
 {
     internal readonly List<object> Pieces = new();
 
+    /// <summary>Adds text to the argument being built.</summary>
     public FieldArgumentBuilder AddText(string text)
     {
         ArgumentNullException.ThrowIfNull(text);
@@ -111,6 +120,7 @@ public sealed class FieldArgumentBuilder
         return this;
     }
 
+    /// <summary>Adds a nested field to the argument being built.</summary>
     public FieldArgumentBuilder AddField(FieldBuilder fieldBuilder)
     {
         ArgumentNullException.ThrowIfNull(fieldBuilder);

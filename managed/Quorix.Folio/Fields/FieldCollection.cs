@@ -18,6 +18,7 @@ public sealed class FieldCollection : IReadOnlyList<Field>
         return list;
     }
 
+    /// <summary>How many fields the range holds.</summary>
     public int Count => Fresh().Count;
 
     public Field this[int index]
@@ -30,15 +31,19 @@ public sealed class FieldCollection : IReadOnlyList<Field>
         }
     }
 
+    /// <summary>Removes a field, its code and its result.</summary>
     public void Remove(Field field) => field.Remove();
 
+    /// <summary>Removes the field at index, its code and its result.</summary>
     public void RemoveAt(int index) => this[index].Remove();
 
+    /// <summary>Removes every field of the range with its code and result.</summary>
     public void Clear()
     {
         foreach (var f in Fresh()) if (f.Start.ParentNode != null) f.Remove();
     }
 
+    /// <summary>The fields in document order.</summary>
     public IEnumerator<Field> GetEnumerator() => Fresh().GetEnumerator();
 
     System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();

@@ -46,6 +46,7 @@ public partial class Field
         return FieldCode.Tokenize(sb.ToString(), bound.ToArray());
     }
 
+    /// <summary>The field's result formats: number, date and general switches.</summary>
     public FieldFormat Format => new(this);
 
     // A field is its markers: two objects for the same start are the same field.

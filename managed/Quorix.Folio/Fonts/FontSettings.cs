@@ -1,11 +1,17 @@
 namespace Quorix.Folio.Fonts;
 
+/// <summary>Where a font source finds its fonts.</summary>
 public enum FontSourceType
 {
+    /// <summary>One font file.</summary>
     FontFile = 0,
+    /// <summary>The font files of a folder.</summary>
     FontsFolder = 1,
+    /// <summary>The fonts installed on the machine.</summary>
     SystemFonts = 2,
+    /// <summary>A font held in memory as bytes.</summary>
     MemoryFont = 3,
+    /// <summary>A font read from a stream.</summary>
     FontStream = 4,
 }
 
@@ -14,8 +20,10 @@ public abstract class FontSourceBase
 {
     private protected FontSourceBase(int priority) { Priority = priority; }
 
+    /// <summary>The source's rank when several hold a font of the same name; the higher wins.</summary>
     public int Priority { get; }
 
+    /// <summary>Where this source finds its fonts.</summary>
     public abstract FontSourceType Type { get; }
 
     /// <summary>Each font file's bytes or path, as the library scans them.</summary>
@@ -25,8 +33,10 @@ public abstract class FontSourceBase
 /// <summary>A font file on disk, or bytes held in memory.</summary>
 internal readonly record struct FontFileRef(string? Path, byte[]? Data);
 
+/// <summary>The font files of a folder, as a source of fonts for layout.</summary>
 public sealed class FolderFontSource : FontSourceBase
 {
+    /// <summary>The fonts of folderPath, and of its subfolders when scanSubfolders, at the given priority.</summary>
     public FolderFontSource(string folderPath, bool scanSubfolders, int priority = 0) : base(priority)
     {
         ArgumentException.ThrowIfNullOrEmpty(folderPath);
@@ -34,25 +44,32 @@ public sealed class FolderFontSource : FontSourceBase
         ScanSubfolders = scanSubfolders;
     }
 
+    /// <summary>The folder the fonts are read from.</summary>
     public string FolderPath { get; }
 
+    /// <summary>Whether the fonts of subfolders are read too.</summary>
     public bool ScanSubfolders { get; }
 
+    /// <summary>Always FontsFolder.</summary>
     public override FontSourceType Type => FontSourceType.FontsFolder;
 
     internal override IEnumerable<FontFileRef> Files() => FontFiles.In(FolderPath, ScanSubfolders);
 }
 
+/// <summary>One font file, as a source of fonts for layout.</summary>
 public sealed class FileFontSource : FontSourceBase
 {
+    /// <summary>The font of filePath at the given priority.</summary>
     public FileFontSource(string filePath, int priority = 0) : base(priority)
     {
         ArgumentException.ThrowIfNullOrEmpty(filePath);
         FilePath = filePath;
     }
 
+    /// <summary>The font file's path.</summary>
     public string FilePath { get; }
 
+    /// <summary>Always FontFile.</summary>
     public override FontSourceType Type => FontSourceType.FontFile;
 
     internal override IEnumerable<FontFileRef> Files()
@@ -61,27 +78,33 @@ public sealed class FileFontSource : FontSourceBase
     }
 }
 
+/// <summary>A font held in memory, as a source of fonts for layout.</summary>
 public sealed class MemoryFontSource : FontSourceBase
 {
     private readonly byte[] data;
 
+    /// <summary>The font in fontData at the given priority.</summary>
     public MemoryFontSource(byte[] fontData, int priority = 0) : base(priority)
     {
         ArgumentNullException.ThrowIfNull(fontData);
         data = fontData;
     }
 
+    /// <summary>The font file's bytes.</summary>
     public byte[] FontData => data;
 
+    /// <summary>Always MemoryFont.</summary>
     public override FontSourceType Type => FontSourceType.MemoryFont;
 
     internal override IEnumerable<FontFileRef> Files() { yield return new FontFileRef(null, data); }
 }
 
+/// <summary>A font read from a stream, as a source of fonts for layout.</summary>
 public sealed class StreamFontSource : FontSourceBase
 {
     private readonly byte[] data;
 
+    /// <summary>The font read from stream at the given priority.</summary>
     public StreamFontSource(Stream stream, int priority = 0) : base(priority)
     {
         ArgumentNullException.ThrowIfNull(stream);
@@ -90,6 +113,7 @@ public sealed class StreamFontSource : FontSourceBase
         data = ms.ToArray();
     }
 
+    /// <summary>Always FontStream.</summary>
     public override FontSourceType Type => FontSourceType.FontStream;
 
     internal override IEnumerable<FontFileRef> Files() { yield return new FontFileRef(null, data); }
@@ -98,8 +122,10 @@ public sealed class StreamFontSource : FontSourceBase
 /// <summary>The fonts installed on the machine: the usual Linux font folders.</summary>
 public sealed class SystemFontSource : FontSourceBase
 {
+    /// <summary>The fonts installed on the machine at the given priority.</summary>
     public SystemFontSource(int priority = 0) : base(priority) { }
 
+    /// <summary>Always SystemFonts.</summary>
     public override FontSourceType Type => FontSourceType.SystemFonts;
 
     public static string[] GetSystemFontFolders()
@@ -133,12 +159,16 @@ public sealed class FontSettings
     private FontSourceBase[] sources = { new SystemFontSource() };
     private FontLibrary? library;
 
+    /// <summary>The settings of documents that have none of their own.</summary>
     public static FontSettings DefaultInstance { get; } = new FontSettings();
 
+    /// <summary>How a font the sources lack is replaced.</summary>
     public FontSubstitutionSettings SubstitutionSettings { get; } = new FontSubstitutionSettings();
 
+    /// <summary>Which fonts draw the characters a chosen font lacks.</summary>
     public FontFallbackSettings FallbackSettings { get; } = new FontFallbackSettings();
 
+    /// <summary>A copy of the sources fonts are looked up in, in order.</summary>
     public FontSourceBase[] GetFontsSources() => (FontSourceBase[])sources.Clone();
 
     public void SetFontsSources(FontSourceBase[] sources)
@@ -149,6 +179,7 @@ public sealed class FontSettings
         library = null;
     }
 
+    /// <summary>Makes one folder, with its subfolders when recursive, the only source of fonts.</summary>
     public void SetFontsFolder(string fontFolder, bool recursive) => SetFontsFolders(new[] { fontFolder }, recursive);
 
     public void SetFontsFolders(string[] fontsFolders, bool recursive)
@@ -157,23 +188,30 @@ public sealed class FontSettings
         SetFontsSources(fontsFolders.Select(f => (FontSourceBase)new FolderFontSource(f, recursive)).ToArray());
     }
 
+    /// <summary>Makes the machine's installed fonts the only source of fonts again.</summary>
     public void ResetFontSources() => SetFontsSources(new FontSourceBase[] { new SystemFontSource() });
 
     /// <summary>The scanned faces; built on first use and again after the sources change.</summary>
     internal FontLibrary Library => library ??= new FontLibrary(this, sources);
 }
 
+/// <summary>The rules, tried in order, that replace a font the sources lack.</summary>
 public sealed class FontSubstitutionSettings
 {
+    /// <summary>Replacement by a table of font names to the names that stand for them.</summary>
     public TableSubstitutionRule TableSubstitution { get; } = new TableSubstitutionRule();
 
+    /// <summary>Replacement by the font the machine's fontconfig matches.</summary>
     public FontConfigSubstitutionRule FontConfigSubstitution { get; } = new FontConfigSubstitutionRule();
 
+    /// <summary>Replacement by one default font, the last resort.</summary>
     public DefaultFontSubstitutionRule DefaultFontSubstitution { get; } = new DefaultFontSubstitutionRule();
 }
 
+/// <summary>One way of replacing a font the sources lack.</summary>
 public abstract class FontSubstitutionRule
 {
+    /// <summary>Whether the rule is tried.</summary>
     public bool Enabled { get; set; } = true;
 }
 
@@ -219,8 +257,10 @@ public sealed class FontConfigSubstitutionRule : FontSubstitutionRule
 {
     private readonly Dictionary<string, string?> answers = new(StringComparer.OrdinalIgnoreCase);
 
+    /// <summary>Whether the machine has fontconfig's fc-match to ask.</summary>
     public bool IsFontConfigAvailable() => FcMatch.Path != null;
 
+    /// <summary>Forgets fontconfig's earlier answers, so that newly installed fonts are found.</summary>
     public void ResetCache()
     {
         lock (answers) answers.Clear();
@@ -260,8 +300,10 @@ internal static class FcMatch
     }
 }
 
+/// <summary>Replaces any font the sources lack by one default font.</summary>
 public sealed class DefaultFontSubstitutionRule : FontSubstitutionRule
 {
+    /// <summary>The font that stands for missing ones; "DejaVu Sans" unless set.</summary>
     public string DefaultFontName { get; set; } = "DejaVu Sans";
 }
 

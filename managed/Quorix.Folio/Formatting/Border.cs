@@ -16,6 +16,7 @@ public sealed class Border
 
     private PropElement? Element => bag.Find(local);
 
+    /// <summary>The border's line; None for no border.</summary>
     public LineStyle LineStyle
     {
         get => Element?.Get("val") switch
@@ -68,8 +69,10 @@ public sealed class Border
         }
     }
 
+    /// <summary>Whether the border is drawn.</summary>
     public bool IsVisible => LineStyle != LineStyle.None;
 
+    /// <summary>Removes the border's own formatting, leaving what styles give.</summary>
     public void ClearFormatting() => bag.Remove(local);
 }
 
@@ -80,6 +83,7 @@ public sealed class Shading
 
     internal Shading(PropBag bag) { this.bag = bag; }
 
+    /// <summary>The shading's pattern.</summary>
     public TextureIndex Texture
     {
         get => bag.Find("shd")?.Get("val") switch
@@ -124,5 +128,6 @@ public sealed class Shading
         }
     }
 
+    /// <summary>Removes the shading's own formatting, leaving what styles give.</summary>
     public void ClearFormatting() => bag.Remove("shd");
 }

@@ -14,11 +14,13 @@ public sealed partial class Document
     /// <summary>The fonts this document is laid out with; <see cref="FontSettings.DefaultInstance"/> when null.</summary>
     public FontSettings? FontSettings { get; set; }
 
+    /// <summary>How many pages the document is laid out on.</summary>
     public int PageCount => PageLayout.Pages.Count;
 
     /// <summary>Lays the document out again now, whatever the cached pages say.</summary>
     public void UpdatePageLayout() => pageLayout = Rebuild();
 
+    /// <summary>The size and orientation of the page at pageIndex, counted from 0.</summary>
     public PageInfo GetPageInfo(int pageIndex)
     {
         var pages = PageLayout.Pages;

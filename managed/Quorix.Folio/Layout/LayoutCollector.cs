@@ -5,18 +5,23 @@ namespace Quorix.Folio.Layout;
 /// gives 0.</summary>
 public sealed class LayoutCollector
 {
+    /// <summary>A collector of the pages the nodes of doc are laid out on.</summary>
     public LayoutCollector(Document doc)
     {
         ArgumentNullException.ThrowIfNull(doc);
         Document = doc;
     }
 
+    /// <summary>The document whose layout is asked about.</summary>
     public Document Document { get; set; }
 
+    /// <summary>The number (from 1) of the page where node begins.</summary>
     public int GetStartPageIndex(Node node) => Span(node).First;
 
+    /// <summary>The number (from 1) of the page where node ends.</summary>
     public int GetEndPageIndex(Node node) => Span(node).Last;
 
+    /// <summary>How many pages node is laid out on; 0 for a node that is on none.</summary>
     public int GetNumPagesSpanned(Node node)
     {
         var (first, last) = Span(node);

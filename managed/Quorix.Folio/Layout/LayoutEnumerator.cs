@@ -2,12 +2,17 @@ using System.Drawing;
 
 namespace Quorix.Folio.Layout;
 
+/// <summary>What a layout enumerator stands on in the laid-out pages.</summary>
 [Flags]
 public enum LayoutEntityType
 {
+    /// <summary>Nothing.</summary>
     None = 0,
+    /// <summary>A page.</summary>
     Page = 1,
+    /// <summary>A line of text.</summary>
     Line = 32,
+    /// <summary>A piece of a line in one formatting.</summary>
     Span = 64,
 }
 
@@ -24,6 +29,7 @@ public sealed class LayoutEnumerator
     private int line = -1;
     private int span = -1;
 
+    /// <summary>An enumerator over the laid-out pages of document, standing on its first page.</summary>
     public LayoutEnumerator(Document document)
     {
         ArgumentNullException.ThrowIfNull(document);
@@ -31,8 +37,10 @@ public sealed class LayoutEnumerator
         layout = document.PageLayout;
     }
 
+    /// <summary>The document whose pages are walked.</summary>
     public Document Document { get; }
 
+    /// <summary>What the enumerator stands on: a page, a line or a span.</summary>
     public LayoutEntityType Type => span >= 0 ? LayoutEntityType.Span : line >= 0 ? LayoutEntityType.Line : LayoutEntityType.Page;
 
     /// <summary>1-based index of the page the current entity is on.</summary>
@@ -65,10 +73,13 @@ public sealed class LayoutEnumerator
         line = span = -1;
     }
 
+    /// <summary>Moves to the first child of the current entity; false when it has none.</summary>
     public bool MoveFirstChild() => MoveChild(first: true);
 
+    /// <summary>Moves to the last child of the current entity; false when it has none.</summary>
     public bool MoveLastChild() => MoveChild(first: false);
 
+    /// <summary>Moves to the entity that holds the current one; false at a page.</summary>
     public bool MoveParent()
     {
         if (span >= 0) { span = -1; return true; }
@@ -76,8 +87,10 @@ public sealed class LayoutEnumerator
         return false;
     }
 
+    /// <summary>Moves to the next entity of the same kind; false at the last.</summary>
     public bool MoveNext() => Step(+1);
 
+    /// <summary>Moves to the previous entity of the same kind; false at the first.</summary>
     public bool MovePrevious() => Step(-1);
 
     private bool MoveChild(bool first)

@@ -17,12 +17,16 @@ public sealed class List
         Abstract = abstractNum;
     }
 
+    /// <summary>The list's number in the document.</summary>
     public int ListId => Units.ParseInt(Num.Get("numId")) ?? 0;
 
+    /// <summary>The document of the list.</summary>
     public DocumentBase Document => Owner.Document;
 
+    /// <summary>The list's nine levels.</summary>
     public ListLevelCollection ListLevels => new ListLevelCollection(this);
 
+    /// <summary>Whether the list's levels nest, rather than there being one level.</summary>
     public bool IsMultiLevel => Abstract.Child("multiLevelType")?.Get("val") != "singleLevel";
 
     internal int? StartOverride(int level)
@@ -45,6 +49,7 @@ public sealed class List
     public override string ToString() => $"List {ListId}";
 }
 
+/// <summary>The levels of a list.</summary>
 public sealed class ListLevelCollection : IEnumerable<ListLevel>
 {
     private readonly List list;
@@ -54,6 +59,7 @@ public sealed class ListLevelCollection : IEnumerable<ListLevel>
     private List<ListLevel> Items() =>
         (list.Abstract.Children ?? new List<PropElement>()).Where(e => e.Local == "lvl").Select(e => new ListLevel(list.Document, e)).ToList();
 
+    /// <summary>How many levels the list has.</summary>
     public int Count => Items().Count;
 
     public ListLevel this[int index]
@@ -66,6 +72,7 @@ public sealed class ListLevelCollection : IEnumerable<ListLevel>
         }
     }
 
+    /// <summary>The levels from the first.</summary>
     public IEnumerator<ListLevel> GetEnumerator() => Items().GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();

@@ -17,8 +17,10 @@ public sealed class ListCollection : IEnumerable<List>
 
     internal ListCollection(DocumentBase doc) { this.doc = doc; }
 
+    /// <summary>The document the lists belong to.</summary>
     public DocumentBase Document => doc;
 
+    /// <summary>How many lists the document has.</summary>
     public int Count => Lists.Count;
 
     public List this[int index]
@@ -33,6 +35,7 @@ public sealed class ListCollection : IEnumerable<List>
     /// <summary>Null when no list has the identifier.</summary>
     public List? GetListByListId(int listId) => byId.TryGetValue(listId, out var l) ? l : null;
 
+    /// <summary>Adds a new list made from a template, and returns it.</summary>
     public List Add(ListTemplate listTemplate)
     {
         var abs = ListNumbering.MakeAbstract(NextAbstractId(), listTemplate);
@@ -90,6 +93,7 @@ public sealed class ListCollection : IEnumerable<List>
 
     private int NextNumId() => byId.Count == 0 ? 1 : byId.Keys.Max() + 1;
 
+    /// <summary>The lists in the document's order.</summary>
     public IEnumerator<List> GetEnumerator() => Lists.ToList().GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();

@@ -30,8 +30,10 @@ public sealed class ListFormat
         return null;
     }
 
+    /// <summary>Whether the paragraph belongs to a list.</summary>
     public bool IsListItem => List != null;
 
+    /// <summary>The list the paragraph belongs to; null for none, and setting null takes it out.</summary>
     public List? List
     {
         get
@@ -72,10 +74,13 @@ public sealed class ListFormat
         }
     }
 
+    /// <summary>The level of the list the paragraph is at; null outside a list.</summary>
     public ListLevel? ListLevel => List?.Level(ListLevelNumber);
 
+    /// <summary>Makes the paragraph an item of a new bulleted list.</summary>
     public void ApplyBulletDefault() => Apply(ListTemplate.BulletDefault);
 
+    /// <summary>Makes the paragraph an item of a new numbered list.</summary>
     public void ApplyNumberDefault() => Apply(ListTemplate.NumberDefault);
 
     private void Apply(ListTemplate t)
@@ -84,17 +89,20 @@ public sealed class ListFormat
         ListLevelNumber = 0;
     }
 
+    /// <summary>Takes the paragraph out of its list.</summary>
     public void RemoveNumbers()
     {
         pPr().Remove("numPr");
         doc.Changed();
     }
 
+    /// <summary>Moves the paragraph one list level deeper.</summary>
     public void ListIndent()
     {
         if (IsListItem && ListLevelNumber < 8) ListLevelNumber += 1;
     }
 
+    /// <summary>Moves the paragraph one list level up.</summary>
     public void ListOutdent()
     {
         if (IsListItem && ListLevelNumber > 0) ListLevelNumber -= 1;

@@ -17,6 +17,7 @@ public sealed class ListLevel
         Bag = new PropBag(PropOrder.Level, lvl.Children);
     }
 
+    /// <summary>The number the level starts counting at.</summary>
     public int StartAt
     {
         get => Bag.Int("start") ?? 1;
@@ -27,6 +28,7 @@ public sealed class ListLevel
         }
     }
 
+    /// <summary>How the level's numbers are written.</summary>
     public NumberStyle NumberStyle
     {
         get => ListNumbering.StyleFromXml(Bag.Val("numFmt"));
@@ -40,6 +42,7 @@ public sealed class ListLevel
         set => Bag.SetVal("lvlText", value ?? "");
     }
 
+    /// <summary>How the level's labels are aligned at their position.</summary>
     public ListLevelAlignment Alignment
     {
         get => Bag.Val("lvlJc") switch { "center" => ListLevelAlignment.Center, "right" or "end" => ListLevelAlignment.Right, _ => ListLevelAlignment.Left };
@@ -52,6 +55,7 @@ public sealed class ListLevel
         });
     }
 
+    /// <summary>What separates the level's labels from the text.</summary>
     public ListTrailingCharacter TrailingCharacter
     {
         get => Bag.Val("suff") switch { "space" => ListTrailingCharacter.Space, "nothing" => ListTrailingCharacter.Nothing, _ => ListTrailingCharacter.Tab };
@@ -96,6 +100,7 @@ public sealed class ListLevel
         }
     }
 
+    /// <summary>The character formatting of the level's labels.</summary>
     public Font Font
     {
         get

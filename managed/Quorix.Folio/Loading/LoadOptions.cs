@@ -1,17 +1,22 @@
 namespace Quorix.Folio.Loading;
 
+/// <summary>How a document is read: its format, password and callbacks.</summary>
 public class LoadOptions
 {
+    /// <summary>Options that read any format the engine tells from the content.</summary>
     public LoadOptions() { }
 
+    /// <summary>Options that open an encrypted document with password.</summary>
     public LoadOptions(string password) { Password = password; }
 
+    /// <summary>Options that read loadFormat, opening it with password when encrypted.</summary>
     public LoadOptions(LoadFormat loadFormat, string password)
     {
         LoadFormat = loadFormat;
         Password = password;
     }
 
+    /// <summary>The password of an encrypted document; null for none.</summary>
     public string? Password { get; set; }
 
     /// <summary>Auto detects the format from the content; any other value is loaded as that format.</summary>

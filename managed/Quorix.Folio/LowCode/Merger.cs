@@ -18,15 +18,19 @@ public enum MergeFormatMode
 /// names or streams, so that a Python list serves as well as an array.</summary>
 public static class Merger
 {
+    /// <summary>Joins the documents of inputFiles, in order, into outputFile.</summary>
     public static void Merge(string outputFile, IEnumerable inputFiles) =>
         Merge(outputFile, inputFiles, SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFile))), MergeFormatMode.KeepSourceFormatting);
 
+    /// <summary>Joins the documents of inputFiles into outputFile, their formatting resolved as mode says.</summary>
     public static void Merge(string outputFile, IEnumerable inputFiles, MergeFormatMode mergeFormatMode) =>
         Merge(outputFile, inputFiles, SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFile))), mergeFormatMode);
 
+    /// <summary>Joins the documents of inputFiles into outputFile in saveFormat.</summary>
     public static void Merge(string outputFile, IEnumerable inputFiles, SaveFormat saveFormat, MergeFormatMode mergeFormatMode) =>
         Merge(outputFile, inputFiles, SaveOptions.CreateSaveOptions(saveFormat), mergeFormatMode);
 
+    /// <summary>Joins the documents of inputFiles into outputFile with the given save options.</summary>
     public static void Merge(string outputFile, IEnumerable inputFiles, SaveOptions saveOptions, MergeFormatMode mergeFormatMode)
     {
         ArgumentException.ThrowIfNullOrEmpty(outputFile);
@@ -46,6 +50,7 @@ public static class Merger
         }), mergeFormatMode);
     }
 
+    /// <summary>Joins the documents of inputFiles and writes the result to a stream in saveFormat.</summary>
     public static void Merge(Stream outputStream, IEnumerable inputs, SaveFormat saveFormat, MergeFormatMode mergeFormatMode)
     {
         ArgumentNullException.ThrowIfNull(outputStream);

@@ -6,12 +6,15 @@ namespace Quorix.Folio.LowCode;
 /// <summary>Find and replace over a whole file in one call; returns how many matches were replaced.</summary>
 public static class Replacer
 {
+    /// <summary>Replaces every occurrence of pattern by replacement in inputFile and saves outputFile; returns how many.</summary>
     public static int Replace(string inputFile, string outputFile, string pattern, string replacement) =>
         Replace(inputFile, outputFile, pattern, replacement, new FindReplaceOptions());
 
+    /// <summary>Replaces pattern by replacement in inputFile as options say and saves outputFile; returns how many.</summary>
     public static int Replace(string inputFile, string outputFile, string pattern, string replacement, FindReplaceOptions options) =>
         Run(inputFile, outputFile, d => d.Range.Replace(pattern, replacement, options));
 
+    /// <summary>Replaces every match of a regular expression in inputFile and saves outputFile; returns how many.</summary>
     public static int ReplaceRegex(string inputFile, string outputFile, string pattern, string replacement) =>
         Run(inputFile, outputFile, d => d.Range.Replace(new Regex(pattern), replacement));
 

@@ -13,8 +13,10 @@ public enum SplitCriteria
     Style = 2,
 }
 
+/// <summary>How a document is split into several.</summary>
 public sealed class SplitOptions
 {
+    /// <summary>Where the document is cut: at section breaks, page breaks, headings or pages.</summary>
     public SplitCriteria SplitCriteria { get; set; } = SplitCriteria.SectionBreak;
 
     /// <summary>The paragraph style that starts a part when splitting by style.</summary>

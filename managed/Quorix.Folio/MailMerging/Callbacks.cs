@@ -17,6 +17,7 @@ public abstract class FieldMergingArgsBase
         MustacheTag = tag;
     }
 
+    /// <summary>The document being merged.</summary>
     public Document Document { get; }
 
     /// <summary>The region being merged; empty outside regions.</summary>
@@ -41,6 +42,7 @@ public abstract class FieldMergingArgsBase
     public MustacheTag? MustacheTag { get; }
 }
 
+/// <summary>What a mail merge is about to put in a merge field, for a callback to change.</summary>
 public sealed class FieldMergingArgs : FieldMergingArgsBase
 {
     internal FieldMergingArgs(Document d, string t, int r, string f, string df, object? v, FieldMergeField? field, MustacheTag? tag)
@@ -53,22 +55,29 @@ public sealed class FieldMergingArgs : FieldMergingArgsBase
 /// <summary>Size of an image merged from data: points or a percentage of the image's own size.</summary>
 public enum MergeFieldImageDimensionUnit
 {
+    /// <summary>In points.</summary>
     Point = 0,
+    /// <summary>In percent of the picture's own size.</summary>
     Percent = 1,
 }
 
+/// <summary>A width or height of a picture put in by a mail merge.</summary>
 public sealed class MergeFieldImageDimension
 {
+    /// <summary>A dimension of value points.</summary>
     public MergeFieldImageDimension(double value) : this(value, MergeFieldImageDimensionUnit.Point) { }
 
+    /// <summary>A dimension of value in unit.</summary>
     public MergeFieldImageDimension(double value, MergeFieldImageDimensionUnit unit)
     {
         Value = value;
         Unit = unit;
     }
 
+    /// <summary>The dimension's amount.</summary>
     public double Value { get; set; }
 
+    /// <summary>The unit of Value.</summary>
     public MergeFieldImageDimensionUnit Unit { get; set; }
 }
 
@@ -78,12 +87,16 @@ public sealed class ImageFieldMergingArgs : FieldMergingArgsBase
     internal ImageFieldMergingArgs(Document d, string t, int r, string f, string df, object? v, FieldMergeField? field)
         : base(d, t, r, f, df, v, field, null) { }
 
+    /// <summary>The file of the picture to put in the field.</summary>
     public string? ImageFileName { get; set; }
 
+    /// <summary>A stream of the picture to put in the field.</summary>
     public Stream? ImageStream { get; set; }
 
+    /// <summary>The picture's width; null for its own.</summary>
     public MergeFieldImageDimension? ImageWidth { get; set; }
 
+    /// <summary>The picture's height; null for its own.</summary>
     public MergeFieldImageDimension? ImageHeight { get; set; }
 }
 

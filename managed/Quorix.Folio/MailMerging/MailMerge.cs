@@ -11,6 +11,7 @@ public sealed class MailMerge
 
     internal MailMerge(Document doc) { this.doc = doc; }
 
+    /// <summary>What the merge removes afterwards: unused fields, empty paragraphs, regions and so on.</summary>
     public MailMergeCleanupOptions CleanupOptions { get; set; }
 
     /// <summary>Whether {{name}} tags in the text merge as merge fields do ({{TableStart:x}} and {{TableEnd:x}} included).</summary>
@@ -19,15 +20,19 @@ public sealed class MailMerge
     /// <summary>Whether fields in the document's headers and footers merge too.</summary>
     public bool MergeHeadersFooters { get; set; } = true;
 
+    /// <summary>Called for each field merged, to change what goes in; null for none.</summary>
     public IFieldMergingCallback? FieldMergingCallback { get; set; }
 
+    /// <summary>Told of the merge's own events; null for none.</summary>
     public IMailMergeCallback? MailMergeCallback { get; set; }
 
+    /// <summary>Merge field names mapped to the data source's field names.</summary>
     public MappedDataFieldCollection MappedDataFields { get; } = new();
 
     /// <summary>The name a region's start merge field carries before the region's name.</summary>
     public string RegionStartTag => "TableStart";
 
+    /// <summary>The merge field name that ends a region, "TableEnd".</summary>
     public string RegionEndTag => "TableEnd";
 
     /// <summary>Merges one record given as names and values, in place.</summary>
@@ -127,6 +132,7 @@ public sealed class MailMerge
         return root;
     }
 
+    /// <summary>Every merge region of that name in the document, in order.</summary>
     public IList<MailMergeRegionInfo> GetRegionsByName(string regionName)
     {
         var list = new List<MailMergeRegionInfo>();

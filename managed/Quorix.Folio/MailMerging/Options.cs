@@ -4,6 +4,7 @@ namespace Quorix.Folio.MailMerging;
 [Flags]
 public enum MailMergeCleanupOptions
 {
+    /// <summary>Nothing is removed after the merge.</summary>
     None = 0,
     /// <summary>Paragraphs left empty by the merge.</summary>
     RemoveEmptyParagraphs = 1,
@@ -22,6 +23,7 @@ public sealed class MappedDataFieldCollection : IEnumerable<KeyValuePair<string,
 {
     private readonly Dictionary<string, string> map = new(StringComparer.OrdinalIgnoreCase);
 
+    /// <summary>How many field names are mapped.</summary>
     public int Count => map.Count;
 
     public string this[string documentFieldName]
@@ -30,12 +32,16 @@ public sealed class MappedDataFieldCollection : IEnumerable<KeyValuePair<string,
         set => map[documentFieldName] = value;
     }
 
+    /// <summary>Makes the merge field documentFieldName take the data source's field dataSourceFieldName.</summary>
     public void Add(string documentFieldName, string dataSourceFieldName) => map[documentFieldName] = dataSourceFieldName;
 
+    /// <summary>Whether the merge field documentFieldName is mapped.</summary>
     public bool ContainsKey(string documentFieldName) => map.ContainsKey(documentFieldName);
 
+    /// <summary>Removes the mapping of the merge field documentFieldName.</summary>
     public void Remove(string documentFieldName) => map.Remove(documentFieldName);
 
+    /// <summary>Removes every mapping.</summary>
     public void Clear() => map.Clear();
 
     internal string Resolve(string name) => map.TryGetValue(name, out var v) ? v : name;
@@ -72,15 +78,19 @@ public sealed class MailMergeRegionInfo
     /// <summary>The region's name; null for the whole document.</summary>
     public string? Name { get; }
 
+    /// <summary>The TableStart merge field that opens the region; null for the document itself.</summary>
     public Fields.FieldMergeField? StartField { get; }
 
+    /// <summary>The TableEnd merge field that closes the region; null for the document itself.</summary>
     public Fields.FieldMergeField? EndField { get; }
 
     /// <summary>0 for the document, 1 for a top-level region, deeper for nested ones.</summary>
     public int Level { get; }
 
+    /// <summary>The region this one is nested in; null at the top.</summary>
     public MailMergeRegionInfo? ParentRegion { get; }
 
+    /// <summary>The regions nested directly in this one.</summary>
     public IList<MailMergeRegionInfo> Regions { get; } = new List<MailMergeRegionInfo>();
 
     /// <summary>The merge fields directly inside, not inside nested regions.</summary>

@@ -10,10 +10,12 @@ public sealed class SmartTag : CompositeNode
     // The recognised thing's properties, kept as read.
     internal PropElement? Props;
 
+    /// <summary>A new empty smart tag of doc, not yet inserted.</summary>
     public SmartTag(DocumentBase doc) : base(doc) { }
 
     internal SmartTag(DocumentBase? doc, List<PropElement.Attr>? attrs) : base(doc) { XAttrs = attrs; }
 
+    /// <summary>Always SmartTag.</summary>
     public override NodeType NodeType => NodeType.SmartTag;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>

@@ -6,32 +6,54 @@ namespace Quorix.Folio.Markup;
 /// <summary>Where a content control stands: around text in a paragraph, or around whole blocks.</summary>
 public enum MarkupLevel
 {
+    /// <summary>Not known.</summary>
     Unknown = 0,
+    /// <summary>Inside a paragraph, around runs.</summary>
     Inline = 1,
+    /// <summary>Around paragraphs and tables.</summary>
     Block = 2,
+    /// <summary>Around table cells.</summary>
     Cell = 3,
+    /// <summary>Around table rows.</summary>
     Row = 4,
 }
 
 /// <summary>The kind of a content control, as its properties declare it.</summary>
 public enum SdtType
 {
+    /// <summary>No particular kind.</summary>
     None = 0,
+    /// <summary>A bibliography.</summary>
     Bibliography = 1,
+    /// <summary>A citation.</summary>
     Citation = 2,
+    /// <summary>An equation.</summary>
     Equation = 3,
+    /// <summary>A drop-down list of choices.</summary>
     DropDownList = 4,
+    /// <summary>A list of choices that also takes typed text.</summary>
     ComboBox = 5,
+    /// <summary>A date picker.</summary>
     Date = 6,
+    /// <summary>A choice among building blocks.</summary>
     BuildingBlockGallery = 7,
+    /// <summary>A document part, such as a cover page or a table of contents.</summary>
     DocPartObj = 8,
+    /// <summary>A group that protects its content as one.</summary>
     Group = 9,
+    /// <summary>A picture.</summary>
     Picture = 10,
+    /// <summary>Formatted text.</summary>
     RichText = 11,
+    /// <summary>Plain text with one formatting.</summary>
     PlainText = 12,
+    /// <summary>A check box.</summary>
     Checkbox = 13,
+    /// <summary>A section whose items repeat.</summary>
     RepeatingSection = 14,
+    /// <summary>One item of a repeating section.</summary>
     RepeatingSectionItem = 15,
+    /// <summary>A picker of people or other entities.</summary>
     EntityPicker = 16,
 }
 
@@ -50,6 +72,7 @@ public sealed class StructuredDocumentTag : CompositeNode
         Props = props;
     }
 
+    /// <summary>A new empty content control of doc, of the given kind and level.</summary>
     public StructuredDocumentTag(DocumentBase doc, SdtType type, MarkupLevel level) : this(doc, level, new PropElement("sdtPr"))
     {
         if (level is not (MarkupLevel.Inline or MarkupLevel.Block))
@@ -57,13 +80,16 @@ public sealed class StructuredDocumentTag : CompositeNode
         if (type != SdtType.None && type != SdtType.RichText && ElementOf(type) is { } e) (Props.Children ??= new List<PropElement>()).Add(new PropElement(e));
     }
 
+    /// <summary>Always StructuredDocumentTag.</summary>
     public override NodeType NodeType => NodeType.StructuredDocumentTag;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
         Walk<StructuredDocumentTag>(visitor, visitor.VisitStructuredDocumentTagStart(this), static (v, n) => v.VisitStructuredDocumentTagEnd(n));
 
+    /// <summary>Where the content control sits: around runs, blocks, cells or rows.</summary>
     public MarkupLevel Level { get; }
 
+    /// <summary>The tag a program gives the content control to find it.</summary>
     public string Tag
     {
         get => Child("tag")?.Get("val") ?? "";
@@ -77,8 +103,10 @@ public sealed class StructuredDocumentTag : CompositeNode
         set => SetVal("alias", value);
     }
 
+    /// <summary>The content control's number, unique in the document.</summary>
     public int Id => Units.ParseInt(Child("id")?.Get("val")) ?? 0;
 
+    /// <summary>The kind of content control: text, date, drop-down list, check box and so on.</summary>
     public SdtType SdtType
     {
         get

@@ -2,22 +2,27 @@ using System.Collections;
 
 namespace Quorix.Folio;
 
+/// <summary>Where a bookmark begins.</summary>
 public sealed class BookmarkStart : Node
 {
     private string name;
 
+    /// <summary>A new start of the bookmark called name, not yet inserted.</summary>
     public BookmarkStart(DocumentBase doc, string name) : base(doc) { this.name = Check(name); }
 
+    /// <summary>Always BookmarkStart.</summary>
     public override NodeType NodeType => NodeType.BookmarkStart;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitBookmarkStart(this);
 
+    /// <summary>The bookmark's name.</summary>
     public string Name
     {
         get => name;
         set => name = Check(value);
     }
 
+    /// <summary>The bookmark that begins here.</summary>
     public Bookmark Bookmark => new Bookmark(this);
 
     internal static string Check(string name)
@@ -26,27 +31,33 @@ public sealed class BookmarkStart : Node
         return name;
     }
 
+    /// <summary>Empty: the mark holds no text.</summary>
     public override string GetText() => "";
 
     internal override Node CloneTo(DocumentBase? target, bool deep) => new BookmarkStart(target!, name);
 }
 
+/// <summary>Where a bookmark ends.</summary>
 public sealed class BookmarkEnd : Node
 {
     private string name;
 
+    /// <summary>A new end of the bookmark called name, not yet inserted.</summary>
     public BookmarkEnd(DocumentBase doc, string name) : base(doc) { this.name = BookmarkStart.Check(name); }
 
+    /// <summary>Always BookmarkEnd.</summary>
     public override NodeType NodeType => NodeType.BookmarkEnd;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitBookmarkEnd(this);
 
+    /// <summary>The bookmark's name.</summary>
     public string Name
     {
         get => name;
         set => name = BookmarkStart.Check(value);
     }
 
+    /// <summary>Empty: the mark holds no text.</summary>
     public override string GetText() => "";
 
     internal override Node CloneTo(DocumentBase? target, bool deep) => new BookmarkEnd(target!, name);
@@ -59,8 +70,10 @@ public sealed class Bookmark
 
     internal Bookmark(BookmarkStart start) { this.start = start; }
 
+    /// <summary>The node where the bookmark begins.</summary>
     public BookmarkStart BookmarkStart => start;
 
+    /// <summary>The node where the bookmark ends; null when it has no end.</summary>
     public BookmarkEnd? BookmarkEnd
     {
         get
@@ -72,6 +85,7 @@ public sealed class Bookmark
         }
     }
 
+    /// <summary>The bookmark's name; renaming renames both its start and its end.</summary>
     public string Name
     {
         get => start.Name;
@@ -90,6 +104,7 @@ public sealed class Bookmark
         set => TextRange.ReplaceBetween(start, BookmarkEnd, value ?? "");
     }
 
+    /// <summary>Removes the bookmark, keeping the text it marked.</summary>
     public void Remove()
     {
         BookmarkEnd?.Remove();
@@ -97,6 +112,7 @@ public sealed class Bookmark
     }
 }
 
+/// <summary>The bookmarks of a node, by position or by name.</summary>
 public sealed class BookmarkCollection : IEnumerable<Bookmark>
 {
     private readonly Node root;
@@ -111,6 +127,7 @@ public sealed class BookmarkCollection : IEnumerable<Bookmark>
         return list;
     }
 
+    /// <summary>How many bookmarks there are.</summary>
     public int Count => Items().Count;
 
     public Bookmark this[int index]
@@ -128,17 +145,22 @@ public sealed class BookmarkCollection : IEnumerable<Bookmark>
     public Bookmark? this[string bookmarkName] =>
         Items().Find(b => string.Equals(b.Name, bookmarkName, StringComparison.OrdinalIgnoreCase));
 
+    /// <summary>Removes the bookmark of that name, keeping its text; nothing when there is none.</summary>
     public void Remove(string bookmarkName) => this[bookmarkName]?.Remove();
 
+    /// <summary>Removes a bookmark, keeping its text.</summary>
     public void Remove(Bookmark bookmark) => bookmark.Remove();
 
+    /// <summary>Removes the bookmark at index, keeping its text.</summary>
     public void RemoveAt(int index) => this[index].Remove();
 
+    /// <summary>Removes every bookmark, keeping their text.</summary>
     public void Clear()
     {
         foreach (var b in Items()) b.Remove();
     }
 
+    /// <summary>The bookmarks in document order.</summary>
     public IEnumerator<Bookmark> GetEnumerator() => Items().GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();

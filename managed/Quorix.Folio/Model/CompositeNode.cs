@@ -40,10 +40,13 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
 
     private protected CompositeNode(DocumentBase? doc) : base(doc) { }
 
+    /// <summary>Always true: the node can have children.</summary>
     public override bool IsComposite => true;
 
+    /// <summary>Whether the node has any child.</summary>
     public bool HasChildNodes => FirstChild != null;
 
+    /// <summary>The node's first child; null when it has none.</summary>
     public Node? FirstChild
     {
         get
@@ -54,6 +57,7 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
         }
     }
 
+    /// <summary>The node's last child; null when it has none.</summary>
     public Node? LastChild
     {
         get
@@ -64,12 +68,16 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
         }
     }
 
+    /// <summary>The node's children, of every kind.</summary>
     public NodeCollection ChildNodes => new NodeCollection(this, NodeType.Any, false);
 
+    /// <summary>The children of one kind, or every descendant of that kind when isDeep, as a live collection.</summary>
     public NodeCollection GetChildNodes(NodeType nodeType, bool isDeep) => new NodeCollection(this, nodeType, isDeep);
 
+    /// <summary>The child (or descendant, when isDeep) of a kind at index, negative counting from the end; null when out of range.</summary>
     public Node? GetChild(NodeType nodeType, int index, bool isDeep) => GetChildNodes(nodeType, isDeep).ElementAtOrNull(index);
 
+    /// <summary>The position of child among the node's children; -1 when it is not one of them.</summary>
     public int IndexOf(Node child)
     {
         int i = 0;
@@ -82,6 +90,7 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
         return -1;
     }
 
+    /// <summary>The text of every descendant, control characters included.</summary>
     public override string GetText()
     {
         var sb = new StringBuilder();
@@ -97,10 +106,13 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
     /// <summary>Throws when the child may not live in this container; the tree must stay writable.</summary>
     internal abstract bool CanHold(Node child);
 
+    /// <summary>Adds newChild as the last child and returns it.</summary>
     public Node AppendChild(Node newChild) => InsertAfter(newChild, last);
 
+    /// <summary>Adds newChild as the first child and returns it.</summary>
     public Node PrependChild(Node newChild) => InsertBefore(newChild, first);
 
+    /// <summary>Inserts newChild after refChild (first when refChild is null) and returns it.</summary>
     public Node InsertAfter(Node newChild, Node? refChild)
     {
         Check(newChild, refChild);
@@ -110,6 +122,7 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
         return newChild;
     }
 
+    /// <summary>Inserts newChild before refChild (last when refChild is null) and returns it.</summary>
     public Node InsertBefore(Node newChild, Node? refChild)
     {
         Check(newChild, refChild);
@@ -120,6 +133,7 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
         return newChild;
     }
 
+    /// <summary>Removes oldChild from the node's children and returns it.</summary>
     public Node RemoveChild(Node oldChild)
     {
         ArgumentNullException.ThrowIfNull(oldChild);
@@ -128,6 +142,7 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
         return oldChild;
     }
 
+    /// <summary>Removes every child of the node.</summary>
     public void RemoveAllChildren()
     {
         while (first != null) Unlink(first);
@@ -229,6 +244,7 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
         for (var n = first; n != null; n = n.next) yield return n;
     }
 
+    /// <summary>The node's children in order.</summary>
     public IEnumerator<Node> GetEnumerator() => ChildNodes.GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();

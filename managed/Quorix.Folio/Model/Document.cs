@@ -46,9 +46,11 @@ public sealed partial class Document : DocumentBase
         OriginalLoadFormat = LoadFormat.Docx;
     }
 
+    /// <summary>Opens the document of a file, its format told from its content.</summary>
     [LongRunning]
     public Document(string fileName) : this(fileName, null) { }
 
+    /// <summary>Opens the document of a file as loadOptions say: format, password, callbacks.</summary>
     [LongRunning]
 
     public Document(string fileName, LoadOptions? loadOptions)
@@ -59,9 +61,11 @@ public sealed partial class Document : DocumentBase
         OriginalFileName = Path.GetFullPath(fileName);
     }
 
+    /// <summary>Reads a document from stream, its format told from its content.</summary>
     [LongRunning]
     public Document(Stream stream) : this(stream, null) { }
 
+    /// <summary>Reads a document from stream as loadOptions say: format, password, callbacks.</summary>
     [LongRunning]
 
     public Document(Stream stream, LoadOptions? loadOptions)
@@ -146,21 +150,28 @@ public sealed partial class Document : DocumentBase
         }
     }
 
+    /// <summary>Always Document.</summary>
     public override NodeType NodeType => NodeType.Document;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
         Walk<Document>(visitor, visitor.VisitDocumentStart(this), static (v, n) => v.VisitDocumentEnd(n));
 
+    /// <summary>The file the document was opened from; null when it came from a stream or was new.</summary>
     public string? OriginalFileName { get; private set; }
 
+    /// <summary>The format the document was read in.</summary>
     public LoadFormat OriginalLoadFormat { get; private set; }
 
+    /// <summary>The document's sections.</summary>
     public SectionCollection Sections => new SectionCollection(this);
 
+    /// <summary>The document's first section; null when it has none.</summary>
     public Section? FirstSection => (Section?)GetChild(NodeType.Section, 0, false);
 
+    /// <summary>The document's last section; null when it has none.</summary>
     public Section? LastSection => (Section?)GetChild(NodeType.Section, -1, false);
 
+    /// <summary>Every comment of the document.</summary>
     public CommentCollection Comments => new CommentCollection(this);
 
     // The core, extended and custom property parts: read from the package on first use.
@@ -179,13 +190,16 @@ public sealed partial class Document : DocumentBase
 
     internal override bool CanHold(Node child) => child is Section;
 
+    /// <summary>Saves to a file in the format its extension names.</summary>
     [LongRunning]
     public SaveOutputParameters Save(string fileName) =>
         Save(fileName, SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(fileName))));
 
+    /// <summary>Saves to a file in saveFormat.</summary>
     [LongRunning]
     public SaveOutputParameters Save(string fileName, SaveFormat saveFormat) => Save(fileName, SaveOptions.CreateSaveOptions(saveFormat));
 
+    /// <summary>Saves to a file in the format and with the options of saveOptions.</summary>
     [LongRunning]
     public SaveOutputParameters Save(string fileName, SaveOptions saveOptions)
     {
@@ -208,9 +222,11 @@ public sealed partial class Document : DocumentBase
         }
     }
 
+    /// <summary>Writes the document to stream in saveFormat.</summary>
     [LongRunning]
     public SaveOutputParameters Save(Stream stream, SaveFormat saveFormat) => Save(stream, SaveOptions.CreateSaveOptions(saveFormat));
 
+    /// <summary>Writes the document to stream in the format and with the options of saveOptions.</summary>
     [LongRunning]
     public SaveOutputParameters Save(Stream stream, SaveOptions saveOptions)
     {
@@ -279,6 +295,7 @@ public sealed partial class Document : DocumentBase
     /// <summary>The changes are dated now.</summary>
     public void Compare(Document document, string author) => Compare(document, author, DateTime.UtcNow, new Comparing.CompareOptions());
 
+    /// <summary>Marks the differences from this document to another as tracked changes by author at dateTime.</summary>
     public void Compare(Document document, string author, DateTime dateTime, Comparing.CompareOptions options)
     {
         ArgumentNullException.ThrowIfNull(document);

@@ -17,6 +17,7 @@ public abstract class DocumentBase : CompositeNode
         lists = new ListCollection(this);
     }
 
+    /// <summary>The document's styles.</summary>
     public StyleCollection Styles
     {
         get
@@ -26,6 +27,7 @@ public abstract class DocumentBase : CompositeNode
         }
     }
 
+    /// <summary>The document's lists.</summary>
     public ListCollection Lists
     {
         get
@@ -58,6 +60,7 @@ public abstract class DocumentBase : CompositeNode
     /// <summary>Copies a node of another document into this one, bringing the styles and lists it uses.</summary>
     public Node ImportNode(Node srcNode, bool isImportChildren) => ImportNode(srcNode, isImportChildren, ImportFormatMode.UseDestinationStyles);
 
+    /// <summary>A copy of a node of another document made fit for this one, its styles resolved as importFormatMode says.</summary>
     public Node ImportNode(Node srcNode, bool isImportChildren, ImportFormatMode importFormatMode)
     {
         ArgumentNullException.ThrowIfNull(srcNode);

@@ -3,6 +3,7 @@ using Quorix.Folio.Package;
 
 namespace Quorix.Folio;
 
+/// <summary>What detection found out about a file: its format and whether it is encrypted.</summary>
 public sealed class FileFormatInfo
 {
     internal FileFormatInfo(LoadFormat loadFormat, bool isEncrypted)
@@ -11,20 +12,24 @@ public sealed class FileFormatInfo
         IsEncrypted = isEncrypted;
     }
 
+    /// <summary>The file's format; Unknown when it is none the engine reads.</summary>
     public LoadFormat LoadFormat { get; }
 
+    /// <summary>Whether the file is encrypted and needs a password.</summary>
     public bool IsEncrypted { get; }
 }
 
 /// <summary>Recognises formats from content and maps between formats and file extensions.</summary>
 public static class FileFormatUtil
 {
+    /// <summary>Tells a file's format from its content, without loading it.</summary>
     public static FileFormatInfo DetectFileFormat(string fileName)
     {
         using var fs = new FileStream(fileName, FileMode.Open, FileAccess.Read, FileShare.Read);
         return DetectFileFormat(fs);
     }
 
+    /// <summary>Tells the format of a stream's content from its first bytes, without loading it.</summary>
     public static FileFormatInfo DetectFileFormat(Stream stream)
     {
         ArgumentNullException.ThrowIfNull(stream);
@@ -49,6 +54,7 @@ public static class FileFormatUtil
         _ => throw new UnsupportedFileFormatException("The file's format is not recognised: it is not a document format this library reads."),
     };
 
+    /// <summary>The save format a file extension such as ".md" names.</summary>
     public static SaveFormat ExtensionToSaveFormat(string extension)
     {
         var e = (extension ?? "").TrimStart('.').ToLowerInvariant();
@@ -72,6 +78,7 @@ public static class FileFormatUtil
         };
     }
 
+    /// <summary>The usual file extension of a save format, with its dot.</summary>
     public static string SaveFormatToExtension(SaveFormat saveFormat) => saveFormat switch
     {
         SaveFormat.Docx => ".docx",
@@ -91,6 +98,7 @@ public static class FileFormatUtil
         _ => throw new ArgumentException($"{saveFormat} has no file extension.", nameof(saveFormat)),
     };
 
+    /// <summary>The save format that writes what a load format reads.</summary>
     public static SaveFormat LoadFormatToSaveFormat(LoadFormat loadFormat) => loadFormat switch
     {
         LoadFormat.Docx => SaveFormat.Docx,

@@ -5,21 +5,26 @@ public sealed class HeaderFooter : Story
 {
     private readonly HeaderFooterType type;
 
+    /// <summary>A new empty header or footer of doc of the given kind, not yet in a section.</summary>
     public HeaderFooter(DocumentBase doc, HeaderFooterType headerFooterType) : base(doc)
     {
         if (!Enum.IsDefined(headerFooterType)) throw new ArgumentOutOfRangeException(nameof(headerFooterType));
         type = headerFooterType;
     }
 
+    /// <summary>Always HeaderFooter.</summary>
     public override NodeType NodeType => NodeType.HeaderFooter;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
         Walk<HeaderFooter>(visitor, visitor.VisitHeaderFooterStart(this), static (v, n) => v.VisitHeaderFooterEnd(n));
 
+    /// <summary>Which header or footer this is.</summary>
     public HeaderFooterType HeaderFooterType => type;
 
+    /// <summary>Whether this is a header rather than a footer.</summary>
     public bool IsHeader => type is HeaderFooterType.HeaderPrimary or HeaderFooterType.HeaderFirst or HeaderFooterType.HeaderEven;
 
+    /// <summary>The story of this header or footer.</summary>
     public override StoryType StoryType => type switch
     {
         HeaderFooterType.HeaderPrimary => StoryType.PrimaryHeader,
@@ -30,6 +35,7 @@ public sealed class HeaderFooter : Story
         _ => StoryType.FirstPageFooter,
     };
 
+    /// <summary>The section the header or footer belongs to; null outside any.</summary>
     public Section? ParentSection => parent as Section;
 
     /// <summary>Where the part came from, so that its own relationships (images) are kept on save.</summary>

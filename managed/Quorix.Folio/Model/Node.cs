@@ -16,15 +16,19 @@ public abstract class Node
 
     private protected Node(DocumentBase? doc) { this.doc = doc; }
 
+    /// <summary>What kind of node this is.</summary>
     public abstract NodeType NodeType { get; }
 
     /// <summary>The document the node belongs to, whether or not it is in the tree yet.</summary>
     public DocumentBase? Document => doc;
 
+    /// <summary>The node that holds this one; null when it is in none.</summary>
     public CompositeNode? ParentNode => parent;
 
+    /// <summary>Whether the node can have children.</summary>
     public virtual bool IsComposite => false;
 
+    /// <summary>The node after this one under the same parent; null at the end.</summary>
     public Node? NextSibling
     {
         get
@@ -35,6 +39,7 @@ public abstract class Node
         }
     }
 
+    /// <summary>The node before this one under the same parent; null at the start.</summary>
     public Node? PreviousSibling
     {
         get
@@ -45,17 +50,20 @@ public abstract class Node
         }
     }
 
+    /// <summary>The part of the document this node spans, to find, replace or delete in.</summary>
     public Range Range => new Range(this);
 
     /// <summary>Nodes the engine keeps only to write back content it does not model; never shown.</summary>
     internal virtual bool IsOpaque => false;
 
+    /// <summary>The node's text, control characters included.</summary>
     public abstract string GetText();
 
     internal virtual void AppendText(StringBuilder sb) => sb.Append(GetText());
 
     public override string ToString() => GetText();
 
+    /// <summary>A copy of the node, with copies of its descendants when isCloneChildren, not yet inserted.</summary>
     public Node Clone(bool isCloneChildren) => CloneTo(doc, isCloneChildren);
 
     internal abstract Node CloneTo(DocumentBase? target, bool deep);
@@ -69,11 +77,13 @@ public abstract class Node
 
     internal abstract VisitorAction AcceptCore(DocumentVisitor visitor);
 
+    /// <summary>Removes the node from its parent.</summary>
     public void Remove()
     {
         parent?.RemoveChild(this);
     }
 
+    /// <summary>The nearest node of a kind that holds this one; null when there is none.</summary>
     public CompositeNode? GetAncestor(NodeType ancestorType)
     {
         var p = parent;

@@ -46,6 +46,7 @@ public class NodeCollection : IEnumerable<Node>
         }
     }
 
+    /// <summary>How many nodes the collection holds now.</summary>
     public int Count => Items.Count;
 
     /// <summary>Negative indexes count from the end, as in Python.</summary>
@@ -68,12 +69,16 @@ public class NodeCollection : IEnumerable<Node>
         return i >= 0 && i < items.Count ? items[i] : null;
     }
 
+    /// <summary>The position of node in the collection; -1 when it is not in it.</summary>
     public int IndexOf(Node node) => Items.IndexOf(node);
 
+    /// <summary>Whether node is in the collection.</summary>
     public bool Contains(Node node) => IndexOf(node) >= 0;
 
+    /// <summary>Adds node as the last child of the collection's container.</summary>
     public void Add(Node node) => container.AppendChild(node);
 
+    /// <summary>Inserts node before the one at index.</summary>
     public void Insert(int index, Node node)
     {
         var items = Items;
@@ -87,21 +92,26 @@ public class NodeCollection : IEnumerable<Node>
         }
     }
 
+    /// <summary>Removes node from the document.</summary>
     public void Remove(Node node) => node.Remove();
 
+    /// <summary>Removes the node at index from the document.</summary>
     public void RemoveAt(int index) => this[index].Remove();
 
+    /// <summary>Removes every node of the collection from the document.</summary>
     public void Clear()
     {
         foreach (var n in Items.ToArray()) n.Remove();
     }
 
+    /// <summary>The nodes as an array, fixed at the time of the call.</summary>
     public Node[] ToArray() => Items.ToArray();
 
     internal T[] ToArrayOf<T>() where T : Node => Items.Select(n => (T)n).ToArray();
 
     internal IEnumerator<T> EnumerateOf<T>() where T : Node => ((IEnumerable<T>)ToArrayOf<T>()).GetEnumerator();
 
+    /// <summary>The nodes in document order, as they are when the walk starts.</summary>
     public IEnumerator<Node> GetEnumerator() => ((IEnumerable<Node>)Items.ToArray()).GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();

@@ -21,10 +21,13 @@ public sealed class PageSetup
         bag.GetOrAdd(local).Set(attr, Units.PointsToTwips(points));
     }
 
+    /// <summary>The width of the section's pages, in points.</summary>
     public double PageWidth { get => Get("pgSz", "w", 612); set => Set("pgSz", "w", value, 1); }
 
+    /// <summary>The height of the section's pages, in points.</summary>
     public double PageHeight { get => Get("pgSz", "h", 792); set => Set("pgSz", "h", value, 1); }
 
+    /// <summary>Whether the pages are portrait or landscape; changing it swaps width and height.</summary>
     public Orientation Orientation
     {
         get => bag.Find("pgSz")?.Get("orient") == "landscape" ? Orientation.Landscape : Orientation.Portrait;
@@ -40,20 +43,28 @@ public sealed class PageSetup
         }
     }
 
+    /// <summary>The space between the page's top edge and the text, in points.</summary>
     public double TopMargin { get => Get("pgMar", "top", 72); set => Set("pgMar", "top", value, -1584); }
 
+    /// <summary>The space between the page's bottom edge and the text, in points.</summary>
     public double BottomMargin { get => Get("pgMar", "bottom", 72); set => Set("pgMar", "bottom", value, -1584); }
 
+    /// <summary>The space between the page's left edge and the text, in points.</summary>
     public double LeftMargin { get => Get("pgMar", "left", 90); set => Set("pgMar", "left", value); }
 
+    /// <summary>The space between the page's right edge and the text, in points.</summary>
     public double RightMargin { get => Get("pgMar", "right", 90); set => Set("pgMar", "right", value); }
 
+    /// <summary>The space between the page's top edge and the header, in points.</summary>
     public double HeaderDistance { get => Get("pgMar", "header", 36); set => Set("pgMar", "header", value); }
 
+    /// <summary>The space between the page's bottom edge and the footer, in points.</summary>
     public double FooterDistance { get => Get("pgMar", "footer", 36); set => Set("pgMar", "footer", value); }
 
+    /// <summary>Extra margin for binding, in points.</summary>
     public double Gutter { get => Get("pgMar", "gutter", 0); set => Set("pgMar", "gutter", value); }
 
+    /// <summary>Where the section begins: same page, next page, next column, even or odd page.</summary>
     public SectionStart SectionStart
     {
         get => bag.Val("type") switch
@@ -75,12 +86,14 @@ public sealed class PageSetup
         });
     }
 
+    /// <summary>Whether the section's first page has its own header and footer.</summary>
     public bool DifferentFirstPageHeaderFooter
     {
         get => bag.Toggle("titlePg") ?? false;
         set { if (value) bag.SetToggle("titlePg", true); else bag.Remove("titlePg"); }
     }
 
+    /// <summary>Whether page numbers start again at this section.</summary>
     public bool RestartPageNumbering
     {
         get => bag.Find("pgNumType")?.Get("start") != null;
@@ -91,6 +104,7 @@ public sealed class PageSetup
         }
     }
 
+    /// <summary>The number of the section's first page when numbering restarts.</summary>
     public int PageStartingNumber
     {
         get => Units.ParseInt(bag.Find("pgNumType")?.Get("start")) ?? 1;

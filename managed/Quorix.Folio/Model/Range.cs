@@ -11,13 +11,16 @@ public sealed partial class Range
 
     internal Range(Node node) { this.node = node; }
 
+    /// <summary>The text of the range.</summary>
     public string Text => node.GetText();
 
+    /// <summary>The bookmarks in the range.</summary>
     public BookmarkCollection Bookmarks => new BookmarkCollection(node);
 
     /// <summary>Replaces every occurrence of the text, matching case; returns the number of replacements.</summary>
     public int Replace(string pattern, string replacement) => Replace(pattern, replacement, new FindReplaceOptions());
 
+    /// <summary>Replaces every match of pattern by replacement as options say; returns how many were replaced.</summary>
     public int Replace(string pattern, string replacement, FindReplaceOptions options)
     {
         ArgumentException.ThrowIfNullOrEmpty(pattern);

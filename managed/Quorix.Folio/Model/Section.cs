@@ -8,19 +8,24 @@ public sealed class Section : CompositeNode
 {
     internal readonly PropBag SectPr;
 
+    /// <summary>A new empty section of doc, without a body, not yet inserted.</summary>
     public Section(DocumentBase doc) : this(doc, new PropBag(PropOrder.Section)) { }
 
     internal Section(DocumentBase doc, PropBag sectPr) : base(doc) { SectPr = sectPr; }
 
+    /// <summary>Always Section.</summary>
     public override NodeType NodeType => NodeType.Section;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
         Walk<Section>(visitor, visitor.VisitSectionStart(this), static (v, n) => v.VisitSectionEnd(n));
 
+    /// <summary>The section's main text; null when it has none.</summary>
     public Body? Body => (Body?)GetChild(NodeType.Body, 0, false);
 
+    /// <summary>The section's headers and footers.</summary>
     public HeaderFooterCollection HeadersFooters => new HeaderFooterCollection(this);
 
+    /// <summary>The size, margins and numbering of the section's pages.</summary>
     public PageSetup PageSetup => new PageSetup(SectPr);
 
     internal override bool CanHold(Node child) => child is Body || child is HeaderFooter;
@@ -28,12 +33,14 @@ public sealed class Section : CompositeNode
     // Header and footer text is not part of the section's running text.
     internal override void AppendText(StringBuilder sb) => Body?.AppendText(sb);
 
+    /// <summary>Empties the section's body down to one empty paragraph.</summary>
     public void ClearContent()
     {
         var body = Body ?? (Body)AppendChild(new Body(doc!));
         body.DeleteContent();
     }
 
+    /// <summary>Empties the section's headers and footers.</summary>
     public void ClearHeadersFooters()
     {
         foreach (var hf in HeadersFooters.ToArray()) hf.Remove();
@@ -48,6 +55,7 @@ public sealed class Section : CompositeNode
             body.LinkLast(doc!.Import(n, true, ImportFormatMode.UseDestinationStyles));
     }
 
+    /// <summary>A copy of the section with its content, not yet inserted.</summary>
     public Section Clone() => (Section)CloneTo(doc, true);
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
@@ -57,6 +65,7 @@ public sealed class Section : CompositeNode
         return s;
     }
 
+    /// <summary>Gives the section a body with a paragraph when it lacks them, and returns the body's last paragraph.</summary>
     public Paragraph EnsureMinimum()
     {
         var body = Body ?? (Body)AppendChild(new Body(doc!));

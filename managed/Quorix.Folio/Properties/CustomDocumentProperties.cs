@@ -46,6 +46,7 @@ public sealed class CustomDocumentProperties : DocumentPropertyCollection
         return new DocumentProperty(Parts, element);
     }
 
+    /// <summary>Removes the custom property of that name.</summary>
     public override void Remove(string name)
     {
         ArgumentNullException.ThrowIfNull(name);

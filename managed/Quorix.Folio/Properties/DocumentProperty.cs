@@ -28,8 +28,10 @@ public sealed class DocumentProperty
         Name = (string?)element.Attribute("name") ?? "";
     }
 
+    /// <summary>The property's name.</summary>
     public string Name { get; }
 
+    /// <summary>The kind of the property's value.</summary>
     public PropertyType Type => builtIn?.Type ?? PropertyValues.Read(element!.Elements().FirstOrDefault()).Type;
 
     /// <summary>The value: a string, int, double, bool, DateTime, decimal, string[] or byte[]; null when not set.</summary>
@@ -62,6 +64,7 @@ public sealed class DocumentProperty
         var v => v.ToString() ?? "",
     };
 
+    /// <summary>The value as a whole number.</summary>
     public int ToInt() => Value switch
     {
         int i => i,
@@ -69,6 +72,7 @@ public sealed class DocumentProperty
         var v => Convert.ToInt32(v, CultureInfo.InvariantCulture),
     };
 
+    /// <summary>The value as a floating-point number.</summary>
     public double ToDouble() => Value switch
     {
         double d => d,
@@ -76,6 +80,7 @@ public sealed class DocumentProperty
         var v => Convert.ToDouble(v, CultureInfo.InvariantCulture),
     };
 
+    /// <summary>The value as true or false.</summary>
     public bool ToBool() => Value switch
     {
         bool b => b,
@@ -83,6 +88,7 @@ public sealed class DocumentProperty
         var v => Convert.ToBoolean(v, CultureInfo.InvariantCulture),
     };
 
+    /// <summary>The value as a date and time.</summary>
     public DateTime ToDateTime() => Value switch
     {
         DateTime d => d,
@@ -90,6 +96,7 @@ public sealed class DocumentProperty
         var v => Convert.ToDateTime(v, CultureInfo.InvariantCulture),
     };
 
+    /// <summary>The value as bytes; an error when it is not.</summary>
     public byte[] ToByteArray() => Value as byte[] ?? throw new InvalidCastException($"The property '{Name}' does not hold bytes.");
 }
 

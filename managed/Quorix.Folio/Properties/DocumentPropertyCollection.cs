@@ -14,6 +14,7 @@ public abstract class DocumentPropertyCollection : IEnumerable<DocumentProperty>
     /// <summary>The properties the document holds now, in their order in the part.</summary>
     private protected abstract List<DocumentProperty> Items();
 
+    /// <summary>How many properties there are.</summary>
     public int Count => Items().Count;
 
     public DocumentProperty? this[string name] => Get(name);
@@ -27,6 +28,7 @@ public abstract class DocumentPropertyCollection : IEnumerable<DocumentProperty>
         return Items().Find(p => string.Equals(p.Name, name, StringComparison.OrdinalIgnoreCase));
     }
 
+    /// <summary>The property at index.</summary>
     public DocumentProperty Get(int index)
     {
         var items = Items();
@@ -35,8 +37,10 @@ public abstract class DocumentPropertyCollection : IEnumerable<DocumentProperty>
         return items[index];
     }
 
+    /// <summary>Whether there is a property of that name.</summary>
     public bool Contains(string name) => Get(name) != null;
 
+    /// <summary>The position of the property of that name; -1 when there is none.</summary>
     public int IndexOf(string name)
     {
         ArgumentNullException.ThrowIfNull(name);
@@ -50,16 +54,20 @@ public abstract class DocumentPropertyCollection : IEnumerable<DocumentProperty>
         return value != null;
     }
 
+    /// <summary>Removes the property of that name.</summary>
     public abstract void Remove(string name);
 
+    /// <summary>Removes the property at index.</summary>
     public void RemoveAt(int index) => Remove(Get(index).Name);
 
+    /// <summary>Removes every property.</summary>
     public void Clear()
     {
         foreach (var p in Items())
             Remove(p.Name);
     }
 
+    /// <summary>The properties in order.</summary>
     public IEnumerator<DocumentProperty> GetEnumerator() => Items().GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();

@@ -13,10 +13,13 @@ public sealed class PageInfo
         PageNumber = page.Number;
     }
 
+    /// <summary>The page's width in points.</summary>
     public float WidthInPoints { get; }
 
+    /// <summary>The page's height in points.</summary>
     public float HeightInPoints { get; }
 
+    /// <summary>Whether the page is wider than tall.</summary>
     public bool Landscape { get; }
 
     /// <summary>The number the page shows, after restarts of numbering.</summary>

@@ -1,18 +1,24 @@
 namespace Quorix.Folio.Replacing;
 
+/// <summary>Which way a find and replace goes through the text.</summary>
 public enum FindReplaceDirection
 {
+    /// <summary>From the start to the end.</summary>
     Forward = 0,
+    /// <summary>From the end to the start.</summary>
     Backward = 1,
 }
 
 /// <summary>How <see cref="Range.Replace(string, string, FindReplaceOptions)"/> finds and replaces.</summary>
 public sealed class FindReplaceOptions
 {
+    /// <summary>Options of a plain find and replace, forward.</summary>
     public FindReplaceOptions() { }
 
+    /// <summary>Options of a find and replace in the given direction.</summary>
     public FindReplaceOptions(FindReplaceDirection direction) { Direction = direction; }
 
+    /// <summary>Options of a find and replace whose every match a callback decides.</summary>
     public FindReplaceOptions(IReplacingCallback replacingCallback) { ReplacingCallback = replacingCallback; }
 
     /// <summary>Whether letters must match in case, as a word processor's find does by default.

@@ -15,30 +15,39 @@ public enum JsonSimpleValueParseMode
     Strict = 1,
 }
 
+/// <summary>How a JSON data source for reports is read.</summary>
 public sealed class JsonDataLoadOptions
 {
+    /// <summary>Whether JSON strings are read as the numbers, dates or booleans they look like, or kept as written.</summary>
     public JsonSimpleValueParseMode SimpleValueParseMode { get; set; }
 }
 
+/// <summary>How an XML data source for reports is read.</summary>
 public sealed class XmlDataLoadOptions
 {
     /// <summary>Whether the root element is a member of its own (true) or the data starts inside it (false).</summary>
     public bool AlwaysGenerateRootObject { get; set; }
 }
 
+/// <summary>How a CSV data source for reports is read.</summary>
 public sealed class CsvDataLoadOptions
 {
+    /// <summary>Options for CSV without a header line, comma-separated.</summary>
     public CsvDataLoadOptions() { }
 
+    /// <summary>Options for CSV whose first line names the columns when hasHeaders.</summary>
     public CsvDataLoadOptions(bool hasHeaders) { HasHeaders = hasHeaders; }
 
     /// <summary>Whether the first line names the columns; without, they are Column1, Column2, ...</summary>
     public bool HasHeaders { get; set; }
 
+    /// <summary>The character between values; a comma unless set.</summary>
     public char Delimiter { get; set; } = ',';
 
+    /// <summary>The character that quotes values; a double quote unless set.</summary>
     public char QuoteChar { get; set; } = '"';
 
+    /// <summary>The character that starts a comment line; '#' unless set.</summary>
     public char CommentChar { get; set; } = '#';
 }
 
@@ -130,12 +139,16 @@ public sealed class JsonDataSource : IMailMergeDataSourceRoot
 {
     internal readonly object? Root;
 
+    /// <summary>The data of a JSON file.</summary>
     public JsonDataSource(string jsonPath) : this(jsonPath, new JsonDataLoadOptions()) { }
 
+    /// <summary>The data of a JSON file, read as options say.</summary>
     public JsonDataSource(string jsonPath, JsonDataLoadOptions options) : this(File.OpenRead(jsonPath), options, true) { }
 
+    /// <summary>The JSON data read from a stream.</summary>
     public JsonDataSource(Stream jsonStream) : this(jsonStream, new JsonDataLoadOptions()) { }
 
+    /// <summary>The JSON data read from a stream as options say.</summary>
     public JsonDataSource(Stream jsonStream, JsonDataLoadOptions options) : this(jsonStream, options, false) { }
 
     private JsonDataSource(Stream s, JsonDataLoadOptions options, bool own)
@@ -177,12 +190,16 @@ public sealed class XmlDataSource : IMailMergeDataSourceRoot
 {
     internal readonly object? Root;
 
+    /// <summary>The data of an XML file.</summary>
     public XmlDataSource(string xmlPath) : this(xmlPath, new XmlDataLoadOptions()) { }
 
+    /// <summary>The data of an XML file, read as options say.</summary>
     public XmlDataSource(string xmlPath, XmlDataLoadOptions options) : this(File.OpenRead(xmlPath), options, true) { }
 
+    /// <summary>The XML data read from a stream.</summary>
     public XmlDataSource(Stream xmlStream) : this(xmlStream, new XmlDataLoadOptions()) { }
 
+    /// <summary>The XML data read from a stream as options say.</summary>
     public XmlDataSource(Stream xmlStream, XmlDataLoadOptions options) : this(xmlStream, options, false) { }
 
     private XmlDataSource(Stream s, XmlDataLoadOptions options, bool own)
@@ -239,12 +256,16 @@ public sealed class CsvDataSource : IMailMergeDataSourceRoot
 {
     internal readonly List<object?> Root = new();
 
+    /// <summary>The data of a CSV file.</summary>
     public CsvDataSource(string csvPath) : this(csvPath, new CsvDataLoadOptions()) { }
 
+    /// <summary>The data of a CSV file, read as options say.</summary>
     public CsvDataSource(string csvPath, CsvDataLoadOptions options) : this(File.OpenRead(csvPath), options, true) { }
 
+    /// <summary>The CSV data read from a stream.</summary>
     public CsvDataSource(Stream csvStream) : this(csvStream, new CsvDataLoadOptions()) { }
 
+    /// <summary>The CSV data read from a stream as options say.</summary>
     public CsvDataSource(Stream csvStream, CsvDataLoadOptions options) : this(csvStream, options, false) { }
 
     private CsvDataSource(Stream s, CsvDataLoadOptions options, bool own)
@@ -300,5 +321,6 @@ public sealed class CsvDataSource : IMailMergeDataSourceRoot
         }
     }
 
+    /// <summary>The rows of the CSV as the mail merge data source of the region tableName.</summary>
     public IMailMergeDataSource? GetDataSource(string tableName) => new TreeSource(tableName, Root);
 }

@@ -5,9 +5,11 @@ using Quorix.Folio.Fields;
 
 namespace Quorix.Folio.Reporting;
 
+/// <summary>How a report is built from a template.</summary>
 [Flags]
 public enum ReportBuildOptions
 {
+    /// <summary>The default behaviour.</summary>
     None = 0,
     /// <summary>A missing name or member is empty rather than an error.</summary>
     AllowMissingMembers = 1,
@@ -22,6 +24,7 @@ public sealed class KnownTypeSet : IEnumerable<Type>
 {
     private readonly List<Type> types = new();
 
+    /// <summary>How many types the template's expressions may use.</summary>
     public int Count => types.Count;
 
     public void Add(Type type)
@@ -32,6 +35,7 @@ public sealed class KnownTypeSet : IEnumerable<Type>
 
     public void Remove(Type type) => types.Remove(type);
 
+    /// <summary>Removes every type from the set.</summary>
     public void Clear() => types.Clear();
 
     internal Type? Find(string name) => types.Find(t => t.Name.Equals(name, StringComparison.OrdinalIgnoreCase));
@@ -48,8 +52,10 @@ public sealed class ReportingEngine
     private static readonly Regex Tag = new(@"\[\[(?:[^\[\]""']|""[^""]*""|'[^']*'|\[(?:[^\[\]]|\[[^\[\]]*\])*\])*\]\]", RegexOptions.Compiled);
     private static readonly Regex EachTag = new(@"^([A-Za-z_]\w*)\s+in\s+(.+)$", RegexOptions.Compiled | RegexOptions.Singleline);
 
+    /// <summary>How reports are built.</summary>
     public ReportBuildOptions Options { get; set; }
 
+    /// <summary>The types whose static members template expressions may use.</summary>
     public KnownTypeSet KnownTypes { get; } = new();
 
     private readonly HashSet<Paragraph> emptied = new();

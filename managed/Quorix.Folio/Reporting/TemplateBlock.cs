@@ -140,6 +140,7 @@ internal sealed class TemplateBlock
 /// <summary>A template tag or region that cannot be built, named with its place in the document.</summary>
 public sealed class TemplateException : Exception
 {
+    /// <summary>The error of a template tag that cannot be used, naming the tag and the problem.</summary>
     public TemplateException(string tag, string problem) : base($"Template tag {tag} {problem}.") { Tag = tag; }
 
     /// <summary>The tag as written, with its place.</summary>

@@ -37,8 +37,10 @@ public sealed class StyleCollection : IEnumerable<Style>
 
     internal StyleCollection(DocumentBase doc) { this.doc = doc; }
 
+    /// <summary>The document the styles belong to.</summary>
     public DocumentBase Document => doc;
 
+    /// <summary>How many styles the document has.</summary>
     public int Count => styles.Count;
 
     public Style this[int index] => styles[index < 0 ? styles.Count + index : index];
@@ -58,10 +60,13 @@ public sealed class StyleCollection : IEnumerable<Style>
 
     public Style this[StyleIdentifier sti] => GetOrCreateBuiltIn(sti);
 
+    /// <summary>The character formatting of text that no style formats.</summary>
     public Font DefaultFont => new Font(DefaultsBag("rPrDefault", "rPr", PropOrder.Run), doc);
 
+    /// <summary>The formatting of paragraphs that no style formats.</summary>
     public ParagraphFormat DefaultParagraphFormat => new ParagraphFormat(DefaultsBag("pPrDefault", "pPr", PropOrder.Paragraph), doc);
 
+    /// <summary>Adds a new style of a kind and name, and returns it.</summary>
     public Style Add(StyleType type, string name)
     {
         ArgumentException.ThrowIfNullOrEmpty(name);
@@ -72,6 +77,7 @@ public sealed class StyleCollection : IEnumerable<Style>
         return s;
     }
 
+    /// <summary>Removes a style; what used it takes its base style's formatting.</summary>
     public void Remove(Style style)
     {
         FormatStamp.Bump();
@@ -223,6 +229,7 @@ public sealed class StyleCollection : IEnumerable<Style>
         return inner?.Children == null ? null : new PropBag(local == "rPr" ? PropOrder.Run : PropOrder.Paragraph, inner.Children);
     }
 
+    /// <summary>The styles in the document's order.</summary>
     public IEnumerator<Style> GetEnumerator() => styles.ToList().GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();

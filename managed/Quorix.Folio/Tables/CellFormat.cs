@@ -2,6 +2,7 @@ using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio.Tables;
 
+/// <summary>The formatting of a table cell.</summary>
 public sealed class CellFormat
 {
     private readonly Cell cell;
@@ -21,6 +22,7 @@ public sealed class CellFormat
         }
     }
 
+    /// <summary>How the cell is merged with the cells above and below it.</summary>
     public CellMerge VerticalMerge
     {
         get
@@ -57,6 +59,7 @@ public sealed class CellFormat
         }
     }
 
+    /// <summary>How the cell's content is placed between its top and bottom.</summary>
     public CellVerticalAlignment VerticalAlignment
     {
         get => Bag.Val("vAlign") switch { "center" => CellVerticalAlignment.Center, "bottom" => CellVerticalAlignment.Bottom, _ => CellVerticalAlignment.Top };
@@ -69,6 +72,7 @@ public sealed class CellFormat
         });
     }
 
+    /// <summary>The cell's background shading.</summary>
     public Shading Shading => new Shading(Bag);
 
     internal void CopyFrom(CellFormat other)
@@ -78,6 +82,7 @@ public sealed class CellFormat
         Bag.MergeFrom(other.Bag);
     }
 
+    /// <summary>Removes the cell's own formatting, leaving what the table's style gives.</summary>
     public void ClearFormatting()
     {
         cell.HMerge = CellMerge.None;

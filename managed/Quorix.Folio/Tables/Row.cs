@@ -9,27 +9,36 @@ public sealed class Row : CompositeNode
     internal readonly PropBag TrPr;
     internal PropBag? TblPrEx;
 
+    /// <summary>A new empty row of doc, not yet in a table.</summary>
     public Row(DocumentBase doc) : this(doc, new PropBag(PropOrder.TableRow)) { }
 
     internal Row(DocumentBase? doc, PropBag trPr) : base(doc) { TrPr = trPr; }
 
+    /// <summary>Always Row.</summary>
     public override NodeType NodeType => NodeType.Row;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
         Walk<Row>(visitor, visitor.VisitRowStart(this), static (v, n) => v.VisitRowEnd(n));
 
+    /// <summary>The row's cells.</summary>
     public CellCollection Cells => new CellCollection(this);
 
+    /// <summary>The row's first cell; null when it has none.</summary>
     public Cell? FirstCell => (Cell?)GetChild(NodeType.Cell, 0, false);
 
+    /// <summary>The row's last cell; null when it has none.</summary>
     public Cell? LastCell => (Cell?)GetChild(NodeType.Cell, -1, false);
 
+    /// <summary>The table the row is in; null outside any.</summary>
     public Table? ParentTable => parent as Table;
 
+    /// <summary>Whether the row is its table's first.</summary>
     public bool IsFirstRow => parent != null && PreviousSibling == null;
 
+    /// <summary>Whether the row is its table's last.</summary>
     public bool IsLastRow => parent != null && NextSibling == null;
 
+    /// <summary>The row's formatting.</summary>
     public RowFormat RowFormat => new RowFormat(TrPr);
 
     internal override bool CanHold(Node child) => child is Cell || (child is OpaqueNode o && o.Kind == OpaqueKind.Block);

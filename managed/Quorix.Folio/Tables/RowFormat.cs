@@ -2,6 +2,7 @@ using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio.Tables;
 
+/// <summary>The formatting of a table row.</summary>
 public sealed class RowFormat
 {
     private readonly PropBag bag;
@@ -20,6 +21,7 @@ public sealed class RowFormat
         }
     }
 
+    /// <summary>How the row's height is read: at least, exactly, or as its content needs.</summary>
     public HeightRule HeightRule
     {
         get => bag.Find("trHeight") is not { } e ? HeightRule.Auto : e.Get("hRule") == "exact" ? HeightRule.Exactly : HeightRule.AtLeast;
@@ -37,6 +39,7 @@ public sealed class RowFormat
         set { if (value) bag.SetToggle("tblHeader", true); else bag.Remove("tblHeader"); }
     }
 
+    /// <summary>Whether the row may be split between two pages.</summary>
     public bool AllowBreakAcrossPages
     {
         get => !(bag.Toggle("cantSplit") ?? false);
@@ -49,5 +52,6 @@ public sealed class RowFormat
         bag.MergeFrom(other.bag);
     }
 
+    /// <summary>Removes the row's own formatting.</summary>
     public void ClearFormatting() => bag.Clear();
 }

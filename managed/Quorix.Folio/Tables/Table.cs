@@ -11,23 +11,29 @@ public sealed class Table : CompositeNode
     internal List<int> Grid = new();
     internal List<PropElement.Attr>? GridExtra;
 
+    /// <summary>A new empty table of doc, not yet inserted.</summary>
     public Table(DocumentBase doc) : this(doc, new PropBag(PropOrder.Table)) { }
 
     internal Table(DocumentBase? doc, PropBag tblPr) : base(doc) { TblPr = tblPr; }
 
+    /// <summary>Always Table.</summary>
     public override NodeType NodeType => NodeType.Table;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
         Walk<Table>(visitor, visitor.VisitTableStart(this), static (v, n) => v.VisitTableEnd(n));
 
+    /// <summary>The table's rows.</summary>
     public RowCollection Rows => new RowCollection(this);
 
+    /// <summary>The table's first row; null when it has none.</summary>
     public Row? FirstRow => (Row?)GetChild(NodeType.Row, 0, false);
 
+    /// <summary>The table's last row; null when it has none.</summary>
     public Row? LastRow => (Row?)GetChild(NodeType.Row, -1, false);
 
     internal override bool CanHold(Node child) => child is Row || (child is OpaqueNode o && o.Kind == OpaqueKind.Block);
 
+    /// <summary>The name of the table's style.</summary>
     public string StyleName
     {
         get => doc?.Styles.NameOfId(TblPr.Val("tblStyle")) ?? "Normal Table";
@@ -39,12 +45,14 @@ public sealed class Table : CompositeNode
         }
     }
 
+    /// <summary>The built-in identifier of the table's style.</summary>
     public StyleIdentifier StyleIdentifier
     {
         get => doc?.Styles.FindById(TblPr.Val("tblStyle"))?.StyleIdentifier ?? StyleIdentifier.TableNormal;
         set => TblPr.SetVal("tblStyle", doc!.Styles.GetOrCreateBuiltIn(value).StyleId);
     }
 
+    /// <summary>How the table is placed between the margins.</summary>
     public TableAlignment Alignment
     {
         get => TblPr.Val("jc") switch { "center" => TableAlignment.Center, "right" or "end" => TableAlignment.Right, _ => TableAlignment.Left };
@@ -70,6 +78,7 @@ public sealed class Table : CompositeNode
         }
     }
 
+    /// <summary>Removes the table's own borders, leaving what its style gives.</summary>
     public void ClearBorders() => TblPr.Remove("tblBorders");
 
     internal override void AppendText(StringBuilder sb)

@@ -3,6 +3,7 @@ namespace Quorix.Folio.Fields;
 /// <summary>A \* format: how a field's text or number is shown.</summary>
 public enum GeneralFormat
 {
+    /// <summary>No general format.</summary>
     None = 0,
     Aiueo, UppercaseAlphabetic, LowercaseAlphabetic, Arabic, ArabicAbjad, ArabicAlpha, ArabicDash,
     BahtText, CardText, ChineseNum1, ChineseNum2, ChineseNum3, Chosung, CircleNum, DBChar, DBNum1, DBNum2,
@@ -19,12 +20,15 @@ public sealed class GeneralFormatCollection : IEnumerable<GeneralFormat>
 
     internal GeneralFormatCollection(FieldFormat owner) { this.owner = owner; }
 
+    /// <summary>How many general formats (\* switches) the field has.</summary>
     public int Count => owner.Formats().Count;
 
     public GeneralFormat this[int index] => owner.Formats()[index];
 
+    /// <summary>Adds a general format (a \* switch) to the field.</summary>
     public void Add(GeneralFormat item) => owner.Field.SetSwitch("\\*", FieldFormatting.NameOf(item), append: true);
 
+    /// <summary>Removes a general format (a \* switch) from the field.</summary>
     public void Remove(GeneralFormat item) => owner.Field.RemoveSwitch("\\*", FieldFormatting.NameOf(item));
 
     public IEnumerator<GeneralFormat> GetEnumerator() => owner.Formats().GetEnumerator();
@@ -39,18 +43,21 @@ public sealed class FieldFormat
 
     internal FieldFormat(Field field) { Field = field; }
 
+    /// <summary>The picture numbers are written with (the \# switch).</summary>
     public string? NumericFormat
     {
         get => Field.ParseCode().Get("\\#");
         set => Field.SetSwitch("\\#", value);
     }
 
+    /// <summary>The picture dates are written with (the \@ switch).</summary>
     public string? DateTimeFormat
     {
         get => Field.ParseCode().Get("\\@");
         set => Field.SetSwitch("\\@", value);
     }
 
+    /// <summary>The general formats (\* switches) of the field.</summary>
     public GeneralFormatCollection GeneralFormats => new(this);
 
     internal List<GeneralFormat> Formats()

@@ -7,6 +7,7 @@ public abstract class FieldDateBase : Field
 {
     private protected FieldDateBase() { }
 
+    /// <summary>The picture the date is written with, such as "d MMMM yyyy" (the \@ switch).</summary>
     public string? DateTimeFormat { get => SwitchText("\\@"); set => SwitchText("\\@", value); }
 
     internal abstract DateTime? Moment(FieldUpdateContext ctx);
@@ -30,6 +31,7 @@ public abstract class FieldDateBase : Field
         ctx.PropertyValue(name) is DateTime d && d != DateTime.MinValue ? (d.Kind == DateTimeKind.Local ? d : DateTime.SpecifyKind(d, DateTimeKind.Utc).ToLocalTime()) : null;
 }
 
+/// <summary>The DATE field: today's date.</summary>
 public sealed class FieldDate : FieldDateBase
 {
     internal FieldDate() { }
@@ -39,15 +41,19 @@ public sealed class FieldDate : FieldDateBase
     /// <summary>\l: the date of the last insertion of the field (kept for compatibility).</summary>
     public bool UseLastFormat { get => Flag("\\l"); set => Flag("\\l", value); }
 
+    /// <summary>Whether the Hijri lunar calendar is used (the \h switch).</summary>
     public bool UseLunarCalendar { get => Flag("\\h"); set => Flag("\\h", value); }
 
+    /// <summary>Whether the Saka era calendar is used (the \s switch).</summary>
     public bool UseSakaEraCalendar { get => Flag("\\s"); set => Flag("\\s", value); }
 
+    /// <summary>Whether the Um-al-Qura calendar is used (the \u switch).</summary>
     public bool UseUmAlQuraCalendar { get => Flag("\\u"); set => Flag("\\u", value); }
 
     internal override DateTime? Moment(FieldUpdateContext ctx) => ctx.Now;
 }
 
+/// <summary>The TIME field: the current time.</summary>
 public sealed class FieldTime : FieldDateBase
 {
     internal FieldTime() { }
@@ -57,6 +63,7 @@ public sealed class FieldTime : FieldDateBase
     private protected override string DefaultPicture(CultureInfo c) => c.DateTimeFormat.ShortTimePattern;
 }
 
+/// <summary>The CREATEDATE field: when the document was created.</summary>
 public sealed class FieldCreateDate : FieldDateBase
 {
     internal FieldCreateDate() { }
@@ -64,6 +71,7 @@ public sealed class FieldCreateDate : FieldDateBase
     internal override DateTime? Moment(FieldUpdateContext ctx) => Stored(ctx, "CreatedTime");
 }
 
+/// <summary>The SAVEDATE field: when the document was saved last.</summary>
 public sealed class FieldSaveDate : FieldDateBase
 {
     internal FieldSaveDate() { }
@@ -71,6 +79,7 @@ public sealed class FieldSaveDate : FieldDateBase
     internal override DateTime? Moment(FieldUpdateContext ctx) => Stored(ctx, "LastSavedTime");
 }
 
+/// <summary>The PRINTDATE field: when the document was printed last.</summary>
 public sealed class FieldPrintDate : FieldDateBase
 {
     internal FieldPrintDate() { }

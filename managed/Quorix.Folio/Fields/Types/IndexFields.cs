@@ -10,20 +10,28 @@ public sealed class FieldIndex : Field
 
     private protected override string[] ArgSwitches => new[] { "\\b", "\\c", "\\d", "\\e", "\\f", "\\g", "\\h", "\\k", "\\l", "\\p", "\\s" };
 
+    /// <summary>The bookmark whose text alone is indexed (the \b switch).</summary>
     public string? BookmarkName { get => SwitchText("\\b"); set => SwitchText("\\b", value); }
 
+    /// <summary>How many columns the index takes (the \c switch).</summary>
     public string? NumberOfColumns { get => SwitchText("\\c"); set => SwitchText("\\c", value); }
 
+    /// <summary>The type of the XE entries indexed (the \f switch).</summary>
     public string? EntryType { get => SwitchText("\\f"); set => SwitchText("\\f", value); }
 
+    /// <summary>The heading put before each letter's group (the \h switch).</summary>
     public string? Heading { get => SwitchText("\\h"); set => SwitchText("\\h", value); }
 
+    /// <summary>What separates an entry from its page numbers (the \e switch).</summary>
     public string? PageNumberSeparator { get => SwitchText("\\e"); set => SwitchText("\\e", value); }
 
+    /// <summary>What separates the page numbers of one entry (the \l switch).</summary>
     public string? PageNumberListSeparator { get => SwitchText("\\l"); set => SwitchText("\\l", value); }
 
+    /// <summary>The letters whose entries are listed, such as "a-m" (the \p switch).</summary>
     public string? LetterRange { get => SwitchText("\\p"); set => SwitchText("\\p", value); }
 
+    /// <summary>Whether sub-entries follow their entry on its line (the \r switch).</summary>
     public bool RunSubentriesOnSameLine { get => Flag("\\r"); set => Flag("\\r", value); }
 
     internal override bool WritesOwnResult => true;

@@ -21,51 +21,62 @@ public abstract class FieldPropertyBase : Field
     }
 }
 
+/// <summary>The AUTHOR field: the document's author.</summary>
 public sealed class FieldAuthor : FieldPropertyBase
 {
     internal FieldAuthor() { }
 
     private protected override string PropertyName => "Author";
 
+    /// <summary>The name the field sets as author when updated; null to show the author.</summary>
     public string? AuthorName { get => Argument(0); set => Argument(0, value); }
 }
 
+/// <summary>The TITLE field: the document's title.</summary>
 public sealed class FieldTitle : FieldPropertyBase
 {
     internal FieldTitle() { }
 
     private protected override string PropertyName => "Title";
 
+    /// <summary>The title the field sets when updated; null to show the title.</summary>
     public string? Text { get => Argument(0); set => Argument(0, value); }
 }
 
+/// <summary>The SUBJECT field: the document's subject.</summary>
 public sealed class FieldSubject : FieldPropertyBase
 {
     internal FieldSubject() { }
 
     private protected override string PropertyName => "Subject";
 
+    /// <summary>The subject the field sets when updated; null to show the subject.</summary>
     public string? Text { get => Argument(0); set => Argument(0, value); }
 }
 
+/// <summary>The KEYWORDS field: the document's keywords.</summary>
 public sealed class FieldKeywords : FieldPropertyBase
 {
     internal FieldKeywords() { }
 
     private protected override string PropertyName => "Keywords";
 
+    /// <summary>The keywords the field sets when updated; null to show them.</summary>
     public string? Text { get => Argument(0); set => Argument(0, value); }
 }
 
+/// <summary>The COMMENTS field: the comments of the document's properties.</summary>
 public sealed class FieldComments : FieldPropertyBase
 {
     internal FieldComments() { }
 
     private protected override string PropertyName => "Comments";
 
+    /// <summary>The comments the field sets when updated; null to show them.</summary>
     public string? Text { get => Argument(0); set => Argument(0, value); }
 }
 
+/// <summary>The LASTSAVEDBY field: who saved the document last.</summary>
 public sealed class FieldLastSavedBy : FieldPropertyBase
 {
     internal FieldLastSavedBy() { }
@@ -73,6 +84,7 @@ public sealed class FieldLastSavedBy : FieldPropertyBase
     private protected override string PropertyName => "LastSavedBy";
 }
 
+/// <summary>The TEMPLATE field: the name of the document's template.</summary>
 public sealed class FieldTemplate : FieldPropertyBase
 {
     internal FieldTemplate() { }
@@ -80,6 +92,7 @@ public sealed class FieldTemplate : FieldPropertyBase
     private protected override string PropertyName => "Template";
 }
 
+/// <summary>The REVNUM field: how many times the document was saved.</summary>
 public sealed class FieldRevNum : FieldPropertyBase
 {
     internal FieldRevNum() { }
@@ -92,6 +105,7 @@ public sealed class FieldDocProperty : Field
 {
     internal FieldDocProperty() { }
 
+    /// <summary>The name of the document property the field shows.</summary>
     public string? PropertyName { get => Argument(0); set => Argument(0, value); }
 
     internal override string? Compute(FieldUpdateContext ctx)
@@ -107,6 +121,7 @@ public sealed class FieldInfo : Field
 {
     internal FieldInfo() { }
 
+    /// <summary>The name of the document information the field shows, such as Author.</summary>
     public string? InfoType { get => Argument(0); set => Argument(0, value); }
 
     internal override string? Compute(FieldUpdateContext ctx)
@@ -121,16 +136,19 @@ public sealed class FieldInfo : Field
     }
 }
 
+/// <summary>The DOCVARIABLE field: the value of a document variable.</summary>
 public sealed class FieldDocVariable : Field
 {
     internal FieldDocVariable() { }
 
+    /// <summary>The name of the variable the field shows.</summary>
     public string? VariableName { get => Argument(0); set => Argument(0, value); }
 
     internal override string? Compute(FieldUpdateContext ctx) =>
         ctx.Options.DocumentVariables.TryGetValue(ParseCode().Arg(0), out var v) ? v : "Error! No document variable supplied.";
 }
 
+/// <summary>The FILENAME field: the document's file name.</summary>
 public sealed class FieldFileName : Field
 {
     internal FieldFileName() { }
@@ -146,12 +164,15 @@ public sealed class FieldFileName : Field
     }
 }
 
+/// <summary>The FILESIZE field: the size of the document's file.</summary>
 public sealed class FieldFileSize : Field
 {
     internal FieldFileSize() { }
 
+    /// <summary>Whether the size is shown in kilobytes.</summary>
     public bool IsInKilobytes { get => Flag("\\k"); set => Flag("\\k", value); }
 
+    /// <summary>Whether the size is shown in megabytes.</summary>
     public bool IsInMegabytes { get => Flag("\\m"); set => Flag("\\m", value); }
 
     internal override string? Compute(FieldUpdateContext ctx)
@@ -196,28 +217,34 @@ internal static class DocumentCounts
     public static int Characters(Document doc) => BodyTexts(doc).Sum(t => t.Count(c => !char.IsWhiteSpace(c)));
 }
 
+/// <summary>The USERNAME field: the user's name.</summary>
 public sealed class FieldUserName : Field
 {
     internal FieldUserName() { }
 
+    /// <summary>The name the field shows instead of the user's own.</summary>
     public string? UserName { get => Argument(0); set => Argument(0, value); }
 
     internal override string? Compute(FieldUpdateContext ctx) => ParseCode().Args.FirstOrDefault() ?? ctx.Options.CurrentUser.Name;
 }
 
+/// <summary>The USERINITIALS field: the user's initials.</summary>
 public sealed class FieldUserInitials : Field
 {
     internal FieldUserInitials() { }
 
+    /// <summary>The initials the field shows instead of the user's own.</summary>
     public string? UserInitials { get => Argument(0); set => Argument(0, value); }
 
     internal override string? Compute(FieldUpdateContext ctx) => ParseCode().Args.FirstOrDefault() ?? ctx.Options.CurrentUser.Initials;
 }
 
+/// <summary>The USERADDRESS field: the user's postal address.</summary>
 public sealed class FieldUserAddress : Field
 {
     internal FieldUserAddress() { }
 
+    /// <summary>The address the field shows instead of the user's own.</summary>
     public string? UserAddress { get => Argument(0); set => Argument(0, value); }
 
     internal override string? Compute(FieldUpdateContext ctx) => ParseCode().Args.FirstOrDefault() ?? ctx.Options.CurrentUser.Address;

@@ -9,12 +9,16 @@ public sealed class FieldSymbol : Field
 
     private protected override string[] ArgSwitches => new[] { "\\f", "\\s" };
 
+    /// <summary>The code of the character shown, decimal or hexadecimal.</summary>
     public string? CharacterCode { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The font the character is drawn in (the \f switch).</summary>
     public string? FontName { get => SwitchText("\\f"); set => SwitchText("\\f", value); }
 
+    /// <summary>The size of the character in points (the \s switch).</summary>
     public string? FontSize { get => SwitchText("\\s"); set => SwitchText("\\s", value); }
 
+    /// <summary>Whether the code is a Unicode code point (the \u switch).</summary>
     public bool IsUnicode { get => Flag("\\u"); set => Flag("\\u", value); }
 
     internal override string? Compute(FieldUpdateContext ctx)
@@ -35,14 +39,19 @@ public sealed class FieldHyperlink : Field
 
     private protected override string[] ArgSwitches => new[] { "\\l", "\\o", "\\t" };
 
+    /// <summary>The address the link goes to.</summary>
     public string? Address { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The place inside the target, such as a bookmark (the \l switch).</summary>
     public string? SubAddress { get => SwitchText("\\l"); set => SwitchText("\\l", value); }
 
+    /// <summary>The text shown when the pointer rests on the link (the \o switch).</summary>
     public string? ScreenTip { get => SwitchText("\\o"); set => SwitchText("\\o", value); }
 
+    /// <summary>The frame the link opens in (the \t switch).</summary>
     public string? Target { get => SwitchText("\\t"); set => SwitchText("\\t", value); }
 
+    /// <summary>Whether the link opens in a new window (the \n switch).</summary>
     public bool OpenInNewWindow { get => Flag("\\n"); set => Flag("\\n", value); }
 
     internal override string? Compute(FieldUpdateContext ctx) => Result.Length > 0 ? null : Argument(0) ?? SwitchText("\\l");
@@ -53,8 +62,10 @@ public sealed class FieldIncludeText : Field
 {
     internal FieldIncludeText() { }
 
+    /// <summary>The path of the document whose text is included.</summary>
     public string? SourceFullName { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The bookmark whose text alone is included.</summary>
     public string? BookmarkName { get => Argument(1); set => Argument(1, value); }
 
     internal override string? Compute(FieldUpdateContext ctx)

@@ -6,8 +6,11 @@ namespace Quorix.Folio.Fields;
 /// <summary>How an IF or COMPARE comparison came out.</summary>
 public enum FieldIfComparisonResult
 {
+    /// <summary>The comparison could not be made.</summary>
     Error = 0,
+    /// <summary>The comparison holds.</summary>
     True = 1,
+    /// <summary>The comparison does not hold.</summary>
     False = 2,
 }
 
@@ -54,14 +57,19 @@ public sealed class FieldIf : Field
 {
     internal FieldIf() { }
 
+    /// <summary>The value left of the operator.</summary>
     public string? LeftExpression { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The operator: =, &lt;&gt;, &lt;, &lt;=, &gt; or &gt;=.</summary>
     public string? ComparisonOperator { get => Argument(1); set => Argument(1, value); }
 
+    /// <summary>The value right of the operator.</summary>
     public string? RightExpression { get => Argument(2); set => Argument(2, value); }
 
+    /// <summary>The result when the comparison holds.</summary>
     public string? TrueText { get => Argument(3); set => Argument(3, value); }
 
+    /// <summary>The result when it does not.</summary>
     public string? FalseText { get => Argument(4); set => Argument(4, value); }
 
     /// <summary>Evaluates the comparison without changing the result.</summary>
@@ -87,10 +95,13 @@ public sealed class FieldCompare : Field
 {
     internal FieldCompare() { }
 
+    /// <summary>The value left of the operator.</summary>
     public string? LeftExpression { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The operator: =, &lt;&gt;, &lt;, &lt;=, &gt; or &gt;=.</summary>
     public string? ComparisonOperator { get => Argument(1); set => Argument(1, value); }
 
+    /// <summary>The value right of the operator.</summary>
     public string? RightExpression { get => Argument(2); set => Argument(2, value); }
 
     internal override string? Compute(FieldUpdateContext ctx)

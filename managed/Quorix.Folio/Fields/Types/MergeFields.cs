@@ -35,12 +35,16 @@ public sealed class FieldMergeField : Field
 
     private static readonly HashSet<string> Prefixes = new(StringComparer.OrdinalIgnoreCase) { "TableStart", "TableEnd", "Image", "BeginGroup", "EndGroup" };
 
+    /// <summary>Text put before the merged value when it is not empty (the \b switch).</summary>
     public string? TextBefore { get => SwitchText("\\b"); set => SwitchText("\\b", value); }
 
+    /// <summary>Text put after the merged value when it is not empty (the \f switch).</summary>
     public string? TextAfter { get => SwitchText("\\f"); set => SwitchText("\\f", value); }
 
+    /// <summary>Whether the field names a mapped field rather than a data column (the \m switch).</summary>
     public bool IsMapped { get => Flag("\\m"); set => Flag("\\m", value); }
 
+    /// <summary>Whether the merged text runs vertically (the \v switch).</summary>
     public bool IsVerticalFormatting { get => Flag("\\v"); set => Flag("\\v", value); }
 
     /// <summary>What the field shows for a value: the value formatted by its switches, between the \b and \f texts.</summary>
@@ -64,10 +68,13 @@ public sealed class FieldNextIf : Field
 {
     internal FieldNextIf() { }
 
+    /// <summary>The value left of the operator.</summary>
     public string? LeftExpression { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The operator: =, &lt;&gt;, &lt;, &lt;=, &gt; or &gt;=.</summary>
     public string? ComparisonOperator { get => Argument(1); set => Argument(1, value); }
 
+    /// <summary>The value right of the operator.</summary>
     public string? RightExpression { get => Argument(2); set => Argument(2, value); }
 }
 
@@ -76,10 +83,13 @@ public sealed class FieldSkipIf : Field
 {
     internal FieldSkipIf() { }
 
+    /// <summary>The value left of the operator.</summary>
     public string? LeftExpression { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The operator: =, &lt;&gt;, &lt;, &lt;=, &gt; or &gt;=.</summary>
     public string? ComparisonOperator { get => Argument(1); set => Argument(1, value); }
 
+    /// <summary>The value right of the operator.</summary>
     public string? RightExpression { get => Argument(2); set => Argument(2, value); }
 }
 

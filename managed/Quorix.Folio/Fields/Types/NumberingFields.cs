@@ -9,16 +9,22 @@ public sealed class FieldSeq : Field
 
     private protected override string[] ArgSwitches => new[] { "\\r", "\\s" };
 
+    /// <summary>The name of the sequence being numbered, such as "Figure".</summary>
     public string? SequenceIdentifier { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The bookmark whose sequence number the field shows instead.</summary>
     public string? BookmarkName { get => Argument(1); set => Argument(1, value); }
 
+    /// <summary>Whether the field shows the next number (the \n switch, the default).</summary>
     public bool InsertNextNumber { get => Flag("\\n"); set => Flag("\\n", value); }
 
+    /// <summary>Whether the field repeats the last number (the \c switch).</summary>
     public bool InsertCurrentNumber { get => Flag("\\c"); set => Flag("\\c", value); }
 
+    /// <summary>The number the sequence restarts at (the \r switch).</summary>
     public string? ResetNumber { get => SwitchText("\\r"); set => SwitchText("\\r", value); }
 
+    /// <summary>The heading level at which the sequence restarts (the \s switch).</summary>
     public string? ResetHeadingLevel { get => SwitchText("\\s"); set => SwitchText("\\s", value); }
 
     internal override string? Compute(FieldUpdateContext ctx)
@@ -55,6 +61,7 @@ public abstract class FieldAutoNumBase : Field
 
     private protected override string[] ArgSwitches => new[] { "\\s" };
 
+    /// <summary>The character that follows the number (the \s switch).</summary>
     public string? SeparatorCharacter { get => SwitchText("\\s"); set => SwitchText("\\s", value); }
 
     private protected abstract string Style(int n);
@@ -66,6 +73,7 @@ public abstract class FieldAutoNumBase : Field
     }
 }
 
+/// <summary>The AUTONUM field: a number that counts the paragraphs holding one.</summary>
 public sealed class FieldAutoNum : FieldAutoNumBase
 {
     internal FieldAutoNum() { }
@@ -73,10 +81,12 @@ public sealed class FieldAutoNum : FieldAutoNumBase
     private protected override string Style(int n) => n.ToString(CultureInfo.InvariantCulture);
 }
 
+/// <summary>The AUTONUMLGL field: a legal-style number such as 1.1.2.</summary>
 public sealed class FieldAutoNumLgl : FieldAutoNumBase
 {
     internal FieldAutoNumLgl() { }
 
+    /// <summary>Whether the number ends without a period (the \e switch).</summary>
     public bool RemoveTrailingPeriod { get => Flag("\\e"); set => Flag("\\e", value); }
 
     private protected override string Style(int n) => n.ToString(CultureInfo.InvariantCulture);
@@ -88,6 +98,7 @@ public sealed class FieldAutoNumLgl : FieldAutoNumBase
     }
 }
 
+/// <summary>The AUTONUMOUT field: an outline-style number.</summary>
 public sealed class FieldAutoNumOut : FieldAutoNumBase
 {
     internal FieldAutoNumOut() { }
@@ -102,10 +113,13 @@ public sealed class FieldListNum : Field
 
     private protected override string[] ArgSwitches => new[] { "\\l", "\\s" };
 
+    /// <summary>The name of the list the field numbers in.</summary>
     public string? ListName { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The list level of the number (the \l switch).</summary>
     public string? ListLevel { get => SwitchText("\\l"); set => SwitchText("\\l", value); }
 
+    /// <summary>The number the field starts at (the \s switch).</summary>
     public string? StartingNumber { get => SwitchText("\\s"); set => SwitchText("\\s", value); }
 
     internal override string? Compute(FieldUpdateContext ctx)

@@ -10,28 +10,40 @@ public sealed class FieldToc : Field
 
     private protected override string[] ArgSwitches => new[] { "\\o", "\\t", "\\p", "\\n", "\\f", "\\l", "\\b", "\\c", "\\a", "\\s", "\\d" };
 
+    /// <summary>The heading levels listed, such as "1-3" (the \o switch).</summary>
     public string? HeadingLevelRange { get => SwitchText("\\o"); set => SwitchText("\\o", value); }
 
+    /// <summary>Other styles listed with their levels, such as "Title,1" (the \t switch).</summary>
     public string? CustomStyles { get => SwitchText("\\t"); set => SwitchText("\\t", value); }
 
+    /// <summary>Whether entries link to their headings (the \h switch).</summary>
     public bool InsertHyperlinks { get => Flag("\\h"); set => Flag("\\h", value); }
 
+    /// <summary>Whether tab leaders and page numbers are hidden in web layout (the \z switch).</summary>
     public bool HideInWebLayout { get => Flag("\\z"); set => Flag("\\z", value); }
 
+    /// <summary>Whether paragraphs are listed by their outline level (the \u switch).</summary>
     public bool UseParagraphOutlineLevel { get => Flag("\\u"); set => Flag("\\u", value); }
 
+    /// <summary>Whether tabs in headings are kept in the entries (the \w switch).</summary>
     public bool PreserveTabs { get => Flag("\\w"); set => Flag("\\w", value); }
 
+    /// <summary>Whether line breaks in headings are kept in the entries (the \x switch).</summary>
     public bool PreserveLineBreaks { get => Flag("\\x"); set => Flag("\\x", value); }
 
+    /// <summary>What separates an entry from its page number (the \p switch).</summary>
     public string? EntrySeparator { get => SwitchText("\\p"); set => SwitchText("\\p", value); }
 
+    /// <summary>The levels whose entries have no page number, such as "2-3" (the \n switch).</summary>
     public string? PageNumberOmittingLevelRange { get => SwitchText("\\n"); set => SwitchText("\\n", value); }
 
+    /// <summary>The type of the TC fields listed (the \f switch).</summary>
     public string? EntryIdentifier { get => SwitchText("\\f"); set => SwitchText("\\f", value); }
 
+    /// <summary>The levels of the TC fields listed, such as "1-2" (the \l switch).</summary>
     public string? EntryLevelRange { get => SwitchText("\\l"); set => SwitchText("\\l", value); }
 
+    /// <summary>The bookmark whose text alone is listed (the \b switch).</summary>
     public string? BookmarkName { get => SwitchText("\\b"); set => SwitchText("\\b", value); }
 
     internal override bool WritesOwnResult => true;
@@ -54,12 +66,16 @@ public sealed class FieldTC : Field
 
     private protected override string[] ArgSwitches => new[] { "\\f", "\\l" };
 
+    /// <summary>The text of the entry in the table of contents.</summary>
     public string? Text { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The type of the entry, which a TOC field's \f switch picks (the \f switch).</summary>
     public string? TypeIdentifier { get => SwitchText("\\f"); set => SwitchText("\\f", value); }
 
+    /// <summary>The entry's level in the table of contents (the \l switch).</summary>
     public string? EntryLevel { get => SwitchText("\\l"); set => SwitchText("\\l", value); }
 
+    /// <summary>Whether the entry has no page number (the \n switch).</summary>
     public bool OmitPageNumber { get => Flag("\\n"); set => Flag("\\n", value); }
 }
 
@@ -70,16 +86,22 @@ public sealed class FieldXE : Field
 
     private protected override string[] ArgSwitches => new[] { "\\f", "\\r", "\\t", "\\y" };
 
+    /// <summary>The text of the index entry; a colon separates sub-entries.</summary>
     public string? Text { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The type of the entry, which an INDEX field's \f switch picks (the \f switch).</summary>
     public string? EntryType { get => SwitchText("\\f"); set => SwitchText("\\f", value); }
 
+    /// <summary>The bookmark whose pages the entry shows as a range (the \r switch).</summary>
     public string? PageRangeBookmarkName { get => SwitchText("\\r"); set => SwitchText("\\r", value); }
 
+    /// <summary>The text shown instead of a page number, such as "See Paris" (the \t switch).</summary>
     public string? PageNumberReplacement { get => SwitchText("\\t"); set => SwitchText("\\t", value); }
 
+    /// <summary>Whether the entry's page number is bold (the \b switch).</summary>
     public bool IsBold { get => Flag("\\b"); set => Flag("\\b", value); }
 
+    /// <summary>Whether the entry's page number is italic (the \i switch).</summary>
     public bool IsItalic { get => Flag("\\i"); set => Flag("\\i", value); }
 }
 

@@ -31,6 +31,7 @@ public sealed partial class Document
 
 public sealed partial class Range
 {
+    /// <summary>The fields in the range.</summary>
     public FieldCollection Fields => new(node);
 
     /// <summary>Computes the results of the fields in this range, nested fields first.</summary>

@@ -14,12 +14,16 @@ public enum FieldUpdateCultureSource
 /// <summary>The person USERNAME, USERINITIALS and USERADDRESS show.</summary>
 public sealed class UserInformation
 {
+    /// <summary>The user's name, which USERNAME fields show.</summary>
     public string Name { get; set; } = "";
 
+    /// <summary>The user's initials, which USERINITIALS fields show.</summary>
     public string Initials { get; set; } = "";
 
+    /// <summary>The user's postal address, which USERADDRESS fields show.</summary>
     public string Address { get; set; } = "";
 
+    /// <summary>The user of documents whose field options name none.</summary>
     public static UserInformation DefaultUser { get; } = new();
 }
 
@@ -40,29 +44,38 @@ public interface IBarcodeGenerator
 /// <summary>What a barcode field asks for.</summary>
 public sealed class BarcodeParameters
 {
+    /// <summary>The kind of barcode, such as "QR" or "CODE128".</summary>
     public string BarcodeType { get; set; } = "";
 
+    /// <summary>The value the barcode encodes.</summary>
     public string BarcodeValue { get; set; } = "";
 
+    /// <summary>The barcode's height, as the field gives it.</summary>
     public string? SymbolHeight { get; set; }
 
+    /// <summary>The colour of the bars, as the field gives it.</summary>
     public string? ForegroundColor { get; set; }
 
+    /// <summary>The colour behind the bars, as the field gives it.</summary>
     public string? BackgroundColor { get; set; }
 }
 
 /// <summary>Settings that field update reads: the current user, culture, fixed time and helpers.</summary>
 public sealed class FieldOptions
 {
+    /// <summary>The user that user fields show.</summary>
     public UserInformation CurrentUser { get; set; } = new();
 
+    /// <summary>Whose culture formats field results: the field code's or the document's.</summary>
     public FieldUpdateCultureSource FieldUpdateCultureSource { get; set; }
 
     /// <summary>The culture for dates and numbers; the thread's when not set.</summary>
     public CultureInfo? FieldUpdateCulture { get; set; }
 
+    /// <summary>Answers the questions of ASK and FILLIN fields; null leaves their defaults.</summary>
     public IFieldUserPromptRespondent? UserPromptRespondent { get; set; }
 
+    /// <summary>Draws the pictures of barcode fields; null leaves them as they are.</summary>
     public IBarcodeGenerator? BarcodeGenerator { get; set; }
 
     /// <summary>The moment DATE and TIME show; the clock's when not set, so results can be reproduced.</summary>
