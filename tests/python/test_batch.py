@@ -2,6 +2,7 @@
 generated documents converted byte for byte as one process converts them, hostile inputs and
 dying, slow or greedy workers reported as failed entries, the command line's two progress modes."""
 
+import concurrent.futures
 import glob
 import io
 import multiprocessing
@@ -184,6 +185,32 @@ def test_a_worker_killed_while_saving_leaves_no_partial_output(tmp_path):
     assert killed and [r.attempts for r in report.succeeded] == [2]
     assert (out / "big.md").read_bytes() == reference.read_bytes()
     assert files_under(out) == ["big.md"]
+
+
+def test_threads_of_one_worker_keep_their_outputs_apart(tmp_path):
+    """A Dask worker runs tasks on several threads of one process; each writes its file and the
+    pictures beside it in a staging folder of its own."""
+    picture = io.BytesIO()
+    qf.Document().save(picture, qf.SaveFormat.PNG)
+    paths = []
+    for i in range(12):
+        doc = qf.Document()
+        builder = qf.DocumentBuilder(doc)
+        builder.writeln(f"document {i}")
+        builder.insert_image(picture.getvalue(), 20.0 + i, 10.0)
+        paths.append(str(tmp_path / "in" / f"d{i}.docx"))
+        os.makedirs(os.path.dirname(paths[-1]), exist_ok=True)
+        doc.save(paths[-1])
+    tasks, _, staging = batch.plan_conversions(paths, tmp_path / "out", "md", root=None, overwrite=True)
+    with concurrent.futures.ThreadPoolExecutor(4) as pool:
+        results = list(pool.map(batch.run_task, tasks * 3))
+    assert all(r.ok for r in results), [r for r in results if not r.ok]
+    for i in range(12):
+        text = (tmp_path / "out" / f"d{i}.md").read_text(encoding="utf-8")
+        assert f"document {i}" in text
+        pictures = [name for name in os.listdir(tmp_path / "out") if name in text and not name.endswith(".md")]
+        assert pictures, text  # the picture the Markdown names lies beside it
+    assert not [f for _, _, files in os.walk(staging) for f in files]
 
 
 def test_workers_run_without_profile_guided_tiers_unless_the_user_chose(corpus, monkeypatch):

@@ -19,6 +19,7 @@ import os
 import re
 import secrets
 import shutil
+import threading
 import time
 from typing import Any, Callable, Iterable, Iterator, Sequence, Union
 
@@ -81,10 +82,16 @@ class Task:
 
 
 def worker_staging(staging: str, pid: int) -> str:
-    """The folder in which one worker process writes its outputs before renaming them into place:
-    one per process rather than per file, because making and removing a folder for every file
-    cost a fifth of a small document's conversion."""
+    """The folder in which one worker process writes its outputs before renaming them into place,
+    a subfolder for each of its threads (a Dask worker runs several): one per worker rather than
+    per file, because making and removing a folder for every file cost a fifth of a small
+    document's conversion."""
     return os.path.join(staging, str(pid))
+
+
+def _thread_staging(task: Task) -> str:
+    assert task.staging is not None
+    return os.path.join(worker_staging(task.staging, os.getpid()), str(threading.get_ident()))
 
 
 # ---- worker side: runs in the worker processes, the same for the local pool and Dask
@@ -110,22 +117,22 @@ def run_task(task: Task) -> Result:
         return Result(task.source, True, output=task.output, seconds=time.perf_counter() - started)
     except Exception as error:  # a bad file is the batch's data, whatever the engine or the function raised
         if task.staging:  # what a failed save left must not join the next file's outputs
-            shutil.rmtree(worker_staging(task.staging, os.getpid()), ignore_errors=True)
+            shutil.rmtree(_thread_staging(task), ignore_errors=True)
         error_type, message = describe(error)
         return Result(task.source, False, error_type=error_type, error=message,
                       seconds=time.perf_counter() - started)
 
 
-_CLEARED: set[str] = set()  # the staging folders this process has emptied before its first file
+_CLEARED: set[str] = set()  # the staging folders this process has emptied before their first file
 
 
 def _save_atomically(qf: Any, document: Any, task: Task) -> None:
-    """Saves under the final file name inside the worker's staging folder, then renames into place.
+    """Saves under the final file name inside the thread's staging folder, then renames into place.
 
     The name is the final one because writers derive companion files from it (Markdown's images);
     those are moved first, so the main output never appears before what it refers to."""
-    assert task.output is not None and task.staging is not None
-    folder = worker_staging(task.staging, os.getpid())
+    assert task.output is not None
+    folder = _thread_staging(task)
     if folder not in _CLEARED:  # process ids are reused: a dead earlier owner's leftovers go
         shutil.rmtree(folder, ignore_errors=True)
         _CLEARED.add(folder)
