@@ -162,14 +162,15 @@ def convert(source: str, target: str, fmt_name: str | None, pages: str | None, e
         raise Failure(EXIT_USAGE, f"cannot write '{target}': --pages {pages} starts past the last page of "
                                   f"'{source}', which has {count}")
     # one file for the range, or one a page where a file holds a single page
+    paged: saving.FixedPageSaveOptions = options  # the closures below see no narrowing of options
     outputs = [(target, first, last)]
-    if isinstance(options, _ONE_PAGE_A_FILE) and last > first:
+    if isinstance(paged, _ONE_PAGE_A_FILE) and last > first:
         outputs = [(_page_file(target, page), page, page) for page in range(first, last + 1)]
     progress.steps = 1 + len(outputs)
     for path, start, end in outputs:
         progress.step(f"writing {os.path.basename(path)}")
-        options.page_set = saving.PageSet(saving.PageRange(start - 1, end - 1))
-        _guard(path, "write", lambda: document.save(path, options))
+        paged.page_set = saving.PageSet(saving.PageRange(start - 1, end - 1))
+        _guard(path, "write", lambda: document.save(path, paged))
     progress.finish()
     return 0
 
