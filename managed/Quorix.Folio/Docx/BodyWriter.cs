@@ -179,7 +179,7 @@ internal static class BodyWriter
                 break;
             case Comment c:
             {
-                int id = c.Id >= 0 && !pw.State.CommentIds.Contains(c.Id) ? c.Id : NextFree(pw.State.CommentIds);
+                int id = c.Id >= 0 && !pw.State.CommentIds.Contains(c.Id) ? c.Id : NextFree(pw.State.CommentIds, pw.State.RangeIds);
                 c.Id = id;
                 pw.State.CommentIds.Add(id);
                 pw.State.Comments.Add(c);
@@ -268,10 +268,10 @@ internal static class BodyWriter
         return ReferenceEquals(end.Rev, first.Rev);
     }
 
-    private static int NextFree(HashSet<int> used)
+    private static int NextFree(HashSet<int> used, HashSet<int> reserved)
     {
         int i = 0;
-        while (used.Contains(i)) i++;
+        while (used.Contains(i) || reserved.Contains(i)) i++;
         return i;
     }
 

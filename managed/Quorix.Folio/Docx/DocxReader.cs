@@ -125,6 +125,10 @@ internal static class DocxReader
                 case Ns.RelComments: NotesReader.ReadComments(doc, pkg, part, notes); break;
             }
         }
+        // Threads name comments, so they are read once every comment is.
+        foreach (var rel in ctx.Rels.Values)
+            if (!rel.External && rel.Type == Ns.RelCommentsExtended)
+                CommentThreads.Read(doc, pkg, OpcPackage.Resolve(main, rel.Target), notes.Comments.Values);
         BodyReader.ReadDocument(doc, ctx);
         Keep(notes.Footnotes, doc.Docx.KeptFootnotes);
         Keep(notes.Endnotes, doc.Docx.KeptEndnotes);

@@ -14,6 +14,8 @@ internal sealed class DocxState
     public readonly List<(int Id, Notes.Footnote Note)> KeptFootnotes = new();
     public readonly List<(int Id, Notes.Footnote Note)> KeptEndnotes = new();
     public readonly List<Comment> KeptComments = new();
+    // Entries of the comment thread part that name no comment read, and markup there we do not model.
+    public readonly List<PropElement> ThreadsKept = new();
 
     public DocxState Clone(DocumentBase target)
     {
@@ -25,6 +27,7 @@ internal sealed class DocxState
         c.FootnoteSeparators.AddRange(FootnoteSeparators.Select(e => e.Clone()));
         c.EndnoteSeparators.AddRange(EndnoteSeparators.Select(e => e.Clone()));
         c.BodyTail = BodyTail?.Clone();
+        c.ThreadsKept.AddRange(ThreadsKept.Select(e => e.Clone()));
         return c;
     }
 }

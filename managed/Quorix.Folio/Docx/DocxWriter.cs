@@ -19,7 +19,7 @@ internal static class DocxWriter
 
     private static readonly HashSet<string> Owned = new()
     {
-        Ns.RelHeader, Ns.RelFooter, Ns.RelComments, Ns.RelFootnotes, Ns.RelEndnotes,
+        Ns.RelHeader, Ns.RelFooter, Ns.RelComments, Ns.RelCommentsExtended, Ns.RelFootnotes, Ns.RelEndnotes,
     };
 
     public static void Save(Document doc, Stream output, OoxmlSaveOptions options)
@@ -63,6 +63,8 @@ internal static class DocxWriter
         state.FootnoteBase = NextId(doc.Docx.FootnoteSeparators, doc.Docx.KeptFootnotes);
         state.EndnoteBase = NextId(doc.Docx.EndnoteSeparators, doc.Docx.KeptEndnotes);
         foreach (var c in doc.Docx.KeptComments) state.CommentIds.Add(c.Id);
+        foreach (var n in doc.GetChildNodes(NodeType.Any, true))
+            if (n is CommentRangeStart rs) state.RangeIds.Add(rs.Id);
 
         var mainWriter = new PartWriter(state, mainRels);
         var headerParts = new List<(HeaderFooter Hf, string Part, string RelId)>();
@@ -358,10 +360,13 @@ internal static class DocxWriter
         var scope = new RelScope(part, previous != null ? old[previous] : new List<Relationship>());
         var pw = new PartWriter(state, scope);
         var refStyle = doc.Styles.FindById("CommentReference")?.StyleId;
+        var all = doc.Docx.KeptComments.Concat(state.Comments).ToList();
+        // Identifiers go on the comments' paragraphs before they are written.
+        bool threads = CommentThreads.Prepare(doc, all);
         pkg.Parts[part] = Render(w =>
         {
             RootInfo.WriteStart(w, "comments", RootFor(doc, part));
-            foreach (var c in doc.Docx.KeptComments.Concat(state.Comments))
+            foreach (var c in all)
             {
                 w.WriteStartElement("comment", Ns.W);
                 w.WriteAttributeString("id", Ns.W, Units.Str(c.Id));
@@ -376,6 +381,7 @@ internal static class DocxWriter
         });
         pkg.Overrides["/" + part] = Ns.CtComments;
         WriteRels(pkg, scope);
+        if (threads) CommentThreads.Write(pkg, doc, all, mainRels, old.Keys, oldIds);
     }
 
     private static void StylesPart(XmlWriter w, Document doc, string part)

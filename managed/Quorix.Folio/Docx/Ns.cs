@@ -11,6 +11,8 @@ internal static class Ns
     public const string ContentTypes = "http://schemas.openxmlformats.org/package/2006/content-types";
     public const string Xml = "http://www.w3.org/XML/1998/namespace";
     public const string Xmlns = "http://www.w3.org/2000/xmlns/";
+    public const string W14 = "http://schemas.microsoft.com/office/word/2010/wordml";
+    public const string W15 = "http://schemas.microsoft.com/office/word/2012/wordml";
 
     public const string RelOfficeDocument = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument";
     public const string RelStyles = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/styles";
@@ -18,6 +20,7 @@ internal static class Ns
     public const string RelHeader = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/header";
     public const string RelFooter = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/footer";
     public const string RelComments = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/comments";
+    public const string RelCommentsExtended = "http://schemas.microsoft.com/office/2011/relationships/commentsExtended";
     public const string RelFootnotes = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/footnotes";
     public const string RelEndnotes = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/endnotes";
     public const string RelImage = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/image";
@@ -31,6 +34,7 @@ internal static class Ns
     public const string CtHeader = "application/vnd.openxmlformats-officedocument.wordprocessingml.header+xml";
     public const string CtFooter = "application/vnd.openxmlformats-officedocument.wordprocessingml.footer+xml";
     public const string CtComments = "application/vnd.openxmlformats-officedocument.wordprocessingml.comments+xml";
+    public const string CtCommentsExtended = "application/vnd.openxmlformats-officedocument.wordprocessingml.commentsExtended+xml";
     public const string CtFootnotes = "application/vnd.openxmlformats-officedocument.wordprocessingml.footnotes+xml";
     public const string CtEndnotes = "application/vnd.openxmlformats-officedocument.wordprocessingml.endnotes+xml";
     public const string CtRels = "application/vnd.openxmlformats-package.relationships+xml";

@@ -66,6 +66,8 @@ internal sealed class SaveState
     public readonly List<(int Id, Footnote Note)> Endnotes = new();
     public readonly List<Comment> Comments = new();
     public readonly HashSet<int> CommentIds = new();
+    // Identifiers that comment ranges in the model use: a comment numbered afresh must not take one.
+    public readonly HashSet<int> RangeIds = new();
     public readonly Dictionary<byte[], string> MediaParts = new(ReferenceEqualityComparer.Instance);
     public readonly HashSet<string> ImageExtensions = new(StringComparer.OrdinalIgnoreCase);
     public int FootnoteBase = 1;

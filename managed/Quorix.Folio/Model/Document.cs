@@ -266,7 +266,10 @@ public sealed partial class Document : DocumentBase
         foreach (var a in Lists.Abstracts) copy.Lists.Abstracts.Add(a.Clone());
         foreach (var l in Lists.Lists) copy.Lists.AddLoaded(l.Num.Clone());
         if (deep)
+        {
             for (var n = first; n != null; n = n.next) copy.LinkLast(n.CloneTo(copy, true));
+            Comment.CopyThreads(this, copy);
+        }
         return copy;
     }
 

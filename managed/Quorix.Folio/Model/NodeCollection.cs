@@ -8,19 +8,22 @@ public class NodeCollection : IEnumerable<Node>
     private readonly CompositeNode container;
     private readonly NodeType type;
     private readonly bool deep;
+    // Narrows the nodes of the type further, as a comment's replies among all comments.
+    private readonly Func<Node, bool>? filter;
     private List<Node>? cache;
     private int cacheVersion;
 
-    internal NodeCollection(CompositeNode container, NodeType type, bool deep)
+    internal NodeCollection(CompositeNode container, NodeType type, bool deep, Func<Node, bool>? filter = null)
     {
         this.container = container;
         this.type = type;
         this.deep = deep;
+        this.filter = filter;
     }
 
     internal CompositeNode Container => container;
 
-    private bool Matches(Node n) => !n.IsOpaque && (type == NodeType.Any || n.NodeType == type);
+    private bool Matches(Node n) => !n.IsOpaque && (type == NodeType.Any || n.NodeType == type) && (filter == null || filter(n));
 
     // Snapshot rebuilt when the document changes, so indexed access stays O(1) in loops.
     private List<Node> Items

@@ -72,7 +72,7 @@ public sealed class HeaderFooterCollection : NodeCollection, IEnumerable<HeaderF
 /// <summary>A live collection of comments.</summary>
 public sealed class CommentCollection : NodeCollection, IEnumerable<Comment>
 {
-    internal CommentCollection(CompositeNode container) : base(container, NodeType.Comment, true) { }
+    internal CommentCollection(CompositeNode container, Func<Node, bool>? filter = null) : base(container, NodeType.Comment, true, filter) { }
 
     public new Comment this[int index] => (Comment)base[index];
 
