@@ -196,6 +196,10 @@ internal sealed class WarningLog
     public void Add(WarningInfo info)
     {
         items.Add(info);
-        (Loading ? LoadCallback : owner.WarningCallback)?.Warning(info);
+        try
+        {
+            (Loading ? LoadCallback : owner.WarningCallback)?.Warning(info);
+        }
+        catch (Exception e) when (UserCode.Tag(e)) { }
     }
 }
