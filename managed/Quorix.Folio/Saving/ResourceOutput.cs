@@ -13,8 +13,11 @@ internal sealed class ResourceOutput
     private readonly IResourceSavingCallback? resourceCallback;
     private readonly string format;
 
+    /// <param name="doc">The document saved, handed to the callbacks.</param>
     /// <param name="folder">Where files go; null when only a callback's stream can take them.</param>
     /// <param name="uriOf">How the output refers to a file of the given name in <paramref name="folder"/>.</param>
+    /// <param name="imageCallback">Asked first about each picture; may be null.</param>
+    /// <param name="resourceCallback">Asked next about each picture; may be null.</param>
     /// <param name="format">The output's format, named in the error when a picture has nowhere to go.</param>
     public ResourceOutput(Document doc, string? folder, Func<string, string> uriOf, IImageSavingCallback? imageCallback, IResourceSavingCallback? resourceCallback, string format)
     {
