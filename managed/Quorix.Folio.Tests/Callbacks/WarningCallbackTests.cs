@@ -29,6 +29,18 @@ public class WarningCallbackTests
     }
 
     [Fact]
+    public void AnRtfPictureOfUnknownFormatIsReportedAsLeftOut()
+    {
+        var seen = new WarningInfoCollection();
+        var rtf = @"{\rtf1\ansi {\pict\pngblip 0102030405060708}kept text\par}";
+        var doc = new Document(new MemoryStream(Encoding.ASCII.GetBytes(rtf)), new RtfLoadOptions { WarningCallback = seen });
+        Assert.Contains("kept text", doc.GetText());
+        var w = Assert.Single(seen);
+        Assert.Equal((WarningType.DataLoss, WarningSource.Rtf), (w.WarningType, w.Source));
+        Assert.Contains("not recognised", w.Description);
+    }
+
+    [Fact]
     public void ADocumentsOwnCallbackHearsOfSavingNotOfTheLoad()
     {
         var loadSeen = new WarningInfoCollection();

@@ -14,11 +14,12 @@ public interface IDocumentConverterPlugin
     Stream[] ConvertToImages(Stream inputStream, LoadOptions loadOptions, ImageSaveOptions saveOptions);
 }
 
-/// <summary>Merges documents of a format the engine may not know.</summary>
+/// <summary>Merges documents of a format the engine may not know, two at a time; more are merged by
+/// merging each into the result of the ones before.</summary>
 public interface IDocumentMergerPlugin
 {
-    /// <summary>Reads each input with the load options and writes them, one after the other, to the output.</summary>
-    void Merge(Stream outputStream, Stream[] inputStreams, LoadOptions loadOptions, SaveOptions saveOptions);
+    /// <summary>Reads both inputs with the load options and writes the first followed by the second to the output.</summary>
+    void Merge(Stream outputStream, Stream inputStream, Stream appendedStream, LoadOptions loadOptions, SaveOptions saveOptions);
 }
 
 /// <summary>Processes a document (signs it, stamps it, ...) in a way the engine does not.</summary>

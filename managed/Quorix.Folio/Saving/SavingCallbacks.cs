@@ -63,7 +63,7 @@ public sealed class ImageSavingArgs
 
 /// <summary>Chooses the name of each picture file a save writes, or takes the picture into a stream of
 /// its own; set on <see cref="HtmlSaveOptions.ImageSavingCallback"/> or <see cref="MarkdownSaveOptions.ImageSavingCallback"/>.
-/// Not called for pictures embedded as data URIs.</summary>
+/// Not called for pictures embedded as data URIs, nor for those an MHTML or EPUB file holds itself.</summary>
 public interface IImageSavingCallback
 {
     /// <summary>Called once for each distinct picture, before it is written.</summary>

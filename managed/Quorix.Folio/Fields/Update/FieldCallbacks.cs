@@ -128,7 +128,7 @@ public sealed class FieldDatabaseDataRow
     public int Count => values.Count;
 
     /// <summary>A cell's text by its position.</summary>
-    public string this[int index] => values[index];
+    public string GetValue(int index) => values[index];
 }
 
 /// <summary>The table a DATABASE field shows: column names and rows.</summary>
