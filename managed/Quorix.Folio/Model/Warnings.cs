@@ -187,8 +187,6 @@ internal sealed class WarningLog
     /// <summary>Set while a reader, or the deferred build of what it read, is running.</summary>
     internal bool Loading;
 
-    public IReadOnlyList<WarningInfo> Items => items;
-
     public IReadOnlyList<string> Messages => items.ConvertAll(i => i.Description);
 
     public void Add(WarningType type, WarningSource source, string description) => Add(new WarningInfo(type, source, description));
