@@ -33,11 +33,15 @@ public sealed class Glyph
     public double YOffset { get; }
 }
 
-/// <summary>Turns text into placed glyphs for one font face.</summary>
+/// <summary>Turns text into placed glyphs for one font face: <see cref="Shape"/> sets a text, and
+/// <see cref="GetGlyph"/> reads its glyphs.</summary>
 public interface ITextShaper
 {
-    /// <summary>The glyphs of <paramref name="text"/> set in the face, in visual order.</summary>
-    Glyph[] Shape(string text, bool rightToLeft);
+    /// <summary>Shapes <paramref name="text"/> in the face; returns how many glyphs it gave.</summary>
+    int Shape(string text, bool rightToLeft);
+
+    /// <summary>A glyph of the text shaped last, by its position in visual order from 0.</summary>
+    Glyph GetGlyph(int index);
 }
 
 /// <summary>Makes text shapers for font faces; lets an application bring a shaping engine for scripts
