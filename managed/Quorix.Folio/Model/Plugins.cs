@@ -9,9 +9,6 @@ public interface IDocumentConverterPlugin
 {
     /// <summary>Reads the input with the load options and writes it, converted, with the save options.</summary>
     void Convert(Stream inputStream, LoadOptions loadOptions, Stream outputStream, SaveOptions saveOptions);
-
-    /// <summary>Reads the input with the load options and returns one stream per page image.</summary>
-    Stream[] ConvertToImages(Stream inputStream, LoadOptions loadOptions, ImageSaveOptions saveOptions);
 }
 
 /// <summary>Merges documents of a format the engine may not know, two at a time; more are merged by
