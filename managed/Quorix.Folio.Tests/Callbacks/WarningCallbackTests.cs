@@ -2,6 +2,7 @@ using System.IO.Compression;
 using System.Text;
 using Quorix.Folio.Loading;
 using Quorix.Folio.Saving;
+using Quorix.Folio.Tables;
 
 namespace Quorix.Folio.Tests.Callbacks;
 
@@ -84,6 +85,38 @@ public class WarningCallbackTests
         // each layout reports its own substitutions
         doc.UpdatePageLayout();
         Assert.Equal(4, seen.OfType<FontSubstitutionWarningInfo>().Count(w => w.RequestedFamily == "No Such Family 4242"));
+    }
+
+    [Fact]
+    public void MarkdownReportsMergedCellsItCannotKeepOncePerSave()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.StartTable();
+        b.CellFormat.HorizontalMerge = CellMerge.First;
+        b.InsertCell(); b.Write("wide");
+        b.CellFormat.HorizontalMerge = CellMerge.Previous;
+        b.InsertCell();
+        b.EndRow();
+        b.CellFormat.HorizontalMerge = CellMerge.None;
+        b.InsertCell(); b.Write("a");
+        b.InsertCell(); b.Write("b");
+        b.EndRow();
+        b.EndTable();
+        var seen = new WarningInfoCollection();
+        doc.WarningCallback = seen;
+        var md = TestSupport.ToText(doc, SaveFormat.Markdown);
+        Assert.Contains("| wide |  |", md);
+        var w = Assert.Single(seen);
+        Assert.Equal((WarningType.MajorFormattingLoss, WarningSource.Markdown), (w.WarningType, w.Source));
+        // a table without merged cells says nothing
+        var plain = new Document();
+        var pb = new DocumentBuilder(plain);
+        pb.StartTable(); pb.InsertCell(); pb.Write("x"); pb.EndRow(); pb.EndTable();
+        var none = new WarningInfoCollection();
+        plain.WarningCallback = none;
+        TestSupport.ToText(plain, SaveFormat.Markdown);
+        Assert.Empty(none);
     }
 
     private sealed class Throwing : IWarningCallback

@@ -359,6 +359,8 @@ internal sealed class MarkdownWriter : StoryVisitor
             var cells = new List<string>();
             foreach (Cell c in r.Cells)
             {
+                if (c.CellFormat.HorizontalMerge == CellMerge.Previous || c.CellFormat.VerticalMerge == CellMerge.Previous || c.Span > 1)
+                    MergedCellsLost();
                 if (c.CellFormat.HorizontalMerge == CellMerge.Previous) { cells.Add(""); continue; }
                 var text = c.CellFormat.VerticalMerge == CellMerge.Previous ? "" : CellText(c);
                 cells.Add(text);
@@ -389,6 +391,16 @@ internal sealed class MarkdownWriter : StoryVisitor
                 sb.Append('\n');
             }
         }
+    }
+
+    private bool mergedCellsReported;
+
+    private void MergedCellsLost()
+    {
+        if (mergedCellsReported) return;
+        mergedCellsReported = true;
+        doc.Warnings.Add(WarningType.MajorFormattingLoss, WarningSource.Markdown,
+            "Merged table cells are written as separate cells: Markdown tables cannot merge cells.");
     }
 
     private string CellText(Cell c)
