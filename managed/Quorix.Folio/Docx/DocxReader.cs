@@ -59,11 +59,11 @@ internal static class DocxReader
             doc.Source = pkg;
             doc.MainPartName = main;
         });
-        doc.BuildOnFirstUse(Build);
+        doc.BuildOnFirstUse(d => Build(d, options));
     }
 
     /// <summary>Builds the model of a loaded document from its package.</summary>
-    private static void Build(Document doc) => Guarded(() => Parse(doc, doc.Source!, doc.MainPartName!));
+    private static void Build(Document doc, LoadOptions options) => Guarded(() => Parse(doc, doc.Source!, doc.MainPartName!, options));
 
     /// <summary>Runs a reading step, turning whatever a damaged package makes it throw into the engine's exception.</summary>
     private static void Guarded(Action step)
@@ -72,7 +72,7 @@ internal static class DocxReader
         {
             step();
         }
-        catch (Exception e) when (e is FileCorruptedException or UnsupportedFileFormatException) { throw; }
+        catch (Exception e) when (e is FileCorruptedException or UnsupportedFileFormatException || UserCode.Threw(e)) { throw; }
         catch (XmlException e)
         {
             throw new FileCorruptedException("The document contains malformed XML: " + e.Message, e);
@@ -99,9 +99,9 @@ internal static class DocxReader
         return main;
     }
 
-    private static void Parse(Document doc, OpcPackage pkg, string main)
+    private static void Parse(Document doc, OpcPackage pkg, string main, LoadOptions options)
     {
-        var notes = new SharedNotes();
+        var notes = new SharedNotes { Links = new Formats.Flow.ResourceResolver(options, doc, WarningSource.Docx) };
         var ctx = new ReadContext(doc, pkg, main, notes);
         foreach (var rel in ctx.Rels.Values)
         {

@@ -29,14 +29,14 @@ internal static class DocxWriter
         {
             if (doc.LoadedPropertyParts is not { Dirty: true } changed)
             {
-                Zip(Conform(doc.Source!, doc.MainPartName!, options), output, options.CompressionLevel, doc.Warnings);
+                Zip(Conform(doc.Source!, doc.MainPartName!, options), output, options.CompressionLevel, doc.Warnings, doc.SaveProgress, 0);
                 return;
             }
             // only the property parts changed: the rest goes back as stored
             var copy = doc.Source!.CloneShallow();
             changed.WriteTo(copy);
             copy.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, copy));
-            Zip(Conform(copy, doc.MainPartName!, options), output, options.CompressionLevel, doc.Warnings);
+            Zip(Conform(copy, doc.MainPartName!, options), output, options.CompressionLevel, doc.Warnings, doc.SaveProgress, 0);
             return;
         }
         // Only a document without any section is completed; otherwise saving leaves the model as it is.
@@ -128,7 +128,7 @@ internal static class DocxWriter
         pkg.Defaults.TryAdd("rels", Ns.CtRels);
         pkg.Defaults.TryAdd("xml", "application/xml");
         pkg.Parts["[Content_Types].xml"] = Render(w => ContentTypes(w, pkg));
-        Zip(Conform(pkg, main, options), output, options.CompressionLevel, doc.Warnings);
+        Zip(Conform(pkg, main, options), output, options.CompressionLevel, doc.Warnings, doc.SaveProgress, BodyShare);
     }
 
     private static OpcPackage Conform(OpcPackage pkg, string main, OoxmlSaveOptions options) =>
@@ -219,6 +219,8 @@ internal static class DocxWriter
         doc.Docx.BodyTail?.Write(w);
         w.WriteStartElement("body", Ns.W);
         var sections = doc.Sections.ToArray();
+        var progress = doc.SaveProgress;
+        int blocks = progress == null ? 0 : sections.Sum(s => s.Body?.RawChildren().Count() ?? 0), written = 0;
         for (int i = 0; i < sections.Length; i++)
         {
             var s = sections[i];
@@ -247,6 +249,7 @@ internal static class DocxWriter
                             kept.Write(w, o);
                             break;
                     }
+                    progress?.Report(BodyShare * ++written / blocks);
                 }
                 kept.CloseAll(w);
             }
@@ -424,7 +427,11 @@ internal static class DocxWriter
         w.WriteEndElement();
     }
 
-    private static void Zip(OpcPackage pkg, Stream output, Saving.CompressionLevel level, WarningLog warnings)
+    // Of a save that renders the model, writing the body is most of the work; packing the parts the rest.
+    private const double BodyShare = 0.8;
+
+    /// <summary>Packs the parts; <paramref name="progress"/> hears of each, from <paramref name="from"/> on.</summary>
+    private static void Zip(OpcPackage pkg, Stream output, Saving.CompressionLevel level, WarningLog warnings, SaveProgress? progress, double from)
     {
         // Normal is a middle deflate level: a seventh larger than the slowest setting, several times faster.
         int deflate = level switch
@@ -440,12 +447,13 @@ internal static class DocxWriter
         var order = new List<string> { "[Content_Types].xml", "_rels/.rels" };
         order.AddRange(pkg.Parts.Keys.Where(k => k != "[Content_Types].xml" && k != "_rels/.rels"));
         var written = new HashSet<string>(pkg.Parts.Keys.Where(EntryNames.IsSafe), StringComparer.OrdinalIgnoreCase);
-        foreach (var name in order)
-            if (pkg.Parts.TryGetValue(name, out var data) && EntryNames.Sanitise(name, written, warnings.Add) is { } safe)
+        for (int i = 0; i < order.Count; i++)
+            if (pkg.Parts.TryGetValue(order[i], out var data) && EntryNames.Sanitise(order[i], written, (type, message) => warnings.Add(type, WarningSource.Docx, message)) is { } safe)
             {
                 written.Add(safe);
                 if (recompress) zip.Add(safe, data.Bytes);
                 else zip.Add(safe, data);
+                progress?.Report(from + (1 - from) * (i + 1) / order.Count);
             }
         zip.Finish();
     }

@@ -11,7 +11,7 @@ internal static class DrawingReader
 
     public static Shape? TryPicture(string xml, ReadContext ctx)
     {
-        string? embed = null, descr = null, title = null;
+        string? embed = null, link = null, descr = null, title = null;
         long cx = 0, cy = 0;
         bool isPicture = false;
         using (var r = DocxReader.Open(xml))
@@ -30,12 +30,20 @@ internal static class DrawingReader
                     title = r.GetAttribute("title");
                 }
                 else if (r.NamespaceURI == Ns.Pic && r.LocalName == "pic") isPicture = true;
-                else if (r.NamespaceURI == Ns.A && r.LocalName == "blip" && embed == null) embed = r.GetAttribute("embed", Ns.R);
+                else if (r.NamespaceURI == Ns.A && r.LocalName == "blip" && embed == null && link == null)
+                {
+                    embed = r.GetAttribute("embed", Ns.R);
+                    link = r.GetAttribute("link", Ns.R);
+                }
             }
         }
-        if (!isPicture || embed == null) return null;
+        if (!isPicture) return null;
+        byte[]? bytes;
+        if (embed != null) bytes = ctx.Target(embed);
+        // A linked picture is modelled only when its bytes can be had; the drawing, link and all, is written back as read.
+        else if (link != null && ctx.Linked(link) is { } linked) (bytes, embed) = (linked, link);
+        else return null;
         var shape = new Shape(ctx.Doc) { AlternativeText = descr ?? "", Title = title ?? "" };
-        var bytes = ctx.Target(embed);
         if (bytes != null) shape.ImageData.Load(bytes);
         shape.SetSizeNoReset(cx / EmuPerPoint, cy / EmuPerPoint);
         shape.RawXml = RawXml.DropRootDeclarations(xml, ctx.Root);

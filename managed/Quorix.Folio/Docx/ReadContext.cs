@@ -33,11 +33,19 @@ internal sealed class ReadContext
     }
 
     public string? ExternalTarget(string relId) => Rels.TryGetValue(relId, out var rel) ? rel.Target : null;
+
+    /// <summary>The bytes of a picture linked by an external relationship, as the load's resource
+    /// callback decides; null when it is skipped or cannot be read.</summary>
+    public byte[]? Linked(string relId) =>
+        Rels.TryGetValue(relId, out var rel) && rel.External && Notes.Links != null ? Notes.Links.Get(rel.Target) : null;
 }
 
-/// <summary>Notes and comments read from their parts before the body places them.</summary>
+/// <summary>What the parts of one load share: notes and comments read from their parts before the
+/// body places them, and where linked pictures are fetched from.</summary>
 internal sealed class SharedNotes
 {
+    public Formats.Flow.ResourceResolver? Links;
+
     public readonly Dictionary<string, Footnote> Footnotes = new();
     public readonly Dictionary<string, Footnote> Endnotes = new();
     public readonly Dictionary<string, Comment> Comments = new();

@@ -50,7 +50,9 @@ internal sealed class FontFace
 }
 
 /// <summary>A face the layout asked for, with the style it could not get from the file drawn synthetically.</summary>
-internal sealed record ResolvedFont(FontFace Face, bool FakeBold, bool FakeItalic, string RequestedName);
+/// <summary>A face found for a requested font; <see cref="Substitution"/> says why another family stood
+/// in for the requested one, and is null when the family itself was found.</summary>
+internal sealed record ResolvedFont(FontFace Face, bool FakeBold, bool FakeItalic, string RequestedName, FontSubstitutionReason? Substitution = null);
 
 /// <summary>The faces of a <see cref="FontSettings"/>' sources, found by family and style, with
 /// substitution for missing families and per-character fallback.</summary>
@@ -107,28 +109,30 @@ internal sealed class FontLibrary
         lock (gate)
         {
             if (resolved.TryGetValue((name, bold, italic), out var r)) return r;
-            var family = FindFamily(name) ?? throw new InvalidOperationException("No fonts were found in the configured font sources.");
+            var (family, reason) = FindFamily(name);
+            if (family == null) throw new InvalidOperationException("No fonts were found in the configured font sources.");
             var entry = BestStyle(families[family], bold, italic);
             var face = Load(entry);
-            r = new ResolvedFont(face, bold && !face.Bold, italic && !face.Italic, name);
+            r = new ResolvedFont(face, bold && !face.Bold, italic && !face.Italic, name, reason);
             resolved[(name, bold, italic)] = r;
             return r;
         }
     }
 
-    private string? FindFamily(string name)
+    /// <summary>The family to use for a name, and the rule that chose it when it is not the name's own.</summary>
+    private (string? Family, FontSubstitutionReason? Reason) FindFamily(string name)
     {
-        if (families.ContainsKey(name)) return name;
+        if (families.ContainsKey(name)) return (name, null);
         var subs = settings.SubstitutionSettings;
         if (subs.TableSubstitution.Enabled)
             foreach (var s in subs.TableSubstitution.GetSubstitutes(name))
-                if (families.ContainsKey(s)) return s;
-        if (subs.FontConfigSubstitution.Match(name) is { } fc && families.ContainsKey(fc)) return fc;
+                if (families.ContainsKey(s)) return (s, FontSubstitutionReason.TableSubstitutionRule);
+        if (subs.FontConfigSubstitution.Match(name) is { } fc && families.ContainsKey(fc)) return (fc, FontSubstitutionReason.FontConfigSubstitutionRule);
         if (subs.DefaultFontSubstitution.Enabled && families.ContainsKey(subs.DefaultFontSubstitution.DefaultFontName))
-            return subs.DefaultFontSubstitution.DefaultFontName;
+            return (subs.DefaultFontSubstitution.DefaultFontName, FontSubstitutionReason.DefaultFontSetting);
         foreach (var f in settings.FallbackSettings.Fallbacks)
-            if (families.ContainsKey(f)) return f;
-        return families.Keys.OrderBy(k => k, StringComparer.Ordinal).FirstOrDefault();
+            if (families.ContainsKey(f)) return (f, FontSubstitutionReason.FallbackSetting);
+        return (families.Keys.OrderBy(k => k, StringComparer.Ordinal).FirstOrDefault(), FontSubstitutionReason.FirstAvailableFont);
     }
 
     private static Entry BestStyle(List<Entry> list, bool bold, bool italic) =>

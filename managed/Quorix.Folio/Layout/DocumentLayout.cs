@@ -20,7 +20,7 @@ internal sealed class DocumentLayout
     private DocumentLayout(Document doc, FontSettings fonts)
     {
         this.doc = doc;
-        ctx = new LayoutContext(fonts.Library, ThemeFonts.Of(doc));
+        ctx = new LayoutContext(fonts.Library, ThemeFonts.Of(doc)) { Warnings = doc.Warnings };
         sections = doc.Sections.Cast<Section>().ToList();
     }
 

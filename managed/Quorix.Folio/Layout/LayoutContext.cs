@@ -17,6 +17,20 @@ internal sealed class LayoutContext
 
     public FontLibrary Fonts { get; }
 
+    /// <summary>Where font substitutions are reported, once per font and style in a layout; nowhere when null.</summary>
+    public WarningLog? Warnings { get; init; }
+
+    private HashSet<(string, bool, bool)>? substituted;
+
+    /// <summary>The face for a font name and style, reporting a substitution the first time it happens.</summary>
+    public ResolvedFont Font(string name, bool bold, bool italic)
+    {
+        var r = Fonts.Resolve(name, bold, italic);
+        if (r.Substitution is { } reason && Warnings != null && (substituted ??= new()).Add((name, bold, italic)))
+            Warnings.Add(new FontSubstitutionWarningInfo(name, bold, italic, r.Face.Family, reason));
+        return r;
+    }
+
     /// <summary>The typeface a theme font slot stands for in this document, or null.</summary>
     public string? ThemeFont(string? slot) => slot == null || theme1 == null ? null
         : slot.StartsWith("major", StringComparison.Ordinal) ? theme1.Major

@@ -16,7 +16,7 @@ internal sealed record TextStyle(ResolvedFont Font, double Size, uint Color, boo
         if (f.Superscript) { rise = size / 3; size *= 2.0 / 3; }
         else if (f.Subscript) { rise = -size / 6; size *= 2.0 / 3; }
         var name = ctx.ThemeFont(f.LatinThemeSlot) ?? f.Name;
-        return new TextStyle(ctx.Fonts.Resolve(name, f.Bold, f.Italic), size, ParseColor(f.ColorHex), f.Underline != Quorix.Folio.Underline.None,
+        return new TextStyle(ctx.Font(name, f.Bold, f.Italic), size, ParseColor(f.ColorHex), f.Underline != Quorix.Folio.Underline.None,
             f.StrikeThrough || f.DoubleStrikeThrough, rise, f.AllCaps);
     }
 

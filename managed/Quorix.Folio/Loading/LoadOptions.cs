@@ -45,6 +45,16 @@ public class LoadOptions
         set => maxTotalSize = value >= 0 ? value : throw new ArgumentOutOfRangeException(nameof(value), value, "a size limit may not be negative");
     }
 
+    /// <summary>Receives the warnings of the load (content left out or changed); none when null.</summary>
+    public IWarningCallback? WarningCallback { get; set; }
+
+    /// <summary>Decides how external resources (pictures, style sheets) are obtained; when null, each is
+    /// read from its location if that is a local file or a data URI.</summary>
+    public IResourceLoadingCallback? ResourceLoadingCallback { get; set; }
+
+    /// <summary>Told how the load progresses; none when null.</summary>
+    public IDocumentLoadingCallback? ProgressCallback { get; set; }
+
     private long maxPartSize = 256L << 20;
     private long maxTotalSize = 1L << 30;
 

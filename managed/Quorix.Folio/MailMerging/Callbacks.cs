@@ -103,13 +103,16 @@ public sealed class ImageFieldMergingArgs : FieldMergingArgsBase
 /// <summary>Lets code change what each merge field receives.</summary>
 public interface IFieldMergingCallback
 {
+    /// <summary>Called for each merge field or {{name}} tag before its value is merged; may change the value or set the text.</summary>
     void FieldMerging(FieldMergingArgs args);
 
+    /// <summary>Called for each Image:Name merge field; may give the picture as a file, stream or bytes.</summary>
     void ImageFieldMerging(ImageFieldMergingArgs args);
 }
 
 /// <summary>Told when the merge has replaced the {{name}} tags.</summary>
 public interface IMailMergeCallback
 {
+    /// <summary>Called once the {{name}} tags have been turned into merge fields.</summary>
     void TagsReplaced();
 }

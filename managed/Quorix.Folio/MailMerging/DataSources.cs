@@ -21,6 +21,7 @@ public interface IMailMergeDataSource
 /// <summary>Several tables by name, for documents with several top-level regions.</summary>
 public interface IMailMergeDataSourceRoot
 {
+    /// <summary>The records of the region with this name, or null when there are none.</summary>
     IMailMergeDataSource? GetDataSource(string tableName);
 }
 

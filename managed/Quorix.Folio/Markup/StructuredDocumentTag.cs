@@ -59,7 +59,7 @@ public enum SdtType
 
 /// <summary>A content control: a tagged region of the document around inline content or blocks,
 /// whose content is its child nodes. Properties the model does not interpret are kept as read.</summary>
-public sealed class StructuredDocumentTag : CompositeNode
+public sealed class StructuredDocumentTag : CompositeNode, IStructuredDocumentTag
 {
     // The control's properties and end properties as read; written back with the content.
     internal PropElement Props;
@@ -116,6 +116,11 @@ public sealed class StructuredDocumentTag : CompositeNode
             return SdtType.RichText;
         }
     }
+
+    Node IStructuredDocumentTag.Node => this;
+
+    /// <summary>False: this control is one node around its content.</summary>
+    public bool IsRanged() => false;
 
     private PropElement? Child(string local) => Props.Children?.Find(c => c.Local == local && c.Ns == Ns.W);
 

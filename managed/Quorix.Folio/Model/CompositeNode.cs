@@ -116,20 +116,41 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
     public Node InsertAfter(Node newChild, Node? refChild)
     {
         Check(newChild, refChild);
-        newChild.parent?.Unlink(newChild);
-        if (refChild == null) LinkFirst(newChild);
-        else LinkAfter(newChild, refChild);
-        return newChild;
+        return Move(newChild, refChild, static (p, c, r) =>
+        {
+            if (r == null) p.LinkFirst(c);
+            else p.LinkAfter(c, r);
+        });
     }
 
     /// <summary>Inserts newChild before refChild (last when refChild is null) and returns it.</summary>
     public Node InsertBefore(Node newChild, Node? refChild)
     {
         Check(newChild, refChild);
-        newChild.parent?.Unlink(newChild);
-        if (refChild == null) LinkLast(newChild);
-        else if (refChild.prev == null) LinkFirst(newChild);
-        else LinkAfter(newChild, refChild.prev);
+        return Move(newChild, refChild, static (p, c, r) =>
+        {
+            if (r == null) p.LinkLast(c);
+            else if (r.prev == null) p.LinkFirst(c);
+            else p.LinkAfter(c, r.prev);
+        });
+    }
+
+    // A node that already has a parent leaves it first; when the insertion is refused (a node
+    // changing callback threw), the node goes back where it was, so nothing is lost.
+    private Node Move(Node newChild, Node? refChild, Action<CompositeNode, Node, Node?> link)
+    {
+        var oldParent = newChild.parent;
+        var oldPrev = newChild.prev;
+        oldParent?.Unlink(newChild);
+        try
+        {
+            link(this, newChild, refChild);
+        }
+        catch when (oldParent != null && newChild.parent == null)
+        {
+            oldParent.Attach(newChild, oldPrev);
+            throw;
+        }
         return newChild;
     }
 
@@ -162,37 +183,57 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
     }
 
     // Raw links skip validation: the reader builds trees it has already checked.
-    internal void LinkLast(Node child)
+    internal void LinkLast(Node child) => Link(child, last);
+
+    private void LinkFirst(Node child) => Link(child, null);
+
+    private void LinkAfter(Node child, Node after) => Link(child, after);
+
+    /// <summary>The callback told of changes to this container's children; none while a loaded
+    /// document builds its nodes.</summary>
+    private INodeChangingCallback? Listener => doc is { } d && !d.BuildingNodes ? d.NodeChangingCallback : null;
+
+    private void Link(Node child, Node? after)
     {
-        child.parent = this;
-        child.prev = last;
-        child.next = null;
-        if (last == null) first = child; else last.next = child;
-        last = child;
-        Touch();
+        var listener = Listener;
+        if (listener == null)
+        {
+            Attach(child, after);
+            return;
+        }
+        var args = new NodeChangingArgs(child, null, this, NodeChangingAction.Insert);
+        listener.NodeInserting(args);
+        Attach(child, after);
+        listener.NodeInserted(args);
     }
 
-    private void LinkFirst(Node child)
-    {
-        child.parent = this;
-        child.prev = null;
-        child.next = first;
-        if (first == null) last = child; else first.prev = child;
-        first = child;
-        Touch();
-    }
-
-    private void LinkAfter(Node child, Node after)
+    /// <summary>Links the child after <paramref name="after"/>, or first when that is null; no checks, no events.</summary>
+    private void Attach(Node child, Node? after)
     {
         child.parent = this;
         child.prev = after;
-        child.next = after.next;
-        if (after.next == null) last = child; else after.next.prev = child;
-        after.next = child;
+        var following = after == null ? first : after.next;
+        child.next = following;
+        if (following == null) last = child; else following.prev = child;
+        if (after == null) first = child; else after.next = child;
         Touch();
     }
 
     internal void Unlink(Node child)
+    {
+        var listener = Listener;
+        if (listener == null)
+        {
+            Detach(child);
+            return;
+        }
+        var args = new NodeChangingArgs(child, this, null, NodeChangingAction.Remove);
+        listener.NodeRemoving(args);
+        Detach(child);
+        listener.NodeRemoved(args);
+    }
+
+    private void Detach(Node child)
     {
         if (child.prev == null) first = child.next; else child.prev.next = child.next;
         if (child.next == null) last = child.prev; else child.next.prev = child.prev;

@@ -91,8 +91,26 @@ public sealed partial class Document : DocumentBase
             options = options.Copy();
             options.BaseUri = Path.GetDirectoryName(fileName);
         }
-        FormatRegistry.ReaderFor(format).Read(stream, this, options);
+        var reader = FormatRegistry.ReaderFor(format);
+        var progress = options.ProgressCallback;
+        progress?.Notify(new DocumentLoadingArgs(0));
+        if (progress != null && stream.CanSeek) stream = new LoadProgressStream(stream, progress);
+        Warnings.LoadCallback = options.WarningCallback;
+        Warnings.Loading = true;
+        try
+        {
+            reader.Read(stream, this, options);
+            // The load's callbacks hear of all it does, a deferred build included, and what they
+            // throw reaches the caller of the load rather than a later, unrelated call.
+            if (pending && (options.WarningCallback != null || options.ResourceLoadingCallback != null || progress != null))
+                BuildPending();
+        }
+        finally
+        {
+            Warnings.Loading = false;
+        }
         OriginalLoadFormat = format;
+        progress?.Notify(new DocumentLoadingArgs(100));
     }
 
     // A reader may check its input now and build the nodes, styles and lists on first use; a
@@ -132,6 +150,8 @@ public sealed partial class Document : DocumentBase
         if (!pending || building) return;
         buildError?.Throw();
         building = true;
+        bool wasLoading = Warnings.Loading;
+        Warnings.Loading = true;
         try
         {
             deferredBuild!(this);
@@ -147,6 +167,7 @@ public sealed partial class Document : DocumentBase
         finally
         {
             building = false;
+            Warnings.Loading = wasLoading;
         }
     }
 
@@ -242,13 +263,21 @@ public sealed partial class Document : DocumentBase
         DocumentGate.Enter(Gate);
         try
         {
-            return FormatRegistry.WriterFor(options.SaveFormat).Write(this, stream, options, path);
+            var writer = FormatRegistry.WriterFor(options.SaveFormat);
+            SaveProgress = Saving.SaveProgress.Start(options.ProgressCallback);
+            var result = writer.Write(this, stream, options, path);
+            SaveProgress?.Done();
+            return result;
         }
         finally
         {
+            SaveProgress = null;
             Monitor.Exit(Gate);
         }
     }
+
+    /// <summary>The progress reporter of the save under way, for writers that can tell how far they are.</summary>
+    internal SaveProgress? SaveProgress { get; private set; }
 
     /// <summary>A deep copy, independent of this document.</summary>
     public Document Clone() => (Document)CloneTo(null, true);

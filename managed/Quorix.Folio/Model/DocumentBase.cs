@@ -39,7 +39,20 @@ public abstract class DocumentBase : CompositeNode
 
     internal void Changed() => version++;
 
-    internal WarningLog Warnings { get; } = new();
+    /// <summary>Whether the nodes are being built from what a reader kept; no callback hears of that.</summary>
+    internal bool BuildingNodes => pending;
+
+    private WarningLog? warnings;
+
+    internal WarningLog Warnings => warnings ??= new WarningLog(this);
+
+    /// <summary>Receives the warnings of layout and saving (those of loading go to
+    /// <see cref="Loading.LoadOptions.WarningCallback"/>); none when null.</summary>
+    public IWarningCallback? WarningCallback { get; set; }
+
+    /// <summary>Told before and after each node is inserted into or removed from this document's
+    /// nodes, by any means; none when null. Loading a document builds its nodes without telling it.</summary>
+    public INodeChangingCallback? NodeChangingCallback { get; set; }
 
     /// <summary>Held by the long calls on this document (saving, building a loaded model), one thread at a time.</summary>
     internal object Gate { get; } = new();

@@ -247,6 +247,21 @@ public sealed class RevisionCollection : IEnumerable<Revision>
 
     public void RejectAll() => Revision.DecideAll(doc, false);
 
+    /// <summary>Makes final the changes the criteria match; returns how many there were.</summary>
+    public int Accept(IRevisionCriteria criteria) => Decide(criteria, true);
+
+    /// <summary>Undoes the changes the criteria match; returns how many there were.</summary>
+    public int Reject(IRevisionCriteria criteria) => Decide(criteria, false);
+
+    // All are asked before any is decided, so the criteria see the document as it was.
+    private int Decide(IRevisionCriteria criteria, bool accept)
+    {
+        ArgumentNullException.ThrowIfNull(criteria);
+        var chosen = Items().FindAll(criteria.IsMatch);
+        foreach (var r in chosen) r.Decide(accept);
+        return chosen.Count;
+    }
+
     public IEnumerator<Revision> GetEnumerator() => Items().GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();

@@ -9,7 +9,7 @@ namespace Quorix.Folio.Package;
 internal static class EntryNames
 {
     /// <summary>The name to write, or null to leave the entry out; <paramref name="warn"/> hears of every change.</summary>
-    public static string? Sanitise(string name, ISet<string> taken, Action<string> warn)
+    public static string? Sanitise(string name, ISet<string> taken, Action<WarningType, string> warn)
     {
         if (IsSafe(name))
             return name;
@@ -24,7 +24,7 @@ internal static class EntryNames
             if (IsSafe(candidate) && !taken.Contains(candidate))
                 renamed = candidate;
         }
-        warn(renamed is null
+        warn(renamed is null ? WarningType.DataLoss : WarningType.UnexpectedContent, renamed is null
             ? $"The package entry \"{Printable(name)}\" has an unsafe name and was left out."
             : $"The package entry \"{Printable(name)}\" has an unsafe name and was saved as \"{renamed}\".");
         return renamed;

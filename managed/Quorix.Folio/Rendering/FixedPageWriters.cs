@@ -41,11 +41,16 @@ internal sealed class PdfDocumentWriter : IDocumentWriter
         };
         using (var pdf = SKDocument.CreatePdf(output, metadata) ?? throw new InvalidOperationException("The PDF backend could not be started."))
         {
-            foreach (var page in pages)
+            // Laying out the pages is about half the work, drawing them the other half.
+            var progress = document.SaveProgress;
+            progress?.Report(0.5);
+            for (int i = 0; i < pages.Count; i++)
             {
+                var page = pages[i];
                 var canvas = pdf.BeginPage((float)page.Width, (float)page.Height);
                 PagePainter.Paint(canvas, page, withLinks: true);
                 pdf.EndPage();
+                progress?.Report(0.5 + 0.5 * (i + 1) / pages.Count);
             }
             pdf.Close();
         }

@@ -143,7 +143,9 @@ internal sealed class TextReplacer
             switch (callback.Replacing(args))
             {
                 case ReplaceAction.Replace: kept.Add(ed with { Text = args.Replacement ?? "" }); break;
+                case ReplaceAction.Skip: break;
                 case ReplaceAction.Stop: stopped = true; break;
+                case var unknown: throw new ArgumentOutOfRangeException(nameof(callback), unknown, "The replacing callback returned an action that is neither Replace, Skip nor Stop.");
             }
         }
         if (backward) kept.Reverse();

@@ -74,6 +74,18 @@ public sealed class HtmlSaveOptions : SaveOptions
     /// <summary>How the page refers to the pictures folder, when it is reached under another name.</summary>
     public string ImagesFolderAlias { get; set; } = "";
 
+    /// <summary>Chooses the name of each picture file, or takes the picture into a stream; none when null.</summary>
+    public IImageSavingCallback? ImageSavingCallback { get; set; }
+
+    /// <summary>Chooses where each picture file goes and how the page refers to it; none when null.</summary>
+    public IResourceSavingCallback? ResourceSavingCallback { get; set; }
+
+    /// <summary>Takes the external style sheet, or says it need not be written; none when null.</summary>
+    public ICssSavingCallback? CssSavingCallback { get; set; }
+
+    /// <summary>Chooses where each further part of a split page goes; none when null.</summary>
+    public IDocumentPartSavingCallback? DocumentPartSavingCallback { get; set; }
+
     public CssStyleSheetType CssStyleSheetType { get; set; } = CssStyleSheetType.Inline;
 
     /// <summary>The external style sheet's file; the output's name with ".css" when empty.</summary>

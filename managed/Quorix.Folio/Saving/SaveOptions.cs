@@ -41,6 +41,9 @@ public abstract class SaveOptions
 {
     public abstract SaveFormat SaveFormat { get; set; }
 
+    /// <summary>Told how the save progresses, and able to cancel it; none when null.</summary>
+    public IDocumentSavingCallback? ProgressCallback { get; set; }
+
     public static SaveOptions CreateSaveOptions(SaveFormat saveFormat) => saveFormat switch
     {
         SaveFormat.Docx => new OoxmlSaveOptions(),
@@ -157,6 +160,12 @@ public sealed class MarkdownSaveOptions : TxtSaveOptionsBase
 
     /// <summary>Embed pictures as data URIs instead of writing files.</summary>
     public bool ExportImagesAsBase64 { get; set; }
+
+    /// <summary>Chooses the name of each picture file, or takes the picture into a stream; none when null.</summary>
+    public IImageSavingCallback? ImageSavingCallback { get; set; }
+
+    /// <summary>Chooses where each picture file goes and how the text refers to it; none when null.</summary>
+    public IResourceSavingCallback? ResourceSavingCallback { get; set; }
 }
 
 /// <summary>What a save produced.</summary>

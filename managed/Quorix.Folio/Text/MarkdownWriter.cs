@@ -18,6 +18,7 @@ internal sealed class MarkdownWriter : StoryVisitor
     private readonly ListLabeler labels;
     private readonly List<Footnote> notes = new();
     private readonly Dictionary<byte[], string> images = new(ReferenceEqualityComparer.Instance);
+    private readonly ResourceOutput? files;
     private bool lastWasListItem;
     private bool any;
 
@@ -27,6 +28,7 @@ internal sealed class MarkdownWriter : StoryVisitor
         this.options = options;
         this.outputPath = outputPath;
         labels = new ListLabeler(doc);
+        files = Files(doc, options, outputPath);
     }
 
     public static void Save(Document doc, Stream output, MarkdownSaveOptions options, string? path)
@@ -323,21 +325,30 @@ internal sealed class MarkdownWriter : StoryVisitor
         if (images.TryGetValue(bytes, out var known)) return known;
         var info = ImageInfo.Detect(bytes);
         string reference;
-        if (options.ExportImagesAsBase64 || (outputPath == null && string.IsNullOrEmpty(options.ImagesFolder)))
+        if (files == null)
             reference = $"data:{info.ContentType};base64,{Convert.ToBase64String(bytes)}";
         else
         {
-            var folder = !string.IsNullOrEmpty(options.ImagesFolder) ? options.ImagesFolder : Path.GetDirectoryName(outputPath)!;
-            Directory.CreateDirectory(folder);
             var stem = outputPath != null ? Path.GetFileNameWithoutExtension(outputPath) : "image";
-            var name = $"{stem}.{images.Count + 1:000}.{info.Extension}";
-            File.WriteAllBytes(Path.Combine(folder, name), bytes);
-            reference = outputPath != null && Path.GetFullPath(folder) == Path.GetDirectoryName(outputPath)
-                ? name
-                : Path.Combine(folder, name).Replace('\\', '/');
+            reference = files.Image(s, bytes, $"{stem}.{images.Count + 1:000}.{info.Extension}");
         }
         images[bytes] = reference;
         return reference;
+    }
+
+    /// <summary>Where pictures go as files: null when they are embedded as data URIs, which is also the
+    /// case for a stream without an images folder, unless a callback may give them a place.</summary>
+    private static ResourceOutput? Files(Document doc, MarkdownSaveOptions options, string? outputPath)
+    {
+        bool callbacks = ResourceOutput.HasCallbacks(options.ImageSavingCallback, options.ResourceSavingCallback);
+        if (options.ExportImagesAsBase64 || (outputPath == null && string.IsNullOrEmpty(options.ImagesFolder) && !callbacks))
+            return null;
+        var folder = !string.IsNullOrEmpty(options.ImagesFolder) ? options.ImagesFolder
+            : outputPath != null ? Path.GetDirectoryName(outputPath)! : null;
+        Func<string, string> uriOf = folder == null || (outputPath != null && Path.GetFullPath(folder) == Path.GetDirectoryName(outputPath))
+            ? name => name
+            : name => Path.Combine(folder, name).Replace('\\', '/');
+        return new ResourceOutput(doc, folder, uriOf, options.ImageSavingCallback, options.ResourceSavingCallback, "Markdown");
     }
 
     private void Table(Table t)
@@ -348,6 +359,8 @@ internal sealed class MarkdownWriter : StoryVisitor
             var cells = new List<string>();
             foreach (Cell c in r.Cells)
             {
+                if (c.CellFormat.HorizontalMerge == CellMerge.Previous || c.CellFormat.VerticalMerge == CellMerge.Previous || c.Span > 1)
+                    MergedCellsLost();
                 if (c.CellFormat.HorizontalMerge == CellMerge.Previous) { cells.Add(""); continue; }
                 var text = c.CellFormat.VerticalMerge == CellMerge.Previous ? "" : CellText(c);
                 cells.Add(text);
@@ -378,6 +391,16 @@ internal sealed class MarkdownWriter : StoryVisitor
                 sb.Append('\n');
             }
         }
+    }
+
+    private bool mergedCellsReported;
+
+    private void MergedCellsLost()
+    {
+        if (mergedCellsReported) return;
+        mergedCellsReported = true;
+        doc.Warnings.Add(WarningType.MajorFormattingLoss, WarningSource.Markdown,
+            "Merged table cells are written as separate cells: Markdown tables cannot merge cells.");
     }
 
     private string CellText(Cell c)

@@ -20,12 +20,12 @@ public sealed partial class Document
     /// <summary>Computes every field's result again, nested fields first; returns how many were computed.</summary>
     public int UpdateFields()
     {
-        var ctx = new FieldUpdateContext(this);
-        int n = 0;
+        // One list for all stories, so progress counts the whole document's fields.
+        var fields = new List<Field>();
         foreach (Section s in Sections)
             foreach (var story in s.ChildNodes)
-                n += FieldUpdater.Update(FieldUpdater.Collect(story, story), ctx);
-        return n;
+                fields.AddRange(FieldUpdater.Collect(story, story));
+        return FieldUpdater.Update(fields, new FieldUpdateContext(this));
     }
 }
 

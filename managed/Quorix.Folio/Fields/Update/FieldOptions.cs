@@ -78,6 +78,12 @@ public sealed class FieldOptions
     /// <summary>Draws the pictures of barcode fields; null leaves them as they are.</summary>
     public IBarcodeGenerator? BarcodeGenerator { get; set; }
 
+    /// <summary>Told before and after each field is updated; none when null.</summary>
+    public IFieldUpdatingCallback? FieldUpdatingCallback { get; set; }
+
+    /// <summary>Told how an update of fields progresses; none when null.</summary>
+    public IFieldUpdatingProgressCallback? FieldUpdatingProgressCallback { get; set; }
+
     /// <summary>The moment DATE and TIME show; the clock's when not set, so results can be reproduced.</summary>
     public DateTime? CurrentDateTime { get; set; }
 

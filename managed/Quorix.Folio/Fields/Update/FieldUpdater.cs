@@ -35,27 +35,46 @@ internal static class FieldUpdater
     public static int Update(List<Field> fields, FieldUpdateContext ctx)
     {
         int changed = 0;
-        foreach (var f in fields)
+        var watcher = ctx.Options.FieldUpdatingCallback;
+        var progress = ctx.Options.FieldUpdatingProgressCallback;
+        int reported = -1;
+        for (int i = 0; i < fields.Count; i++)
         {
+            var f = fields[i];
             // A field inside the result of one updated before it has gone with that result.
-            if (f.Start.ParentNode == null || f.End.ParentNode == null || f.IsLocked) continue;
-            string? result;
-            try
+            if (f.Start.ParentNode != null && f.End.ParentNode != null && !f.IsLocked)
             {
-                result = f.Compute(ctx);
+                watcher?.FieldUpdating(f);
+                if (UpdateOne(f, ctx)) changed++;
+                watcher?.FieldUpdated(f);
             }
-            catch (FieldUpdateException)
+            if (progress != null && ((i + 1) * 100 / fields.Count) is var percent && percent > reported)
             {
-                // Malformed codes keep the result they had, as a word processor leaves them.
-                continue;
+                reported = percent;
+                progress.Notify(new FieldUpdatingProgressArgs(fields.Count, i + 1));
             }
-            if (f.WritesOwnResult) { changed++; continue; }
-            if (result == null) continue;
-            if (f.FormatsResult) result = FieldFormatting.Apply(result, f.ParseCode(), ctx.Culture);
-            if (result != f.Result) f.WriteResult(result);
-            changed++;
         }
         return changed;
+    }
+
+    /// <summary>Computes and writes one field's result; false when the field keeps the one it had.</summary>
+    private static bool UpdateOne(Field f, FieldUpdateContext ctx)
+    {
+        string? result;
+        try
+        {
+            result = f.Compute(ctx);
+        }
+        catch (FieldUpdateException)
+        {
+            // Malformed codes keep the result they had, as a word processor leaves them.
+            return false;
+        }
+        if (f.WritesOwnResult) return true;
+        if (result == null) return false;
+        if (f.FormatsResult) result = FieldFormatting.Apply(result, f.ParseCode(), ctx.Culture);
+        if (result != f.Result) f.WriteResult(result);
+        return true;
     }
 }
 

@@ -19,7 +19,7 @@ internal sealed class HtmlReader : IDocumentReader
         using var ms = new MemoryStream();
         input.CopyTo(ms);
         var text = Decode(ms.ToArray(), options.Encoding);
-        Load(text, document, options, new ResourceResolver(options));
+        Load(text, document, options, new ResourceResolver(options, document, WarningSource.Html));
     }
 
     internal static void Load(string html, Document document, LoadOptions options, ResourceResolver resources)
@@ -58,6 +58,10 @@ internal sealed class HtmlReader : IDocumentReader
             "header", "footer", "main", "nav", "aside", "figure", "figcaption", "address", "dl", "dt", "dd", "center", "hr", "form", "fieldset", "details", "summary",
         };
 
+        // Skipped elements that show something to a reader; leaving them out loses content.
+        private static readonly HashSet<string> Content = new(StringComparer.OrdinalIgnoreCase) { "iframe", "object", "svg", "math", "button", "select" };
+
+        private readonly HashSet<string> lost = new(StringComparer.OrdinalIgnoreCase);
         private readonly FlowBuilder b;
         private readonly ResourceResolver resources;
         private readonly HtmlLoadOptions options;
@@ -80,7 +84,7 @@ internal sealed class HtmlReader : IDocumentReader
         {
             foreach (var style in dom.QuerySelectorAll("style")) css.AddSheet(style.TextContent);
             foreach (var link in dom.QuerySelectorAll("link[rel~=stylesheet]"))
-                if (resources.Get(link.GetAttribute("href") ?? "") is { } sheet)
+                if (resources.Get(link.GetAttribute("href") ?? "", Loading.ResourceType.CssStyleSheet) is { } sheet)
                     css.AddSheet(TextDecoding.Decode(sheet, null));
             // Notes are placed where they are referenced, not where the page lists them.
             foreach (var n in dom.QuerySelectorAll("[role=doc-endnote], [role=doc-footnote], aside"))
@@ -265,7 +269,12 @@ internal sealed class HtmlReader : IDocumentReader
         private void Element(IElement e, CharFormat f, double size)
         {
             var name = e.LocalName.ToLowerInvariant();
-            if (Skipped.Contains(name) || (name == "noscript" && options.IgnoreNoscriptElements)) return;
+            if (Skipped.Contains(name) || (name == "noscript" && options.IgnoreNoscriptElements))
+            {
+                if (Content.Contains(name) && lost.Add(name))
+                    b.Document.Warnings.Add(WarningType.DataLoss, WarningSource.Html, $"The content of <{name}> elements is not imported and was left out.");
+                return;
+            }
             if (Hidden(css.For(e)) || IsNoteList(e) || (e.Id != null && notes.ContainsKey(e.Id))) return;
             // The way back from a note to its reference is navigation, not text.
             if (name == "a" && (e.GetAttribute("role") == "doc-backlink" || e.ClassList.Contains("footnote-back"))) return;

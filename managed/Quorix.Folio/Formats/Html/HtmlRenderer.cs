@@ -307,7 +307,7 @@ internal sealed class HtmlRenderer
 
     private void Image(Shape s)
     {
-        var src = resources.Image(s.ImageData.ImageBytes!);
+        var src = resources.Image(s);
         Out.Append("<img src=\"").Append(Attr(src)).Append("\" alt=\"").Append(Attr(s.AlternativeText)).Append('"')
            .Append(" width=\"").Append(Math.Round(s.Width / 0.75)).Append("\" height=\"").Append(Math.Round(s.Height / 0.75)).Append('"')
            .Append(xhtml ? " />" : ">");

@@ -1,4 +1,5 @@
 using Quorix.Folio.Drawing;
+using Quorix.Folio.Saving;
 
 namespace Quorix.Folio.Formats.Html;
 
@@ -11,23 +12,22 @@ internal sealed class HtmlResources
     public enum Mode { Base64, Files, Collect }
 
     private readonly Mode mode;
-    private readonly string? folder;
-    private readonly string? alias;
     private readonly string stem;
+    private readonly ResourceOutput? files;
     private readonly Dictionary<byte[], string> known = new(ReferenceEqualityComparer.Instance);
 
     public List<HtmlResource> Collected { get; } = new();
 
-    public HtmlResources(Mode mode, string stem, string? folder = null, string? alias = null)
+    public HtmlResources(Mode mode, string stem, ResourceOutput? files = null)
     {
         this.mode = mode;
         this.stem = stem;
-        this.folder = folder;
-        this.alias = alias;
+        this.files = files;
     }
 
-    public string Image(byte[] bytes)
+    public string Image(Shape shape)
     {
+        var bytes = shape.ImageData.ImageBytes!;
         if (known.TryGetValue(bytes, out var r)) return r;
         var info = ImageInfo.Detect(bytes);
         var name = $"{stem}.{known.Count + 1:000}.{info.Extension}";
@@ -37,9 +37,7 @@ internal sealed class HtmlResources
                 r = $"data:{info.ContentType};base64,{Convert.ToBase64String(bytes)}";
                 break;
             case Mode.Files:
-                Directory.CreateDirectory(folder!);
-                File.WriteAllBytes(Path.Combine(folder!, name), bytes);
-                r = string.IsNullOrEmpty(alias) ? name : alias.TrimEnd('/') + "/" + name;
+                r = files!.Image(shape, bytes, name);
                 break;
             default:
                 r = "images/" + name;

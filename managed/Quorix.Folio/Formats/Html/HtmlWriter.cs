@@ -19,35 +19,58 @@ internal sealed class HtmlWriter : IDocumentWriter
         else
         {
             var folder = !string.IsNullOrEmpty(o.ImagesFolder) ? Path.GetFullPath(o.ImagesFolder) : dir;
-            if (folder == null)
+            if (folder == null && !ResourceOutput.HasCallbacks(o.ImageSavingCallback, o.ResourceSavingCallback))
                 throw new ArgumentException("Saving HTML with pictures to a stream needs ExportImagesAsBase64 or an ImagesFolder.", nameof(options));
             var alias = !string.IsNullOrEmpty(o.ImagesFolderAlias) ? o.ImagesFolderAlias
+                : folder == null ? ""
                 : dir != null && folder != dir ? Path.GetRelativePath(dir, folder).Replace('\\', '/')
                 : folder != dir ? new Uri(folder + "/").AbsoluteUri : "";
-            res = new HtmlResources(HtmlResources.Mode.Files, stem, folder, alias);
+            var files = new ResourceOutput(document, folder, name => string.IsNullOrEmpty(alias) ? name : alias.TrimEnd('/') + "/" + name,
+                o.ImageSavingCallback, o.ResourceSavingCallback, "HTML");
+            res = new HtmlResources(HtmlResources.Mode.Files, stem, files);
         }
         var renderer = new HtmlRenderer(document, o, res);
         var pages = renderer.Render();
+        if (pages.Count > 1 && dir == null && o.DocumentPartSavingCallback == null)
+            throw new ArgumentException("A document split into several pages can only be saved to a file.", nameof(options));
         string? cssLink = null;
         if (o.CssStyleSheetType == CssStyleSheetType.External)
-        {
-            var cssName = !string.IsNullOrEmpty(o.CssStyleSheetFileName) ? o.CssStyleSheetFileName : stem + ".css";
-            var cssPath = Path.IsPathRooted(cssName) ? cssName : dir != null ? Path.Combine(dir, cssName)
-                : throw new ArgumentException("An external style sheet saved beside a stream needs a rooted CssStyleSheetFileName.", nameof(options));
-            File.WriteAllText(cssPath, renderer.Css.Sheet(BodyCss(document)), new UTF8Encoding(false));
-            cssLink = dir != null ? Path.GetRelativePath(dir, cssPath).Replace('\\', '/') : new Uri(cssPath).AbsoluteUri;
-        }
-        if (pages.Count > 1 && dir == null)
-            throw new ArgumentException("A document split into several pages can only be saved to a file.", nameof(options));
+            cssLink = ExternalSheet(document, o, renderer.Css.Sheet(BodyCss(document)), dir, stem);
         var enc = o.Encoding ?? new UTF8Encoding(false);
         for (int i = 0; i < pages.Count; i++)
         {
             var html = Page(document, o, renderer.Css, pages[i], cssLink, enc.WebName, i > 0 ? $"{stem} ({i + 1})" : stem);
             var bytes = enc.GetBytes(html);
             if (i == 0) output.Write(bytes);
-            else File.WriteAllBytes(Path.Combine(dir!, $"{stem}-{i}{Path.GetExtension(path)}"), bytes);
+            else WritePart(document, o, bytes, dir, $"{stem}-{i}{(path != null ? Path.GetExtension(path) : ".html")}");
         }
         return new SaveOutputParameters("text/html");
+    }
+
+    /// <summary>Writes the style sheet where the options and callbacks say; returns how the page links to it.</summary>
+    private static string ExternalSheet(Document document, HtmlSaveOptions o, string sheet, string? dir, string stem)
+    {
+        var cssName = !string.IsNullOrEmpty(o.CssStyleSheetFileName) ? o.CssStyleSheetFileName : stem + ".css";
+        var cssPath = Path.IsPathRooted(cssName) ? cssName : dir != null ? Path.Combine(dir, cssName) : null;
+        var link = cssPath == null ? cssName.Replace('\\', '/')
+            : dir != null ? Path.GetRelativePath(dir, cssPath).Replace('\\', '/') : new Uri(cssPath).AbsoluteUri;
+        var args = new CssSavingArgs(document);
+        o.CssSavingCallback?.CssSaving(args);
+        if (!args.IsExportNeeded) return link;
+        if (cssPath == null && args.CssStream == null && o.ResourceSavingCallback == null)
+            throw new ArgumentException("An external style sheet saved beside a stream needs a rooted CssStyleSheetFileName.", nameof(o));
+        return ResourceOutput.Place(document, o.ResourceSavingCallback, Path.GetFileName(cssName), link, new UTF8Encoding(false).GetBytes(sheet),
+            args.CssStream, args.KeepCssStreamOpen, cssPath != null ? Path.GetDirectoryName(cssPath) : null, "an HTML style sheet");
+    }
+
+    /// <summary>Writes a further part of a split page beside the first, or where the callback says.</summary>
+    private static void WritePart(Document document, HtmlSaveOptions o, byte[] bytes, string? dir, string name)
+    {
+        var args = new DocumentPartSavingArgs(document, name);
+        o.DocumentPartSavingCallback?.DocumentPartSaving(args);
+        if (args.DocumentPartStream is { } target) ResourceOutput.WriteTo(target, bytes, args.KeepDocumentPartStreamOpen);
+        else if (dir != null) File.WriteAllBytes(Path.Combine(dir, args.DocumentPartFileName), bytes);
+        else throw new ArgumentException("A document split into several pages can only be saved to a file, or to streams a document part saving callback gives.", nameof(o));
     }
 
     internal static HtmlSaveOptions Options(SaveOptions options) =>

@@ -52,7 +52,7 @@ internal sealed class MhtmlReader : IDocumentReader
             }
             return null;
         }
-        HtmlReader.Load(html, document, options, new ResourceResolver(options, Local));
+        HtmlReader.Load(html, document, options, new ResourceResolver(options, document, WarningSource.Html, Local));
     }
 
     private static (Dictionary<string, string> Headers, string Body) SplitHeaders(string s)

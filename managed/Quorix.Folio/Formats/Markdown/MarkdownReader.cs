@@ -26,7 +26,7 @@ internal sealed class MarkdownReader : IDocumentReader
     {
         var text = TextDecoding.ReadAll(input, options, Format);
         var md = options as MarkdownLoadOptions ?? new MarkdownLoadOptions();
-        new Walker(new FlowBuilder(document), new ResourceResolver(options), md).Document(text);
+        new Walker(new FlowBuilder(document), new ResourceResolver(options, document, WarningSource.Markdown), md).Document(text);
     }
 
     internal static MarkdownPipeline Pipeline(bool underline)

@@ -396,7 +396,12 @@ internal sealed class RtfReader : IDocumentReader
             foreach (var ch in collected.ToString()) if (Uri.IsHexDigit(ch)) hex.Append(ch);
             if (hex.Length % 2 == 1) hex.Length--;
             var bytes = Convert.FromHexString(hex.ToString());
-            if (Drawing.ImageInfo.Detect(bytes).Type is Drawing.ImageType.NoImage or Drawing.ImageType.Unknown) return;
+            if (Drawing.ImageInfo.Detect(bytes).Type is Drawing.ImageType.NoImage or Drawing.ImageType.Unknown)
+            {
+                if (bytes.Length > 0)
+                    b.Document.Warnings.Add(WarningType.DataLoss, WarningSource.Rtf, "A picture in a format that is not recognised was left out.");
+                return;
+            }
             FlushText();
             EnsureParagraph();
             b.Image(bytes, pictureWidth, pictureHeight, "");
