@@ -87,7 +87,7 @@ public class RtfTests
         Assert.Equal("foot", Text(back.FirstSection!.HeadersFooters[HeaderFooterType.FooterPrimary]!));
         Assert.Equal(3, back.FirstSection!.Body!.Tables[0].Rows.Count);
         // Headings keep their style's look without repeating it on the text.
-        Assert.Null(back.FirstSection!.Body!.FirstParagraph!.Runs[0].RPr.Find("b"));
+        Assert.False(back.FirstSection!.Body!.FirstParagraph!.Runs[0].RunAttrs.Has(Quorix.Folio.Formatting.FormatAttr.Bold));
     }
 
     [Fact]

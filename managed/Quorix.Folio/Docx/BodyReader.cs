@@ -177,7 +177,7 @@ internal static class BodyReader
         ReadBlock(sub, body, ctx);
     }
 
-    public static OpaqueNode Opaque(XmlReader r, ReadContext ctx, OpaqueKind kind, PropBag? rPr = null)
+    public static OpaqueNode Opaque(XmlReader r, ReadContext ctx, OpaqueKind kind, CharProps? rPr = null)
     {
         // The text is taken while the fragment still declares everything it uses.
         var xml = r.ReadOuterXml();
@@ -497,9 +497,9 @@ internal static class BodyReader
             return;
         }
         var wrapper = new PropElement("hyperlink") { Attrs = PropElement.ReadAttrs(r) };
-        p.LinkLast(new FieldStart(ctx.Doc, new PropBag(PropOrder.Run)) { Wrapper = wrapper, WrapperCode = " " + code + " " });
-        p.LinkLast(new Run(ctx.Doc, " " + code + " ", new PropBag(PropOrder.Run)));
-        p.LinkLast(new FieldSeparator(ctx.Doc, new PropBag(PropOrder.Run)));
+        p.LinkLast(new FieldStart(ctx.Doc, CharProps.None) { Wrapper = wrapper, WrapperCode = " " + code + " " });
+        p.LinkLast(new Run(ctx.Doc, " " + code + " ", CharProps.None));
+        p.LinkLast(new FieldSeparator(ctx.Doc, CharProps.None));
         int depth = r.Depth;
         r.Read();
         while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
@@ -509,16 +509,16 @@ internal static class BodyReader
             ReadInline(r, p, ctx);
         }
         r.Read();
-        p.LinkLast(new FieldEnd(ctx.Doc, new PropBag(PropOrder.Run)));
+        p.LinkLast(new FieldEnd(ctx.Doc, CharProps.None));
     }
 
     private static void ReadSimpleField(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         var instr = r.GetAttribute("instr", Ns.W) ?? "";
         var wrapper = new PropElement("fldSimple") { Attrs = PropElement.ReadAttrs(r) };
-        p.LinkLast(new FieldStart(ctx.Doc, new PropBag(PropOrder.Run)) { Wrapper = wrapper, WrapperCode = " " + instr.Trim() + " " });
-        p.LinkLast(new Run(ctx.Doc, " " + instr.Trim() + " ", new PropBag(PropOrder.Run)));
-        p.LinkLast(new FieldSeparator(ctx.Doc, new PropBag(PropOrder.Run)));
+        p.LinkLast(new FieldStart(ctx.Doc, CharProps.None) { Wrapper = wrapper, WrapperCode = " " + instr.Trim() + " " });
+        p.LinkLast(new Run(ctx.Doc, " " + instr.Trim() + " ", CharProps.None));
+        p.LinkLast(new FieldSeparator(ctx.Doc, CharProps.None));
         if (!r.IsEmptyElement)
         {
             int depth = r.Depth;
@@ -531,7 +531,7 @@ internal static class BodyReader
             }
         }
         r.Read();
-        p.LinkLast(new FieldEnd(ctx.Doc, new PropBag(PropOrder.Run)));
+        p.LinkLast(new FieldEnd(ctx.Doc, CharProps.None));
     }
 
     public static Table ReadTable(XmlReader r, ReadContext ctx)

@@ -127,10 +127,10 @@ internal static class BodyWriter
         switch (n)
         {
             case Run r:
-                WriteRun(w, r.RPr, r.Text, pw.InFieldCode, r.XAttrs, r.Rev?.Local is "del" or "moveFrom");
+                WriteRun(w, pw, r.RPr, r.Text, pw.InFieldCode, r.XAttrs, r.Rev?.Local is "del" or "moveFrom");
                 break;
             case FieldStart fs:
-                StartRun(w, fs.RPr);
+                StartRun(w, pw, fs.RPr);
                 if (fs.Raw != null) fs.Raw.Write(w);
                 else
                 {
@@ -142,11 +142,11 @@ internal static class BodyWriter
                 pw.Fields.Push(true);
                 break;
             case FieldSeparator sep:
-                WriteFieldChar(w, sep.RPr, "separate");
+                WriteFieldChar(w, pw, sep.RPr, "separate");
                 if (pw.Fields.Count > 0) { pw.Fields.Pop(); pw.Fields.Push(false); }
                 break;
             case FieldEnd end:
-                WriteFieldChar(w, end.RPr, "end");
+                WriteFieldChar(w, pw, end.RPr, "end");
                 if (pw.Fields.Count > 0) pw.Fields.Pop();
                 break;
             case BookmarkStart bs:
@@ -183,7 +183,7 @@ internal static class BodyWriter
                 c.Id = id;
                 pw.State.CommentIds.Add(id);
                 pw.State.Comments.Add(c);
-                StartRun(w, c.RPr);
+                StartRun(w, pw, c.RPr);
                 w.WriteStartElement("commentReference", Ns.W);
                 w.WriteAttributeString("id", Ns.W, Units.Str(id));
                 w.WriteEndElement();
@@ -195,7 +195,7 @@ internal static class BodyWriter
                 var list = f.FootnoteType == FootnoteType.Footnote ? pw.State.Footnotes : pw.State.Endnotes;
                 int id = list.Count + (f.FootnoteType == FootnoteType.Footnote ? pw.State.FootnoteBase : pw.State.EndnoteBase);
                 list.Add((id, f));
-                StartRun(w, f.RPr);
+                StartRun(w, pw, f.RPr);
                 w.WriteStartElement(f.FootnoteType == FootnoteType.Footnote ? "footnoteReference" : "endnoteReference", Ns.W);
                 if (!f.IsAuto) w.WriteAttributeString("customMarkFollows", Ns.W, "1");
                 w.WriteAttributeString("id", Ns.W, Units.Str(id));
@@ -212,7 +212,7 @@ internal static class BodyWriter
                 break;
             case Shape { TextBoxFrame: { } frame } box:
                 // Every copy of the box's content is written from the one model of it.
-                StartRun(w, box.RPr);
+                StartRun(w, pw, box.RPr);
                 for (int i = 0; i < frame.Length - 1; i++)
                 {
                     w.WriteRaw(frame[i]);
@@ -222,14 +222,14 @@ internal static class BodyWriter
                 w.WriteEndElement();
                 break;
             case Shape s:
-                StartRun(w, s.RPr);
+                StartRun(w, pw, s.RPr);
                 DrawingWriter.Write(w, s, pw);
                 w.WriteEndElement();
                 break;
             case OpaqueNode o:
                 if (o.Kind == OpaqueKind.RunContent)
                 {
-                    StartRun(w, o.RPr);
+                    StartRun(w, pw, o.RPr);
                     w.WriteRaw(o.Xml);
                     w.WriteEndElement();
                 }
@@ -275,26 +275,29 @@ internal static class BodyWriter
         return i;
     }
 
-    private static void StartRun(XmlWriter w, PropBag? rPr)
+    private static void StartRun(XmlWriter w, PartWriter pw, CharProps? rPr)
     {
         w.WriteStartElement("r", Ns.W);
-        rPr?.Write(w, "rPr");
+        if (rPr is { } props) WriteRunProps(w, pw, props);
     }
 
-    private static void WriteFieldChar(XmlWriter w, PropBag rPr, string type)
+    private static void WriteRunProps(XmlWriter w, PartWriter pw, CharProps props) =>
+        RunPropsCodec.Write(w, pw.State.RunElements(props.Attrs), props.Kept);
+
+    private static void WriteFieldChar(XmlWriter w, PartWriter pw, CharProps rPr, string type)
     {
-        StartRun(w, rPr);
+        StartRun(w, pw, rPr);
         w.WriteStartElement("fldChar", Ns.W);
         w.WriteAttributeString("fldCharType", Ns.W, type);
         w.WriteEndElement();
         w.WriteEndElement();
     }
 
-    public static void WriteRun(XmlWriter w, PropBag rPr, string text, bool code, List<PropElement.Attr>? attrs = null, bool deleted = false)
+    public static void WriteRun(XmlWriter w, PartWriter pw, CharProps rPr, string text, bool code, List<PropElement.Attr>? attrs = null, bool deleted = false)
     {
         w.WriteStartElement("r", Ns.W);
         PropElement.WriteAttrs(w, attrs);
-        rPr.Write(w, "rPr");
+        WriteRunProps(w, pw, rPr);
         WriteText(w, text, code, deleted);
         w.WriteEndElement();
     }

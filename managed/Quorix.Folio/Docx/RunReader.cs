@@ -32,8 +32,8 @@ internal static class RunReader
     public static void ReadRun(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         var doc = ctx.Doc;
-        // Made when the run has properties; a run without them takes a fresh empty bag per node.
-        PropBag? rPr = null;
+        // Set when the run has properties; the nodes of one run element share its attributes.
+        CharProps? rPr = null;
         bool emitted = false;
         var attrs = PropElement.ReadAttrs(r);
         var text = ctx.Text;
@@ -41,10 +41,10 @@ internal static class RunReader
         // A note reference with a custom mark: the text that follows in the run is the mark.
         Quorix.Folio.Notes.Footnote? markFor = null;
 
-        PropBag Props()
+        CharProps Props()
         {
-            if (rPr == null) { emitted = true; return new PropBag(PropOrder.Run); }
-            var b = emitted ? rPr.Clone() : rPr;
+            if (rPr is not { } props) { emitted = true; return CharProps.None; }
+            var b = emitted ? props.Clone() : props;
             emitted = true;
             return b;
         }
@@ -85,7 +85,7 @@ internal static class RunReader
             switch (r.LocalName)
             {
                 case "rPr":
-                    rPr = PropBag.Read(r, PropOrder.Run);
+                    rPr = RunPropsCodec.Decode(PropBag.Read(r, PropOrder.Run), doc.Cascade.SharedTable);
                     break;
                 case "t":
                 case "delText":

@@ -74,6 +74,14 @@ internal sealed class SaveState
     public int EndnoteBase = 1;
     public int DocPrId = 1000;
     public int BookmarkId;
+    // Each distinct run formatting is turned into its elements once per save.
+    private readonly Dictionary<AttrSet, List<PropElement>> runProps = new(ReferenceEqualityComparer.Instance);
+
+    public List<PropElement> RunElements(AttrSet attrs)
+    {
+        if (!runProps.TryGetValue(attrs, out var list)) runProps[attrs] = list = RunPropsCodec.Encode(attrs);
+        return list;
+    }
     public int MediaCounter;
 
     public SaveState(Document doc, OpcPackage pkg)

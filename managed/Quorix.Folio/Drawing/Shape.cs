@@ -19,15 +19,19 @@ public enum ImageType
 }
 
 /// <summary>Base of drawing objects placed in the text.</summary>
-public abstract class ShapeBase : CompositeNode
+public abstract class ShapeBase : CompositeNode, IRunFormatted
 {
-    internal PropBag RPr = new(PropOrder.Run);
+    internal CharProps RPr = CharProps.None;
+
+    AttrSet IRunFormatted.RunAttrs { get => RPr.Attrs; set => RPr = RPr with { Attrs = value }; }
+
+    PropBag? IRunFormatted.RunKept(bool create) => CharProps.KeptOf(ref RPr, create);
 
     private protected ShapeBase(DocumentBase? doc) : base(doc) { }
 
     public Paragraph? ParentParagraph => parent as Paragraph;
 
-    public Font Font => new Font(RPr, doc);
+    public Font Font => new Font(this, doc);
 
     internal override bool CanHold(Node child) => false;
 }

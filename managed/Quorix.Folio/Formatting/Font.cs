@@ -6,33 +6,40 @@ namespace Quorix.Folio;
 /// <summary>Character formatting of a run, a style or the builder's next runs.</summary>
 public sealed class Font
 {
-    internal readonly PropBag Bag;
+    private readonly IRunFormatted owner;
     private readonly DocumentBase? doc;
-    // Style chain consulted when the run says nothing itself.
-    private readonly Func<BagChain>? inherited;
+    // What the owner inherits when it says nothing itself.
+    private readonly Func<AttrSet>? inherited;
 
-    internal Font(PropBag bag, DocumentBase? doc, Func<BagChain>? inherited = null)
+    internal Font(IRunFormatted owner, DocumentBase? doc, Func<AttrSet>? inherited = null)
     {
-        Bag = bag;
+        this.owner = owner;
         this.doc = doc;
         this.inherited = inherited;
     }
 
-    private PropElement? Lookup(string local)
+    /// <summary>Character formatting held as markup (a style's, the defaults', a list level's).</summary>
+    internal Font(PropBag bag, DocumentBase? doc, Func<AttrSet>? inherited = null) : this(new Docx.BagRunFormat(bag), doc, inherited) { }
+
+    private AttrSet Own => owner.RunAttrs;
+
+    /// <summary>The set that decides the attribute: the owner's own when it says anything of its group, else the inherited one.</summary>
+    private AttrSet Deciding(FormatAttr a)
     {
-        var e = Bag.Find(local);
-        if (e != null || inherited == null) return e;
-        return inherited().Find(local);
+        var own = Own;
+        if (own.HasGroup(a) || inherited == null) return own;
+        return inherited();
     }
 
-    /// <summary>The nearest font-name element that names a Latin font, directly or by theme: one that
-    /// names only an East Asian font does not hide the style's Latin one.</summary>
-    private PropElement? LatinFonts()
+    private object? Lookup(FormatAttr a) => Deciding(a).Get(a);
+
+    private void Set(FormatAttr a, object? value) => Put(Own.With(a, value));
+
+    // Equal formattings share one instance in the document. The stamp tells laid-out pages of the edit.
+    private void Put(AttrSet set)
     {
-        static bool Names(PropElement e) => e.Get("ascii") != null || e.Get("asciiTheme") != null || e.Get("hAnsi") != null;
-        var e = Bag.Find("rFonts");
-        if (e != null && Names(e)) return e;
-        return inherited?.Invoke().Find("rFonts", Names);
+        owner.RunAttrs = doc != null ? doc.Cascade.Shared(set) : set;
+        FormatStamp.Bump();
     }
 
     /// <summary>The theme font ("minorHAnsi", "majorHAnsi", ...) the Latin font is taken from, if any;
@@ -41,161 +48,148 @@ public sealed class Font
     {
         get
         {
-            var e = LatinFonts();
-            return e?.Get("asciiTheme") ?? (e?.Get("ascii") == null ? e?.Get("hAnsiTheme") : null);
+            var set = Deciding(FormatAttr.LatinFont);
+            return set.String(FormatAttr.LatinTheme) ?? (set.String(FormatAttr.LatinFont) == null ? set.String(FormatAttr.LatinThemeAlt) : null);
         }
     }
 
-    private bool Toggle(string local)
-    {
-        var e = Lookup(local);
-        if (e == null) return false;
-        var v = e.Get("val");
-        return v == null || !(v == "0" || v == "false" || v == "off");
-    }
+    private bool Toggle(FormatAttr a) => Lookup(a) is true;
 
     /// <summary>Switching a property off only writes an explicit "off" where a style would switch it on.</summary>
-    private void SetToggle(string local, bool value, string? complexScript = null)
+    private void SetToggle(FormatAttr a, bool value, FormatAttr? complexScript = null)
     {
-        if (!value && !InheritedToggle(local))
-        {
-            Bag.Remove(local);
-            if (complexScript != null) Bag.Remove(complexScript);
-            return;
-        }
-        Bag.SetToggle(local, value);
-        if (complexScript != null) Bag.SetToggle(complexScript, value);
-    }
-
-    private bool InheritedToggle(string local)
-    {
-        return inherited?.Invoke().Toggle(local) ?? false;
+        var set = Own;
+        bool explicitOff = value || inherited?.Invoke().Get(a) is true;
+        set = explicitOff ? set.With(a, value) : set.Without(a);
+        if (complexScript is { } cs) set = explicitOff ? set.With(cs, value) : set.Without(cs);
+        Put(set);
     }
 
     public string Name
     {
         get
         {
-            var e = LatinFonts();
-            return e?.Get("ascii") ?? e?.Get("hAnsi") ?? "Times New Roman";
+            var set = Deciding(FormatAttr.LatinFont);
+            return set.String(FormatAttr.LatinFont) ?? set.String(FormatAttr.LatinFontAlt) ?? "Times New Roman";
         }
         set
         {
             ArgumentException.ThrowIfNullOrEmpty(value);
-            var e = Bag.GetOrAdd("rFonts");
             // Theme font references would override an explicit name in every reader.
-            e.Attrs?.RemoveAll(a => a.Local.EndsWith("Theme", StringComparison.Ordinal));
-            e.Set("ascii", value).Set("hAnsi", value).Set("cs", value).Set("eastAsia", value);
+            Put(Own.WithoutGroup(FormatAttr.LatinFont).Without(FormatAttr.EastAsianTheme).Without(FormatAttr.ComplexTheme)
+                .With(FormatAttr.LatinFont, value).With(FormatAttr.LatinFontAlt, value)
+                .With(FormatAttr.ComplexFont, value).With(FormatAttr.EastAsianFont, value));
         }
     }
 
     /// <summary>Size in points.</summary>
     public double Size
     {
-        get
-        {
-            var v = Units.ParseInt(Lookup("sz")?.Get("val"));
-            return v.HasValue ? v.Value / 2.0 : 10.0;
-        }
+        get => Lookup(FormatAttr.Size) is int half ? half / 2.0 : 10.0;
         set
         {
             Units.CheckRange(value, 1, 1638, nameof(value));
-            var half = Units.Str((int)Math.Round(value * 2));
-            Bag.SetVal("sz", half);
-            Bag.SetVal("szCs", half);
+            int half = (int)Math.Round(value * 2);
+            Put(Own.With(FormatAttr.Size, half).With(FormatAttr.SizeComplex, half));
         }
     }
 
     public bool Bold
     {
-        get => Toggle("b");
-        set => SetToggle("b", value, "bCs");
+        get => Toggle(FormatAttr.Bold);
+        set => SetToggle(FormatAttr.Bold, value, FormatAttr.BoldComplex);
     }
 
     public bool Italic
     {
-        get => Toggle("i");
-        set => SetToggle("i", value, "iCs");
+        get => Toggle(FormatAttr.Italic);
+        set => SetToggle(FormatAttr.Italic, value, FormatAttr.ItalicComplex);
     }
 
-    public bool StrikeThrough { get => Toggle("strike"); set => SetToggle("strike", value); }
+    public bool StrikeThrough { get => Toggle(FormatAttr.Strike); set => SetToggle(FormatAttr.Strike, value); }
 
-    public bool DoubleStrikeThrough { get => Toggle("dstrike"); set => SetToggle("dstrike", value); }
+    public bool DoubleStrikeThrough { get => Toggle(FormatAttr.DoubleStrike); set => SetToggle(FormatAttr.DoubleStrike, value); }
 
-    public bool AllCaps { get => Toggle("caps"); set => SetToggle("caps", value); }
+    public bool AllCaps { get => Toggle(FormatAttr.AllCaps); set => SetToggle(FormatAttr.AllCaps, value); }
 
-    public bool SmallCaps { get => Toggle("smallCaps"); set => SetToggle("smallCaps", value); }
+    public bool SmallCaps { get => Toggle(FormatAttr.SmallCaps); set => SetToggle(FormatAttr.SmallCaps, value); }
 
-    public bool Hidden { get => Toggle("vanish"); set => SetToggle("vanish", value); }
+    public bool Hidden { get => Toggle(FormatAttr.Hidden); set => SetToggle(FormatAttr.Hidden, value); }
 
     public bool Superscript
     {
-        get => Lookup("vertAlign")?.Get("val") == "superscript";
+        get => Lookup(FormatAttr.VerticalAlign) as string == "superscript";
         set => SetVertAlign("superscript", value);
     }
 
     public bool Subscript
     {
-        get => Lookup("vertAlign")?.Get("val") == "subscript";
+        get => Lookup(FormatAttr.VerticalAlign) as string == "subscript";
         set => SetVertAlign("subscript", value);
     }
 
     private void SetVertAlign(string kind, bool on)
     {
-        if (on) Bag.SetVal("vertAlign", kind);
-        else if (Bag.Val("vertAlign") == kind) Bag.Remove("vertAlign");
+        if (on) Set(FormatAttr.VerticalAlign, kind);
+        else if (Own.String(FormatAttr.VerticalAlign) == kind) Set(FormatAttr.VerticalAlign, null);
     }
 
     public Underline Underline
     {
-        get => UnderlineFromXml(Lookup("u")?.Get("val"));
+        get => UnderlineFromXml(Lookup(FormatAttr.Underline) as string);
         set
         {
             if (!Enum.IsDefined(value)) throw new ArgumentOutOfRangeException(nameof(value));
-            Bag.SetVal("u", UnderlineToXml(value));
+            Set(FormatAttr.Underline, UnderlineToXml(value));
         }
     }
+
+    /// <summary>Whether the owner sets the attribute itself rather than inheriting it.</summary>
+    internal bool SaysItself(FormatAttr a) => Own.HasGroup(a);
 
     /// <summary>Text colour as six hexadecimal digits ("FF0000"), or "auto".</summary>
     public string ColorHex
     {
-        get => Lookup("color")?.Get("val") ?? "auto";
+        get => Lookup(FormatAttr.Color) as string ?? "auto";
         set
         {
             if (value != "auto" && (value.Length != 6 || !int.TryParse(value, NumberStyles.HexNumber, CultureInfo.InvariantCulture, out _)))
                 throw new ArgumentException("The colour must be six hexadecimal digits or \"auto\".", nameof(value));
-            var e = Bag.GetOrAdd("color");
-            e.Attrs = null;
-            e.Set("val", value.ToUpperInvariant() == "AUTO" ? "auto" : value.ToUpperInvariant());
+            Put(Own.WithoutGroup(FormatAttr.Color).With(FormatAttr.Color, value.ToUpperInvariant() == "AUTO" ? "auto" : value.ToUpperInvariant()));
         }
     }
 
     public string StyleName
     {
-        get => doc?.Styles.NameOfId(Bag.Val("rStyle")) ?? "Default Paragraph Font";
+        get => doc?.Styles.NameOfId(Own.String(FormatAttr.CharStyle)) ?? "Default Paragraph Font";
         set
         {
             var style = doc?.Styles[value] ?? throw new ArgumentException($"There is no style named '{value}'.", nameof(value));
             if (style.Type != StyleType.Character) throw new ArgumentException($"The style '{value}' is not a character style.", nameof(value));
-            Bag.SetVal("rStyle", style.StyleId);
+            Set(FormatAttr.CharStyle, style.StyleId);
         }
     }
 
     public StyleIdentifier StyleIdentifier
     {
-        get => doc?.Styles.FindById(Bag.Val("rStyle"))?.StyleIdentifier ?? StyleIdentifier.DefaultParagraphFont;
+        get => doc?.Styles.FindById(Own.String(FormatAttr.CharStyle))?.StyleIdentifier ?? StyleIdentifier.DefaultParagraphFont;
         set
         {
             var style = doc?.Styles.GetOrCreateBuiltIn(value) ?? throw new InvalidOperationException("The font is not attached to a document.");
-            Bag.SetVal("rStyle", style.StyleId);
+            Set(FormatAttr.CharStyle, style.StyleId);
         }
     }
 
-    public Border Border => new Border(Bag, "bdr");
+    // Borders and shading of text are not modelled yet: they live with the markup kept beside the attributes.
+    public Border Border => new Border(owner.RunKept(true)!, "bdr");
 
-    public Shading Shading => new Shading(Bag);
+    public Shading Shading => new Shading(owner.RunKept(true)!);
 
-    public void ClearFormatting() => Bag.Clear();
+    public void ClearFormatting()
+    {
+        Put(AttrSet.Empty);
+        owner.RunKept(false)?.Clear();
+    }
 
     internal static Underline UnderlineFromXml(string? v) => v switch
     {

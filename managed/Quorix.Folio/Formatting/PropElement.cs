@@ -39,11 +39,13 @@ internal sealed class PropElement
     public static void WriteAttrs(XmlWriter w, List<Attr>? attrs)
     {
         if (attrs == null) return;
-        foreach (var a in attrs)
-        {
-            if (a.Prefix != null && a.Ns.Length > 0) w.WriteAttributeString(a.Prefix, a.Local, a.Ns, a.Value);
-            else w.WriteAttributeString(a.Local, a.Ns.Length == 0 ? null : a.Ns, a.Value);
-        }
+        foreach (var a in attrs) WriteAttr(w, a);
+    }
+
+    public static void WriteAttr(XmlWriter w, Attr a)
+    {
+        if (a.Prefix != null && a.Ns.Length > 0) w.WriteAttributeString(a.Prefix, a.Local, a.Ns, a.Value);
+        else w.WriteAttributeString(a.Local, a.Ns.Length == 0 ? null : a.Ns, a.Value);
     }
 
     /// <summary>Whether a namespace is the main one; elements read from files carry the same instance, so this rarely compares text.</summary>

@@ -1,11 +1,17 @@
+using Quorix.Folio.Formatting;
 using System.Text;
 
 namespace Quorix.Folio;
 
 /// <summary>A node inside a paragraph that holds its own paragraphs: a comment or a note.</summary>
-public abstract class InlineStory : CompositeNode
+public abstract class InlineStory : CompositeNode, IRunFormatted
 {
-    internal Formatting.PropBag RPr = new(Formatting.PropOrder.Run);
+    // The formatting of the reference mark.
+    internal CharProps RPr = CharProps.None;
+
+    AttrSet IRunFormatted.RunAttrs { get => RPr.Attrs; set => RPr = RPr with { Attrs = value }; }
+
+    PropBag? IRunFormatted.RunKept(bool create) => CharProps.KeptOf(ref RPr, create);
 
     private protected InlineStory(DocumentBase? doc) : base(doc) { }
 
@@ -19,7 +25,7 @@ public abstract class InlineStory : CompositeNode
 
     public Paragraph? ParentParagraph => parent as Paragraph;
 
-    public Font Font => new Font(RPr, doc);
+    public Font Font => new Font(this, doc);
 
     internal override bool CanHold(Node child) => BlockRules.IsBlock(child);
 

@@ -54,6 +54,11 @@ public abstract class DocumentBase : CompositeNode
     /// nodes, by any means; none when null. Loading a document builds its nodes without telling it.</summary>
     public INodeChangingCallback? NodeChangingCallback { get; set; }
 
+    private FormatCascade? cascade;
+
+    /// <summary>The formatting the document's nodes inherit from its styles and defaults.</summary>
+    internal FormatCascade Cascade => cascade ??= new FormatCascade(this);
+
     /// <summary>Held by the long calls on this document (saving, building a loaded model), one thread at a time.</summary>
     internal object Gate { get; } = new();
 
@@ -117,7 +122,7 @@ internal sealed class NodeImporterCore
                     FixList(p.PPr);
                     break;
                 case Inline i:
-                    Remap(i.RPr, "rStyle");
+                    if (i.RunAttrs.String(FormatAttr.CharStyle) is { } id) i.RunAttrs = i.RunAttrs.With(FormatAttr.CharStyle, MapStyle(id));
                     break;
                 case Tables.Table t:
                     Remap(t.TblPr, "tblStyle");

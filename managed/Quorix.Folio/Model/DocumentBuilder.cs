@@ -14,7 +14,7 @@ public sealed partial class DocumentBuilder
     private Paragraph paragraph;
     // Inline node the next insertion goes before; null means the end of the paragraph.
     private Node? cursor;
-    private readonly PropBag runProps = new(PropOrder.Run);
+    private readonly CharPropsBox runProps = new();
     private readonly Stack<TableState> tables = new();
     private readonly Cell cellProto;
     private readonly Row rowProto;
@@ -40,7 +40,7 @@ public sealed partial class DocumentBuilder
 
     public Document Document => doc;
 
-    public Font Font => new Font(runProps, doc, () => paragraph.RunChain());
+    public Font Font => new Font(runProps, doc, () => doc.Cascade.Run(paragraph.ParagraphStyle, runProps.RunAttrs.String(FormatAttr.CharStyle)));
 
     public ParagraphFormat ParagraphFormat => paragraph.ParagraphFormat;
 
@@ -123,7 +123,7 @@ public sealed partial class DocumentBuilder
         return n;
     }
 
-    private Run NewRun(string text) => new Run(doc, text, runProps.Clone());
+    private Run NewRun(string text) => new Run(doc, text, runProps.Props.Clone());
 
     /// <summary>Inserts text; line feeds and carriage returns start new paragraphs.</summary>
     public void Write(string text)
@@ -296,11 +296,11 @@ public sealed partial class DocumentBuilder
     public Field InsertField(string fieldCode, string fieldValue)
     {
         ArgumentException.ThrowIfNullOrEmpty(fieldCode);
-        var start = (FieldStart)Insert(new FieldStart(doc, runProps.Clone()));
+        var start = (FieldStart)Insert(new FieldStart(doc, runProps.Props.Clone()));
         Insert(NewRun(" " + fieldCode.Trim() + " "));
-        var sep = (FieldSeparator)Insert(new FieldSeparator(doc, runProps.Clone()));
+        var sep = (FieldSeparator)Insert(new FieldSeparator(doc, runProps.Props.Clone()));
         if (!string.IsNullOrEmpty(fieldValue)) Insert(NewRun(fieldValue));
-        var end = (FieldEnd)Insert(new FieldEnd(doc, runProps.Clone()));
+        var end = (FieldEnd)Insert(new FieldEnd(doc, runProps.Props.Clone()));
         return FieldKinds.Create(start, sep, end);
     }
 
@@ -311,21 +311,21 @@ public sealed partial class DocumentBuilder
         ArgumentException.ThrowIfNullOrEmpty(urlOrBookmark);
         var quoted = urlOrBookmark.Replace("\"", "%22");
         var code = isBookmark ? $"HYPERLINK \\l \"{quoted}\"" : $"HYPERLINK \"{quoted}\"";
-        var start = (FieldStart)Insert(new FieldStart(doc, runProps.Clone()));
+        var start = (FieldStart)Insert(new FieldStart(doc, runProps.Props.Clone()));
         Insert(NewRun(" " + code + " "));
-        var sep = (FieldSeparator)Insert(new FieldSeparator(doc, runProps.Clone()));
+        var sep = (FieldSeparator)Insert(new FieldSeparator(doc, runProps.Props.Clone()));
         var result = NewRun(displayText);
-        result.RPr.SetVal("rStyle", doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Hyperlink).StyleId);
+        result.RPr = result.RPr.WithCharStyle(doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Hyperlink).StyleId);
         Insert(result);
-        var end = (FieldEnd)Insert(new FieldEnd(doc, runProps.Clone()));
+        var end = (FieldEnd)Insert(new FieldEnd(doc, runProps.Props.Clone()));
         return FieldKinds.Create(start, sep, end);
     }
 
     public Footnote InsertFootnote(FootnoteType footnoteType, string footnoteText)
     {
         var note = new Footnote(doc, footnoteType);
-        note.RPr = runProps.Clone();
-        note.RPr.SetVal("rStyle", doc.Styles.GetOrCreateBuiltIn(footnoteType == FootnoteType.Footnote
+        note.RPr = runProps.Props.Clone();
+        note.RPr = note.RPr.WithCharStyle(doc.Styles.GetOrCreateBuiltIn(footnoteType == FootnoteType.Footnote
             ? StyleIdentifier.FootnoteReference : StyleIdentifier.EndnoteReference).StyleId);
         var p = new Paragraph(doc);
         p.PPr.SetVal("pStyle", doc.Styles.GetOrCreateBuiltIn(footnoteType == FootnoteType.Footnote
@@ -365,7 +365,7 @@ public sealed partial class DocumentBuilder
         var info = ImageInfo.Detect(imageBytes);
         if (info.Type is ImageType.NoImage or ImageType.Unknown)
             throw new ArgumentException("The data is not an image in a known format.", nameof(imageBytes));
-        var shape = new Shape(doc) { RPr = runProps.Clone() };
+        var shape = new Shape(doc) { RPr = runProps.Props.Clone() };
         shape.ImageData.SetImage(imageBytes);
         double w = width >= 0 ? width : info.Width > 0 ? info.Width * 0.75 : 100;
         double h = height >= 0 ? height : info.Height > 0 ? info.Height * 0.75 : 100;

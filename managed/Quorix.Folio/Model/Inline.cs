@@ -4,22 +4,39 @@ using Quorix.Folio.Formatting;
 namespace Quorix.Folio;
 
 /// <summary>A node inside a paragraph that carries character formatting.</summary>
-public abstract class Inline : Node
+public abstract class Inline : Node, IRunFormatted
 {
-    internal PropBag RPr;
+    // Shared with every node of the same formatting; replaced, never changed, on an edit.
+    internal AttrSet RunAttrs = AttrSet.Empty;
+    // What the file said about the run that the engine does not model; null for nearly every run.
+    internal PropBag? RunKept;
 
-    private protected Inline(DocumentBase? doc, PropBag? rPr) : base(doc) { RPr = rPr ?? new PropBag(PropOrder.Run); }
+    private protected Inline(DocumentBase? doc, CharProps rPr) : base(doc) { RPr = rPr; }
 
-    public Font Font => new Font(RPr, doc, InheritedRunBags);
+    internal CharProps RPr
+    {
+        get => new(RunAttrs, RunKept);
+        set
+        {
+            RunAttrs = value.Attrs;
+            RunKept = value.Kept;
+        }
+    }
+
+    AttrSet IRunFormatted.RunAttrs { get => RunAttrs; set => RunAttrs = value; }
+
+    PropBag? IRunFormatted.RunKept(bool create) => create ? RunKept ??= new PropBag(PropOrder.Run) : RunKept;
+
+    public Font Font => new Font(this, doc, Inherited);
 
     public Paragraph? ParentParagraph => parent as Paragraph;
 
-    /// <summary>The run's character style chain, then its paragraph's (or the document defaults).</summary>
-    internal BagChain InheritedRunBags()
+    /// <summary>What the run inherits: its paragraph's style, then its character style, over the document defaults.</summary>
+    internal AttrSet Inherited()
     {
-        if (doc == null) return default;
-        var own = doc.Styles.FindById(RPr.Val("rStyle")) is { } cs ? cs.Chain(true, true) : default;
-        return own.Then(parent is Paragraph p ? p.RunChain() : doc.Styles.DefaultsChain(true));
+        if (doc == null) return AttrSet.Empty;
+        var p = parent as Paragraph ?? GetAncestor(NodeType.Paragraph) as Paragraph;
+        return doc.Cascade.Run(p?.ParagraphStyle, RunAttrs.String(FormatAttr.CharStyle));
     }
 }
 
@@ -30,9 +47,9 @@ public sealed class Run : Inline
 
     public Run(DocumentBase doc) : this(doc, "") { }
 
-    public Run(DocumentBase doc, string text) : base(doc, null) { this.text = text ?? ""; }
+    public Run(DocumentBase doc, string text) : base(doc, CharProps.None) { this.text = text ?? ""; }
 
-    internal Run(DocumentBase? doc, string text, PropBag rPr) : base(doc, rPr) { this.text = text; }
+    internal Run(DocumentBase? doc, string text, CharProps rPr) : base(doc, rPr) { this.text = text; }
 
     public override NodeType NodeType => NodeType.Run;
 
@@ -59,7 +76,7 @@ public sealed class Run : Inline
 /// <summary>A single special character: the field markers.</summary>
 public abstract class SpecialChar : Inline
 {
-    private protected SpecialChar(DocumentBase? doc, PropBag? rPr) : base(doc, rPr) { }
+    private protected SpecialChar(DocumentBase? doc, CharProps rPr) : base(doc, rPr) { }
 
     internal abstract char Char { get; }
 

@@ -53,6 +53,9 @@ public sealed class Paragraph : CompositeNode
         return ParagraphStyle is { } s ? s.Chain(run, true) : doc.Styles.DefaultsChain(run);
     }
 
+    /// <summary>What a run of the paragraph without formatting of its own shows.</summary>
+    internal AttrSet InheritedRunAttrs() => doc?.Cascade.Run(ParagraphStyle, null) ?? AttrSet.Empty;
+
     internal IEnumerable<PropBag> StyleChain() => ParagraphChain().ToArray();
 
     public Section? ParentSection => GetAncestor(NodeType.Section) as Section;

@@ -102,6 +102,9 @@ public sealed class Revision
                 bag!.RemoveAll(e => e == mark);
                 // The record holds the properties as they were, in one child element.
                 if (!accept) Restore(bag, mark);
+                // A run's record sits with its kept markup: what it restored is read as attributes again.
+                if (!accept && node is Inline run && ReferenceEquals(run.RunKept, bag))
+                    run.RPr = RunPropsCodec.Decode(bag, run.Document?.Cascade.SharedTable);
                 break;
         }
         node.Touch();
@@ -162,8 +165,8 @@ public sealed class Revision
                     }
                     AddRecord(list, p, p.PPr, "pPrChange");
                     break;
-                case Inline i:
-                    AddRecord(list, i, i.RPr, "rPrChange");
+                case Inline { RunKept: { } kept } i:
+                    AddRecord(list, i, kept, "rPrChange");
                     break;
                 case Row r:
                     foreach (var e in r.TrPr.Items)

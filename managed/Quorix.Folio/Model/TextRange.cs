@@ -68,7 +68,7 @@ internal static class TextRange
             }
             endPara.Remove();
         }
-        var run = new Run(start.Document, text, model?.RPr.Clone() ?? new Formatting.PropBag(Formatting.PropOrder.Run));
+        var run = new Run(start.Document, text, model?.RPr.Clone() ?? Formatting.CharProps.None);
         startPara.InsertAfter(run, start);
     }
 }

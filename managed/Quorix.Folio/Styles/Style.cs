@@ -141,7 +141,7 @@ public sealed class Style
         return c;
     }
 
-    public Font Font => new Font(Sub("rPr", PropOrder.Run), owner.Document, () => Chain(true, false));
+    public Font Font => new Font(Sub("rPr", PropOrder.Run), owner.Document, () => owner.Document.Cascade.StyleBase(this));
 
     public ParagraphFormat ParagraphFormat =>
         new ParagraphFormat(Sub("pPr", PropOrder.Paragraph), owner.Document, () => Chain(false, false));

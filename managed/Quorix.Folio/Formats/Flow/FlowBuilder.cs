@@ -240,8 +240,8 @@ internal sealed class FlowBuilder
         // Runs of the link take the link look unless the source said otherwise.
         var style = doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Hyperlink).StyleId;
         for (var n = openLink.next; n != null; n = n.next)
-            if (n is Run r && n.PreviousSibling is not FieldStart && r.RPr.Val("rStyle") == null && PastSeparator(r))
-                r.RPr.SetVal("rStyle", style);
+            if (n is Run r && n.PreviousSibling is not FieldStart && r.RPr.CharStyle == null && PastSeparator(r))
+                r.RPr = r.RPr.WithCharStyle(style);
         paragraph.AppendChild(new FieldEnd(doc));
         openLink = null;
     }
@@ -271,7 +271,7 @@ internal sealed class FlowBuilder
     public Footnote StartFootnote()
     {
         var note = new Footnote(doc, FootnoteType.Footnote);
-        note.RPr.SetVal("rStyle", doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.FootnoteReference).StyleId);
+        note.RPr = note.RPr.WithCharStyle(doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.FootnoteReference).StyleId);
         Paragraph.AppendChild(note);
         EnterContainer(note);
         return note;

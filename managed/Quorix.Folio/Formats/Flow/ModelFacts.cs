@@ -11,17 +11,11 @@ internal static class ModelFacts
 {
     public static Emphasis EmphasisOf(DocumentBase doc, Inline r)
     {
-        bool? bold = r.RPr.Toggle("b"), italic = r.RPr.Toggle("i"), strike = r.RPr.Toggle("strike");
-        if (doc.Styles.FindById(r.RPr.Val("rStyle")) is { } cs)
-        {
-            foreach (var b in cs.InheritedBags("rPr", PropOrder.Run, true))
-            {
-                if (b == doc.Styles.DefaultsFor("rPr")) break;
-                bold ??= b.Toggle("b");
-                italic ??= b.Toggle("i");
-                strike ??= b.Toggle("strike");
-            }
-        }
+        var own = r.RunAttrs;
+        var style = doc.Styles.FindById(own.String(FormatAttr.CharStyle)) is { } cs ? doc.Cascade.CharacterStyle(cs) : AttrSet.Empty;
+        bool? bold = own.Bool(FormatAttr.Bold) ?? style.Bool(FormatAttr.Bold);
+        bool? italic = own.Bool(FormatAttr.Italic) ?? style.Bool(FormatAttr.Italic);
+        bool? strike = own.Bool(FormatAttr.Strike) ?? style.Bool(FormatAttr.Strike);
         return new Emphasis(bold ?? false, italic ?? false, strike ?? false);
     }
 
@@ -46,9 +40,9 @@ internal static class ModelFacts
     /// <summary>Code is text in a verbatim character style or set directly in a monospaced font.</summary>
     public static bool IsCode(DocumentBase doc, Inline i)
     {
-        if (doc.Styles.FindById(i.RPr.Val("rStyle")) is { } cs && (cs.Name.Contains("Verbatim", StringComparison.OrdinalIgnoreCase) || cs.Name.Equals("HTML Code", StringComparison.OrdinalIgnoreCase)))
+        if (doc.Styles.FindById(i.RPr.CharStyle) is { } cs && (cs.Name.Contains("Verbatim", StringComparison.OrdinalIgnoreCase) || cs.Name.Equals("HTML Code", StringComparison.OrdinalIgnoreCase)))
             return true;
-        return IsMonospace(i.RPr.Find("rFonts")?.Get("ascii"));
+        return IsMonospace(i.RunAttrs.String(FormatAttr.LatinFont));
     }
 
     public static bool IsCodeBlock(Paragraph p) =>

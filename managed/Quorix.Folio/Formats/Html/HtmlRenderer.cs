@@ -3,6 +3,7 @@ using System.Net;
 using System.Text;
 using Quorix.Folio.Drawing;
 using Quorix.Folio.Formats.Flow;
+using Quorix.Folio.Formatting;
 using Quorix.Folio.Notes;
 using Quorix.Folio.Saving;
 using Quorix.Folio.Tables;
@@ -274,7 +275,7 @@ internal sealed class HtmlRenderer
         var f = r.Font;
         bool code = ModelFacts.IsCode(doc, r);
         // The link element shows itself as a link; the link style's look is not repeated on its text.
-        bool linkLook = doc.Styles.FindById(r.RPr.Val("rStyle"))?.StyleIdentifier == StyleIdentifier.Hyperlink;
+        bool linkLook = doc.Styles.FindById(r.RPr.CharStyle)?.StyleIdentifier == StyleIdentifier.Hyperlink;
         var open = new StringBuilder();
         var close = new List<string>();
         void Wrap(string tag, bool on)
@@ -286,7 +287,7 @@ internal sealed class HtmlRenderer
         Wrap("strong", e.Bold);
         Wrap("em", e.Italic);
         Wrap("s", e.Strike);
-        Wrap("u", f.Underline != Underline.None && !(linkLook && r.RPr.Find("u") == null));
+        Wrap("u", f.Underline != Underline.None && !(linkLook && !r.RunAttrs.HasGroup(FormatAttr.Underline)));
         Wrap("sup", f.Superscript);
         Wrap("sub", f.Subscript);
         Wrap("code", code);
@@ -295,7 +296,7 @@ internal sealed class HtmlRenderer
         var size = f.Size;
         var paraSize = (r.ParentNode as Paragraph)?.ParagraphFormat.Style.Font.Size ?? baseSize;
         if (Math.Abs(size - paraSize) > 0.01) css.Append("font-size:").Append(Pt(size)).Append(';');
-        if (f.ColorHex is { } c && c != "auto" && c != "000000" && !(linkLook && r.RPr.Find("color") == null)) css.Append("color:#").Append(c).Append(';');
+        if (f.ColorHex is { } c && c != "auto" && c != "000000" && !(linkLook && !r.RunAttrs.HasGroup(FormatAttr.Color))) css.Append("color:#").Append(c).Append(';');
         if (f.AllCaps) css.Append("text-transform:uppercase;");
         if (f.SmallCaps) css.Append("font-variant:small-caps;");
         if (f.Hidden) css.Append("display:none;");

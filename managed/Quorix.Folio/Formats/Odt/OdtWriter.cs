@@ -4,6 +4,7 @@ using System.Text;
 using Quorix.Folio.Drawing;
 using Quorix.Folio.Fields;
 using Quorix.Folio.Formats.Flow;
+using Quorix.Folio.Formatting;
 using Quorix.Folio.Notes;
 using Quorix.Folio.Package;
 using Quorix.Folio.Saving;
@@ -133,16 +134,16 @@ internal sealed class OdtWriter : IDocumentWriter
             var props = new StringBuilder();
             // What the paragraph's style already gives is left to it; the link style's look to the link.
             var paraFont = (r.ParentNode as Paragraph)?.ParagraphFormat.Style.Font;
-            bool linkLook = doc.Styles.FindById(r.RPr.Val("rStyle"))?.StyleIdentifier == StyleIdentifier.Hyperlink;
+            bool linkLook = doc.Styles.FindById(r.RPr.CharStyle)?.StyleIdentifier == StyleIdentifier.Hyperlink;
             if (f.Bold != (paraFont?.Bold ?? false)) props.Append(" fo:font-weight=\"").Append(f.Bold ? "bold" : "normal").Append('"');
             if (f.Italic != (paraFont?.Italic ?? false)) props.Append(" fo:font-style=\"").Append(f.Italic ? "italic" : "normal").Append('"');
-            if (f.Underline != Underline.None && !(linkLook && r.RPr.Find("u") == null))
+            if (f.Underline != Underline.None && !(linkLook && !r.RunAttrs.HasGroup(FormatAttr.Underline)))
                 props.Append(" style:text-underline-style=\"").Append(f.Underline == Underline.Dotted ? "dotted" : "solid").Append("\" style:text-underline-width=\"auto\" style:text-underline-color=\"font-color\"")
                      .Append(f.Underline == Underline.Double ? " style:text-underline-type=\"double\"" : "");
             if (f.StrikeThrough) props.Append(" style:text-line-through-style=\"solid\"");
             if (f.Superscript) props.Append(" style:text-position=\"super 58%\"");
             else if (f.Subscript) props.Append(" style:text-position=\"sub 58%\"");
-            if (f.ColorHex is { Length: 6 } c && !(linkLook && r.RPr.Find("color") == null)) props.Append(" fo:color=\"#").Append(c).Append('"');
+            if (f.ColorHex is { Length: 6 } c && !(linkLook && !r.RunAttrs.HasGroup(FormatAttr.Color))) props.Append(" fo:color=\"#").Append(c).Append('"');
             if (paraFont == null || Math.Abs(paraFont.Size - f.Size) > 0.01) props.Append(" fo:font-size=\"").Append(Pt(f.Size)).Append('"');
             if (paraFont == null || paraFont.Name != f.Name)
                 props.Append(" style:font-name=\"").Append(Esc(f.Name)).Append("\" fo:font-family=\"").Append(Esc(f.Name)).Append('"');

@@ -1,0 +1,57 @@
+namespace Quorix.Folio.Formatting;
+
+/// <summary>The character formatting a node holds: its modelled attributes, shared between equal
+/// formattings, and what its file said that the engine does not model, kept by the format that read it.</summary>
+internal readonly struct CharProps
+{
+    private readonly AttrSet? attrs;
+
+    public AttrSet Attrs { get => attrs ?? AttrSet.Empty; init => attrs = value; }
+
+    public PropBag? Kept { get; init; }
+
+    public CharProps(AttrSet attrs, PropBag? kept)
+    {
+        this.attrs = attrs;
+        Kept = kept;
+    }
+
+    public static CharProps None => new(AttrSet.Empty, null);
+
+    /// <summary>A copy that can be changed apart: the attributes are immutable, the kept markup is copied.</summary>
+    public CharProps Clone() => new(Attrs, Kept?.Clone());
+
+    /// <summary>The kept markup of the formatting in the variable, made first when asked to.</summary>
+    public static PropBag? KeptOf(ref CharProps props, bool create)
+    {
+        if (create && props.Kept == null) props = props with { Kept = new PropBag(PropOrder.Run) };
+        return props.Kept;
+    }
+
+    public string? CharStyle => Attrs.String(FormatAttr.CharStyle);
+
+    public CharProps WithCharStyle(string? id) => this with { Attrs = Attrs.With(FormatAttr.CharStyle, id) };
+}
+
+/// <summary>Something that holds character formatting: a run or another inline node, a style, the builder.</summary>
+internal interface IRunFormatted
+{
+    AttrSet RunAttrs { get; set; }
+
+    /// <summary>The markup kept beside the attributes, made on first use when asked to.</summary>
+    PropBag? RunKept(bool create);
+}
+
+/// <summary>Character formatting held on its own, as the builder holds that of the runs it will insert.</summary>
+internal sealed class CharPropsBox : IRunFormatted
+{
+    public CharProps Props = CharProps.None;
+
+    public AttrSet RunAttrs
+    {
+        get => Props.Attrs;
+        set => Props = Props with { Attrs = value };
+    }
+
+    public PropBag? RunKept(bool create) => CharProps.KeptOf(ref Props, create);
+}

@@ -1,0 +1,71 @@
+namespace Quorix.Folio.Formatting;
+
+/// <summary>The formatting attributes the engine models, whatever format they were read from.</summary>
+// Ordered by group: attributes that one setting gives together (a colour and its theme colour,
+// the Latin font by name or by theme) follow each other and share their group's first member.
+internal enum FormatAttr : byte
+{
+    // Character formatting.
+    CharStyle,
+    LatinFont, LatinFontAlt, LatinTheme, LatinThemeAlt,
+    EastAsianFont,
+    ComplexFont,
+    EastAsianTheme,
+    ComplexTheme,
+    FontHint,
+    Bold,
+    BoldComplex,
+    Italic,
+    ItalicComplex,
+    AllCaps,
+    SmallCaps,
+    Strike,
+    DoubleStrike,
+    Outline,
+    Shadow,
+    Emboss,
+    Imprint,
+    NoProof,
+    Hidden,
+    WebHidden,
+    RightToLeft,
+    ComplexScript,
+    Color, ColorTheme, ColorTint, ColorShade,
+    Spacing,
+    Scaling,
+    Kerning,
+    Position,
+    Size,
+    SizeComplex,
+    Highlight,
+    Underline, UnderlineColor,
+    VerticalAlign,
+    Language, LanguageEastAsian, LanguageBidi,
+    Count,
+}
+
+/// <summary>Facts about <see cref="FormatAttr"/> members.</summary>
+internal static class FormatAttrs
+{
+    private static readonly FormatAttr[] Groups = BuildGroups();
+
+    private static FormatAttr[] BuildGroups()
+    {
+        var g = new FormatAttr[(int)FormatAttr.Count];
+        for (int i = 0; i < g.Length; i++) g[i] = (FormatAttr)i;
+        void Group(FormatAttr first, FormatAttr last)
+        {
+            for (int i = (int)first; i <= (int)last; i++) g[i] = first;
+        }
+        Group(FormatAttr.LatinFont, FormatAttr.LatinThemeAlt);
+        Group(FormatAttr.Color, FormatAttr.ColorShade);
+        Group(FormatAttr.Underline, FormatAttr.UnderlineColor);
+        Group(FormatAttr.Language, FormatAttr.LanguageBidi);
+        return g;
+    }
+
+    /// <summary>The first attribute of the group the attribute is set and inherited with.</summary>
+    public static FormatAttr Group(FormatAttr a) => Groups[(int)a];
+
+    public static bool SameGroup(FormatAttr a, FormatAttr b) => Groups[(int)a] == Groups[(int)b];
+}
