@@ -14,7 +14,7 @@ internal static class BodyReader
 {
     public static void ReadDocument(Document doc, ReadContext ctx)
     {
-        using var r = DocxReader.Open(ctx.Pkg.Get(ctx.Part)!);
+        using var r = DocxReader.Open(ctx.Pkg.OpenRead(ctx.Part)!);
         doc.Docx.Roots[ctx.Part] = ctx.Root = DocxReader.Root(r, "document", ctx.Part);
         var headerCache = new Dictionary<string, HeaderFooter>(StringComparer.OrdinalIgnoreCase);
         bool sawBody = false;

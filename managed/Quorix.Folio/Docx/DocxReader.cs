@@ -145,6 +145,8 @@ internal static class DocxReader
 
     public static XmlReader Open(byte[] bytes) => XmlReader.Create(new MemoryStream(bytes, false), WithNames());
 
+    public static XmlReader Open(Stream stream) => XmlReader.Create(stream, WithNames());
+
     /// <summary>A reader over markup already in memory, such as a kept fragment.</summary>
     public static XmlReader Open(string xml) => XmlReader.Create(new StringReader(xml), WithNames());
 

@@ -43,7 +43,7 @@ internal static class DocxWriter
         if (doc.FirstSection == null) doc.EnsureMinimum();
         var pkg = doc.Source?.CloneShallow() ?? new OpcPackage();
         string main = doc.MainPartName ?? "word/document.xml";
-        var state = new SaveState(doc, pkg);
+        var state = new SaveState(doc, pkg) { Deflate = DeflateLevel(options.CompressionLevel) };
         var mainRels = new RelScope(main, doc.Source != null ? pkg.RelsOf(main, DocxReader.Settings) : new List<Relationship>());
 
         // Parts the model regenerates: forget the old ones, keeping header relationships for reuse.
@@ -83,14 +83,14 @@ internal static class DocxWriter
         }
         var hfRelIds = headerParts.ToDictionary(h => h.Hf, h => h.RelId);
 
-        pkg.Parts[main] = Render(w => DocumentPart(w, doc, main, mainWriter, hfRelIds));
+        pkg.Parts[main] = RenderPart(main, state, w => DocumentPart(w, doc, main, mainWriter, hfRelIds));
         pkg.Overrides["/" + main] = pkg.Overrides.TryGetValue("/" + main, out var mct) ? mct : Ns.CtDocument;
 
         foreach (var (hf, part, _) in headerParts)
         {
             var scope = new RelScope(part, oldPartRels.TryGetValue(part, out var old) ? old : new List<Relationship>());
             var pw = new PartWriter(state, scope);
-            pkg.Parts[part] = Render(w =>
+            pkg.Parts[part] = RenderPart(part, state, w =>
             {
                 RootInfo.WriteStart(w, hf.IsHeader ? "hdr" : "ftr", RootFor(doc, hf.PartName));
                 BodyWriter.WriteBlocks(w, hf, pw);
@@ -107,13 +107,13 @@ internal static class DocxWriter
         if (state.Comments.Count > 0 || doc.Docx.KeptComments.Count > 0) CommentsPart(pkg, state, mainRels, oldPartRels, oldIds);
 
         var stylesPart = PartOf(mainRels, main, Ns.RelStyles) ?? AddPart(mainRels, main, Ns.RelStyles, "word/styles.xml");
-        pkg.Parts[stylesPart] = Render(w => StylesPart(w, doc, stylesPart));
+        pkg.Parts[stylesPart] = RenderPart(stylesPart, state, w => StylesPart(w, doc, stylesPart));
         pkg.Overrides["/" + stylesPart] = Ns.CtStyles;
 
         if (doc.Lists.Count > 0 || doc.Lists.Abstracts.Count > 0 || PartOf(mainRels, main, Ns.RelNumbering) != null)
         {
             var numPart = PartOf(mainRels, main, Ns.RelNumbering) ?? AddPart(mainRels, main, Ns.RelNumbering, "word/numbering.xml");
-            pkg.Parts[numPart] = Render(w => NumberingPart(w, doc, numPart));
+            pkg.Parts[numPart] = RenderPart(numPart, state, w => NumberingPart(w, doc, numPart));
             pkg.Overrides["/" + numPart] = Ns.CtNumbering;
         }
 
@@ -186,6 +186,19 @@ internal static class DocxWriter
     {
         rels.Add(type, DrawingWriter.Relative(main, part));
         return part;
+    }
+
+    /// <summary>Writes a part straight into its compressed form.</summary>
+    private static OpcPart RenderPart(string name, SaveState state, Action<XmlWriter> body)
+    {
+        var sink = new DeflatingPartStream(state.Deflate);
+        using (var w = XmlWriter.Create(sink, Settings))
+        {
+            w.WriteStartDocument(true);
+            body(w);
+            w.WriteEndDocument();
+        }
+        return sink.Finish(name);
     }
 
     public static byte[] Render(Action<XmlWriter> body)
@@ -303,7 +316,7 @@ internal static class DocxWriter
         if (separators.Count == 0) separators.AddRange(DefaultSeparators(endnotes));
         var list = endnotes ? state.Endnotes : state.Footnotes;
         var refStyle = doc.Styles.FindById(endnotes ? "EndnoteReference" : "FootnoteReference")?.StyleId;
-        pkg.Parts[part] = Render(w =>
+        pkg.Parts[part] = RenderPart(part, state, w =>
         {
             RootInfo.WriteStart(w, endnotes ? "endnotes" : "footnotes", RootFor(doc, part));
             foreach (var e in separators) e.Write(w);
@@ -366,7 +379,7 @@ internal static class DocxWriter
         var all = doc.Docx.KeptComments.Concat(state.Comments).ToList();
         // Identifiers go on the comments' paragraphs before they are written.
         bool threads = CommentThreads.Prepare(doc, all);
-        pkg.Parts[part] = Render(w =>
+        pkg.Parts[part] = RenderPart(part, state, w =>
         {
             RootInfo.WriteStart(w, "comments", RootFor(doc, part));
             foreach (var c in all)
@@ -427,20 +440,22 @@ internal static class DocxWriter
         w.WriteEndElement();
     }
 
+    // Normal is a middle deflate level: a seventh larger than the slowest setting, several times faster.
+    private static int DeflateLevel(Saving.CompressionLevel level) => level switch
+    {
+        Saving.CompressionLevel.Maximum => 9,
+        Saving.CompressionLevel.Fast => 2,
+        Saving.CompressionLevel.SuperFast => 1,
+        _ => 4,
+    };
+
     // Of a save that renders the model, writing the body is most of the work; packing the parts the rest.
     private const double BodyShare = 0.8;
 
     /// <summary>Packs the parts; <paramref name="progress"/> hears of each, from <paramref name="from"/> on.</summary>
     private static void Zip(OpcPackage pkg, Stream output, Saving.CompressionLevel level, WarningLog warnings, SaveProgress? progress, double from)
     {
-        // Normal is a middle deflate level: a seventh larger than the slowest setting, several times faster.
-        int deflate = level switch
-        {
-            Saving.CompressionLevel.Maximum => 9,
-            Saving.CompressionLevel.Fast => 2,
-            Saving.CompressionLevel.SuperFast => 1,
-            _ => 4,
-        };
+        int deflate = DeflateLevel(level);
         // Parts read from the source keep their compression, unless another level than the usual one was asked for.
         bool recompress = level != Saving.CompressionLevel.Normal;
         var zip = new ZipWriter(output, deflate);
@@ -451,7 +466,7 @@ internal static class DocxWriter
             if (pkg.Parts.TryGetValue(order[i], out var data) && EntryNames.Sanitise(order[i], written, (type, message) => warnings.Add(type, WarningSource.Docx, message)) is { } safe)
             {
                 written.Add(safe);
-                if (recompress) zip.Add(safe, data.Bytes);
+                if (recompress && !data.Fresh) zip.Add(safe, data.Bytes);
                 else zip.Add(safe, data);
                 progress?.Report(from + (1 - from) * (i + 1) / order.Count);
             }

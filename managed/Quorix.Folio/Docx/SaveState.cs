@@ -74,6 +74,8 @@ internal sealed class SaveState
     public int EndnoteBase = 1;
     public int DocPrId = 1000;
     public int BookmarkId;
+    // The deflate level parts are compressed at as they are written.
+    public int Deflate = 4;
     // Each distinct run formatting is turned into its elements once per save.
     private readonly Dictionary<AttrSet, List<PropElement>> runProps = new(ReferenceEqualityComparer.Instance);
 

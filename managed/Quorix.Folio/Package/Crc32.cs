@@ -20,9 +20,12 @@ internal static class Crc32
         return t;
     }
 
-    public static uint Compute(ReadOnlySpan<byte> data)
+    public static uint Compute(ReadOnlySpan<byte> data) => Append(0, data);
+
+    /// <summary>The checksum of what <paramref name="crc"/> was the checksum of, followed by the data.</summary>
+    public static uint Append(uint crc, ReadOnlySpan<byte> data)
     {
-        uint crc = 0xFFFFFFFF;
+        crc = ~crc;
         var t = Table;
         int i = 0;
         for (; i + 8 <= data.Length; i += 8)

@@ -22,6 +22,9 @@ internal sealed class OpcPart
 
     public OpcPart(ZipEntryData stored) => Stored = stored;
 
+    /// <summary>Compressed while this save wrote it, at the level the save asked for.</summary>
+    public bool Fresh { get; init; }
+
     public byte[] Bytes => bytes ?? Stored!.Inflate();
 
     public static implicit operator OpcPart(byte[] bytes) => new(bytes);
@@ -69,6 +72,10 @@ internal sealed class OpcPackage
     }
 
     public byte[]? Get(string part) => Parts.TryGetValue(part, out var p) ? p.Bytes : null;
+
+    /// <summary>The part's content as a stream: a large part read once need not be inflated into memory whole.</summary>
+    public Stream? OpenRead(string part) =>
+        !Parts.TryGetValue(part, out var p) ? null : p.Stored is { } stored ? stored.OpenRead() : new MemoryStream(p.Bytes, false);
 
     public List<Relationship> RelsOf(string part, XmlReaderSettings settings)
     {

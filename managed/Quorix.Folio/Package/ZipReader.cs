@@ -69,6 +69,14 @@ internal sealed class ZipEntryData
         checksumMatched = true;
     }
 
+    /// <summary>The content as a stream, inflated as it is read, once the checksum has matched;
+    /// before that, the whole content, checked.</summary>
+    public Stream OpenRead()
+    {
+        if (!checksumMatched || Method != Deflated) return new MemoryStream(Inflate(), false);
+        return new DeflateStream(new MemoryStream(buffer, offset, length, false), CompressionMode.Decompress);
+    }
+
     /// <summary>Checks the content without keeping it.</summary>
     public void Verify() => Inflate();
 
