@@ -15,7 +15,7 @@ internal static class BodyReader
     public static void ReadDocument(Document doc, ReadContext ctx)
     {
         using var r = DocxReader.Open(ctx.Pkg.OpenRead(ctx.Part)!);
-        doc.Docx.Roots[ctx.Part] = ctx.Root = DocxReader.Root(r, "document", ctx.Part);
+        DocxState.Of(doc).Roots[ctx.Part] = ctx.Root = DocxReader.Root(r, "document", ctx.Part);
         var headerCache = new Dictionary<string, HeaderFooter>(StringComparer.OrdinalIgnoreCase);
         bool sawBody = false;
         if (r.IsEmptyElement) throw new FileCorruptedException("The document part has no body.");
@@ -31,7 +31,7 @@ internal static class BodyReader
             else
             {
                 // Background and other document-level elements are kept as they are.
-                doc.Docx.BodyTail = PropElement.Read(r);
+                DocxState.Of(doc).BodyTail = PropElement.Read(r);
             }
         }
         if (!sawBody) throw new FileCorruptedException("The document part has no body.");
@@ -115,7 +115,7 @@ internal static class BodyReader
         var ctx = new ReadContext(doc, parent.Pkg, part, parent.Notes);
         using var r = DocxReader.Open(bytes);
         bool header = type is HeaderFooterType.HeaderPrimary or HeaderFooterType.HeaderFirst or HeaderFooterType.HeaderEven;
-        doc.Docx.Roots[part] = ctx.Root = DocxReader.Root(r, header ? "hdr" : "ftr", part);
+        DocxState.Of(doc).Roots[part] = ctx.Root = DocxReader.Root(r, header ? "hdr" : "ftr", part);
         var hf = new HeaderFooter(doc, type) { PartName = part };
         ReadBlocks(r, hf, ctx);
         return hf;

@@ -23,7 +23,7 @@ internal static class CommentThreads
         using var r = DocxReader.Open(bytes);
         if (r.MoveToContent() != XmlNodeType.Element || r.LocalName != PartLocal || r.NamespaceURI != Ns.W15)
             throw new FileCorruptedException($"The part '{part}' does not start with the expected '{PartLocal}' element.");
-        var state = doc.Docx;
+        var state = DocxState.Of(doc);
         state.Roots[part] = RootInfo.Read(r);
         var root = PropElement.Read(r);
         state.ThreadsKept.Clear();
@@ -48,7 +48,7 @@ internal static class CommentThreads
     /// <summary>Whether the thread part is written; if so, gives every comment's last paragraph an identifier.</summary>
     public static bool Prepare(Document doc, List<Comment> comments)
     {
-        bool had = doc.Docx.ThreadsKept.Count > 0 || doc.Docx.Roots.Keys.Any(IsThreadPart);
+        bool had = DocxState.Of(doc).ThreadsKept.Count > 0 || DocxState.Of(doc).Roots.Keys.Any(IsThreadPart);
         if (!had && !comments.Any(c => c.Done || c.ancestor != null || c.ThreadAttrs != null || c.ThreadChildren != null)) return false;
         var used = new HashSet<uint>();
         void Note(Paragraph? p)
@@ -56,7 +56,7 @@ internal static class CommentThreads
             if (p != null && Find(p) is string s && uint.TryParse(s, NumberStyles.HexNumber, CultureInfo.InvariantCulture, out var v)) used.Add(v);
         }
         foreach (var n in doc.GetChildNodes(NodeType.Paragraph, true)) Note((Paragraph)n);
-        foreach (var c in doc.Docx.KeptComments)
+        foreach (var c in DocxState.Of(doc).KeptComments)
             foreach (var n in c.GetChildNodes(NodeType.Paragraph, true)) Note((Paragraph)n);
         // A fixed sequence: the same document saved twice gets the same identifiers.
         uint next = 0x2F1A6C3Bu;
@@ -88,7 +88,7 @@ internal static class CommentThreads
         var part = oldParts.FirstOrDefault(IsThreadPart) ?? "word/commentsExtended.xml";
         mainRels.Add(Ns.RelCommentsExtended, DrawingWriter.Relative(mainRels.Part, part), false, oldIds.GetValueOrDefault(part));
         var written = new HashSet<Comment>(comments.Where(c => ParaId(c) != null));
-        var info = doc.Docx.Roots.GetValueOrDefault(part);
+        var info = DocxState.Of(doc).Roots.GetValueOrDefault(part);
         using var ms = new MemoryStream();
         using (var w = XmlWriter.Create(ms, new XmlWriterSettings { Encoding = new UTF8Encoding(false) }))
         {
@@ -112,7 +112,7 @@ internal static class CommentThreads
                     foreach (var e in c.ThreadChildren) e.Write(w);
                 w.WriteEndElement();
             }
-            foreach (var e in doc.Docx.ThreadsKept) e.Write(w);
+            foreach (var e in DocxState.Of(doc).ThreadsKept) e.Write(w);
             w.WriteEndElement();
         }
         pkg.Parts[part] = ms.ToArray();

@@ -130,9 +130,10 @@ internal static class DocxReader
             if (!rel.External && rel.Type == Ns.RelCommentsExtended)
                 CommentThreads.Read(doc, pkg, OpcPackage.Resolve(main, rel.Target), notes.Comments.Values);
         BodyReader.ReadDocument(doc, ctx);
-        Keep(notes.Footnotes, doc.Docx.KeptFootnotes);
-        Keep(notes.Endnotes, doc.Docx.KeptEndnotes);
-        foreach (var c in notes.Comments.Values) doc.Docx.KeptComments.Add(c);
+        var kept = DocxState.Of(doc);
+        Keep(notes.Footnotes, kept.KeptFootnotes);
+        Keep(notes.Endnotes, kept.KeptEndnotes);
+        foreach (var c in notes.Comments.Values) kept.KeptComments.Add(c);
         doc.Changed();
     }
 
@@ -170,7 +171,7 @@ internal static class DocxReader
         var bytes = pkg.Get(part);
         if (bytes == null) return;
         using var r = Open(bytes);
-        doc.Docx.Roots[part] = Root(r, "styles", part);
+        DocxState.Of(doc).Roots[part] = Root(r, "styles", part);
         var root = PropElement.Read(r);
         foreach (var e in root.Children ?? new List<PropElement>())
         {
@@ -184,7 +185,7 @@ internal static class DocxReader
         var bytes = pkg.Get(part);
         if (bytes == null) return;
         using var r = Open(bytes);
-        doc.Docx.Roots[part] = Root(r, "numbering", part);
+        DocxState.Of(doc).Roots[part] = Root(r, "numbering", part);
         var root = PropElement.Read(r);
         var nums = new List<PropElement>();
         foreach (var e in root.Children ?? new List<PropElement>())

@@ -3,8 +3,10 @@ using Quorix.Folio.Formatting;
 namespace Quorix.Folio.Docx;
 
 /// <summary>What a loaded file had that the model does not show but the next save must repeat.</summary>
-internal sealed class DocxState
+internal sealed class DocxState : FormatSideCar
 {
+    public static DocxState Of(Document doc) => doc.SideCar<DocxState>();
+
     public readonly Dictionary<string, RootInfo> Roots = new(StringComparer.OrdinalIgnoreCase);
     public readonly List<PropElement> FootnoteSeparators = new();
     public readonly List<PropElement> EndnoteSeparators = new();
@@ -17,7 +19,7 @@ internal sealed class DocxState
     // Entries of the comment thread part that name no comment read, and markup there we do not model.
     public readonly List<PropElement> ThreadsKept = new();
 
-    public DocxState Clone(DocumentBase target)
+    public override FormatSideCar CloneFor(Document target)
     {
         var c = new DocxState();
         c.KeptFootnotes.AddRange(KeptFootnotes.Select(k => (k.Id, (Notes.Footnote)k.Note.CloneTo(target, true))));

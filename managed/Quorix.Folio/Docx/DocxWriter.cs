@@ -60,9 +60,10 @@ internal static class DocxWriter
         }
 
         EnsureReferencedStyles(doc);
-        state.FootnoteBase = NextId(doc.Docx.FootnoteSeparators, doc.Docx.KeptFootnotes);
-        state.EndnoteBase = NextId(doc.Docx.EndnoteSeparators, doc.Docx.KeptEndnotes);
-        foreach (var c in doc.Docx.KeptComments) state.CommentIds.Add(c.Id);
+        var kept = DocxState.Of(doc);
+        state.FootnoteBase = NextId(kept.FootnoteSeparators, kept.KeptFootnotes);
+        state.EndnoteBase = NextId(kept.EndnoteSeparators, kept.KeptEndnotes);
+        foreach (var c in kept.KeptComments) state.CommentIds.Add(c.Id);
         foreach (var n in doc.GetChildNodes(NodeType.Any, true))
             if (n is CommentRangeStart rs) state.RangeIds.Add(rs.Id);
 
@@ -100,11 +101,11 @@ internal static class DocxWriter
             WriteRels(pkg, scope);
         }
 
-        if (state.Footnotes.Count > 0 || doc.Docx.FootnoteSeparators.Count > 0 || doc.Docx.KeptFootnotes.Count > 0)
+        if (state.Footnotes.Count > 0 || kept.FootnoteSeparators.Count > 0 || kept.KeptFootnotes.Count > 0)
             NotesPart(pkg, state, mainRels, oldPartRels, oldIds, false);
-        if (state.Endnotes.Count > 0 || doc.Docx.EndnoteSeparators.Count > 0 || doc.Docx.KeptEndnotes.Count > 0)
+        if (state.Endnotes.Count > 0 || kept.EndnoteSeparators.Count > 0 || kept.KeptEndnotes.Count > 0)
             NotesPart(pkg, state, mainRels, oldPartRels, oldIds, true);
-        if (state.Comments.Count > 0 || doc.Docx.KeptComments.Count > 0) CommentsPart(pkg, state, mainRels, oldPartRels, oldIds);
+        if (state.Comments.Count > 0 || kept.KeptComments.Count > 0) CommentsPart(pkg, state, mainRels, oldPartRels, oldIds);
 
         var stylesPart = PartOf(mainRels, main, Ns.RelStyles) ?? AddPart(mainRels, main, Ns.RelStyles, "word/styles.xml");
         pkg.Parts[stylesPart] = RenderPart(stylesPart, state, w => StylesPart(w, doc, stylesPart));
@@ -138,8 +139,9 @@ internal static class DocxWriter
     /// the markup copied between parts may use.</summary>
     private static RootInfo? RootFor(Document doc, string? part)
     {
-        if (part != null && doc.Docx.Roots.TryGetValue(part, out var info)) return info;
-        return doc.MainPartName != null ? doc.Docx.Roots.GetValueOrDefault(doc.MainPartName) : null;
+        var roots = DocxState.Of(doc).Roots;
+        if (part != null && roots.TryGetValue(part, out var info)) return info;
+        return doc.MainPartName != null ? roots.GetValueOrDefault(doc.MainPartName) : null;
     }
 
     private static int NextId(List<PropElement> separators, List<(int Id, Footnote Note)> kept)
@@ -228,8 +230,9 @@ internal static class DocxWriter
 
     private static void DocumentPart(XmlWriter w, Document doc, string main, PartWriter pw, Dictionary<HeaderFooter, string> hfRelIds)
     {
-        RootInfo.WriteStart(w, "document", doc.Docx.Roots.GetValueOrDefault(main));
-        doc.Docx.BodyTail?.Write(w);
+        var docxKept = DocxState.Of(doc);
+        RootInfo.WriteStart(w, "document", docxKept.Roots.GetValueOrDefault(main));
+        docxKept.BodyTail?.Write(w);
         w.WriteStartElement("body", Ns.W);
         var sections = doc.Sections.ToArray();
         var progress = doc.SaveProgress;
@@ -312,7 +315,8 @@ internal static class DocxWriter
         mainRels.Add(endnotes ? Ns.RelEndnotes : Ns.RelFootnotes, DrawingWriter.Relative(main, part), false, oldIds.GetValueOrDefault(part));
         var scope = new RelScope(part, previous != null ? old[previous] : new List<Relationship>());
         var pw = new PartWriter(state, scope);
-        var separators = endnotes ? doc.Docx.EndnoteSeparators : doc.Docx.FootnoteSeparators;
+        var docxKept = DocxState.Of(doc);
+        var separators = endnotes ? docxKept.EndnoteSeparators : docxKept.FootnoteSeparators;
         if (separators.Count == 0) separators.AddRange(DefaultSeparators(endnotes));
         var list = endnotes ? state.Endnotes : state.Footnotes;
         var refStyle = doc.Styles.FindById(endnotes ? "EndnoteReference" : "FootnoteReference")?.StyleId;
@@ -321,7 +325,7 @@ internal static class DocxWriter
             RootInfo.WriteStart(w, endnotes ? "endnotes" : "footnotes", RootFor(doc, part));
             foreach (var e in separators) e.Write(w);
             // Notes met while writing notes (rare nesting) are appended as the list grows.
-            var kept = endnotes ? doc.Docx.KeptEndnotes : doc.Docx.KeptFootnotes;
+            var kept = endnotes ? docxKept.KeptEndnotes : docxKept.KeptFootnotes;
             for (int i = 0; i < kept.Count + list.Count; i++)
             {
                 var (id, note) = i < kept.Count ? kept[i] : list[i - kept.Count];
@@ -376,7 +380,7 @@ internal static class DocxWriter
         var scope = new RelScope(part, previous != null ? old[previous] : new List<Relationship>());
         var pw = new PartWriter(state, scope);
         var refStyle = doc.Styles.FindById("CommentReference")?.StyleId;
-        var all = doc.Docx.KeptComments.Concat(state.Comments).ToList();
+        var all = DocxState.Of(doc).KeptComments.Concat(state.Comments).ToList();
         // Identifiers go on the comments' paragraphs before they are written.
         bool threads = CommentThreads.Prepare(doc, all);
         pkg.Parts[part] = RenderPart(part, state, w =>

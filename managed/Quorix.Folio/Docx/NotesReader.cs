@@ -15,7 +15,7 @@ internal static class NotesReader
         if (bytes == null) return;
         var ctx = new ReadContext(doc, pkg, part, notes);
         using var r = DocxReader.Open(bytes);
-        doc.Docx.Roots[part] = ctx.Root = DocxReader.Root(r, endnotes ? "endnotes" : "footnotes", part);
+        DocxState.Of(doc).Roots[part] = ctx.Root = DocxReader.Root(r, endnotes ? "endnotes" : "footnotes", part);
         if (r.IsEmptyElement) return;
         int depth = r.Depth;
         r.Read();
@@ -28,7 +28,7 @@ internal static class NotesReader
             if (type != null && type != "normal" || id == null)
             {
                 // Separators are kept as they are and written back first.
-                (endnotes ? doc.Docx.EndnoteSeparators : doc.Docx.FootnoteSeparators).Add(PropElement.Read(r));
+                (endnotes ? DocxState.Of(doc).EndnoteSeparators : DocxState.Of(doc).FootnoteSeparators).Add(PropElement.Read(r));
                 continue;
             }
             var note = new Footnote(doc, endnotes ? FootnoteType.Endnote : FootnoteType.Footnote);
@@ -43,7 +43,7 @@ internal static class NotesReader
         if (bytes == null) return;
         var ctx = new ReadContext(doc, pkg, part, notes);
         using var r = DocxReader.Open(bytes);
-        doc.Docx.Roots[part] = ctx.Root = DocxReader.Root(r, "comments", part);
+        DocxState.Of(doc).Roots[part] = ctx.Root = DocxReader.Root(r, "comments", part);
         if (r.IsEmptyElement) return;
         int depth = r.Depth;
         r.Read();

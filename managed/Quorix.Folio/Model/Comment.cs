@@ -174,7 +174,7 @@ public sealed class Comment : InlineStory
             if (id > max) max = id;
         }
         if (doc is Document d)
-            foreach (var k in d.Docx.KeptComments) max = Math.Max(max, k.Id);
+            foreach (var k in Docx.DocxState.Of(d).KeptComments) max = Math.Max(max, k.Id);
         return max + 1;
     }
 

@@ -13,17 +13,18 @@ public sealed partial class Document : DocumentBase
     // Parts read from the source file, written back unchanged unless the model owns them.
     internal OpcPackage? Source;
     internal string? MainPartName;
-    private DocxState docx = new();
+    // One per format whose reader kept something for its writer; usually none or one.
+    private List<FormatSideCar>? sideCars;
 
-    // What the load kept beside the model is filled in by the same build.
-    internal DocxState Docx
+    /// <summary>The side-car of that kind, made when first asked for; what the load kept is filled in by the same build.</summary>
+    internal T SideCar<T>() where T : FormatSideCar, new()
     {
-        get
-        {
-            if (pending) BuildPending();
-            return docx;
-        }
-        private set => docx = value;
+        if (pending) BuildPending();
+        foreach (var s in sideCars ??= new List<FormatSideCar>(1))
+            if (s is T found) return found;
+        var made = new T();
+        sideCars.Add(made);
+        return made;
     }
     private Text.LabelCache? labels;
 
@@ -286,7 +287,7 @@ public sealed partial class Document : DocumentBase
     {
         if (pending) BuildPending();
         var copy = new Document(empty: true) { Source = Source, MainPartName = MainPartName, OriginalFileName = OriginalFileName, OriginalLoadFormat = OriginalLoadFormat };
-        copy.Docx = Docx.Clone(copy);
+        copy.sideCars = sideCars?.ConvertAll(s => s.CloneFor(copy));
         copy.propertyParts = propertyParts?.Clone();
         foreach (var e in Styles.Head) copy.Styles.Head.Add(e.Clone());
         foreach (var s in Styles.All) copy.Styles.AddLoaded(s.Element.Clone());
