@@ -11,7 +11,7 @@ using Quorix.Folio.Tables;
 namespace Quorix.Folio.Docx;
 
 /// <summary>Writes paragraphs, runs and tables of any story.</summary>
-internal static class BodyWriter
+internal static partial class BodyWriter
 {
     /// <returns>Whether the last block written was a paragraph.</returns>
     public static bool WriteBlocks(XmlWriter w, CompositeNode container, PartWriter pw, Action<XmlWriter>? firstParagraphPrefix = null)
@@ -110,132 +110,34 @@ internal static class BodyWriter
     private static void WriteInlines(XmlWriter w, CompositeNode container, PartWriter pw, KeptContainers? outer)
     {
         var kept = new KeptContainers(outer);
+        var iw = InlinesOf(w, pw);
         for (var n = container.first; n != null; n = n.next)
         {
             kept.Track(w, n.Rev);
-            if (n is FieldStart { Wrapper: not null } fs && TryWriteWrapped(w, fs, pw) is { } end) n = end;
-            else if (n is OpaqueNode { Partner: not null } marker) kept.Write(w, marker);
-            else if (n is StructuredDocumentTag sdt) WriteControl(w, sdt, pw, null, kept);
-            else if (n is SmartTag tag) WriteSmartTag(w, tag, pw, kept);
-            else WriteInline(w, n, pw);
+            // Set again for each node: a nested container's content changed it meanwhile.
+            iw.Kept = kept;
+            n.AcceptCore(iw);
+            if (iw.ResumeAfter is { } end)
+            {
+                iw.ResumeAfter = null;
+                n = end;
+            }
         }
         kept.CloseAll(w);
     }
 
+    private static InlineWriter InlinesOf(XmlWriter w, PartWriter pw)
+    {
+        if (pw.Inlines is not InlineWriter iw || iw.Writer != w) pw.Inlines = iw = new InlineWriter(w, pw);
+        return iw;
+    }
+
+    // A node inside a field written in its wrapped form: no kept containers open around it.
     private static void WriteInline(XmlWriter w, Node n, PartWriter pw)
     {
-        switch (n)
-        {
-            case Run r:
-                WriteRun(w, pw, r.RPr, r.Text, pw.InFieldCode, r.XAttrs, r.Rev?.Local is "del" or "moveFrom");
-                break;
-            case FieldStart fs:
-                StartRun(w, pw, fs.RPr);
-                if (fs.Raw != null) fs.Raw.Write(w);
-                else
-                {
-                    w.WriteStartElement("fldChar", Ns.W);
-                    w.WriteAttributeString("fldCharType", Ns.W, "begin");
-                    w.WriteEndElement();
-                }
-                w.WriteEndElement();
-                pw.Fields.Push(true);
-                break;
-            case FieldSeparator sep:
-                WriteFieldChar(w, pw, sep.RPr, "separate");
-                if (pw.Fields.Count > 0) { pw.Fields.Pop(); pw.Fields.Push(false); }
-                break;
-            case FieldEnd end:
-                WriteFieldChar(w, pw, end.RPr, "end");
-                if (pw.Fields.Count > 0) pw.Fields.Pop();
-                break;
-            case BookmarkStart bs:
-            {
-                int id = pw.State.BookmarkId++;
-                pw.BookmarkIds[bs.Name] = id;
-                w.WriteStartElement("bookmarkStart", Ns.W);
-                w.WriteAttributeString("id", Ns.W, Units.Str(id));
-                w.WriteAttributeString("name", Ns.W, bs.Name);
-                w.WriteEndElement();
-                break;
-            }
-            case BookmarkEnd be:
-            {
-                if (!pw.BookmarkIds.Remove(be.Name, out var id)) break;
-                w.WriteStartElement("bookmarkEnd", Ns.W);
-                w.WriteAttributeString("id", Ns.W, Units.Str(id));
-                w.WriteEndElement();
-                break;
-            }
-            case CommentRangeStart cs:
-                w.WriteStartElement("commentRangeStart", Ns.W);
-                w.WriteAttributeString("id", Ns.W, Units.Str(cs.Id));
-                w.WriteEndElement();
-                break;
-            case CommentRangeEnd ce:
-                w.WriteStartElement("commentRangeEnd", Ns.W);
-                w.WriteAttributeString("id", Ns.W, Units.Str(ce.Id));
-                w.WriteEndElement();
-                break;
-            case Comment c:
-            {
-                int id = c.Id >= 0 && !pw.State.CommentIds.Contains(c.Id) ? c.Id : NextFree(pw.State.CommentIds, pw.State.RangeIds);
-                c.Id = id;
-                pw.State.CommentIds.Add(id);
-                pw.State.Comments.Add(c);
-                StartRun(w, pw, c.RPr);
-                w.WriteStartElement("commentReference", Ns.W);
-                w.WriteAttributeString("id", Ns.W, Units.Str(id));
-                w.WriteEndElement();
-                w.WriteEndElement();
-                break;
-            }
-            case Footnote f:
-            {
-                var list = f.FootnoteType == FootnoteType.Footnote ? pw.State.Footnotes : pw.State.Endnotes;
-                int id = list.Count + (f.FootnoteType == FootnoteType.Footnote ? pw.State.FootnoteBase : pw.State.EndnoteBase);
-                list.Add((id, f));
-                StartRun(w, pw, f.RPr);
-                w.WriteStartElement(f.FootnoteType == FootnoteType.Footnote ? "footnoteReference" : "endnoteReference", Ns.W);
-                if (!f.IsAuto) w.WriteAttributeString("customMarkFollows", Ns.W, "1");
-                w.WriteAttributeString("id", Ns.W, Units.Str(id));
-                w.WriteEndElement();
-                if (!f.IsAuto) WriteText(w, f.ReferenceMark, false);
-                w.WriteEndElement();
-                break;
-            }
-            case StructuredDocumentTag sdt:
-                WriteControl(w, sdt, pw, null, null);
-                break;
-            case SmartTag tag:
-                WriteSmartTag(w, tag, pw, null);
-                break;
-            case Shape { TextBoxFrame: { } frame } box:
-                // Every copy of the box's content is written from the one model of it.
-                StartRun(w, pw, box.RPr);
-                for (int i = 0; i < frame.Length - 1; i++)
-                {
-                    w.WriteRaw(frame[i]);
-                    WriteBlocks(w, box, pw);
-                }
-                w.WriteRaw(frame[^1]);
-                w.WriteEndElement();
-                break;
-            case Shape s:
-                StartRun(w, pw, s.RPr);
-                DrawingWriter.Write(w, s, pw);
-                w.WriteEndElement();
-                break;
-            case OpaqueNode o:
-                if (o.Kind == OpaqueKind.RunContent)
-                {
-                    StartRun(w, pw, o.RPr);
-                    w.WriteRaw(o.Xml);
-                    w.WriteEndElement();
-                }
-                else w.WriteRaw(o.Xml);
-                break;
-        }
+        var iw = InlinesOf(w, pw);
+        iw.Kept = null;
+        n.AcceptCore(iw);
     }
 
     /// <summary>Writes a field read from a link or simple-field element in that form again, if it

@@ -115,6 +115,8 @@ internal sealed class PartWriter
     public readonly Dictionary<string, int> BookmarkIds = new();
     // One entry per open field: true while its code is being written.
     public readonly Stack<bool> Fields = new();
+    // The visitor that writes this part's inline nodes, made on first use.
+    public DocumentVisitor? Inlines;
 
     public PartWriter(SaveState state, RelScope rels)
     {
