@@ -16,46 +16,19 @@ internal static partial class BodyWriter
     /// <returns>Whether the last block written was a paragraph.</returns>
     public static bool WriteBlocks(XmlWriter w, CompositeNode container, PartWriter pw, Action<XmlWriter>? firstParagraphPrefix = null)
     {
-        bool lastWasParagraph = false;
-        var kept = new KeptContainers();
-        for (var n = container.first; n != null; n = n.next)
-        {
-            switch (n)
-            {
-                case Paragraph p:
-                    WriteParagraph(w, p, pw, null, firstParagraphPrefix);
-                    firstParagraphPrefix = null;
-                    lastWasParagraph = true;
-                    break;
-                case Table t:
-                    WriteTable(w, t, pw);
-                    lastWasParagraph = false;
-                    break;
-                case StructuredDocumentTag sdt:
-                    lastWasParagraph = WriteControl(w, sdt, pw, firstParagraphPrefix, null);
-                    firstParagraphPrefix = null;
-                    break;
-                case OpaqueNode { Partner: not null } marker:
-                    // The content between a container's markers decides how the container ends.
-                    kept.Write(w, marker);
-                    break;
-                case OpaqueNode o:
-                    w.WriteRaw(o.Xml);
-                    lastWasParagraph = o.Xml.StartsWith("<w:p", StringComparison.Ordinal) && !o.Xml.StartsWith("<w:pPr", StringComparison.Ordinal);
-                    break;
-            }
-        }
-        kept.CloseAll(w);
+        var blocks = new BlockWriter(w, pw, firstParagraphPrefix);
+        for (var n = container.first; n != null; n = n.next) n.AcceptCore(blocks);
+        blocks.Kept.CloseAll(w);
         // Cells, notes and comments must end with a paragraph to be valid; bodies, headers and
         // footers may end with a table or content control, and an added paragraph would change the layout.
-        if (!lastWasParagraph && container is not StructuredDocumentTag && (container is not Story || container.first == null))
+        if (!blocks.LastWasParagraph && container is not StructuredDocumentTag && (container is not Story || container.first == null))
         {
             w.WriteStartElement("p", Ns.W);
-            firstParagraphPrefix?.Invoke(w);
+            blocks.Prefix?.Invoke(w);
             w.WriteEndElement();
             return true;
         }
-        return lastWasParagraph;
+        return blocks.LastWasParagraph;
     }
 
     /// <summary>A content control around its content; returns whether its last block was a paragraph.</summary>
