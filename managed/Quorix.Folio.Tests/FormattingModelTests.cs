@@ -130,4 +130,65 @@ public class FormattingModelTests
         Assert.True(run.Font.Italic);
         Assert.Empty(doc.Revisions);
     }
+
+    [Fact]
+    public void ParagraphsInheritValueByValueAndIndentsByPair()
+    {
+        var doc = Load("<w:p><w:pPr><w:pStyle w:val=\"Body\"/><w:spacing w:after=\"240\"/><w:ind w:left=\"360\"/></w:pPr><w:r><w:t>x</w:t></w:r></w:p>",
+            styles => styles!.Replace("</w:styles>",
+                "<w:style w:type=\"paragraph\" w:styleId=\"Base\"><w:name w:val=\"Base\"/><w:pPr><w:spacing w:before=\"120\" w:after=\"60\"/><w:jc w:val=\"center\"/></w:pPr></w:style>" +
+                "<w:style w:type=\"paragraph\" w:styleId=\"Body\"><w:name w:val=\"Body\"/><w:basedOn w:val=\"Base\"/><w:pPr><w:ind w:start=\"1440\" w:hanging=\"200\"/><w:keepNext/></w:pPr></w:style></w:styles>"));
+        var pf = doc.FirstSection!.Body!.FirstParagraph!.ParagraphFormat;
+        Assert.Equal(6, pf.SpaceBefore);       // from the base style
+        Assert.Equal(12, pf.SpaceAfter);       // the paragraph's own
+        Assert.Equal(ParagraphAlignment.Center, pf.Alignment);
+        Assert.True(pf.KeepWithNext);
+        Assert.Equal(18, pf.LeftIndent);       // "left" here replaces the style's "start"
+        Assert.Equal(-10, pf.FirstLineIndent); // the hanging indent is another pair, inherited
+
+        doc.Styles["Base"]!.ParagraphFormat.SpaceBefore = 3;
+        Assert.Equal(3, pf.SpaceBefore);
+        pf.ClearFormatting();
+        Assert.Equal("Normal", pf.StyleName);
+        Assert.Equal(0, pf.SpaceAfter);
+    }
+
+    [Fact]
+    public void ParagraphPropertiesKeepSchemaOrderAroundKeptMarkup()
+    {
+        var doc = Load("<w:p><w:pPr><w:pStyle w:val=\"Normal\"/><w:keepNext/><w:numPr><w:ilvl w:val=\"0\"/><w:numId w:val=\"0\"/></w:numPr>" +
+            "<w:tabs><w:tab w:val=\"left\" w:pos=\"720\"/></w:tabs><w:spacing w:after=\"0\" w:afterAutospacing=\"1\"/><w:jc w:val=\"right\"/>" +
+            "<w:rPr><w:b/></w:rPr><w:sectPr><w:pgSz w:w=\"11906\" w:h=\"16838\"/></w:sectPr><w:pPrChange w:id=\"3\" w:author=\"A\"><w:pPr/></w:pPrChange></w:pPr>" +
+            "<w:r><w:t>one</w:t></w:r></w:p><w:p><w:r><w:t>two</w:t></w:r></w:p>");
+        var first = doc.FirstSection!.Body!.FirstParagraph!;
+        Assert.Equal(ParagraphAlignment.Right, first.ParagraphFormat.Alignment);
+        first.ParagraphFormat.SpaceBefore = 6;
+        var xml = TestSupport.Part(TestSupport.ToBytes(doc), "word/document.xml");
+        var pPr = xml[xml.IndexOf("<w:pPr>")..(xml.IndexOf("</w:pPr>") + 8)];
+        string[] order = { "<w:pStyle", "<w:keepNext", "<w:numPr", "<w:tabs", "<w:spacing", "<w:jc", "<w:rPr", "<w:sectPr", "<w:pPrChange" };
+        for (int i = 1; i < order.Length; i++)
+            Assert.True(pPr.IndexOf(order[i - 1]) >= 0 && pPr.IndexOf(order[i - 1]) < pPr.IndexOf(order[i]), pPr);
+        Assert.Contains("w:before=\"120\"", pPr);
+        Assert.Contains("w:afterAutospacing=\"1\"", pPr);
+
+        // Rejecting the recorded change restores the properties it holds: none, so no alignment.
+        doc.Revisions.RejectAll();
+        Assert.Equal(ParagraphAlignment.Left, first.ParagraphFormat.Alignment);
+    }
+
+    [Fact]
+    public void ParagraphsOfOneStyleShareTheirFormatting()
+    {
+        var b = new DocumentBuilder(new Document());
+        b.ParagraphFormat.StyleIdentifier = StyleIdentifier.Heading2;
+        b.ParagraphFormat.SpaceAfter = 4;
+        for (int i = 0; i < 200; i++) b.Writeln("para " + i);
+        var reloaded = new Document(new MemoryStream(TestSupport.ToBytes(b.Document)));
+        var headings = reloaded.GetChildNodes(NodeType.Paragraph, true).Cast<Paragraph>().Where(p => p.GetText().StartsWith("para")).ToList();
+        Assert.True(headings.Count >= 200);
+        // The heading, then body text in the heading's next style, each one instance for all its paragraphs.
+        Assert.Equal(StyleIdentifier.Heading2, headings[0].ParagraphFormat.StyleIdentifier);
+        Assert.Single(headings.Skip(1).Select(p => p.ParaAttrs).Distinct(ReferenceEqualityComparer.Instance));
+        Assert.All(headings, p => Assert.Equal(4, p.ParagraphFormat.SpaceAfter));
+    }
 }

@@ -177,7 +177,7 @@ internal static class BodyReader
         ReadBlock(sub, body, ctx);
     }
 
-    public static OpaqueNode Opaque(XmlReader r, ReadContext ctx, OpaqueKind kind, CharProps? rPr = null)
+    public static OpaqueNode Opaque(XmlReader r, ReadContext ctx, OpaqueKind kind, FormatProps? rPr = null)
     {
         // The text is taken while the fragment still declares everything it uses.
         var xml = r.ReadOuterXml();
@@ -221,14 +221,17 @@ internal static class BodyReader
             if (r.NodeType != XmlNodeType.Element) { r.Read(); continue; }
             if (r.NamespaceURI == Ns.W && r.LocalName == "pPr")
             {
-                p.PPr = PropBag.Read(r, PropOrder.Paragraph);
-                var sp = p.PPr.Find("sectPr");
+                var read = PropBag.Read(r, PropOrder.Paragraph);
+                var sp = read.Find("sectPr");
                 if (sp != null)
                 {
-                    p.PPr.Remove("sectPr");
+                    read.Remove("sectPr");
                     sectPr = new PropBag(PropOrder.Section, sp.Children ?? new List<PropElement>());
                     sectAttrs = sp.Attrs;
                 }
+                var props = PropsCodec.Paragraph.Decode(read, ctx.Doc.Cascade.SharedTable);
+                p.ParaAttrs = props.Attrs;
+                p.PPr = props.Kept ?? new PropBag(PropOrder.Paragraph);
                 continue;
             }
             ReadInline(r, p, ctx);
@@ -497,9 +500,9 @@ internal static class BodyReader
             return;
         }
         var wrapper = new PropElement("hyperlink") { Attrs = PropElement.ReadAttrs(r) };
-        p.LinkLast(new FieldStart(ctx.Doc, CharProps.None) { Wrapper = wrapper, WrapperCode = " " + code + " " });
-        p.LinkLast(new Run(ctx.Doc, " " + code + " ", CharProps.None));
-        p.LinkLast(new FieldSeparator(ctx.Doc, CharProps.None));
+        p.LinkLast(new FieldStart(ctx.Doc, FormatProps.None) { Wrapper = wrapper, WrapperCode = " " + code + " " });
+        p.LinkLast(new Run(ctx.Doc, " " + code + " ", FormatProps.None));
+        p.LinkLast(new FieldSeparator(ctx.Doc, FormatProps.None));
         int depth = r.Depth;
         r.Read();
         while (!(r.NodeType == XmlNodeType.EndElement && r.Depth == depth))
@@ -509,16 +512,16 @@ internal static class BodyReader
             ReadInline(r, p, ctx);
         }
         r.Read();
-        p.LinkLast(new FieldEnd(ctx.Doc, CharProps.None));
+        p.LinkLast(new FieldEnd(ctx.Doc, FormatProps.None));
     }
 
     private static void ReadSimpleField(XmlReader r, CompositeNode p, ReadContext ctx)
     {
         var instr = r.GetAttribute("instr", Ns.W) ?? "";
         var wrapper = new PropElement("fldSimple") { Attrs = PropElement.ReadAttrs(r) };
-        p.LinkLast(new FieldStart(ctx.Doc, CharProps.None) { Wrapper = wrapper, WrapperCode = " " + instr.Trim() + " " });
-        p.LinkLast(new Run(ctx.Doc, " " + instr.Trim() + " ", CharProps.None));
-        p.LinkLast(new FieldSeparator(ctx.Doc, CharProps.None));
+        p.LinkLast(new FieldStart(ctx.Doc, FormatProps.None) { Wrapper = wrapper, WrapperCode = " " + instr.Trim() + " " });
+        p.LinkLast(new Run(ctx.Doc, " " + instr.Trim() + " ", FormatProps.None));
+        p.LinkLast(new FieldSeparator(ctx.Doc, FormatProps.None));
         if (!r.IsEmptyElement)
         {
             int depth = r.Depth;
@@ -531,7 +534,7 @@ internal static class BodyReader
             }
         }
         r.Read();
-        p.LinkLast(new FieldEnd(ctx.Doc, CharProps.None));
+        p.LinkLast(new FieldEnd(ctx.Doc, FormatProps.None));
     }
 
     public static Table ReadTable(XmlReader r, ReadContext ctx)

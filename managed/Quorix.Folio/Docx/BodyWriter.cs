@@ -52,17 +52,11 @@ internal static partial class BodyWriter
     {
         w.WriteStartElement("p", Ns.W);
         PropElement.WriteAttrs(w, p.XAttrs);
-        if (p.PPr.Count > 0 || sectPr != null)
+        if (p.PPr.Count > 0 || !p.ParaAttrs.IsEmpty || sectPr != null)
         {
             w.WriteStartElement("pPr", Ns.W);
-            bool sectDone = sectPr == null;
-            foreach (var e in p.PPr.Items)
-            {
-                // Section properties sit before the paragraph-change record at the end.
-                if (!sectDone && e.Ns == Ns.W && e.Local == "pPrChange") { sectPr!(w); sectDone = true; }
-                e.Write(w);
-            }
-            if (!sectDone) sectPr!(w);
+            // Section properties sit before the paragraph-change record at the end.
+            PropsCodec.Paragraph.WriteItems(w, pw.State.ParagraphElements(p.ParaAttrs), p.PPr, sectPr != null ? ("pPrChange", sectPr) : null);
             w.WriteEndElement();
         }
         prefix?.Invoke(w);
@@ -150,16 +144,16 @@ internal static partial class BodyWriter
         return i;
     }
 
-    private static void StartRun(XmlWriter w, PartWriter pw, CharProps? rPr)
+    private static void StartRun(XmlWriter w, PartWriter pw, FormatProps? rPr)
     {
         w.WriteStartElement("r", Ns.W);
         if (rPr is { } props) WriteRunProps(w, pw, props);
     }
 
-    private static void WriteRunProps(XmlWriter w, PartWriter pw, CharProps props) =>
-        RunPropsCodec.Write(w, pw.State.RunElements(props.Attrs), props.Kept);
+    private static void WriteRunProps(XmlWriter w, PartWriter pw, FormatProps props) =>
+        PropsCodec.Run.Write(w, pw.State.RunElements(props.Attrs), props.Kept);
 
-    private static void WriteFieldChar(XmlWriter w, PartWriter pw, CharProps rPr, string type)
+    private static void WriteFieldChar(XmlWriter w, PartWriter pw, FormatProps rPr, string type)
     {
         StartRun(w, pw, rPr);
         w.WriteStartElement("fldChar", Ns.W);
@@ -168,7 +162,7 @@ internal static partial class BodyWriter
         w.WriteEndElement();
     }
 
-    public static void WriteRun(XmlWriter w, PartWriter pw, CharProps rPr, string text, bool code, List<PropElement.Attr>? attrs = null, bool deleted = false)
+    public static void WriteRun(XmlWriter w, PartWriter pw, FormatProps rPr, string text, bool code, List<PropElement.Attr>? attrs = null, bool deleted = false)
     {
         w.WriteStartElement("r", Ns.W);
         PropElement.WriteAttrs(w, attrs);

@@ -33,7 +33,7 @@ internal static class RunReader
     {
         var doc = ctx.Doc;
         // Set when the run has properties; the nodes of one run element share its attributes.
-        CharProps? rPr = null;
+        FormatProps? rPr = null;
         bool emitted = false;
         var attrs = PropElement.ReadAttrs(r);
         var text = ctx.Text;
@@ -41,9 +41,9 @@ internal static class RunReader
         // A note reference with a custom mark: the text that follows in the run is the mark.
         Quorix.Folio.Notes.Footnote? markFor = null;
 
-        CharProps Props()
+        FormatProps Props()
         {
-            if (rPr is not { } props) { emitted = true; return CharProps.None; }
+            if (rPr is not { } props) { emitted = true; return FormatProps.None; }
             var b = emitted ? props.Clone() : props;
             emitted = true;
             return b;
@@ -85,7 +85,7 @@ internal static class RunReader
             switch (r.LocalName)
             {
                 case "rPr":
-                    rPr = RunPropsCodec.Decode(PropBag.Read(r, PropOrder.Run), doc.Cascade.SharedTable);
+                    rPr = PropsCodec.Run.Decode(PropBag.Read(r, PropOrder.Run), doc.Cascade.SharedTable);
                     break;
                 case "t":
                 case "delText":

@@ -76,12 +76,17 @@ internal sealed class SaveState
     public int BookmarkId;
     // The deflate level parts are compressed at as they are written.
     public int Deflate = 4;
-    // Each distinct run formatting is turned into its elements once per save.
+    // Each distinct formatting is turned into its elements once per save.
     private readonly Dictionary<AttrSet, List<PropElement>> runProps = new(ReferenceEqualityComparer.Instance);
+    private readonly Dictionary<AttrSet, List<PropElement>> paragraphProps = new(ReferenceEqualityComparer.Instance);
 
-    public List<PropElement> RunElements(AttrSet attrs)
+    public List<PropElement> RunElements(AttrSet attrs) => Encoded(runProps, PropsCodec.Run, attrs);
+
+    public List<PropElement> ParagraphElements(AttrSet attrs) => Encoded(paragraphProps, PropsCodec.Paragraph, attrs);
+
+    private static List<PropElement> Encoded(Dictionary<AttrSet, List<PropElement>> cache, PropsCodec codec, AttrSet attrs)
     {
-        if (!runProps.TryGetValue(attrs, out var list)) runProps[attrs] = list = RunPropsCodec.Encode(attrs);
+        if (!cache.TryGetValue(attrs, out var list)) cache[attrs] = list = codec.Encode(attrs);
         return list;
     }
     public int MediaCounter;

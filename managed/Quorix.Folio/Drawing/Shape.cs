@@ -21,11 +21,11 @@ public enum ImageType
 /// <summary>Base of drawing objects placed in the text.</summary>
 public abstract class ShapeBase : CompositeNode, IRunFormatted
 {
-    internal CharProps RPr = CharProps.None;
+    internal FormatProps RPr = FormatProps.None;
 
     AttrSet IRunFormatted.RunAttrs { get => RPr.Attrs; set => RPr = RPr with { Attrs = value }; }
 
-    PropBag? IRunFormatted.RunKept(bool create) => CharProps.KeptOf(ref RPr, create);
+    PropBag? IRunFormatted.RunKept(bool create) => FormatProps.KeptOf(ref RPr, create);
 
     private protected ShapeBase(DocumentBase? doc) : base(doc) { }
 

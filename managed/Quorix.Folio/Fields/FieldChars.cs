@@ -5,7 +5,7 @@ namespace Quorix.Folio.Fields;
 /// <summary>A field marker: start, separator or end.</summary>
 public abstract class FieldChar : SpecialChar
 {
-    private protected FieldChar(DocumentBase? doc, CharProps rPr) : base(doc, rPr) { }
+    private protected FieldChar(DocumentBase? doc, FormatProps rPr) : base(doc, rPr) { }
 
     public FieldType FieldType => GetField()?.Type ?? FieldType.FieldNone;
 
@@ -19,9 +19,9 @@ public abstract class FieldChar : SpecialChar
 
 public sealed class FieldStart : FieldChar
 {
-    public FieldStart(DocumentBase doc) : base(doc, CharProps.None) { }
+    public FieldStart(DocumentBase doc) : base(doc, FormatProps.None) { }
 
-    internal FieldStart(DocumentBase? doc, CharProps rPr) : base(doc, rPr) { }
+    internal FieldStart(DocumentBase? doc, FormatProps rPr) : base(doc, rPr) { }
 
     public override NodeType NodeType => NodeType.FieldStart;
 
@@ -43,9 +43,9 @@ public sealed class FieldStart : FieldChar
 
 public sealed class FieldSeparator : FieldChar
 {
-    public FieldSeparator(DocumentBase doc) : base(doc, CharProps.None) { }
+    public FieldSeparator(DocumentBase doc) : base(doc, FormatProps.None) { }
 
-    internal FieldSeparator(DocumentBase? doc, CharProps rPr) : base(doc, rPr) { }
+    internal FieldSeparator(DocumentBase? doc, FormatProps rPr) : base(doc, rPr) { }
 
     public override NodeType NodeType => NodeType.FieldSeparator;
 
@@ -58,9 +58,9 @@ public sealed class FieldSeparator : FieldChar
 
 public sealed class FieldEnd : FieldChar
 {
-    public FieldEnd(DocumentBase doc) : base(doc, CharProps.None) { }
+    public FieldEnd(DocumentBase doc) : base(doc, FormatProps.None) { }
 
-    internal FieldEnd(DocumentBase? doc, CharProps rPr) : base(doc, rPr) { }
+    internal FieldEnd(DocumentBase? doc, FormatProps rPr) : base(doc, rPr) { }
 
     public override NodeType NodeType => NodeType.FieldEnd;
 

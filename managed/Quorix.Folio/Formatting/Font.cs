@@ -19,7 +19,7 @@ public sealed class Font
     }
 
     /// <summary>Character formatting held as markup (a style's, the defaults', a list level's).</summary>
-    internal Font(PropBag bag, DocumentBase? doc, Func<AttrSet>? inherited = null) : this(new Docx.BagRunFormat(bag), doc, inherited) { }
+    internal Font(PropBag bag, DocumentBase? doc, Func<AttrSet>? inherited = null) : this(new Docx.BagFormat(bag, Docx.PropsCodec.Run), doc, inherited) { }
 
     private AttrSet Own => owner.RunAttrs;
 

@@ -41,6 +41,23 @@ internal enum FormatAttr : byte
     Underline, UnderlineColor,
     VerticalAlign,
     Language, LanguageEastAsian, LanguageBidi,
+
+    // Paragraph formatting. Spacing and indents are inherited value by value, except the two ways
+    // of giving each indent, which replace each other.
+    ParaStyle,
+    KeepNext,
+    KeepLines,
+    PageBreakBefore,
+    WidowControl,
+    SpaceBefore,
+    SpaceAfter,
+    LineSpacing,
+    LineRule,
+    IndentLeft, IndentStart,
+    IndentRight, IndentEnd,
+    IndentHanging, IndentFirstLine,
+    Alignment,
+    OutlineLevel,
     Count,
 }
 
@@ -61,6 +78,9 @@ internal static class FormatAttrs
         Group(FormatAttr.Color, FormatAttr.ColorShade);
         Group(FormatAttr.Underline, FormatAttr.UnderlineColor);
         Group(FormatAttr.Language, FormatAttr.LanguageBidi);
+        Group(FormatAttr.IndentLeft, FormatAttr.IndentStart);
+        Group(FormatAttr.IndentRight, FormatAttr.IndentEnd);
+        Group(FormatAttr.IndentHanging, FormatAttr.IndentFirstLine);
         return g;
     }
 

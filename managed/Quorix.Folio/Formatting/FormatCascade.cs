@@ -9,6 +9,8 @@ internal sealed class FormatCascade
     private long stamp = -1;
     private readonly Dictionary<(Style? Paragraph, string? Character), AttrSet> runs = new();
     private readonly Dictionary<Style, AttrSet> styleBases = new();
+    private readonly Dictionary<Style, AttrSet> paragraphs = new(), paragraphStyleBases = new();
+    private AttrSet? paragraphDefaults;
     // One instance per distinct formatting in the document, whichever node or edit made it.
     private readonly Dictionary<AttrSet, AttrSet> shared = new();
 
@@ -25,6 +27,9 @@ internal sealed class FormatCascade
         if (now == stamp) return;
         runs.Clear();
         styleBases.Clear();
+        paragraphs.Clear();
+        paragraphStyleBases.Clear();
+        paragraphDefaults = null;
         stamp = now;
     }
 
@@ -34,8 +39,8 @@ internal sealed class FormatCascade
         Check();
         paragraphStyle ??= doc.Styles.DefaultParagraphStyle;
         if (runs.TryGetValue((paragraphStyle, characterStyleId), out var set)) return set;
-        var result = paragraphStyle != null ? Chain(paragraphStyle, true, true) : Decode(doc.Styles.DefaultsFor("rPr"));
-        if (doc.Styles.FindById(characterStyleId) is { Type: StyleType.Character } cs) result = result.Then(Chain(cs, true, false));
+        var result = paragraphStyle != null ? Chain(paragraphStyle, RunCodec, true, true) : RunCodec.Decode(doc.Styles.DefaultsFor("rPr")).Attrs;
+        if (doc.Styles.FindById(characterStyleId) is { Type: StyleType.Character } cs) result = result.Then(Chain(cs, RunCodec, true, false));
         return runs[(paragraphStyle, characterStyleId)] = result;
     }
 
@@ -44,24 +49,44 @@ internal sealed class FormatCascade
     {
         Check();
         if (styleBases.TryGetValue(style, out var set)) return set;
-        return styleBases[style] = Chain(style, false, true);
+        return styleBases[style] = Chain(style, RunCodec, false, true);
+    }
+
+    /// <summary>What a paragraph of that style (null: none at all) inherits: its style chain over the document defaults.</summary>
+    public AttrSet Paragraph(Style? style)
+    {
+        Check();
+        if (style == null) return paragraphDefaults ??= Para.Decode(doc.Styles.DefaultsFor("pPr")).Attrs;
+        if (paragraphs.TryGetValue(style, out var set)) return set;
+        return paragraphs[style] = Chain(style, Para, true, true);
+    }
+
+    /// <summary>What a style's own paragraph formatting falls back on: its bases and the document defaults.</summary>
+    public AttrSet ParagraphStyleBase(Style style)
+    {
+        Check();
+        if (paragraphStyleBases.TryGetValue(style, out var set)) return set;
+        return paragraphStyleBases[style] = Chain(style, Para, false, true);
     }
 
     /// <summary>A character style with its bases, without the document defaults.</summary>
-    public AttrSet CharacterStyle(Style style) => Chain(style, true, false);
+    public AttrSet CharacterStyle(Style style) => Chain(style, RunCodec, true, false);
+
+    private static Docx.PropsCodec RunCodec => Docx.PropsCodec.Run;
+
+    private static Docx.PropsCodec Para => Docx.PropsCodec.Paragraph;
 
     // The style's chain from the farthest base to the style itself (when self), over the defaults when asked.
-    private AttrSet Chain(Style style, bool self, bool defaults)
+    private AttrSet Chain(Style style, Docx.PropsCodec codec, bool self, bool defaults)
     {
+        var (local, order) = codec == RunCodec ? ("rPr", PropOrder.Run) : ("pPr", PropOrder.Paragraph);
         var levels = new List<PropBag>();
-        if (self && style.SubOrNull("rPr", PropOrder.Run) is { } own) levels.Add(own);
+        if (self && style.SubOrNull(local, order) is { } own) levels.Add(own);
         foreach (var s in style.Ancestors())
-            if (s.SubOrNull("rPr", PropOrder.Run) is { } b) levels.Add(b);
-        if (defaults && doc.Styles.DefaultsFor("rPr") is { } d) levels.Add(d);
+            if (s.SubOrNull(local, order) is { } b) levels.Add(b);
+        if (defaults && doc.Styles.DefaultsFor(local) is { } d) levels.Add(d);
         var result = AttrSet.Empty;
-        for (int i = levels.Count - 1; i >= 0; i--) result = result.Then(Decode(levels[i]));
+        for (int i = levels.Count - 1; i >= 0; i--) result = result.Then(codec.Decode(levels[i]).Attrs);
         return result;
     }
-
-    private static AttrSet Decode(PropBag? bag) => Docx.RunPropsCodec.Decode(bag).Attrs;
 }

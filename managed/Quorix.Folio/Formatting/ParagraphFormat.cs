@@ -5,45 +5,50 @@ namespace Quorix.Folio;
 /// <summary>Paragraph formatting of a paragraph, a style or the builder's current paragraph.</summary>
 public sealed class ParagraphFormat
 {
-    internal readonly PropBag Bag;
+    private readonly IParaFormatted owner;
     private readonly DocumentBase? doc;
-    private readonly Func<BagChain>? inherited;
+    // What the owner inherits when it says nothing itself.
+    private readonly Func<AttrSet>? inherited;
 
-    internal ParagraphFormat(PropBag bag, DocumentBase? doc, Func<BagChain>? inherited = null)
+    internal ParagraphFormat(IParaFormatted owner, DocumentBase? doc, Func<AttrSet>? inherited = null)
     {
-        Bag = bag;
+        this.owner = owner;
         this.doc = doc;
         this.inherited = inherited;
     }
 
-    private PropElement? Lookup(string local)
+    /// <summary>Paragraph formatting held as markup (a style's, the defaults', a list level's).</summary>
+    internal ParagraphFormat(PropBag bag, DocumentBase? doc, Func<AttrSet>? inherited = null)
+        : this(new Docx.BagFormat(bag, Docx.PropsCodec.Paragraph), doc, inherited) { }
+
+    private PropBag Bag => owner.ParaKept;
+
+    private AttrSet Own => owner.ParaAttrs;
+
+    // Equal formattings share one instance in the document. The stamp tells laid-out pages of the edit.
+    private void Put(AttrSet set)
     {
-        var e = Bag.Find(local);
-        if (e != null || inherited == null) return e;
-        return inherited().Find(local);
+        owner.ParaAttrs = doc != null ? doc.Cascade.Shared(set) : set;
+        FormatStamp.Bump();
     }
 
-    /// <summary>The nearest element of that name, here or inherited, that says something <paramref name="says"/> accepts.</summary>
-    private PropElement? Lookup(string local, Func<PropElement, bool> says)
+    /// <summary>The set that decides the attribute: the owner's own when it says anything of its group, else the inherited one.</summary>
+    private AttrSet Deciding(FormatAttr a)
     {
-        var e = Bag.Find(local);
-        if (e != null && says(e)) return e;
-        return inherited?.Invoke().Find(local, says);
+        var own = Own;
+        if (own.HasGroup(a) || inherited == null) return own;
+        return inherited();
     }
 
-    private string? Attr(string local, string attr) => Lookup(local, e => e.Get(attr) != null)?.Get(attr);
+    private object? Lookup(FormatAttr a) => Deciding(a).Get(a);
 
-    private bool Toggle(string local)
-    {
-        var v = Lookup(local);
-        if (v == null) return false;
-        var s = v.Get("val");
-        return s == null || !(s == "0" || s == "false" || s == "off");
-    }
+    private bool Toggle(FormatAttr a) => Lookup(a) is true;
+
+    private void SetToggle(FormatAttr a, bool value) => Put(Own.With(a, value));
 
     public ParagraphAlignment Alignment
     {
-        get => Lookup("jc")?.Get("val") switch
+        get => Lookup(FormatAttr.Alignment) switch
         {
             "center" => ParagraphAlignment.Center,
             "right" or "end" => ParagraphAlignment.Right,
@@ -51,7 +56,7 @@ public sealed class ParagraphFormat
             "distribute" => ParagraphAlignment.Distributed,
             _ => ParagraphAlignment.Left,
         };
-        set => Bag.SetVal("jc", value switch
+        set => Put(Own.With(FormatAttr.Alignment, value switch
         {
             ParagraphAlignment.Left => "left",
             ParagraphAlignment.Center => "center",
@@ -59,12 +64,14 @@ public sealed class ParagraphFormat
             ParagraphAlignment.Justify => "both",
             ParagraphAlignment.Distributed => "distribute",
             _ => throw new ArgumentOutOfRangeException(nameof(value)),
-        });
+        }));
     }
+
+    private string? StyleId => Own.String(FormatAttr.ParaStyle);
 
     public string StyleName
     {
-        get => doc?.Styles.NameOfId(Bag.Val("pStyle")) ?? "Normal";
+        get => doc?.Styles.NameOfId(StyleId) ?? "Normal";
         set
         {
             var style = doc?.Styles[value] ?? throw new ArgumentException($"There is no style named '{value}'.", nameof(value));
@@ -75,7 +82,7 @@ public sealed class ParagraphFormat
 
     public StyleIdentifier StyleIdentifier
     {
-        get => doc?.Styles.FindById(Bag.Val("pStyle"))?.StyleIdentifier ?? StyleIdentifier.Normal;
+        get => doc?.Styles.FindById(StyleId)?.StyleIdentifier ?? StyleIdentifier.Normal;
         set
         {
             var style = doc?.Styles.GetOrCreateBuiltIn(value) ?? throw new InvalidOperationException("The format is not attached to a document.");
@@ -85,92 +92,87 @@ public sealed class ParagraphFormat
 
     public Style Style
     {
-        get => doc!.Styles.FindById(Bag.Val("pStyle")) ?? doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Normal);
+        get => doc!.Styles.FindById(StyleId) ?? doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Normal);
         set => SetStyleId(value.StyleId);
     }
 
     private void SetStyleId(string id)
     {
-        if (id == "Normal" && doc?.Styles.FindById("Normal")?.StyleIdentifier == StyleIdentifier.Normal) Bag.Remove("pStyle");
-        else Bag.SetVal("pStyle", id);
+        bool normal = id == "Normal" && doc?.Styles.FindById("Normal")?.StyleIdentifier == StyleIdentifier.Normal;
+        Put(Own.With(FormatAttr.ParaStyle, normal ? null : id));
     }
 
     public bool IsHeading => StyleIdentifier is >= StyleIdentifier.Heading1 and <= StyleIdentifier.Heading9;
 
     public OutlineLevel OutlineLevel
     {
-        get
-        {
-            var v = Units.ParseInt(Lookup("outlineLvl")?.Get("val"));
-            return v is >= 0 and <= 8 ? (OutlineLevel)v.Value : OutlineLevel.BodyText;
-        }
+        get => Lookup(FormatAttr.OutlineLevel) is int v and >= 0 and <= 8 ? (OutlineLevel)v : OutlineLevel.BodyText;
         set
         {
-            if (value == OutlineLevel.BodyText) Bag.Remove("outlineLvl");
-            else if (value is >= OutlineLevel.Level1 and <= OutlineLevel.Level9) Bag.SetVal("outlineLvl", Units.Str((int)value));
+            if (value == OutlineLevel.BodyText) Put(Own.Without(FormatAttr.OutlineLevel));
+            else if (value is >= OutlineLevel.Level1 and <= OutlineLevel.Level9) Put(Own.With(FormatAttr.OutlineLevel, (int)value));
             else throw new ArgumentOutOfRangeException(nameof(value));
         }
     }
 
-    private double Twips(string local, string attr, string? alt = null)
+    // A measure given either way (left or start, right or end): the first of the pair said wins.
+    private double Twips(FormatAttr a, FormatAttr? alt = null)
     {
-        var e = Lookup(local, x => x.Get(attr) != null || (alt != null && x.Get(alt) != null));
-        var v = Units.ParseInt(e?.Get(attr)) ?? (alt != null ? Units.ParseInt(e?.Get(alt)) : null);
+        var set = Deciding(a);
+        var v = set.Int(a) ?? (alt is { } b ? set.Int(b) : null);
         return v.HasValue ? Units.TwipsToPoints(v.Value) : 0;
     }
 
-    private void SetTwips(string local, string attr, double points, string? alt = null)
+    private void SetTwips(FormatAttr a, double points, FormatAttr? alt = null)
     {
         Units.CheckRange(points, -1584, 1584, nameof(points));
-        var e = Bag.GetOrAdd(local);
-        if (alt != null) e.Set(alt, null);
-        e.Set(attr, Units.PointsToTwips(points));
+        var set = Own;
+        if (alt is { } b) set = set.Without(b);
+        Put(set.With(a, (int)Math.Round(points * 20)));
     }
 
     /// <summary>Indents and spacing in points.</summary>
-    public double LeftIndent { get => Twips("ind", "left", "start"); set => SetTwips("ind", "left", value, "start"); }
+    public double LeftIndent { get => Twips(FormatAttr.IndentLeft, FormatAttr.IndentStart); set => SetTwips(FormatAttr.IndentLeft, value, FormatAttr.IndentStart); }
 
-    public double RightIndent { get => Twips("ind", "right", "end"); set => SetTwips("ind", "right", value, "end"); }
+    public double RightIndent { get => Twips(FormatAttr.IndentRight, FormatAttr.IndentEnd); set => SetTwips(FormatAttr.IndentRight, value, FormatAttr.IndentEnd); }
 
     /// <summary>Positive for a first-line indent, negative for a hanging one.</summary>
     public double FirstLineIndent
     {
         get
         {
-            var e = Lookup("ind", x => x.Get("hanging") != null || x.Get("firstLine") != null);
-            var hanging = Units.ParseInt(e?.Get("hanging"));
-            if (hanging.HasValue) return -Units.TwipsToPoints(hanging.Value);
-            var first = Units.ParseInt(e?.Get("firstLine"));
-            return first.HasValue ? Units.TwipsToPoints(first.Value) : 0;
+            var set = Deciding(FormatAttr.IndentHanging);
+            if (set.Int(FormatAttr.IndentHanging) is { } hanging) return -Units.TwipsToPoints(hanging);
+            return set.Int(FormatAttr.IndentFirstLine) is { } first ? Units.TwipsToPoints(first) : 0;
         }
         set
         {
             Units.CheckRange(value, -1584, 1584, nameof(value));
-            var e = Bag.GetOrAdd("ind");
-            e.Set("hanging", value < 0 ? Units.PointsToTwips(-value) : null);
-            e.Set("firstLine", value >= 0 ? Units.PointsToTwips(value) : null);
+            int twips = (int)Math.Round(Math.Abs(value) * 20);
+            var set = Own.WithoutGroup(FormatAttr.IndentHanging);
+            Put(value < 0 ? set.With(FormatAttr.IndentHanging, twips) : set.With(FormatAttr.IndentFirstLine, twips));
         }
     }
 
-    public double SpaceBefore { get => Twips("spacing", "before"); set => SetTwips("spacing", "before", value); }
+    public double SpaceBefore { get => Twips(FormatAttr.SpaceBefore); set => SetTwips(FormatAttr.SpaceBefore, value); }
 
-    public double SpaceAfter { get => Twips("spacing", "after"); set => SetTwips("spacing", "after", value); }
+    public double SpaceAfter { get => Twips(FormatAttr.SpaceAfter); set => SetTwips(FormatAttr.SpaceAfter, value); }
 
     public LineSpacingRule LineSpacingRule
     {
-        get => Attr("spacing", "lineRule") switch
+        get => Lookup(FormatAttr.LineRule) switch
         {
             "exact" => LineSpacingRule.Exactly,
             "atLeast" => LineSpacingRule.AtLeast,
             _ => LineSpacingRule.Multiple,
         };
-        set => Bag.GetOrAdd("spacing").Set("lineRule", value switch
+        set => Put(Own.With(FormatAttr.LineRule, value switch
         {
             LineSpacingRule.Exactly => "exact",
             LineSpacingRule.AtLeast => "atLeast",
             LineSpacingRule.Multiple => "auto",
             _ => throw new ArgumentOutOfRangeException(nameof(value)),
-        });
+        }));
     }
 
     /// <summary>Points for exact and minimum spacing; for multiple spacing, 12 points is one line.</summary>
@@ -178,29 +180,28 @@ public sealed class ParagraphFormat
     {
         get
         {
-            var v = Units.ParseInt(Attr("spacing", "line"));
-            if (!v.HasValue) return 12;
-            return LineSpacingRule == LineSpacingRule.Multiple ? v.Value / 240.0 * 12 : Units.TwipsToPoints(v.Value);
+            if (Lookup(FormatAttr.LineSpacing) is not int v) return 12;
+            return LineSpacingRule == LineSpacingRule.Multiple ? v / 240.0 * 12 : Units.TwipsToPoints(v);
         }
         set
         {
             Units.CheckRange(value, 0, 1584, nameof(value));
-            var e = Bag.GetOrAdd("spacing");
-            e.Set("line", LineSpacingRule == LineSpacingRule.Multiple
-                ? Units.Str((int)Math.Round(value / 12 * 240))
-                : Units.PointsToTwips(value));
-            if (e.Get("lineRule") == null) e.Set("lineRule", "auto");
+            int line = LineSpacingRule == LineSpacingRule.Multiple ? (int)Math.Round(value / 12 * 240) : (int)Math.Round(value * 20);
+            var set = Own.With(FormatAttr.LineSpacing, line);
+            if (!set.Has(FormatAttr.LineRule)) set = set.With(FormatAttr.LineRule, "auto");
+            Put(set);
         }
     }
 
-    public bool KeepTogether { get => Toggle("keepLines"); set => Bag.SetToggle("keepLines", value); }
+    public bool KeepTogether { get => Toggle(FormatAttr.KeepLines); set => SetToggle(FormatAttr.KeepLines, value); }
 
-    public bool KeepWithNext { get => Toggle("keepNext"); set => Bag.SetToggle("keepNext", value); }
+    public bool KeepWithNext { get => Toggle(FormatAttr.KeepNext); set => SetToggle(FormatAttr.KeepNext, value); }
 
-    public bool PageBreakBefore { get => Toggle("pageBreakBefore"); set => Bag.SetToggle("pageBreakBefore", value); }
+    public bool PageBreakBefore { get => Toggle(FormatAttr.PageBreakBefore); set => SetToggle(FormatAttr.PageBreakBefore, value); }
 
-    public bool WidowControl { get => Toggle("widowControl"); set => Bag.SetToggle("widowControl", value); }
+    public bool WidowControl { get => Toggle(FormatAttr.WidowControl); set => SetToggle(FormatAttr.WidowControl, value); }
 
+    // Shading, borders and tab stops are not modelled yet: they live with the markup kept beside the attributes.
     public Shading Shading => new Shading(Bag);
 
     public Border GetBorder(BorderType borderType)
@@ -222,8 +223,11 @@ public sealed class ParagraphFormat
     };
 
     /// <summary>Keeps the paragraph's list membership and section break: those are structure, not formatting.</summary>
-    public void ClearFormatting() =>
+    public void ClearFormatting()
+    {
+        Put(AttrSet.Empty);
         Bag.RemoveAll(e => e.Ns != Docx.Ns.W || (e.Local != "numPr" && e.Local != "sectPr" && e.Local != "rPr"));
+    }
 }
 
 public enum BorderType

@@ -14,19 +14,20 @@ internal static class CellParagraphSpacing
         if (para.ParentNode is not Cell { ParentRow.ParentTable: { } table } || para.Document is not { } doc) return result;
         var tableStyle = doc.Styles.FindById(table.TblPr.Val("tblStyle"));
         if (tableStyle == null) return result;
-        var fromTable = new[] { tableStyle }.Concat(tableStyle.Ancestors()).Select(s => s.SubOrNull("pPr", PropOrder.Paragraph)).OfType<PropBag>().ToList();
-        var own = new List<PropBag> { para.PPr };
+        static AttrSet Decoded(Style s) => s.SubOrNull("pPr", PropOrder.Paragraph) is { } b ? Docx.PropsCodec.Paragraph.Decode(b).Attrs : AttrSet.Empty;
+        var fromTable = new[] { tableStyle }.Concat(tableStyle.Ancestors()).Select(Decoded).ToList();
+        var own = new List<AttrSet> { para.ParaAttrs };
         if (para.ParagraphStyle is { } ps)
-            own.AddRange(new[] { ps }.Concat(ps.Ancestors()).Select(s => s.SubOrNull("pPr", PropOrder.Paragraph)).OfType<PropBag>());
+            own.AddRange(new[] { ps }.Concat(ps.Ancestors()).Select(Decoded));
 
-        string? Said(List<PropBag> bags, string attr) => bags.Select(b => b.Find("spacing")?.Get(attr)).FirstOrDefault(v => v != null);
-        double? Table(string attr) => Said(own, attr) == null && Units.ParseInt(Said(fromTable, attr)) is { } v ? v : null;
+        static object? Said(List<AttrSet> sets, FormatAttr a) => sets.Select(x => x.Get(a)).FirstOrDefault(v => v != null);
+        double? Table(FormatAttr a) => Said(own, a) == null && Said(fromTable, a) is int v ? v : null;
 
-        if (Table("before") is { } before) result.SpaceBefore = Units.TwipsToPoints((int)before);
-        if (Table("after") is { } after) result.SpaceAfter = Units.TwipsToPoints((int)after);
-        if (Table("line") is { } line)
+        if (Table(FormatAttr.SpaceBefore) is { } before) result.SpaceBefore = Units.TwipsToPoints((int)before);
+        if (Table(FormatAttr.SpaceAfter) is { } after) result.SpaceAfter = Units.TwipsToPoints((int)after);
+        if (Table(FormatAttr.LineSpacing) is { } line)
         {
-            var rule = Said(own, "lineRule") ?? Said(fromTable, "lineRule");
+            var rule = Said(own, FormatAttr.LineRule) ?? Said(fromTable, FormatAttr.LineRule);
             result.LineSpacingRule = rule switch { "exact" => LineSpacingRule.Exactly, "atLeast" => LineSpacingRule.AtLeast, _ => LineSpacingRule.Multiple };
             result.LineSpacing = result.LineSpacingRule == LineSpacingRule.Multiple ? line / 240.0 * 12 : Units.TwipsToPoints((int)line);
         }

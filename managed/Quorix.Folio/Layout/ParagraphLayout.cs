@@ -62,7 +62,7 @@ internal sealed class ParagraphLayout
 
     private void Collect()
     {
-        markStyle = TextStyle.Of(new Font(new CharPropsBox(), para.Document, para.InheritedRunAttrs), ctx);
+        markStyle = TextStyle.Of(new Font(new FormatPropsBox(), para.Document, para.InheritedRunAttrs), ctx);
         if (para.IsListItem && para.ListLabel.LabelString is { Length: > 0 } label)
         {
             var first = para.Runs.Count > 0 ? TextStyle.Of(para.Runs[0].Font, ctx) : markStyle;

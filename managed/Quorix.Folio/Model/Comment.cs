@@ -7,11 +7,11 @@ namespace Quorix.Folio;
 public abstract class InlineStory : CompositeNode, IRunFormatted
 {
     // The formatting of the reference mark.
-    internal CharProps RPr = CharProps.None;
+    internal FormatProps RPr = FormatProps.None;
 
     AttrSet IRunFormatted.RunAttrs { get => RPr.Attrs; set => RPr = RPr with { Attrs = value }; }
 
-    PropBag? IRunFormatted.RunKept(bool create) => CharProps.KeptOf(ref RPr, create);
+    PropBag? IRunFormatted.RunKept(bool create) => FormatProps.KeptOf(ref RPr, create);
 
     private protected InlineStory(DocumentBase? doc) : base(doc) { }
 
@@ -183,7 +183,7 @@ public sealed class Comment : InlineStory
     {
         RemoveAllChildren();
         var p = new Paragraph(doc!);
-        p.PPr.SetVal("pStyle", doc!.Styles.GetOrCreateBuiltIn(StyleIdentifier.CommentText).StyleId);
+        p.StyleId = doc!.Styles.GetOrCreateBuiltIn(StyleIdentifier.CommentText).StyleId;
         p.AppendChild(new Run(doc!, text ?? ""));
         AppendChild(p);
     }

@@ -118,7 +118,7 @@ internal sealed class NodeImporterCore
             switch (n)
             {
                 case Paragraph p:
-                    Remap(p.PPr, "pStyle");
+                    if (p.StyleId is { } pid) p.StyleId = MapStyle(pid);
                     FixList(p.PPr);
                     break;
                 case Inline i:

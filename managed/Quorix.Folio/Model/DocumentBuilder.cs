@@ -14,7 +14,7 @@ public sealed partial class DocumentBuilder
     private Paragraph paragraph;
     // Inline node the next insertion goes before; null means the end of the paragraph.
     private Node? cursor;
-    private readonly CharPropsBox runProps = new();
+    private readonly FormatPropsBox runProps = new();
     private readonly Stack<TableState> tables = new();
     private readonly Cell cellProto;
     private readonly Row rowProto;
@@ -157,11 +157,12 @@ public sealed partial class DocumentBuilder
         var ended = paragraph;
         var pPr = ended.PPr.Clone();
         pPr.Remove("sectPr");
+        var attrs = ended.ParaAttrs;
         // A heading is usually followed by body text: the style's next style says which.
         var style = ended.ParagraphStyle;
         if (style != null && style.Bag.Val("next") is { } next && next != style.StyleId)
-            pPr.SetVal("pStyle", next == "Normal" && doc.Styles.FindById("Normal")?.StyleIdentifier == StyleIdentifier.Normal ? null : next);
-        var fresh = new Paragraph(doc, pPr);
+            attrs = attrs.With(FormatAttr.ParaStyle, next == "Normal" && doc.Styles.FindById("Normal")?.StyleIdentifier == StyleIdentifier.Normal ? null : next);
+        var fresh = new Paragraph(doc, pPr, doc.Cascade.Shared(attrs));
         ended.ParentNode!.InsertAfter(fresh, ended);
         // What follows the cursor moves to the new paragraph; when the cursor stands inside content
         // controls, it moves into copies of them, so that each paragraph holds whole controls.
@@ -328,7 +329,7 @@ public sealed partial class DocumentBuilder
         note.RPr = note.RPr.WithCharStyle(doc.Styles.GetOrCreateBuiltIn(footnoteType == FootnoteType.Footnote
             ? StyleIdentifier.FootnoteReference : StyleIdentifier.EndnoteReference).StyleId);
         var p = new Paragraph(doc);
-        p.PPr.SetVal("pStyle", doc.Styles.GetOrCreateBuiltIn(footnoteType == FootnoteType.Footnote
+        p.StyleId = (doc.Styles.GetOrCreateBuiltIn(footnoteType == FootnoteType.Footnote
             ? StyleIdentifier.FootnoteText : StyleIdentifier.EndnoteText).StyleId);
         p.LinkLast(new Run(doc, footnoteText ?? ""));
         note.LinkLast(p);
@@ -402,7 +403,7 @@ public sealed partial class DocumentBuilder
         {
             hf = new HeaderFooter(doc, headerFooterType);
             var p = new Paragraph(doc);
-            p.PPr.SetVal("pStyle", doc.Styles.GetOrCreateBuiltIn(hf.IsHeader ? StyleIdentifier.Header : StyleIdentifier.Footer).StyleId);
+            p.StyleId = doc.Styles.GetOrCreateBuiltIn(hf.IsHeader ? StyleIdentifier.Header : StyleIdentifier.Footer).StyleId;
             hf.LinkLast(p);
             section.AppendChild(hf);
             if (headerFooterType is HeaderFooterType.HeaderFirst or HeaderFooterType.FooterFirst)

@@ -11,9 +11,9 @@ public abstract class Inline : Node, IRunFormatted
     // What the file said about the run that the engine does not model; null for nearly every run.
     internal PropBag? RunKept;
 
-    private protected Inline(DocumentBase? doc, CharProps rPr) : base(doc) { RPr = rPr; }
+    private protected Inline(DocumentBase? doc, FormatProps rPr) : base(doc) { RPr = rPr; }
 
-    internal CharProps RPr
+    internal FormatProps RPr
     {
         get => new(RunAttrs, RunKept);
         set
@@ -47,9 +47,9 @@ public sealed class Run : Inline
 
     public Run(DocumentBase doc) : this(doc, "") { }
 
-    public Run(DocumentBase doc, string text) : base(doc, CharProps.None) { this.text = text ?? ""; }
+    public Run(DocumentBase doc, string text) : base(doc, FormatProps.None) { this.text = text ?? ""; }
 
-    internal Run(DocumentBase? doc, string text, CharProps rPr) : base(doc, rPr) { this.text = text; }
+    internal Run(DocumentBase? doc, string text, FormatProps rPr) : base(doc, rPr) { this.text = text; }
 
     public override NodeType NodeType => NodeType.Run;
 
@@ -76,7 +76,7 @@ public sealed class Run : Inline
 /// <summary>A single special character: the field markers.</summary>
 public abstract class SpecialChar : Inline
 {
-    private protected SpecialChar(DocumentBase? doc, CharProps rPr) : base(doc, rPr) { }
+    private protected SpecialChar(DocumentBase? doc, FormatProps rPr) : base(doc, rPr) { }
 
     internal abstract char Char { get; }
 

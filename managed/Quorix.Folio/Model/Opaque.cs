@@ -16,7 +16,7 @@ internal sealed class OpaqueNode : Node
 {
     public readonly OpaqueKind Kind;
     public string Xml;
-    public readonly CharProps? RPr;
+    public readonly FormatProps? RPr;
     // Text a reader would see in it (deleted/inserted runs, content controls), for plain-text output.
     public readonly string VisibleText;
 
@@ -34,7 +34,7 @@ internal sealed class OpaqueNode : Node
         return (open, close);
     }
 
-    public OpaqueNode(DocumentBase? doc, OpaqueKind kind, string xml, CharProps? rPr = null, string visibleText = "") : base(doc)
+    public OpaqueNode(DocumentBase? doc, OpaqueKind kind, string xml, FormatProps? rPr = null, string visibleText = "") : base(doc)
     {
         Kind = kind;
         Xml = xml;

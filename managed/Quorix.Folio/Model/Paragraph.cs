@@ -9,13 +9,36 @@ using Quorix.Folio.Tables;
 namespace Quorix.Folio;
 
 /// <summary>A paragraph: runs and other inline nodes, ended by a paragraph mark.</summary>
-public sealed class Paragraph : CompositeNode
+public sealed class Paragraph : CompositeNode, IParaFormatted
 {
+    // Shared with every paragraph of the same formatting; replaced, never changed, on an edit.
+    internal AttrSet ParaAttrs = AttrSet.Empty;
+    // What the engine does not model as attributes: list membership, tabs, borders, shading, the
+    // paragraph mark's formatting, tracked changes, and what only the file's format knows.
     internal PropBag PPr;
 
     public Paragraph(DocumentBase doc) : this(doc, new PropBag(PropOrder.Paragraph)) { }
 
-    internal Paragraph(DocumentBase? doc, PropBag pPr) : base(doc) { PPr = pPr; }
+    internal Paragraph(DocumentBase? doc, PropBag pPr, AttrSet? attrs = null) : base(doc)
+    {
+        PPr = pPr;
+        ParaAttrs = attrs ?? AttrSet.Empty;
+    }
+
+    AttrSet IParaFormatted.ParaAttrs { get => ParaAttrs; set => ParaAttrs = value; }
+
+    PropBag IParaFormatted.ParaKept => PPr;
+
+    internal string? StyleId
+    {
+        get => ParaAttrs.String(FormatAttr.ParaStyle);
+        set
+        {
+            var set = ParaAttrs.With(FormatAttr.ParaStyle, value);
+            ParaAttrs = doc?.Cascade.Shared(set) ?? set;
+            FormatStamp.Bump();
+        }
+    }
 
     public override NodeType NodeType => NodeType.Paragraph;
 
@@ -24,7 +47,10 @@ public sealed class Paragraph : CompositeNode
 
     public RunCollection Runs => new RunCollection(this);
 
-    public ParagraphFormat ParagraphFormat => new ParagraphFormat(PPr, doc, ParagraphChain);
+    public ParagraphFormat ParagraphFormat => new ParagraphFormat(this, doc, InheritedParaAttrs);
+
+    /// <summary>What the paragraph inherits from its style and the document defaults.</summary>
+    internal AttrSet InheritedParaAttrs() => doc?.Cascade.Paragraph(ParagraphStyle) ?? AttrSet.Empty;
 
     public ListFormat ListFormat => new ListFormat(this);
 
@@ -39,7 +65,7 @@ public sealed class Paragraph : CompositeNode
         }
     }
 
-    internal Style? ParagraphStyle => doc?.Styles.FindById(PPr.Val("pStyle")) ?? doc?.Styles.DefaultParagraphStyle;
+    internal Style? ParagraphStyle => doc?.Styles.FindById(StyleId) ?? doc?.Styles.DefaultParagraphStyle;
 
     /// <summary>The bags that paragraph properties fall back on: the paragraph style's chain, or the document defaults.</summary>
     internal BagChain ParagraphChain() => Chain(false);
@@ -135,7 +161,7 @@ public sealed class Paragraph : CompositeNode
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
-        var p = new Paragraph(target, PPr.Clone()) { XAttrs = XAttrs };
+        var p = new Paragraph(target, PPr.Clone(), ParaAttrs) { XAttrs = XAttrs };
         if (deep) CloneChildrenInto(p, target);
         return p;
     }

@@ -102,9 +102,15 @@ public sealed class Revision
                 bag!.RemoveAll(e => e == mark);
                 // The record holds the properties as they were, in one child element.
                 if (!accept) Restore(bag, mark);
-                // A run's record sits with its kept markup: what it restored is read as attributes again.
+                // A record sits with the kept markup: what it restored is read as attributes again.
                 if (!accept && node is Inline run && ReferenceEquals(run.RunKept, bag))
-                    run.RPr = RunPropsCodec.Decode(bag, run.Document?.Cascade.SharedTable);
+                    run.RPr = PropsCodec.Run.Decode(bag, run.Document?.Cascade.SharedTable);
+                else if (!accept && node is Paragraph para && ReferenceEquals(para.PPr, bag))
+                {
+                    var props = PropsCodec.Paragraph.Decode(bag, para.Document?.Cascade.SharedTable);
+                    para.ParaAttrs = props.Attrs;
+                    para.PPr = props.Kept ?? new PropBag(PropOrder.Paragraph);
+                }
                 break;
         }
         node.Touch();

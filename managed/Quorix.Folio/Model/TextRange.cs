@@ -68,7 +68,7 @@ internal static class TextRange
             }
             endPara.Remove();
         }
-        var run = new Run(start.Document, text, model?.RPr.Clone() ?? Formatting.CharProps.None);
+        var run = new Run(start.Document, text, model?.RPr.Clone() ?? Formatting.FormatProps.None);
         startPara.InsertAfter(run, start);
     }
 }

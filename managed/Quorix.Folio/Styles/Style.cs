@@ -144,7 +144,7 @@ public sealed class Style
     public Font Font => new Font(Sub("rPr", PropOrder.Run), owner.Document, () => owner.Document.Cascade.StyleBase(this));
 
     public ParagraphFormat ParagraphFormat =>
-        new ParagraphFormat(Sub("pPr", PropOrder.Paragraph), owner.Document, () => Chain(false, false));
+        new ParagraphFormat(Sub("pPr", PropOrder.Paragraph), owner.Document, () => owner.Document.Cascade.ParagraphStyleBase(this));
 
     public void Remove() => owner.Remove(this);
 

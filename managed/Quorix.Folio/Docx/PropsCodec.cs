@@ -4,16 +4,32 @@ using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio.Docx;
 
-/// <summary>Translates run properties between their WordprocessingML elements and the engine's
-/// attributes. What the engine does not model (whole elements, or attributes beside modelled ones)
-/// is kept as read and written back in its place.</summary>
-internal static class RunPropsCodec
+/// <summary>Translates run or paragraph properties between their WordprocessingML elements and the
+/// engine's attributes. What the engine does not model (whole elements, or attributes beside modelled
+/// ones) is kept as read and written back in its place.</summary>
+internal sealed class PropsCodec
 {
     private enum Kind : byte { Toggle, Int, Text }
 
     private readonly record struct Slot(FormatAttr Attr, string Element, string Attribute, Kind Kind);
 
-    private static readonly Slot[] Slots =
+    private readonly Slot[] slots;
+    private readonly Slot[] byAttr;
+    private readonly Dictionary<string, Slot[]> byElement;
+    private readonly PropOrder order;
+    private readonly string container;
+
+    private PropsCodec(string container, PropOrder order, Slot[] slots)
+    {
+        this.container = container;
+        this.order = order;
+        this.slots = slots;
+        byAttr = new Slot[(int)FormatAttr.Count];
+        foreach (var s in slots) byAttr[(int)s.Attr] = s;
+        byElement = slots.GroupBy(s => s.Element).ToDictionary(g => g.Key, g => g.ToArray());
+    }
+
+    public static readonly PropsCodec Run = new("rPr", PropOrder.Run, new Slot[]
     {
         new(FormatAttr.CharStyle, "rStyle", "val", Kind.Text),
         new(FormatAttr.LatinFont, "rFonts", "ascii", Kind.Text),
@@ -59,27 +75,38 @@ internal static class RunPropsCodec
         new(FormatAttr.Language, "lang", "val", Kind.Text),
         new(FormatAttr.LanguageEastAsian, "lang", "eastAsia", Kind.Text),
         new(FormatAttr.LanguageBidi, "lang", "bidi", Kind.Text),
-    };
+    });
 
-    private static readonly Slot[] ByAttr = BuildByAttr();
-    private static readonly Dictionary<string, Slot[]> ByElement = Slots.GroupBy(s => s.Element).ToDictionary(g => g.Key, g => g.ToArray());
-
-    private static Slot[] BuildByAttr()
+    public static readonly PropsCodec Paragraph = new("pPr", PropOrder.Paragraph, new Slot[]
     {
-        var a = new Slot[(int)FormatAttr.Count];
-        foreach (var s in Slots) a[(int)s.Attr] = s;
-        return a;
-    }
+        new(FormatAttr.ParaStyle, "pStyle", "val", Kind.Text),
+        new(FormatAttr.KeepNext, "keepNext", "val", Kind.Toggle),
+        new(FormatAttr.KeepLines, "keepLines", "val", Kind.Toggle),
+        new(FormatAttr.PageBreakBefore, "pageBreakBefore", "val", Kind.Toggle),
+        new(FormatAttr.WidowControl, "widowControl", "val", Kind.Toggle),
+        new(FormatAttr.SpaceBefore, "spacing", "before", Kind.Int),
+        new(FormatAttr.SpaceAfter, "spacing", "after", Kind.Int),
+        new(FormatAttr.LineSpacing, "spacing", "line", Kind.Int),
+        new(FormatAttr.LineRule, "spacing", "lineRule", Kind.Text),
+        new(FormatAttr.IndentLeft, "ind", "left", Kind.Int),
+        new(FormatAttr.IndentStart, "ind", "start", Kind.Int),
+        new(FormatAttr.IndentRight, "ind", "right", Kind.Int),
+        new(FormatAttr.IndentEnd, "ind", "end", Kind.Int),
+        new(FormatAttr.IndentHanging, "ind", "hanging", Kind.Int),
+        new(FormatAttr.IndentFirstLine, "ind", "firstLine", Kind.Int),
+        new(FormatAttr.Alignment, "jc", "val", Kind.Text),
+        new(FormatAttr.OutlineLevel, "outlineLvl", "val", Kind.Int),
+    });
 
-    /// <summary>Splits read run properties into attributes (shared through the table when given) and kept markup.</summary>
-    public static CharProps Decode(PropBag? bag, Dictionary<AttrSet, AttrSet>? intern = null)
+    /// <summary>Splits read properties into attributes (shared through the table when given) and kept markup.</summary>
+    public FormatProps Decode(PropBag? bag, Dictionary<AttrSet, AttrSet>? intern = null)
     {
-        if (bag == null || bag.Count == 0) return CharProps.None;
+        if (bag == null || bag.Count == 0) return FormatProps.None;
         var attrs = AttrSet.Empty;
         List<PropElement>? kept = null;
         foreach (var e in bag.Items)
         {
-            if (!PropElement.IsMain(e.Ns) || e.Children != null || e.Text != null || !ByElement.TryGetValue(e.Local, out var slots))
+            if (!PropElement.IsMain(e.Ns) || e.Children != null || e.Text != null || !byElement.TryGetValue(e.Local, out var slots))
             {
                 (kept ??= new List<PropElement>()).Add(e);
                 continue;
@@ -97,7 +124,7 @@ internal static class RunPropsCodec
                 attrs = attrs.With(slots[0].Attr, true);
             if (rest != null) (kept ??= new List<PropElement>()).Add(new PropElement(e.Local) { Attrs = rest });
         }
-        return new CharProps(intern != null ? attrs.Intern(intern) : attrs, kept != null ? new PropBag(PropOrder.Run, kept) : null);
+        return new FormatProps(intern != null ? attrs.Intern(intern) : attrs, kept != null ? new PropBag(order, kept) : null);
     }
 
     private static Slot? Known(Slot[] slots, PropElement.Attr a)
@@ -135,12 +162,12 @@ internal static class RunPropsCodec
     };
 
     /// <summary>The elements that say the attributes, in schema order.</summary>
-    public static List<PropElement> Encode(AttrSet attrs)
+    public List<PropElement> Encode(AttrSet attrs)
     {
         var list = new List<PropElement>(attrs.Count);
         for (int i = 0; i < attrs.Count; i++)
         {
-            var slot = ByAttr[(int)attrs.KeyAt(i)];
+            var slot = byAttr[(int)attrs.KeyAt(i)];
             var e = list.Find(x => x.Local == slot.Element);
             if (e == null)
             {
@@ -150,28 +177,43 @@ internal static class RunPropsCodec
             if (EncodeValue(slot.Kind, attrs.ValueAt(i)) is { } text)
                 (e.Attrs ??= new List<PropElement.Attr>(2)).Add(new PropElement.Attr(Ns.W, slot.Attribute, text));
         }
-        list.Sort((a, b) => PropOrder.Run.Rank(a.Local).CompareTo(PropOrder.Run.Rank(b.Local)));
+        list.Sort((a, b) => order.Rank(a.Local).CompareTo(order.Rank(b.Local)));
         return list;
     }
 
-    /// <summary>Writes the run properties element: the attributes' elements merged, in schema order,
+    /// <summary>Writes the properties element: the attributes' elements merged, in schema order,
     /// with the kept ones; kept attributes of a modelled element join it. Nothing when both are empty.</summary>
-    public static void Write(XmlWriter w, List<PropElement> encoded, PropBag? kept)
+    public void Write(XmlWriter w, List<PropElement> encoded, PropBag? kept)
     {
         if (encoded.Count == 0 && (kept == null || kept.Count == 0)) return;
-        w.WriteStartElement("rPr", Ns.W);
+        w.WriteStartElement(container, Ns.W);
+        WriteItems(w, encoded, kept, null);
+        w.WriteEndElement();
+    }
+
+    /// <summary>The content of the properties element; <paramref name="before"/> names a kept element
+    /// that <paramref name="insert"/> is written before (or at the end, when there is none).</summary>
+    public void WriteItems(XmlWriter w, List<PropElement> encoded, PropBag? kept, (string Before, Action<XmlWriter> Insert)? insert)
+    {
         int next = 0;
+        bool inserted = insert == null;
         if (kept != null)
             foreach (var k in kept.Items)
             {
                 bool main = PropElement.IsMain(k.Ns);
-                int rank = main ? PropOrder.Run.Rank(k.Local) : int.MaxValue;
-                while (next < encoded.Count && PropOrder.Run.Rank(encoded[next].Local) < rank) WriteMerged(w, encoded[next++], kept);
+                int rank = main ? order.Rank(k.Local) : int.MaxValue;
+                while (next < encoded.Count && order.Rank(encoded[next].Local) < rank) WriteMerged(w, encoded[next++], kept);
                 if (main && encoded.Exists(e => e.Local == k.Local)) continue;
+                if (!inserted && main && k.Local == insert!.Value.Before)
+                {
+                    while (next < encoded.Count) WriteMerged(w, encoded[next++], kept);
+                    insert.Value.Insert(w);
+                    inserted = true;
+                }
                 k.Write(w);
             }
         while (next < encoded.Count) WriteMerged(w, encoded[next++], kept);
-        w.WriteEndElement();
+        if (!inserted) insert!.Value.Insert(w);
     }
 
     private static void WriteMerged(XmlWriter w, PropElement e, PropBag? kept)
@@ -192,9 +234,9 @@ internal static class RunPropsCodec
     }
 
     /// <summary>Changes properties held as markup (a style's, the document defaults') from one set of attributes to another.</summary>
-    public static void Apply(PropBag bag, AttrSet from, AttrSet to)
+    public void Apply(PropBag bag, AttrSet from, AttrSet to)
     {
-        foreach (var slot in Slots)
+        foreach (var slot in slots)
         {
             var before = from.Get(slot.Attr);
             var after = to.Get(slot.Attr);
@@ -216,34 +258,45 @@ internal static class RunPropsCodec
     }
 }
 
-/// <summary>Character formatting held as markup (styles, document defaults, list levels, paragraph
-/// marks), read and changed as attributes.</summary>
-internal sealed class BagRunFormat : IRunFormatted
+/// <summary>Formatting held as markup (styles, document defaults, list levels, paragraph marks),
+/// read and changed as attributes.</summary>
+internal sealed class BagFormat : IRunFormatted, IParaFormatted
 {
     private readonly PropBag bag;
+    private readonly PropsCodec codec;
     private long stamp = -1;
     private AttrSet attrs = AttrSet.Empty;
 
-    public BagRunFormat(PropBag bag) { this.bag = bag; }
+    public BagFormat(PropBag bag, PropsCodec codec)
+    {
+        this.bag = bag;
+        this.codec = codec;
+    }
 
-    public AttrSet RunAttrs
+    private AttrSet Attrs
     {
         get
         {
             long now = FormatStamp.Current;
             if (now != stamp)
             {
-                attrs = RunPropsCodec.Decode(bag).Attrs;
+                attrs = codec.Decode(bag).Attrs;
                 stamp = now;
             }
             return attrs;
         }
         set
         {
-            RunPropsCodec.Apply(bag, RunAttrs, value);
+            codec.Apply(bag, Attrs, value);
             stamp = -1;
         }
     }
 
+    public AttrSet RunAttrs { get => Attrs; set => Attrs = value; }
+
+    public AttrSet ParaAttrs { get => Attrs; set => Attrs = value; }
+
     public PropBag? RunKept(bool create) => bag;
+
+    public PropBag ParaKept => bag;
 }

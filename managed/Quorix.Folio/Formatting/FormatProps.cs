@@ -1,8 +1,8 @@
 namespace Quorix.Folio.Formatting;
 
-/// <summary>The character formatting a node holds: its modelled attributes, shared between equal
-/// formattings, and what its file said that the engine does not model, kept by the format that read it.</summary>
-internal readonly struct CharProps
+/// <summary>The formatting a node holds: its modelled attributes, shared between equal formattings,
+/// and what its file said that the engine does not model, kept by the format that read it.</summary>
+internal readonly struct FormatProps
 {
     private readonly AttrSet? attrs;
 
@@ -10,19 +10,19 @@ internal readonly struct CharProps
 
     public PropBag? Kept { get; init; }
 
-    public CharProps(AttrSet attrs, PropBag? kept)
+    public FormatProps(AttrSet attrs, PropBag? kept)
     {
         this.attrs = attrs;
         Kept = kept;
     }
 
-    public static CharProps None => new(AttrSet.Empty, null);
+    public static FormatProps None => new(AttrSet.Empty, null);
 
     /// <summary>A copy that can be changed apart: the attributes are immutable, the kept markup is copied.</summary>
-    public CharProps Clone() => new(Attrs, Kept?.Clone());
+    public FormatProps Clone() => new(Attrs, Kept?.Clone());
 
     /// <summary>The kept markup of the formatting in the variable, made first when asked to.</summary>
-    public static PropBag? KeptOf(ref CharProps props, bool create)
+    public static PropBag? KeptOf(ref FormatProps props, bool create)
     {
         if (create && props.Kept == null) props = props with { Kept = new PropBag(PropOrder.Run) };
         return props.Kept;
@@ -30,7 +30,16 @@ internal readonly struct CharProps
 
     public string? CharStyle => Attrs.String(FormatAttr.CharStyle);
 
-    public CharProps WithCharStyle(string? id) => this with { Attrs = Attrs.With(FormatAttr.CharStyle, id) };
+    public FormatProps WithCharStyle(string? id) => this with { Attrs = Attrs.With(FormatAttr.CharStyle, id) };
+}
+
+/// <summary>Something that holds paragraph formatting: a paragraph, a style, a list level.</summary>
+internal interface IParaFormatted
+{
+    AttrSet ParaAttrs { get; set; }
+
+    /// <summary>The markup kept beside the attributes: list membership, tabs, borders, the mark's formatting.</summary>
+    PropBag ParaKept { get; }
 }
 
 /// <summary>Something that holds character formatting: a run or another inline node, a style, the builder.</summary>
@@ -43,9 +52,9 @@ internal interface IRunFormatted
 }
 
 /// <summary>Character formatting held on its own, as the builder holds that of the runs it will insert.</summary>
-internal sealed class CharPropsBox : IRunFormatted
+internal sealed class FormatPropsBox : IRunFormatted
 {
-    public CharProps Props = CharProps.None;
+    public FormatProps Props = FormatProps.None;
 
     public AttrSet RunAttrs
     {
@@ -53,5 +62,5 @@ internal sealed class CharPropsBox : IRunFormatted
         set => Props = Props with { Attrs = value };
     }
 
-    public PropBag? RunKept(bool create) => CharProps.KeptOf(ref Props, create);
+    public PropBag? RunKept(bool create) => FormatProps.KeptOf(ref Props, create);
 }
