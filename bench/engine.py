@@ -176,6 +176,7 @@ def main():
     print(f"managed heap over load, first use and save: peak {peak:.1f}-{max(m['peakMB'] for m in mem):.1f} MB, "
           f"live after {mem[0]['liveMB']:.1f} MB, XML in the package {mem[0]['xmlMB']:.1f} MB: "
           f"peak/XML {peak / mem[0]['xmlMB']:.1f}x  (target <= 4x)")
+    print(f"allocated in all: load and first use {min(m['loadAllocMB'] for m in mem):.1f} MB, save {min(m['saveAllocMB'] for m in mem):.1f} MB")
     merge_fields.merge(driver, work)
     merge_fields.update_fields(driver, work)
     if not args.keep:

@@ -10,7 +10,8 @@ using Quorix.Folio.Tables;
 //   loadsave <in.docx> <out.docx>        load then save
 //   markdown <in.docx> <out.md>          load then save as Markdown
 //   memory <in.docx> <out.docx>          peak and live managed heap over load, first use, save,
-//                                        beside the uncompressed size of the package's XML
+//                                        beside the uncompressed size of the package's XML, and
+//                                        what load (with first use) and save allocated in all
 //   readall <in.docx> <out.docx> [n]     load, read every paragraph and table cell, save; n times,
 //                                        alternating with the Open XML SDK doing the same
 //   mergetemplates <fields.docx> <tags.docx>  a one-page letter with merge fields, and with {{ }} tags
@@ -118,16 +119,21 @@ switch (args[0])
             }
         }) { IsBackground = true };
         sampler.Start();
+        long allocated = GC.GetTotalAllocatedBytes(true);
         var doc = new Document(args[1]);
         _ = doc.FirstSection!.Body!.Paragraphs.Count;
+        long loadAllocated = GC.GetTotalAllocatedBytes(true) - allocated;
+        allocated = GC.GetTotalAllocatedBytes(true);
         doc.Save(args[2], SaveFormat.Docx);
+        long saveAllocated = GC.GetTotalAllocatedBytes(true) - allocated;
         done.Set();
         sampler.Join();
         foreach (var kind in new[] { GCKind.Ephemeral, GCKind.FullBlocking, GCKind.Background })
             peak = Math.Max(peak, GC.GetGCMemoryInfo(kind).HeapSizeBytes);
         long live = GC.GetTotalMemory(true) - baseline;
         GC.KeepAlive(doc);
-        Emit("memory", ("xmlMB", xmlBytes / 1e6), ("peakMB", (peak - baseline) / 1e6), ("liveMB", live / 1e6));
+        Emit("memory", ("xmlMB", xmlBytes / 1e6), ("peakMB", (peak - baseline) / 1e6), ("liveMB", live / 1e6),
+            ("loadAllocMB", loadAllocated / 1e6), ("saveAllocMB", saveAllocated / 1e6));
         break;
     }
     case "markdown":
