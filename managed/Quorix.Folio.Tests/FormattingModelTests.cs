@@ -95,7 +95,7 @@ public class FormattingModelTests
     public void UnmodelledPropertiesAndAttributesSurviveBesideEdits()
     {
         var doc = Load("<w:p><w:r><w:rPr><w:rFonts w:ascii=\"Arial\" w14:foo=\"x\"/><w:b w:val=\"true\"/><w:sz w:val=\"21.5\"/>" +
-            "<w:effect w:val=\"shimmer\"/><w:color w:val=\"FF0000\" w:themeColor=\"accent1\"/><w14:glow w14:rad=\"63500\"/></w:rPr><w:t>x</w:t></w:r></w:p>");
+            "<w:effect w:val=\"shimmer\"/><w:color w:val=\"FF0000\" w:themeColor=\"accent1\"/><w:u/><w14:glow w14:rad=\"63500\"/></w:rPr><w:t>x</w:t></w:r></w:p>");
         var run = (Run)doc.GetChild(NodeType.Run, 0, true)!;
         Assert.Equal("Arial", run.Font.Name);
         Assert.True(run.Font.Bold);
@@ -104,7 +104,7 @@ public class FormattingModelTests
         var xml = TestSupport.Part(TestSupport.ToBytes(doc), "word/document.xml");
         var rPr = xml[xml.IndexOf("<w:rPr>")..(xml.IndexOf("</w:rPr>") + 8)];
         foreach (var kept in new[] { "w:ascii=\"Arial\"", "w14:foo=\"x\"", "<w:b />", "<w:i />", "<w:sz w:val=\"21.5\" />", "<w:effect w:val=\"shimmer\" />",
-                     "w:themeColor=\"accent1\"", "w14:glow" })
+                     "w:themeColor=\"accent1\"", "<w:u />", "w14:glow" })
             Assert.Contains(kept, rPr);
         // Schema order: fonts, toggles, colour, size, effect.
         Assert.True(rPr.IndexOf("rFonts") < rPr.IndexOf("<w:b ") && rPr.IndexOf("<w:i ") < rPr.IndexOf("<w:color") &&

@@ -106,7 +106,10 @@ internal sealed class PropsCodec
         List<PropElement>? kept = null;
         foreach (var e in bag.Items)
         {
-            if (!PropElement.IsMain(e.Ns) || e.Children != null || e.Text != null || !byElement.TryGetValue(e.Local, out var slots))
+            // An element that says nothing the model can hold (unknown, nested, or a valued element
+            // without attributes) stays as it is.
+            if (!PropElement.IsMain(e.Ns) || e.Children != null || e.Text != null || !byElement.TryGetValue(e.Local, out var slots) ||
+                (slots[0].Kind != Kind.Toggle && e.Attrs is not { Count: > 0 }))
             {
                 (kept ??= new List<PropElement>()).Add(e);
                 continue;

@@ -86,6 +86,4 @@ internal static class FormatAttrs
 
     /// <summary>The first attribute of the group the attribute is set and inherited with.</summary>
     public static FormatAttr Group(FormatAttr a) => Groups[(int)a];
-
-    public static bool SameGroup(FormatAttr a, FormatAttr b) => Groups[(int)a] == Groups[(int)b];
 }
