@@ -29,6 +29,19 @@ public static class Watermarker
     public static void SetImage(Stream inputStream, Stream outputStream, SaveFormat saveFormat, byte[] imageBytes, ImageWatermarkOptions? options) =>
         Run(inputStream, outputStream, saveFormat, d => d.Watermark.SetImage(imageBytes, options));
 
+    public static Processor Create(WatermarkerContext context)
+    {
+        ArgumentNullException.ThrowIfNull(context);
+        return Processor.EditOne("Watermarking", d =>
+        {
+            if (context.TextWatermark != null && context.ImageWatermark != null)
+                throw new InvalidOperationException("A watermark is text or an image: the context sets both.");
+            if (context.TextWatermark != null) d.Watermark.SetText(context.TextWatermark, context.TextWatermarkOptions);
+            else if (context.ImageWatermark != null) d.Watermark.SetImage(context.ImageWatermark, context.ImageWatermarkOptions);
+            else throw new InvalidOperationException("The context sets no watermark: give its text or image.");
+        });
+    }
+
     internal static void Run(string inputFileName, string outputFileName, SaveFormat? saveFormat, Action<Document> edit)
     {
         ArgumentException.ThrowIfNullOrEmpty(inputFileName);
