@@ -336,7 +336,7 @@ internal sealed class DocumentComparer
 
     // The look a reader sees: the resolved character formatting and the character style's name.
     private static bool SameLook(Run a, Run b) =>
-        Formats.WordML.RunLook.Of(a.Font) == Formats.WordML.RunLook.Of(b.Font) && a.Font.StyleName == b.Font.StyleName;
+        Formats.Flow.RunLook.Of(a.Font) == Formats.Flow.RunLook.Of(b.Font) && a.Font.StyleName == b.Font.StyleName;
 
     private static bool OnlyRuns(Paragraph p)
     {

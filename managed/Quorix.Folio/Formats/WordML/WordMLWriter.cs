@@ -1,6 +1,7 @@
 using System.Text;
 using System.Xml;
 using Quorix.Folio.Drawing;
+using Quorix.Folio.Formats.Flow;
 using Quorix.Folio.Fields;
 using Quorix.Folio.Notes;
 using Quorix.Folio.Saving;

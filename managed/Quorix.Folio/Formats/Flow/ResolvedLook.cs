@@ -1,19 +1,8 @@
-using Quorix.Folio.Formatting;
+namespace Quorix.Folio.Formats.Flow;
 
-namespace Quorix.Folio.Formats.WordML;
-
-/// <summary>The namespaces of WordprocessingML 2003 and its companions.</summary>
-internal static class WordMLNs
-{
-    public const string W = "http://schemas.microsoft.com/office/word/2003/wordml";
-    public const string Wx = "http://schemas.microsoft.com/office/word/2003/auxHint";
-    public const string V = "urn:schemas-microsoft-com:vml";
-    public const string O = "urn:schemas-microsoft-com:office:office";
-    public const string Aml = "http://schemas.microsoft.com/aml/2001/core";
-}
-
-/// <summary>The character formatting the format carries, resolved; the format has no document
-/// defaults, so what a style or run does not say is the format's own default (Times New Roman, 10 pt).</summary>
+/// <summary>Character formatting as a reader sees it, resolved through styles, as one value to compare
+/// and to carry between formats. <see cref="Default"/> is what a format without document defaults
+/// assumes where nothing is said (Times New Roman, 10 pt).</summary>
 internal readonly record struct RunLook(
     string Name, double Size, bool Bold, bool Italic, Underline Underline, bool Strike, bool DoubleStrike,
     bool Caps, bool SmallCaps, bool Hidden, bool Superscript, bool Subscript, string Color)
@@ -42,7 +31,7 @@ internal readonly record struct RunLook(
     }
 }
 
-/// <summary>The paragraph formatting the format carries, resolved, with the format's defaults.</summary>
+/// <summary>Paragraph formatting as a reader sees it, resolved through styles.</summary>
 internal readonly record struct ParaLook(
     ParagraphAlignment Alignment, double Left, double Right, double FirstLine, double Before, double After,
     LineSpacingRule LineRule, double Line, bool KeepLines, bool KeepNext, bool PageBreakBefore, OutlineLevel Outline)
@@ -70,50 +59,4 @@ internal readonly record struct ParaLook(
         if (PageBreakBefore != baseline.PageBreakBefore) p.PageBreakBefore = PageBreakBefore;
         if (Outline != baseline.Outline) p.OutlineLevel = Outline;
     }
-}
-
-/// <summary>The format's words for values the model names by enumeration.</summary>
-internal static class WordMLValues
-{
-    public static string Align(ParagraphAlignment a) => a switch
-    {
-        ParagraphAlignment.Center => "center",
-        ParagraphAlignment.Right => "right",
-        ParagraphAlignment.Justify => "both",
-        ParagraphAlignment.Distributed => "distribute",
-        _ => "left",
-    };
-
-    public static ParagraphAlignment Align(string? v) => v switch
-    {
-        "center" => ParagraphAlignment.Center,
-        "right" => ParagraphAlignment.Right,
-        "both" => ParagraphAlignment.Justify,
-        "distribute" => ParagraphAlignment.Distributed,
-        _ => ParagraphAlignment.Left,
-    };
-
-    // The format's underline names are the later format's, except those it spells with hyphens.
-    public static string Underline(Underline u) => u switch
-    {
-        Folio.Underline.DotDash => "dot-dash",
-        Folio.Underline.DotDotDash => "dot-dot-dash",
-        _ => Font.UnderlineToXml(u),
-    };
-
-    public static Underline Underline(string? v) => v switch
-    {
-        null or "" => Folio.Underline.Single,
-        "dot-dash" => Folio.Underline.DotDash,
-        "dot-dot-dash" => Folio.Underline.DotDotDash,
-        _ => Font.UnderlineFromXml(v),
-    };
-
-    /// <summary>The model's number styles are the format's "nfc" codes.</summary>
-    public static Folio.NumberStyle NumberStyle(int nfc) =>
-        Enum.IsDefined((Folio.NumberStyle)nfc) ? (Folio.NumberStyle)nfc : Folio.NumberStyle.Arabic;
-
-    public static bool On(string? v) => v is null or "on" or "1" or "true";
-
-    public static int Twips(double pt) => (int)Math.Round(pt * 20);
 }
