@@ -193,6 +193,10 @@ public class LowCodeTests : IDisposable
         ReportBuilder.BuildReport(P("template.docx"), P("report.txt"), new Reporting.JsonDataSource(P("orders.json")), "d",
             new ReportBuilderOptions { Options = Reporting.ReportBuildOptions.AllowMissingMembers });
         Assert.Equal("ACME has 2 orders", File.ReadAllText(P("report.txt")).TrimStart('\uFEFF').Trim());
+        ReportBuilder.BuildReport(P("template.docx"), P("two.txt"), new object[] { new Reporting.JsonDataSource(P("orders.json")), new Reporting.JsonDataSource(P("orders.json")) },
+            new List<string> { "d", "e" }, new ReportBuilderOptions { Options = Reporting.ReportBuildOptions.AllowMissingMembers });
+        Assert.Equal("ACME has 2 orders", File.ReadAllText(P("two.txt")).TrimStart('\uFEFF').Trim());
+        Assert.Throws<ArgumentException>(() => new MailMergeDataSource(new object[] { 1 }, new object[] { "x" }));
         var rctx = new ReportBuilderContext();
         rctx.AddDataSource(new Reporting.JsonDataSource(P("orders.json")), "d");
         var ex = Assert.ThrowsAny<Exception>(() => ReportBuilder.Create(rctx).FromFile(P("template.docx")).ToFile(P("strict.txt")).Execute());

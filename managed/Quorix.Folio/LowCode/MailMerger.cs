@@ -1,3 +1,4 @@
+using System.Collections;
 using Quorix.Folio.MailMerging;
 
 namespace Quorix.Folio.LowCode;
@@ -20,17 +21,21 @@ public sealed class MailMergeOptions
     }
 }
 
-/// <summary>One record given as names and values side by side.</summary>
+/// <summary>One record given as names and values side by side. Any sequences serve, so that Python
+/// lists do as well as arrays; they are read at once.</summary>
 public sealed class MailMergeDataSource : IMailMergeDataSource
 {
     private readonly ArraySource record;
 
-    public MailMergeDataSource(string[] fieldNames, object[] fieldValues)
+    public MailMergeDataSource(IEnumerable fieldNames, IEnumerable fieldValues)
     {
         ArgumentNullException.ThrowIfNull(fieldNames);
         ArgumentNullException.ThrowIfNull(fieldValues);
-        record = new ArraySource(fieldNames, fieldValues);
+        record = new ArraySource(Names(fieldNames, nameof(fieldNames)), fieldValues.Cast<object?>().ToArray());
     }
+
+    internal static string[] Names(IEnumerable names, string parameter) =>
+        names.Cast<object?>().Select(n => n as string ?? throw new ArgumentException("Each name must be a string.", parameter)).ToArray();
 
     public string TableName => record.TableName;
 
@@ -44,13 +49,13 @@ public sealed class MailMergeDataSource : IMailMergeDataSource
 /// <summary>Mail merge of a whole file in one call: the merged document is saved as the output.</summary>
 public static class MailMerger
 {
-    public static void Execute(string inputFileName, string outputFileName, string[] fieldNames, object[] fieldValues) =>
+    public static void Execute(string inputFileName, string outputFileName, IEnumerable fieldNames, IEnumerable fieldValues) =>
         Execute(inputFileName, outputFileName, FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFileName)), fieldNames, fieldValues, null);
 
-    public static void Execute(string inputFileName, string outputFileName, SaveFormat saveFormat, string[] fieldNames, object[] fieldValues, MailMergeOptions? mailMergeOptions) =>
+    public static void Execute(string inputFileName, string outputFileName, SaveFormat saveFormat, IEnumerable fieldNames, IEnumerable fieldValues, MailMergeOptions? mailMergeOptions) =>
         Watermarker.Run(inputFileName, outputFileName, saveFormat, d => Merge(d, new MailMergeDataSource(fieldNames, fieldValues), null, mailMergeOptions));
 
-    public static void Execute(Stream inputStream, Stream outputStream, SaveFormat saveFormat, string[] fieldNames, object[] fieldValues, MailMergeOptions? mailMergeOptions) =>
+    public static void Execute(Stream inputStream, Stream outputStream, SaveFormat saveFormat, IEnumerable fieldNames, IEnumerable fieldValues, MailMergeOptions? mailMergeOptions) =>
         Watermarker.Run(inputStream, outputStream, saveFormat, d => Merge(d, new MailMergeDataSource(fieldNames, fieldValues), null, mailMergeOptions));
 
     public static void ExecuteWithRegions(string inputFileName, string outputFileName, IMailMergeDataSourceRoot dataSourceRoot) =>

@@ -38,10 +38,14 @@ public sealed class Processor
 
     public Processor FromStream(Stream input) => FromStream(input, null);
 
+    /// <summary>The stream is read now: a stream lent for this call only (a Python file) is gone by <see cref="Execute"/>.</summary>
     public Processor FromStream(Stream input, LoadOptions? loadOptions)
     {
         ArgumentNullException.ThrowIfNull(input);
-        inputs.Add((input, loadOptions));
+        var copy = new MemoryStream();
+        input.CopyTo(copy);
+        copy.Position = 0;
+        inputs.Add((copy, loadOptions));
         return this;
     }
 
@@ -81,6 +85,9 @@ public sealed class Processor
                 ? $"{operation} takes {Count(minInputs)}; {Count(inputs.Count)} given."
                 : $"{operation} takes at least {Count(minInputs)}; {Count(inputs.Count)} given.");
         if (outputs.Count == 0) throw new InvalidOperationException($"{operation} has no output: give one with ToFile or ToStream.");
+        if (outputs.Any(o => o.Target is Stream { CanWrite: false }))
+            throw new InvalidOperationException("An output stream can no longer be written. A stream lent for one call, as a Python file is, " +
+                                                "is closed when ToStream returns: give a file name with ToFile, or a stream of the engine's own.");
         run(this);
     }
 
@@ -224,7 +231,7 @@ public sealed class MailMergerContext : ProcessorContext
     }
 
     /// <summary>One record for the fields outside regions.</summary>
-    public void SetSimpleDataSource(string[] fieldNames, object[] fieldValues) => SetSimpleDataSource(new MailMergeDataSource(fieldNames, fieldValues));
+    public void SetSimpleDataSource(System.Collections.IEnumerable fieldNames, System.Collections.IEnumerable fieldValues) => SetSimpleDataSource(new MailMergeDataSource(fieldNames, fieldValues));
 
     public void SetSimpleDataSource(MailMerging.IMailMergeDataSource dataSource)
     {

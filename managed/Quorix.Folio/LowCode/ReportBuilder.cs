@@ -16,8 +16,15 @@ public static class ReportBuilder
     public static void BuildReport(string inputFileName, string outputFileName, object data, string dataSourceName, ReportBuilderOptions? reportBuilderOptions) =>
         Watermarker.Run(inputFileName, outputFileName, null, d => Build(d, new[] { data }, new string?[] { dataSourceName }, reportBuilderOptions));
 
-    public static void BuildReport(string inputFileName, string outputFileName, object[] data, string[] dataSourceNames, ReportBuilderOptions? reportBuilderOptions) =>
-        Watermarker.Run(inputFileName, outputFileName, null, d => Build(d, data, dataSourceNames, reportBuilderOptions));
+    /// <summary>Several data sources, each under its name; any sequences serve and are read at once.</summary>
+    public static void BuildReport(string inputFileName, string outputFileName, System.Collections.IEnumerable data, System.Collections.IEnumerable dataSourceNames, ReportBuilderOptions? reportBuilderOptions)
+    {
+        ArgumentNullException.ThrowIfNull(data);
+        ArgumentNullException.ThrowIfNull(dataSourceNames);
+        var sources = data.Cast<object>().ToArray();
+        var names = MailMergeDataSource.Names(dataSourceNames, nameof(dataSourceNames));
+        Watermarker.Run(inputFileName, outputFileName, null, d => Build(d, sources, names, reportBuilderOptions));
+    }
 
     public static void BuildReport(Stream inputStream, Stream outputStream, SaveFormat saveFormat, object data, string dataSourceName, ReportBuilderOptions? reportBuilderOptions) =>
         Watermarker.Run(inputStream, outputStream, saveFormat, d => Build(d, new[] { data }, new string?[] { dataSourceName }, reportBuilderOptions));
