@@ -254,4 +254,36 @@ public class WordMLTests
         Assert.Equal(new Document(new MemoryStream(compact)).GetText(), new Document(new MemoryStream(pretty)).GetText());
         Assert.Equal(doc.GetText(), new Document(new MemoryStream(compact)).GetText());
     }
+
+    // Damaged and hostile files: every number made huge or negative, and pieces cut out. Loading either
+    // works or says the file is damaged; nothing else escapes.
+    [Fact]
+    public void DamagedFilesLoadOrSayTheyAreDamaged()
+    {
+        var doc = FlowInteropTests.Sample();
+        new DocumentBuilder(doc).InsertImage(TestSupport.Png(2, 2));
+        var good = Encoding.UTF8.GetString(TestSupport.ToBytes(doc, SaveFormat.WordML)) + "";
+        var samples = new List<string>
+        {
+            System.Text.RegularExpressions.Regex.Replace(good, "\"[0-9]+\"", "\"2147483647\""),
+            System.Text.RegularExpressions.Regex.Replace(good, "\"[0-9]+\"", "\"-2147483648\""),
+            System.Text.RegularExpressions.Regex.Replace(Foreign.Trim(), "\"[0-9]+\"", "\"99999999\""),
+            good.Replace("w:body", "w:bodx"),
+        };
+        var rnd = new Random(7);
+        for (int i = 0; i < 60; i++)
+        {
+            int at = rnd.Next(good.Length), length = rnd.Next(1, 200);
+            samples.Add(good.Remove(at, Math.Min(length, good.Length - at)));
+        }
+        foreach (var xml in samples)
+        {
+            try
+            {
+                var d = new Document(new MemoryStream(Encoding.UTF8.GetBytes(xml)), new Loading.LoadOptions { LoadFormat = LoadFormat.WordML });
+                TestSupport.ToBytes(d);
+            }
+            catch (FileCorruptedException) { }
+        }
+    }
 }

@@ -50,6 +50,9 @@ internal sealed class WordMLReader : IDocumentReader
 
     private static double Points(string? twips, double otherwise) => Int(twips) is { } t ? t / 20.0 : otherwise;
 
+    // Lengths as far as the model takes them: a file's wild value is kept at the nearest it allows.
+    private static double Bounded(double points, double min = -1584) => Math.Clamp(points, min, 1584);
+
     private static bool Toggle(XElement e) => On(Val(e));
 
     private sealed class Walker
@@ -171,17 +174,17 @@ internal sealed class WordMLReader : IDocumentReader
                         if (Int(Val(e)) is { } ol && ol is >= 0 and <= 9) look = look with { Outline = (OutlineLevel)ol };
                         break;
                     case "spacing":
-                        look = look with { Before = Points(e.Attribute(W + "before")?.Value, look.Before), After = Points(e.Attribute(W + "after")?.Value, look.After) };
+                        look = look with { Before = Bounded(Points(e.Attribute(W + "before")?.Value, look.Before)), After = Bounded(Points(e.Attribute(W + "after")?.Value, look.After)) };
                         if (Int(e.Attribute(W + "line")?.Value) is { } line)
                         {
                             var rule = e.Attribute(W + "line-rule")?.Value switch { "exact" => LineSpacingRule.Exactly, "at-least" => LineSpacingRule.AtLeast, _ => LineSpacingRule.Multiple };
-                            look = look with { LineRule = rule, Line = rule == LineSpacingRule.Multiple ? line / 240.0 * 12 : line / 20.0 };
+                            look = look with { LineRule = rule, Line = Bounded(rule == LineSpacingRule.Multiple ? line / 240.0 * 12 : line / 20.0, 0) };
                         }
                         break;
                     case "ind":
-                        look = look with { Left = Points(e.Attribute(W + "left")?.Value, look.Left), Right = Points(e.Attribute(W + "right")?.Value, look.Right) };
-                        if (Int(e.Attribute(W + "first-line")?.Value) is { } fl) look = look with { FirstLine = fl / 20.0 };
-                        if (Int(e.Attribute(W + "hanging")?.Value) is { } h) look = look with { FirstLine = -h / 20.0 };
+                        look = look with { Left = Bounded(Points(e.Attribute(W + "left")?.Value, look.Left)), Right = Bounded(Points(e.Attribute(W + "right")?.Value, look.Right)) };
+                        if (Int(e.Attribute(W + "first-line")?.Value) is { } fl) look = look with { FirstLine = Bounded(fl / 20.0) };
+                        if (Int(e.Attribute(W + "hanging")?.Value) is { } h) look = look with { FirstLine = Bounded(-h / 20.0) };
                         break;
                 }
             }
@@ -273,13 +276,13 @@ internal sealed class WordMLReader : IDocumentReader
                     if (Int(lvl.Attribute(W + "ilvl")?.Value) is not { } k || k is < 0 or > 8) continue;
                     var level = list.ListLevels[k];
                     if (Int(Val(lvl.Element(W + "nfc"))) is { } nfc) level.NumberStyle = NumberStyle(nfc);
-                    if (Int(Val(lvl.Element(W + "start"))) is { } start && start >= 0) level.StartAt = start;
+                    if (Int(Val(lvl.Element(W + "start"))) is { } start) level.StartAt = Math.Clamp(start, 0, 32767);
                     if (Val(lvl.Element(W + "lvlText")) is { } text) level.NumberFormat = text;
                     level.Alignment = Val(lvl.Element(W + "lvlJc")) switch { "center" => Lists.ListLevelAlignment.Center, "right" => Lists.ListLevelAlignment.Right, _ => Lists.ListLevelAlignment.Left };
                     if (lvl.Element(W + "pPr")?.Element(W + "ind") is { } ind && Int(ind.Attribute(W + "left")?.Value) is { } left)
                     {
-                        level.TextPosition = left / 20.0;
-                        level.NumberPosition = (left - (Int(ind.Attribute(W + "hanging")?.Value) ?? 0)) / 20.0;
+                        level.TextPosition = Bounded(left / 20.0);
+                        level.NumberPosition = Bounded((left - (long)(Int(ind.Attribute(W + "hanging")?.Value) ?? 0)) / 20.0);
                     }
                     if (lvl.Element(W + "rPr")?.Element(W + "rFonts")?.Attribute(W + "ascii")?.Value is { Length: > 0 } font) level.Font.Name = font;
                 }
