@@ -264,7 +264,7 @@ internal sealed class DocumentComparer
         int length = oldRuns.Sum(r => r.Text.Length);
         if (length != newRuns.Sum(r => r.Text.Length) || length == 0) return;
         bool differs = false;
-        foreach (var (o, n, _, _) in Segments(oldRuns, 0, length, newRuns, 0))
+        foreach (var (o, n, _, _, _) in Segments(oldRuns, 0, length, newRuns, 0))
             if (!SameLook(oldRuns[o], newRuns[n])) { differs = true; break; }
         if (!differs) return;
         var pieces = Kept(oldRuns, 0, length, newRuns, 0).ToList();
@@ -281,9 +281,9 @@ internal sealed class DocumentComparer
             foreach (var r in Slice(oldRuns, from, to, imported: false)) yield return r;
             yield break;
         }
-        foreach (var (o, n, start, end) in Segments(oldRuns, from, to, newRuns, newFrom))
+        foreach (var (o, n, start, end, runStart) in Segments(oldRuns, from, to, newRuns, newFrom))
         {
-            var text = SpanText(oldRuns, o, start, end);
+            var text = oldRuns[o].Text.Substring(start - runStart, end - start);
             if (SameLook(oldRuns[o], newRuns[n]))
             {
                 var copy = (Run)oldRuns[o].Clone(false);
@@ -300,23 +300,9 @@ internal sealed class DocumentComparer
         }
     }
 
-    private readonly Dictionary<Run, int> runStarts = new();
-
-    // Old-text offsets of old run o's share of start..end.
-    private string SpanText(Run[] runs, int o, int start, int end)
-    {
-        if (!runStarts.TryGetValue(runs[o], out int at))
-        {
-            at = 0;
-            for (int k = 0; k < o; k++) at += runs[k].Text.Length;
-            runStarts[runs[o]] = at;
-        }
-        return runs[o].Text.Substring(start - at, end - start);
-    }
-
     /// <summary>Stretches of equal text, old from..to matched with new from newFrom, over which neither
-    /// document's run changes: the old and new run indexes and the old offsets.</summary>
-    private static IEnumerable<(int Old, int New, int Start, int End)> Segments(Run[] oldRuns, int from, int to, Run[] newRuns, int newFrom)
+    /// document's run changes: the old and new run indexes, the old offsets and where the old run starts.</summary>
+    private static IEnumerable<(int Old, int New, int Start, int End, int OldRunStart)> Segments(Run[] oldRuns, int from, int to, Run[] newRuns, int newFrom)
     {
         int o = 0, oStart = 0;
         while (o < oldRuns.Length && oStart + oldRuns[o].Text.Length <= from) oStart += oldRuns[o++].Text.Length;
@@ -327,7 +313,7 @@ internal sealed class DocumentComparer
         {
             int oEnd = oStart + oldRuns[o].Text.Length, nEnd = nStart + newRuns[n].Text.Length - shift;
             int end = Math.Min(to, Math.Min(oEnd, nEnd));
-            if (end > pos) yield return (o, n, pos, end);
+            if (end > pos) yield return (o, n, pos, end, oStart);
             pos = end;
             if (oEnd <= pos) oStart += oldRuns[o++].Text.Length;
             if (nEnd <= pos) nStart += newRuns[n++].Text.Length;
