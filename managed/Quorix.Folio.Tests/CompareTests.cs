@@ -112,4 +112,97 @@ public class CompareTests
         }
         finally { Directory.Delete(dir, true); }
     }
+
+    private static Run RunWith(Document d, string text) =>
+        d.GetChildNodes(NodeType.Run, true).OfType<Run>().Single(r => r.Text == text);
+
+    [Fact]
+    public void FormattingChangesAreRecordedAndDecidedLikeOtherChanges()
+    {
+        static Document Styled(string before, string styled, string after, Action<Font> look)
+        {
+            var d = new Document();
+            var b = new DocumentBuilder(d);
+            b.Write(before);
+            look(b.Font);
+            b.Write(styled);
+            b.Font.ClearFormatting();
+            b.Writeln(after);
+            b.Writeln("An untouched paragraph.");
+            return d;
+        }
+        var v1 = Styled("Plain ", "words", " here.", _ => { });
+        var v2 = Styled("Plain ", "words", " here.", f => { f.Bold = true; f.ColorHex = "FF0000"; });
+        var c = v1.Clone();
+        c.Compare(v2, "Reviewer", When);
+        var rev = Assert.Single(c.Revisions);
+        Assert.Equal((RevisionType.FormatChange, "Reviewer", When), (rev.RevisionType, rev.Author, rev.DateTime));
+        Assert.Equal("words", rev.ParentNode.GetText());
+        Assert.Contains("<w:rPrChange", TestSupport.Part(TestSupport.ToBytes(c), "word/document.xml"));
+        var accepted = TestSupport.RoundTrip(c);
+        accepted.AcceptAllRevisions();
+        Assert.Equal((true, "FF0000"), (RunWith(accepted, "words").Font.Bold, RunWith(accepted, "words").Font.ColorHex));
+        var rejected = TestSupport.RoundTrip(c);
+        rejected.RejectAllRevisions();
+        Assert.False(rejected.GetChildNodes(NodeType.Run, true).OfType<Run>().Any(r => r.Font.Bold));
+        Assert.Equal(v1.GetText(), rejected.GetText());
+
+        var ignored = v1.Clone();
+        ignored.Compare(v2, "Reviewer", When, new CompareOptions { IgnoreFormatting = true });
+        Assert.False(ignored.HasRevisions);
+
+        // Inside a paragraph whose words changed, the kept words' new look is a formatting change too.
+        var w1 = Styled("The quick ", "brown", " fox.", _ => { });
+        var w2 = Styled("The slow ", "brown", " fox.", f => f.Italic = true);
+        var cw = w1.Clone();
+        cw.Compare(w2, "Reviewer", When);
+        var kinds = cw.Revisions.Select(r => (r.RevisionType, r.ParentNode.GetText())).ToArray();
+        Assert.Contains((RevisionType.Deletion, "quick"), kinds);
+        Assert.Contains((RevisionType.Insertion, "slow"), kinds);
+        Assert.Contains((RevisionType.FormatChange, "brown"), kinds);
+        AssertBothWays(w1, w2);
+        var both = TestSupport.RoundTrip(cw);
+        both.AcceptAllRevisions();
+        Assert.True(RunWith(both, "brown").Font.Italic);
+    }
+
+    [Fact]
+    public void MovedParagraphsBecomeMoves()
+    {
+        const string a = "The first clause, which moves to the end.", b = "The second clause stays.", c = "The third clause stays too.";
+        var v1 = Doc(a, b, c, "ok");
+        var v2 = Doc(b, c, a, "ok");
+        var moved = v1.Clone();
+        moved.Compare(v2, "Reviewer", When);
+        var revs = moved.Revisions.ToArray();
+        Assert.NotEmpty(revs);
+        Assert.All(revs, r => Assert.Equal(RevisionType.Moving, r.RevisionType));
+        var groups = moved.Revisions.Groups.ToArray();
+        Assert.Equal(new[] { a, a }, groups.Select(g => g.Text));
+        var xml = TestSupport.Part(TestSupport.ToBytes(moved), "word/document.xml");
+        Assert.Contains("<w:moveFrom ", xml);
+        Assert.Contains("<w:moveTo ", xml);
+        Assert.Contains("<w:moveFromRangeStart", xml);
+        Assert.Matches("moveFromRangeStart[^>]*w:name=\"move1\"[\\s\\S]*moveToRangeStart[^>]*w:name=\"move1\"", xml);
+        AssertBothWays(v1, v2);
+
+        // As insertions and deletions when asked, and for text too short to be taken for a move.
+        var plain = v1.Clone();
+        plain.Compare(v2, "Reviewer", When, new CompareOptions { AdvancedOptions = new AdvancedCompareOptions { ReportMovesAsInsertionsAndDeletions = true } });
+        Assert.DoesNotContain(plain.Revisions, r => r.RevisionType == RevisionType.Moving);
+        Assert.Contains(plain.Revisions, r => r.RevisionType == RevisionType.Deletion);
+        var shortOnes = Doc("x1", b, c).Clone();
+        shortOnes.Compare(Doc(b, c, "x1"), "Reviewer", When);
+        Assert.DoesNotContain(shortOnes.Revisions, r => r.RevisionType == RevisionType.Moving);
+        Assert.Throws<ArgumentOutOfRangeException>(() => new AdvancedCompareOptions { MinimumMoveLength = 0 });
+
+        // A paragraph moved into a stretch that also changed stays a move; its neighbours are compared word by word.
+        var m1 = Doc("alpha beta gamma", a, b, c);
+        var m2 = Doc("alpha beta GAMMA", b, c, a);
+        var cm = m1.Clone();
+        cm.Compare(m2, "Reviewer", When);
+        Assert.Equal(new[] { (RevisionType.Deletion, "gamma"), (RevisionType.Insertion, "GAMMA"), (RevisionType.Moving, a), (RevisionType.Moving, a) },
+            cm.Revisions.Groups.Select(g => (g.RevisionType, g.Text)));
+        AssertBothWays(m1, m2);
+    }
 }

@@ -187,24 +187,28 @@ public class FlowInteropTests
     }
 
     [Fact]
-    public void LibreOfficeOpensOurOdtAndRtfWithTheSameTextAndTables()
+    public void LibreOfficeOpensOurOdtRtfAndWordMLWithTheSameTextAndTables()
     {
         var dir = TestSupport.TempDir();
         try
         {
             var doc = Sample();
-            doc.Save(Path.Combine(dir, "ours.odt"));
-            doc.Save(Path.Combine(dir, "ours.rtf"));
-            // One office process converts both to DOCX, which we then read back.
+            // Names differ by more than the extension: each converts to a DOCX of its own name.
+            var ours = new[] { "odt.odt", "rtf.rtf", "wordml.xml" };
+            doc.Save(Path.Combine(dir, ours[0]));
+            doc.Save(Path.Combine(dir, ours[1]));
+            doc.Save(Path.Combine(dir, ours[2]), SaveFormat.WordML);
+            // One office process converts all to DOCX, which we then read back.
             var (code, _, err) = TestSupport.Run("/usr/bin/soffice",
-                $"--headless --norestore -env:UserInstallation=file://{dir}/profile --convert-to docx --outdir \"{dir}/lo\" \"{dir}/ours.odt\" \"{dir}/ours.rtf\"",
+                $"--headless --norestore -env:UserInstallation=file://{dir}/profile --convert-to docx --outdir \"{dir}/lo\" " +
+                string.Join(" ", ours.Select(n => $"\"{dir}/{n}\"")),
                 timeoutMs: 300000);
             Assert.True(code == 0, err);
             string Paragraphs(Document d) => string.Join("\n", d.FirstSection!.Body!.Paragraphs.ToArray()
                 .Select(p => Formats.Flow.ModelFacts.VisibleText(p)).Where(t => t.Length > 0));
             string Tables(Document d) => string.Join("\n", d.FirstSection!.Body!.Tables.ToArray()
                 .Select(t => string.Join("/", t.Rows.ToArray().Select(r => string.Join("|", r.Cells.ToArray().Select(c => c.GetText().Trim('\a', '\r')))))));
-            foreach (var name in new[] { "ours.odt", "ours.rtf" })
+            foreach (var name in ours)
             {
                 var theirs = new Document(Path.Combine(dir, "lo", Path.ChangeExtension(name, ".docx")));
                 Assert.Equal(Paragraphs(doc), Paragraphs(theirs));

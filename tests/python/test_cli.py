@@ -128,7 +128,7 @@ def test_info_and_text(sample):
     (("convert", "{bad}", "{dir}/o.md"), 1, "cannot read '{bad}': "),
     (("convert", "{sample}", "{dir}/o.xps"), 2, "cannot tell the format of '{dir}/o.xps' from its extension"),
     (("convert", "{sample}", "{dir}/o.md", "--format", "xps"), 2,
-     "unknown format 'xps'; known: docx, flat_opc, rtf, pdf, svg, html, mhtml, epub, odt, text, markdown, xlsx, png, jpeg"),
+     "unknown format 'xps'; known: docx, word_ml, flat_opc, rtf, pdf, svg, html, mhtml, epub, odt, text, markdown, xlsx, png, jpeg"),
     (("convert", "{sample}", "{dir}/none/o.md"), 3, "cannot write '{dir}/none/o.md': no such folder"),
     (("info", "{dir}"), 3, "cannot read '{dir}': not a readable file"),
     (("text", "{bad}"), 1, "(UnsupportedFileFormatException)"),

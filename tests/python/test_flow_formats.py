@@ -109,3 +109,106 @@ def test_pandoc_reads_what_python_saved(notes, tmp_path):
     text = subprocess.run(["pandoc", "-f", "rtf", "-t", "plain", str(tmp_path / "out.rtf")],
                           check=True, capture_output=True, text=True).stdout
     assert "Report" in text and "bold" in text and "one" in text
+
+
+def test_wordml_2003_round_trip_and_detection(notes, tmp_path):
+    doc = qf.Document(str(notes))
+    out = tmp_path / "out.xml"
+    options = qf.saving.WordML2003SaveOptions()
+    options.pretty_format = True
+    doc.save(str(out), options)
+    assert b"<?mso-application progid=\"Word.Document\"?>" in out.read_bytes()
+    back = qf.Document(str(out))
+    assert back.original_load_format == qf.LoadFormat.WORD_ML
+    assert qf.FileFormatUtil.detect_file_format(str(out)).load_format == qf.LoadFormat.WORD_ML
+    assert back.first_section.body.first_paragraph.paragraph_format.style_identifier == qf.StyleIdentifier.HEADING_1
+    assert back.first_section.body.tables.count == 1
+    def bold(d):
+        return [r.text for r in d.get_child_nodes(qf.NodeType.RUN, True) if r.font.bold]
+    assert bold(back) == bold(doc) == ["Report", "bold"]
+    stream = io.BytesIO()
+    doc.save(stream, qf.SaveFormat.WORD_ML)
+    assert qf.Document(io.BytesIO(stream.getvalue())).get_text() == back.get_text()
+
+
+def test_watermarks_from_python(tmp_path):
+    doc = qf.Document()
+    qf.DocumentBuilder(doc).writeln("Body")
+    assert doc.watermark.type == qf.WatermarkType.NONE
+    options = qf.TextWatermarkOptions()
+    options.font_family = "Arial"
+    options.layout = qf.WatermarkLayout.HORIZONTAL
+    doc.watermark.set_text("DRAFT", options)
+    assert doc.watermark.type == qf.WatermarkType.TEXT
+    doc.save(str(tmp_path / "marked.docx"))
+    with zipfile.ZipFile(tmp_path / "marked.docx") as z:
+        assert 'string="DRAFT"' in z.read("word/header1.xml").decode("utf-8")
+    with pytest.raises(Exception, match="six hexadecimal digits"):
+        options.color_hex = "red"
+    png = tmp_path / "logo.png"
+    qf.Document().save(str(png))
+    qf.lowcode.Watermarker.set_image(str(tmp_path / "marked.docx"), str(tmp_path / "image.docx"), str(png))
+    assert qf.Document(str(tmp_path / "image.docx")).watermark.type == qf.WatermarkType.IMAGE
+    doc.watermark.remove()
+    assert doc.watermark.type == qf.WatermarkType.NONE
+
+
+def test_lowcode_contexts_mail_merge_and_reports(notes, tmp_path):
+    lc = qf.lowcode
+    lc.Converter.create(lc.ConverterContext()).from_file(str(notes)).to_file(str(tmp_path / "a.docx")).execute()
+    assert qf.Document(str(tmp_path / "a.docx")).get_text().split()[0] == "Report"
+    ctx = lc.ReplacerContext()
+    ctx.set_replacement("bold", "brave")
+    with open(tmp_path / "a.docx", "rb") as source:
+        job = lc.Replacer.create(ctx).from_stream(source)           # read at once: the file may close
+    job.to_file(str(tmp_path / "a.md")).execute()
+    assert "**brave**" in (tmp_path / "a.md").read_text(encoding="utf-8-sig")
+    # A Python stream is lent for one call: writing it later is refused with a reason.
+    with pytest.raises(Exception, match="can no longer be written"):
+        job.to_stream(io.BytesIO(), qf.SaveFormat.MARKDOWN).execute()
+    with pytest.raises(Exception, match="Comparison takes 2 inputs; one input given."):
+        lc.Comparer.create(lc.ComparerContext()).from_file(str(notes)).to_file(str(tmp_path / "x.docx")).execute()
+    with pytest.raises(Exception, match="Signing documents is not supported"):
+        lc.SignerContext()
+
+    letter = qf.Document()
+    builder = qf.DocumentBuilder(letter)
+    builder.write("Dear ")
+    builder.insert_field("MERGEFIELD name")
+    builder.writeln(",")
+    builder.write("[[d.total | #,##0.00]]")
+    letter.save(str(tmp_path / "letter.docx"))
+    merge = lc.MailMergerContext()
+    merge.set_simple_data_source(["name"], ["Ann"])
+    lc.MailMerger.create(merge).from_file(str(tmp_path / "letter.docx")).to_file(str(tmp_path / "merged.docx")).execute()
+    (tmp_path / "data.json").write_text('{"total": 1234.5}', encoding="utf-8")
+    report = lc.ReportBuilderContext()
+    report.add_data_source(qf.reporting.JsonDataSource(str(tmp_path / "data.json")), "d")
+    lc.ReportBuilder.create(report).from_file(str(tmp_path / "merged.docx")).to_file(str(tmp_path / "final.txt")).execute()
+    text = (tmp_path / "final.txt").read_text(encoding="utf-8-sig")
+    assert text.split() == ["Dear", "Ann,", "1,234.50"]
+
+
+def test_comparison_of_formatting_and_moves():
+    def doc(*paragraphs, bold=()):
+        d = qf.Document()
+        b = qf.DocumentBuilder(d)
+        for p in paragraphs:
+            b.font.bold = p in bold
+            b.writeln(p)
+        return d
+    moving = "A paragraph long enough to be moved."
+    v1 = doc(moving, "Second paragraph.", "Third paragraph.")
+    v2 = doc("Second paragraph.", "Third paragraph.", moving, bold=("Third paragraph.",))
+    compared = v1.clone()
+    compared.compare(v2, "Reviewer", datetime.datetime(2026, 1, 2))
+    kinds = sorted({r.revision_type for r in compared.revisions})
+    assert kinds == [qf.RevisionType.FORMAT_CHANGE, qf.RevisionType.MOVING]
+    options = qf.comparing.CompareOptions()
+    options.ignore_formatting = True
+    options.advanced_options.report_moves_as_insertions_and_deletions = True
+    plain = v1.clone()
+    plain.compare(v2, "Reviewer", datetime.datetime(2026, 1, 2), options)
+    assert sorted({r.revision_type for r in plain.revisions}) == [qf.RevisionType.INSERTION, qf.RevisionType.DELETION]
+    compared.accept_all_revisions()
+    assert compared.get_text() == v2.get_text()

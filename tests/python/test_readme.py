@@ -53,6 +53,7 @@ EXPECT = {
     "REMOVE_UNUSED_FIELDS": ["Dear ACME AS,", "Order 7: 1,234.50", "Order 8: 99.00"],
     "ReportingEngine().build_report": ["Orders for ACME AS", "1. Order 7: 1,234.50 (large)", "2. Order 8: 99.00", "Total: 1,333.50"],
     "MARKDOWN)\n": ["# Quarterly report"],
+    "Watermarker.set_text": ["TEXT", "DELETION 'Sales'\nINSERTION 'Revenue'\nDELETION 'grew'\nINSERTION 'rose'", "WORD_ML"],
     "try_get_value": ["12.50 2026-01-02T09:30:00+00:00", "True"],
     "batch.convert(": ["3 converted, 0 failed, 0 skipped", "[3, 8]"],
 }

@@ -33,7 +33,10 @@ internal sealed class DocumentComparer
         var mine = Blocks(doc);
         var theirs = Blocks(other);
         var keyComparer = options.IgnoreCaseChanges ? StringComparer.OrdinalIgnoreCase : StringComparer.Ordinal;
-        var edits = SequenceDiff.Compute(mine.ConvertAll(Key), theirs.ConvertAll(Key), keyComparer);
+        var mineKeys = mine.ConvertAll(Key);
+        var theirKeys = theirs.ConvertAll(Key);
+        var edits = SequenceDiff.Compute(mineKeys, theirKeys, keyComparer);
+        var (movedFrom, movedTo) = Moves(edits, mineKeys, theirKeys, keyComparer);
         Node? anchor = null;
         for (int e = 0; e < edits.Count; e++)
         {
@@ -41,40 +44,89 @@ internal sealed class DocumentComparer
             switch (edit.Kind)
             {
                 case EditKind.Equal:
+                    for (int k = 0; k < edit.Length && !options.IgnoreFormatting; k++)
+                        if (mine[edit.OldIndex + k] is Paragraph p && theirs[edit.NewIndex + k] is Paragraph q) Restyle(p, q);
                     anchor = mine[edit.OldIndex + edit.Length - 1];
                     break;
                 case EditKind.Delete when e + 1 < edits.Count && edits[e + 1].Kind == EditKind.Insert:
-                {
-                    // A replaced stretch: paragraphs side by side are compared word by word.
-                    var ins = edits[++e];
-                    int pairs = Math.Min(edit.Length, ins.Length);
-                    for (int k = 0; k < pairs; k++)
-                    {
-                        var old = mine[edit.OldIndex + k];
-                        var now = theirs[ins.NewIndex + k];
-                        if (old is Paragraph p && now is Paragraph q) Words(p, q);
-                        else
-                        {
-                            Delete(old);
-                            anchor = old;
-                            anchor = Insert(now, anchor);
-                        }
-                        anchor = old.ParentNode != null ? old : anchor;
-                    }
-                    for (int k = pairs; k < edit.Length; k++) { Delete(mine[edit.OldIndex + k]); anchor = mine[edit.OldIndex + k]; }
-                    for (int k = pairs; k < ins.Length; k++) anchor = Insert(theirs[ins.NewIndex + k], anchor);
+                    anchor = Replace(mine, theirs, edit, edits[++e], movedFrom, movedTo, anchor);
                     break;
-                }
                 case EditKind.Delete:
-                    for (int k = 0; k < edit.Length; k++) Delete(mine[edit.OldIndex + k]);
+                    for (int k = 0; k < edit.Length; k++) Delete(mine[edit.OldIndex + k], movedFrom.GetValueOrDefault(edit.OldIndex + k));
                     anchor = mine[edit.OldIndex + edit.Length - 1];
                     break;
                 case EditKind.Insert:
-                    for (int k = 0; k < edit.Length; k++) anchor = Insert(theirs[edit.NewIndex + k], anchor);
+                    for (int k = 0; k < edit.Length; k++) anchor = Insert(theirs[edit.NewIndex + k], anchor, movedTo.GetValueOrDefault(edit.NewIndex + k));
                     break;
             }
         }
         doc.Changed();
+    }
+
+    /// <summary>Paragraphs deleted in one place and inserted unchanged in another, each text found once on
+    /// either side: the move's name by old index and by new index.</summary>
+    private (Dictionary<int, string> From, Dictionary<int, string> To) Moves(List<SequenceDiff.Edit> edits, List<string> mineKeys, List<string> theirKeys, StringComparer cmp)
+    {
+        var from = new Dictionary<int, string>();
+        var to = new Dictionary<int, string>();
+        var advanced = options.AdvancedOptions;
+        if (advanced.ReportMovesAsInsertionsAndDeletions) return (from, to);
+        var deleted = new Dictionary<string, (int Index, int Count)>(cmp);
+        var inserted = new Dictionary<string, (int Index, int Count)>(cmp);
+        void Note(Dictionary<string, (int Index, int Count)> into, string key, int index)
+        {
+            if (key[0] != 'P' || key.Count(c => !char.IsWhiteSpace(c)) - 2 < advanced.MinimumMoveLength) return;
+            into[key] = into.TryGetValue(key, out var seen) ? (seen.Index, seen.Count + 1) : (index, 1);
+        }
+        foreach (var e in edits)
+            for (int k = 0; k < e.Length; k++)
+            {
+                if (e.Kind == EditKind.Delete) Note(deleted, mineKeys[e.OldIndex + k], e.OldIndex + k);
+                else if (e.Kind == EditKind.Insert) Note(inserted, theirKeys[e.NewIndex + k], e.NewIndex + k);
+            }
+        int n = 0;
+        foreach (var (key, d) in deleted)
+        {
+            if (d.Count != 1 || !inserted.TryGetValue(key, out var i) || i.Count != 1) continue;
+            var name = "move" + (++n).ToString(CultureInfo.InvariantCulture);
+            from[d.Index] = name;
+            to[i.Index] = name;
+        }
+        return (from, to);
+    }
+
+    // A replaced stretch: paragraphs side by side are compared word by word, in the order of the other
+    // document; moved paragraphs take no part in the pairing.
+    private Node? Replace(List<Node> mine, List<Node> theirs, SequenceDiff.Edit del, SequenceDiff.Edit ins,
+                          Dictionary<int, string> movedFrom, Dictionary<int, string> movedTo, Node? anchor)
+    {
+        var pairedOld = Enumerable.Range(del.OldIndex, del.Length).Where(i => !movedFrom.ContainsKey(i)).ToList();
+        var pairedNew = Enumerable.Range(ins.NewIndex, ins.Length).Where(j => !movedTo.ContainsKey(j)).ToList();
+        int pairs = Math.Min(pairedOld.Count, pairedNew.Count), paired = 0, nextNew = ins.NewIndex;
+        for (int i = del.OldIndex; i < del.OldIndex + del.Length; i++)
+        {
+            var old = mine[i];
+            if (movedFrom.TryGetValue(i, out var move) || paired >= pairs)
+            {
+                Delete(old, move);
+                anchor = old;
+                continue;
+            }
+            int j = pairedNew[paired++];
+            // What the other document has before this pair's new paragraph comes first.
+            for (; nextNew < j; nextNew++) anchor = Insert(theirs[nextNew], anchor, movedTo.GetValueOrDefault(nextNew));
+            nextNew = j + 1;
+            var now = theirs[j];
+            if (old is Paragraph p && now is Paragraph q) Words(p, q);
+            else
+            {
+                Delete(old, null);
+                anchor = Insert(now, old, null);
+            }
+            anchor = old.ParentNode != null ? old : anchor;
+        }
+        for (; nextNew < ins.NewIndex + ins.Length; nextNew++) anchor = Insert(theirs[nextNew], anchor, movedTo.GetValueOrDefault(nextNew));
+        return anchor;
     }
 
     private List<Node> Blocks(Document d)
@@ -97,19 +149,23 @@ internal sealed class DocumentComparer
         (rPr.Children ??= new List<PropElement>()).Add(mark);
     }
 
-    private void Delete(Node block)
+    /// <summary>Marks a block deleted, or moved away when <paramref name="move"/> names the move.</summary>
+    private void Delete(Node block, string? move)
     {
-        var mark = Mark("del");
+        var kind = move == null ? "del" : "moveFrom";
+        var mark = Mark(kind);
         foreach (var p in Paragraphs(block))
         {
             for (var n = p.FirstChild; n != null; n = n.NextSibling) n.Rev = mark;
-            MarkParagraph(p, Mark("del"));
+            MarkParagraph(p, Mark(kind));
+            if (move != null) MoveRange(p, "moveFrom", move);
         }
         if (block is Table t) foreach (var r in t.Rows) r.TrPr.Add(Mark("del"));
     }
 
-    /// <summary>Brings a block of the other document in after <paramref name="anchor"/>; returns it.</summary>
-    private Node Insert(Node block, Node? anchor)
+    /// <summary>Brings a block of the other document in after <paramref name="anchor"/>, as inserted or as
+    /// the target of the named move; returns it.</summary>
+    private Node Insert(Node block, Node? anchor, string? move)
     {
         var copy = doc.ImportNode(block, true, ImportFormatMode.KeepSourceFormatting);
         if (anchor?.ParentNode is CompositeNode parent) parent.InsertAfter(copy, anchor);
@@ -118,14 +174,31 @@ internal sealed class DocumentComparer
             var body = doc.FirstSection!.Body!;
             body.InsertBefore(copy, body.FirstChild);
         }
-        var mark = Mark("ins");
+        var kind = move == null ? "ins" : "moveTo";
+        var mark = Mark(kind);
         foreach (var p in Paragraphs(copy))
         {
             for (var n = p.FirstChild; n != null; n = n.NextSibling) n.Rev = mark;
-            MarkParagraph(p, Mark("ins"));
+            MarkParagraph(p, Mark(kind));
+            if (move != null) MoveRange(p, "moveTo", move);
         }
         if (copy is Table t) foreach (var r in t.Rows) r.TrPr.Add(Mark("ins"));
         return copy;
+    }
+
+    // Word processors pair a move's source and target by the name on the ranges around them.
+    private void MoveRange(Paragraph p, string kind, string name)
+    {
+        var id = (nextId++).ToString(CultureInfo.InvariantCulture);
+        var start = new OpaqueNode(doc, OpaqueKind.Inline,
+            $"<w:{kind}RangeStart w:id=\"{id}\" w:author=\"{System.Security.SecurityElement.Escape(author)}\" w:date=\"{date}\" w:name=\"{name}\"/>");
+        var end = new OpaqueNode(doc, OpaqueKind.Inline, $"<w:{kind}RangeEnd w:id=\"{id}\"/>");
+        var content = new List<Node>();
+        for (var n = p.FirstChild; n != null; n = n.NextSibling) content.Add(n);
+        foreach (var n in content) p.Unlink(n);
+        p.LinkLast(start);
+        foreach (var n in content) p.LinkLast(n);
+        p.LinkLast(end);
     }
 
     private static IEnumerable<Paragraph> Paragraphs(Node block) =>
@@ -165,16 +238,95 @@ internal sealed class DocumentComparer
                 var mark = Mark("ins");
                 foreach (var r in Slice(newRuns, from, to, imported: true)) { r.Rev = mark; pieces.Add(r); }
             }
+            else if (e.Kind == EditKind.Delete)
+            {
+                int from = a[e.OldIndex].Start, to = a[e.OldIndex + e.Length - 1].End;
+                var mark = Mark("del");
+                foreach (var r in Slice(oldRuns, from, to, imported: false)) { r.Rev = mark; pieces.Add(r); }
+            }
             else
             {
                 int from = a[e.OldIndex].Start, to = a[e.OldIndex + e.Length - 1].End;
-                var mark = e.Kind == EditKind.Delete ? Mark("del") : null;
-                foreach (var r in Slice(oldRuns, from, to, imported: false)) { r.Rev = mark; pieces.Add(r); }
+                pieces.AddRange(Kept(oldRuns, from, to, newRuns, b[e.NewIndex].Start));
             }
         }
         foreach (var r in oldRuns) r.Remove();
         foreach (var r in pieces) p.AppendChild(r);
     }
+
+    /// <summary>Paragraphs of the same text: where the other document formats the text differently, the
+    /// text takes that formatting with the old recorded as a formatting change.</summary>
+    private void Restyle(Paragraph p, Paragraph q)
+    {
+        if (!OnlyRuns(p) || !OnlyRuns(q)) return;
+        var oldRuns = p.ChildNodes.OfType<Run>().ToArray();
+        var newRuns = q.ChildNodes.OfType<Run>().ToArray();
+        int length = oldRuns.Sum(r => r.Text.Length);
+        if (length != newRuns.Sum(r => r.Text.Length) || length == 0) return;
+        bool differs = false;
+        foreach (var (o, n, _, _, _) in Segments(oldRuns, 0, length, newRuns, 0))
+            if (!SameLook(oldRuns[o], newRuns[n])) { differs = true; break; }
+        if (!differs) return;
+        var pieces = Kept(oldRuns, 0, length, newRuns, 0).ToList();
+        foreach (var r in oldRuns) r.Remove();
+        foreach (var r in pieces) p.AppendChild(r);
+    }
+
+    // The old text from..to, split where either document's runs change, in the other document's
+    // formatting (recorded as a change) where it differs; with formatting ignored, as it was.
+    private IEnumerable<Run> Kept(Run[] oldRuns, int from, int to, Run[] newRuns, int newFrom)
+    {
+        if (options.IgnoreFormatting)
+        {
+            foreach (var r in Slice(oldRuns, from, to, imported: false)) yield return r;
+            yield break;
+        }
+        foreach (var (o, n, start, end, runStart) in Segments(oldRuns, from, to, newRuns, newFrom))
+        {
+            var text = oldRuns[o].Text.Substring(start - runStart, end - start);
+            if (SameLook(oldRuns[o], newRuns[n]))
+            {
+                var copy = (Run)oldRuns[o].Clone(false);
+                copy.Text = text;
+                yield return copy;
+                continue;
+            }
+            var changed = (Run)doc.ImportNode(newRuns[n], false, ImportFormatMode.KeepSourceFormatting);
+            changed.Text = text;
+            var record = Mark("rPrChange");
+            // The record holds the old run's whole formatting, as rejecting decodes it back.
+            var before = oldRuns[o].RPr;
+            var oldItems = Docx.PropsCodec.Run.Encode(before.Attrs);
+            if (before.Kept is { } kept) oldItems.AddRange(kept.Items.Where(x => x.Local != "rPrChange").Select(x => x.Clone()));
+            record.Children = new List<PropElement> { new PropElement("rPr") { Children = oldItems } };
+            (changed.RunKept ??= new PropBag(PropOrder.Run)).Add(record);
+            yield return changed;
+        }
+    }
+
+    /// <summary>Stretches of equal text, old from..to matched with new from newFrom, over which neither
+    /// document's run changes: the old and new run indexes, the old offsets and where the old run starts.</summary>
+    private static IEnumerable<(int Old, int New, int Start, int End, int OldRunStart)> Segments(Run[] oldRuns, int from, int to, Run[] newRuns, int newFrom)
+    {
+        int o = 0, oStart = 0;
+        while (o < oldRuns.Length && oStart + oldRuns[o].Text.Length <= from) oStart += oldRuns[o++].Text.Length;
+        int n = 0, nStart = 0;
+        while (n < newRuns.Length && nStart + newRuns[n].Text.Length <= newFrom) nStart += newRuns[n++].Text.Length;
+        int pos = from, shift = newFrom - from;
+        while (pos < to && o < oldRuns.Length && n < newRuns.Length)
+        {
+            int oEnd = oStart + oldRuns[o].Text.Length, nEnd = nStart + newRuns[n].Text.Length - shift;
+            int end = Math.Min(to, Math.Min(oEnd, nEnd));
+            if (end > pos) yield return (o, n, pos, end, oStart);
+            pos = end;
+            if (oEnd <= pos) oStart += oldRuns[o++].Text.Length;
+            if (nEnd <= pos) nStart += newRuns[n++].Text.Length;
+        }
+    }
+
+    // The look a reader sees: the resolved character formatting and the character style's name.
+    private static bool SameLook(Run a, Run b) =>
+        Formats.Flow.RunLook.Of(a.Font) == Formats.Flow.RunLook.Of(b.Font) && a.Font.StyleName == b.Font.StyleName;
 
     private static bool OnlyRuns(Paragraph p)
     {

@@ -9,11 +9,41 @@ public enum Granularity
 
 public sealed class CompareOptions
 {
+    private AdvancedCompareOptions advanced = new();
+
     /// <summary>Text that differs only in letter case counts as the same.</summary>
     public bool IgnoreCaseChanges { get; set; }
 
     /// <summary>Tables are left as they are in the original and the other document's tables are not brought in.</summary>
     public bool IgnoreTables { get; set; }
 
+    /// <summary>Text that differs only in character formatting counts as the same; otherwise the
+    /// formatting it takes is recorded as a formatting change.</summary>
+    public bool IgnoreFormatting { get; set; }
+
     public Granularity Granularity { get; set; } = Granularity.WordLevel;
+
+    public AdvancedCompareOptions AdvancedOptions
+    {
+        get => advanced;
+        set => advanced = value ?? throw new ArgumentNullException(nameof(value));
+    }
+}
+
+/// <summary>Finer choices of how differences are reported.</summary>
+public sealed class AdvancedCompareOptions
+{
+    private int minimumMoveLength = 8;
+
+    /// <summary>Paragraphs removed in one place and inserted unchanged in another are shown as
+    /// deleted and inserted instead of moved.</summary>
+    public bool ReportMovesAsInsertionsAndDeletions { get; set; }
+
+    /// <summary>The fewest characters (spaces aside) a paragraph has for its relocation to count as a move:
+    /// short repeated lines are more often new text than moved text.</summary>
+    public int MinimumMoveLength
+    {
+        get => minimumMoveLength;
+        set => minimumMoveLength = value >= 1 ? value : throw new ArgumentOutOfRangeException(nameof(value), "A move is at least one character long.");
+    }
 }

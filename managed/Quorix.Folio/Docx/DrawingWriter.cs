@@ -26,12 +26,20 @@ internal static class DrawingWriter
         string name = "Picture " + id;
 
         w.WriteStartElement("drawing", Ns.W);
-        w.WriteStartElement("inline", Ns.WP);
-        foreach (var d in new[] { "distT", "distB", "distL", "distR" }) w.WriteAttributeString(d, "0");
-        w.WriteStartElement("extent", Ns.WP);
-        w.WriteAttributeString("cx", Units.Str(cx));
-        w.WriteAttributeString("cy", Units.Str(cy));
-        w.WriteEndElement();
+        if (s.Watermark != null)
+        {
+            name = Watermark.PictureName + id;
+            StartWatermarkAnchor(w, cx, cy, id);
+        }
+        else
+        {
+            w.WriteStartElement("inline", Ns.WP);
+            foreach (var d in new[] { "distT", "distB", "distL", "distR" }) w.WriteAttributeString(d, "0");
+            w.WriteStartElement("extent", Ns.WP);
+            w.WriteAttributeString("cx", Units.Str(cx));
+            w.WriteAttributeString("cy", Units.Str(cy));
+            w.WriteEndElement();
+        }
         w.WriteStartElement("docPr", Ns.WP);
         w.WriteAttributeString("id", Units.Str(id));
         w.WriteAttributeString("name", name);
@@ -53,6 +61,14 @@ internal static class DrawingWriter
         w.WriteStartElement("blipFill", Ns.Pic);
         w.WriteStartElement("blip", Ns.A);
         w.WriteAttributeString("embed", Ns.R, relId);
+        if (s.Watermark == WatermarkLook.Washout)
+        {
+            // Faded: brighter and with less contrast, as word processors wash out a picture.
+            w.WriteStartElement("lum", Ns.A);
+            w.WriteAttributeString("bright", "70000");
+            w.WriteAttributeString("contrast", "-70000");
+            w.WriteEndElement();
+        }
         w.WriteEndElement();
         w.WriteStartElement("stretch", Ns.A);
         w.WriteStartElement("fillRect", Ns.A);
@@ -80,6 +96,39 @@ internal static class DrawingWriter
         w.WriteEndElement();
         w.WriteEndElement();
         w.WriteEndElement();
+        w.WriteEndElement();
+    }
+
+    // A picture behind the text, centred on the page's margins, that text does not flow around.
+    private static void StartWatermarkAnchor(XmlWriter w, long cx, long cy, int id)
+    {
+        w.WriteStartElement("anchor", Ns.WP);
+        foreach (var d in new[] { "distT", "distB", "distL", "distR" }) w.WriteAttributeString(d, "0");
+        w.WriteAttributeString("simplePos", "0");
+        w.WriteAttributeString("relativeHeight", Units.Str(251658240 - id));
+        w.WriteAttributeString("behindDoc", "1");
+        w.WriteAttributeString("locked", "0");
+        w.WriteAttributeString("layoutInCell", "1");
+        w.WriteAttributeString("allowOverlap", "1");
+        w.WriteStartElement("simplePos", Ns.WP);
+        w.WriteAttributeString("x", "0");
+        w.WriteAttributeString("y", "0");
+        w.WriteEndElement();
+        foreach (var (axis, relative) in new[] { ("positionH", "margin"), ("positionV", "margin") })
+        {
+            w.WriteStartElement(axis, Ns.WP);
+            w.WriteAttributeString("relativeFrom", relative);
+            w.WriteElementString("align", Ns.WP, "center");
+            w.WriteEndElement();
+        }
+        w.WriteStartElement("extent", Ns.WP);
+        w.WriteAttributeString("cx", Units.Str(cx));
+        w.WriteAttributeString("cy", Units.Str(cy));
+        w.WriteEndElement();
+        w.WriteStartElement("effectExtent", Ns.WP);
+        foreach (var side in new[] { "l", "t", "r", "b" }) w.WriteAttributeString(side, "0");
+        w.WriteEndElement();
+        w.WriteStartElement("wrapNone", Ns.WP);
         w.WriteEndElement();
     }
 

@@ -82,6 +82,9 @@ public sealed class Shape : ShapeBase
 
     public string AlternativeText { get; set; } = "";
 
+    /// <summary>Set on a picture placed behind the text, centred on the page, as a watermark.</summary>
+    internal WatermarkLook? Watermark;
+
     public string Title { get; set; } = "";
 
     internal void SetSizeNoReset(double w, double h)
@@ -116,6 +119,7 @@ public sealed class Shape : ShapeBase
             AlternativeText = AlternativeText,
             Title = Title,
             RPr = RPr.Clone(),
+            Watermark = Watermark,
         };
         s.imageData.CopyFrom(imageData);
         // The raw drawing names a relationship of this document only.
@@ -127,6 +131,8 @@ public sealed class Shape : ShapeBase
         return s;
     }
 }
+
+internal enum WatermarkLook { Plain, Washout }
 
 /// <summary>The picture of a shape.</summary>
 public sealed class ImageData

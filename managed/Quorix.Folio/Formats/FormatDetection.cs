@@ -3,7 +3,7 @@ using System.Text;
 namespace Quorix.Folio.Formats;
 
 /// <summary>Tells apart the formats that the first bytes alone do not: OpenDocument among packages,
-/// and RTF, MHTML, HTML, Markdown and plain text among text.</summary>
+/// and RTF, MHTML, flat OPC, WordprocessingML 2003, HTML, Markdown and plain text among text.</summary>
 internal static class FormatDetection
 {
     /// <summary>The format of a text stream, from its first bytes and, for Markdown and HTML fragments, the file name;
@@ -17,6 +17,7 @@ internal static class FormatDetection
         var lower = text.ToLowerInvariant();
         if (lower.Contains("mime-version:") && lower.Contains("multipart/related")) return LoadFormat.Mhtml;
         if (lower.StartsWith("<?xml") && lower.Contains("schemas.microsoft.com/office/2006/xmlpackage")) return LoadFormat.FlatOpc;
+        if (lower.StartsWith("<?xml") && lower.Contains("schemas.microsoft.com/office/word/2003/wordml")) return LoadFormat.WordML;
         if (lower.StartsWith("<!doctype html") || lower.StartsWith("<html") || lower.StartsWith("<head") || lower.StartsWith("<body") ||
             ((lower.StartsWith("<?xml") || lower.StartsWith("<!--")) && lower.Contains("<html")))
             return LoadFormat.Html;

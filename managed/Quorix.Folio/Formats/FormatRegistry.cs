@@ -30,6 +30,8 @@ internal static class FormatRegistry
         Add(new Rtf.RtfReader());
         Add(new Odt.OdtWriter());
         Add(new Odt.OdtReader());
+        Add(new WordML.WordMLWriter());
+        Add(new WordML.WordMLReader());
         Add(new Rendering.PdfDocumentWriter());
         Add(new Rendering.ImageDocumentWriter(SaveFormat.Png));
         Add(new Rendering.ImageDocumentWriter(SaveFormat.Jpeg));

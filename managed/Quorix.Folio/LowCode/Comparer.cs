@@ -21,4 +21,15 @@ public static class Comparer
         original.Compare(new Document(v2), author, dateTime, compareOptions);
         original.Save(outputFile);
     }
+
+    public static Processor Create(ComparerContext context)
+    {
+        ArgumentNullException.ThrowIfNull(context);
+        return new Processor("Comparison", 2, 2, p =>
+        {
+            var original = p.Load(0);
+            original.Compare(p.Load(1), context.Author, context.DateTime, context.CompareOptions);
+            p.Save(original);
+        });
+    }
 }

@@ -39,4 +39,10 @@ public static class Converter
         ArgumentNullException.ThrowIfNull(saveOptions);
         new Document(input, loadOptions).Save(output, saveOptions);
     }
+
+    public static Processor Create(ConverterContext context)
+    {
+        ArgumentNullException.ThrowIfNull(context);
+        return Processor.EditOne("Conversion", _ => { });
+    }
 }

@@ -57,6 +57,14 @@ public static class Merger
         Merge(inputs, mergeFormatMode).Save(outputStream, saveFormat);
     }
 
+    /// <summary>The inputs are joined in the order they were given.</summary>
+    public static Processor Create(MergerContext context)
+    {
+        ArgumentNullException.ThrowIfNull(context);
+        return new Processor("Merging", 1, int.MaxValue, p =>
+            p.Save(Join(Enumerable.Range(0, p.InputCount).Select(p.Load), context.MergeFormatMode)));
+    }
+
     private static Document Join(IEnumerable<Document> docs, MergeFormatMode mode)
     {
         Document? result = null;

@@ -18,6 +18,18 @@ public static class Replacer
     public static int ReplaceRegex(string inputFile, string outputFile, string pattern, string replacement) =>
         Run(inputFile, outputFile, d => d.Range.Replace(new Regex(pattern), replacement));
 
+    /// <summary>The replacement is set on the context with <see cref="ReplacerContext.SetReplacement(string, string)"/>.</summary>
+    public static Processor Create(ReplacerContext context)
+    {
+        ArgumentNullException.ThrowIfNull(context);
+        return Processor.EditOne("Replacement", d =>
+        {
+            if (context.Regex != null) d.Range.Replace(context.Regex, context.Replacement, context.FindReplaceOptions);
+            else if (context.Pattern != null) d.Range.Replace(context.Pattern, context.Replacement, context.FindReplaceOptions);
+            else throw new InvalidOperationException("Nothing to replace: call SetReplacement on the context first.");
+        });
+    }
+
     private static int Run(string inputFile, string outputFile, Func<Document, int> replace)
     {
         ArgumentException.ThrowIfNullOrEmpty(outputFile);

@@ -31,16 +31,18 @@ public static class Splitter
     public static int Split(string inputFileName, string outputFileName, SplitOptions splitOptions)
     {
         ArgumentException.ThrowIfNullOrEmpty(outputFileName);
-        var format = FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFileName));
-        var full = Path.GetFullPath(outputFileName);
+        var options = SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(outputFileName)));
         var parts = Parts(new Document(inputFileName), splitOptions);
-        var names = new string[parts.Count];
+        SaveParts(parts, outputFileName, options);
+        return parts.Count;
+    }
+
+    private static void SaveParts(List<Document> parts, string pattern, SaveOptions? options)
+    {
+        var full = Path.GetFullPath(pattern);
+        options ??= SaveOptions.CreateSaveOptions(FileFormatUtil.ExtensionToSaveFormat(Path.GetExtension(full)));
         for (int i = 0; i < parts.Count; i++)
-        {
-            names[i] = Path.Combine(Path.GetDirectoryName(full)!, $"{Path.GetFileNameWithoutExtension(full)}_{i + 1}{Path.GetExtension(full)}");
-            parts[i].Save(names[i], format);
-        }
-        return names.Length;
+            parts[i].Save(Path.Combine(Path.GetDirectoryName(full)!, $"{Path.GetFileNameWithoutExtension(full)}_{i + 1}{Path.GetExtension(full)}"), options);
     }
 
     public static Stream[] Split(Stream inputStream, SaveFormat saveFormat, SplitOptions splitOptions)
@@ -53,6 +55,22 @@ public static class Splitter
             ms.Position = 0;
             return (Stream)ms;
         }).ToArray();
+    }
+
+    /// <summary>Each output file name is the pattern of the parts' names, as for <see cref="Split(string, string, SplitOptions)"/>.</summary>
+    public static Processor Create(SplitterContext context)
+    {
+        ArgumentNullException.ThrowIfNull(context);
+        return new Processor("Splitting", 1, 1, p =>
+        {
+            var parts = Parts(p.Load(0), context.SplitOptions);
+            foreach (var (target, options) in p.Outputs)
+            {
+                if (target is not string file)
+                    throw new NotSupportedException("A split makes several documents, which one stream cannot hold: give a file name.");
+                SaveParts(parts, file, options);
+            }
+        });
     }
 
     /// <summary>The parts as documents; each is a copy of the source cut down to its blocks, so that it

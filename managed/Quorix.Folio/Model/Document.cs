@@ -207,6 +207,9 @@ public sealed partial class Document : DocumentBase
     /// <summary>Title, author, dates, statistics and the other properties every document may carry.</summary>
     public Properties.BuiltInDocumentProperties BuiltInDocumentProperties => new(this);
 
+    /// <summary>The text or picture behind the text of every page.</summary>
+    public Watermark Watermark => new(this);
+
     /// <summary>Properties the document's authors defined by name.</summary>
     public Properties.CustomDocumentProperties CustomDocumentProperties => new(this);
 

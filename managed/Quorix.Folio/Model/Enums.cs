@@ -123,6 +123,7 @@ public enum SaveFormat
 {
     Unknown = 0,
     Docx = 20,
+    WordML = 22,
     FlatOpc = 24,
     Rtf = 30,
     Pdf = 40,
@@ -142,6 +143,7 @@ public enum LoadFormat
 {
     Auto = 0,
     Docx = 20,
+    WordML = 22,
     FlatOpc = 24,
     Rtf = 30,
     Html = 50,

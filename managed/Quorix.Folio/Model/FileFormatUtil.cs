@@ -88,7 +88,7 @@ public static class FileFormatUtil
         SaveFormat.Mhtml => ".mht",
         SaveFormat.Epub => ".epub",
         SaveFormat.Rtf => ".rtf",
-        SaveFormat.FlatOpc => ".xml",
+        SaveFormat.FlatOpc or SaveFormat.WordML => ".xml",
         SaveFormat.Xlsx => ".xlsx",
         SaveFormat.Odt => ".odt",
         SaveFormat.Pdf => ".pdf",
@@ -108,6 +108,7 @@ public static class FileFormatUtil
         LoadFormat.Mhtml => SaveFormat.Mhtml,
         LoadFormat.Rtf => SaveFormat.Rtf,
         LoadFormat.FlatOpc => SaveFormat.FlatOpc,
+        LoadFormat.WordML => SaveFormat.WordML,
         LoadFormat.Odt => SaveFormat.Odt,
         _ => throw new ArgumentException($"{loadFormat} has no matching save format.", nameof(loadFormat)),
     };

@@ -127,6 +127,22 @@ public sealed class RtfSaveOptions : SaveOptions
     public bool PrettyFormat { get; set; }
 }
 
+/// <summary>WordprocessingML 2003: the whole document, pictures included, as one XML file.</summary>
+public sealed class WordML2003SaveOptions : SaveOptions
+{
+    public override SaveFormat SaveFormat
+    {
+        get => SaveFormat.WordML;
+        set
+        {
+            if (value != SaveFormat.WordML) throw new ArgumentException("WordML2003SaveOptions saves WordprocessingML 2003 only.", nameof(value));
+        }
+    }
+
+    /// <summary>Indented markup, one element a line, for people reading the file.</summary>
+    public bool PrettyFormat { get; set; }
+}
+
 /// <summary>The unit lengths are written in, as office suites show them.</summary>
 public enum OdtSaveMeasureUnit
 {

@@ -52,6 +52,7 @@ public abstract class SaveOptions
         SaveFormat.Markdown => new MarkdownSaveOptions(),
         SaveFormat.Html or SaveFormat.Mhtml or SaveFormat.Epub => new HtmlSaveOptions(saveFormat),
         SaveFormat.Rtf => new RtfSaveOptions(),
+        SaveFormat.WordML => new WordML2003SaveOptions(),
         SaveFormat.Odt => new OdtSaveOptions(),
         SaveFormat.Xlsx => new XlsxSaveOptions(),
         SaveFormat.Pdf => new PdfSaveOptions(),

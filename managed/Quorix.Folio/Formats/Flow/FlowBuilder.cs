@@ -268,9 +268,9 @@ internal sealed class FlowBuilder
     }
 
     /// <summary>A footnote at the current position; the returned note is where its paragraphs go.</summary>
-    public Footnote StartFootnote()
+    public Footnote StartFootnote(FootnoteType type = FootnoteType.Footnote)
     {
-        var note = new Footnote(doc, FootnoteType.Footnote);
+        var note = new Footnote(doc, type);
         note.RPr = note.RPr.WithCharStyle(doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.FootnoteReference).StyleId);
         Paragraph.AppendChild(note);
         EnterContainer(note);

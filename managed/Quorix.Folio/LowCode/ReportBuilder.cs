@@ -1,0 +1,48 @@
+using Quorix.Folio.Reporting;
+
+namespace Quorix.Folio.LowCode;
+
+public sealed class ReportBuilderOptions
+{
+    public ReportBuildOptions Options { get; set; } = ReportBuildOptions.None;
+}
+
+/// <summary>Fills a report template file with data in one call and saves the result.</summary>
+public static class ReportBuilder
+{
+    public static void BuildReport(string inputFileName, string outputFileName, object data, ReportBuilderOptions? reportBuilderOptions) =>
+        Watermarker.Run(inputFileName, outputFileName, null, d => Build(d, new[] { data }, new string?[] { null }, reportBuilderOptions));
+
+    public static void BuildReport(string inputFileName, string outputFileName, object data, string dataSourceName, ReportBuilderOptions? reportBuilderOptions) =>
+        Watermarker.Run(inputFileName, outputFileName, null, d => Build(d, new[] { data }, new string?[] { dataSourceName }, reportBuilderOptions));
+
+    /// <summary>Several data sources, each under its name; any sequences serve and are read at once.</summary>
+    public static void BuildReport(string inputFileName, string outputFileName, System.Collections.IEnumerable data, System.Collections.IEnumerable dataSourceNames, ReportBuilderOptions? reportBuilderOptions)
+    {
+        ArgumentNullException.ThrowIfNull(data);
+        ArgumentNullException.ThrowIfNull(dataSourceNames);
+        var sources = data.Cast<object>().ToArray();
+        var names = MailMergeDataSource.Names(dataSourceNames, nameof(dataSourceNames));
+        Watermarker.Run(inputFileName, outputFileName, null, d => Build(d, sources, names, reportBuilderOptions));
+    }
+
+    public static void BuildReport(Stream inputStream, Stream outputStream, SaveFormat saveFormat, object data, string dataSourceName, ReportBuilderOptions? reportBuilderOptions) =>
+        Watermarker.Run(inputStream, outputStream, saveFormat, d => Build(d, new[] { data }, new string?[] { dataSourceName }, reportBuilderOptions));
+
+    public static Processor Create(ReportBuilderContext context)
+    {
+        ArgumentNullException.ThrowIfNull(context);
+        return Processor.EditOne("Report building", d =>
+        {
+            if (context.DataSources.Count == 0) throw new InvalidOperationException("The report has no data: add a data source to the context.");
+            Build(d, context.DataSources.ToArray(), context.DataSourceNames.ToArray(), context.ReportBuilderOptions);
+        });
+    }
+
+    private static void Build(Document doc, object[] data, string?[] names, ReportBuilderOptions? options)
+    {
+        ArgumentNullException.ThrowIfNull(data);
+        ArgumentNullException.ThrowIfNull(names);
+        new ReportingEngine { Options = options?.Options ?? ReportBuildOptions.None }.BuildReport(doc, data, names);
+    }
+}
