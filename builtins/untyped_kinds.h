@@ -32,3 +32,18 @@ PyObject* wrpPye_conv_clr_to_py(PyUkKind kind, void* handle);
 // kind's table accepts, or (for the collection kinds and enumerables) a Python object lent for
 // the call; else TypeError "can't build <Kind> value from '%s'". 1, or 0 with an error.
 int wrpPye_conv_py_to_clr(PyUkKind kind, PyObject* obj, VariantArg* out);
+
+// The same, by name, for the generated bindings (results come back as handles).
+#define QRX_UNTYPED_CONVERTERS(code, kind)                                                                \
+    inline PyObject* wrpPye_conv_clr_to_py_##code(void* handle) { return wrpPye_conv_clr_to_py(kind, handle); } \
+    inline int wrpPye_conv_py_to_clr_##code(PyObject* obj, VariantArg* out) { return wrpPye_conv_py_to_clr(kind, obj, out); }
+QRX_UNTYPED_CONVERTERS(idisposable, PyUkKind::Disposable)
+QRX_UNTYPED_CONVERTERS(iter, PyUkKind::Iter)
+QRX_UNTYPED_CONVERTERS(iterable, PyUkKind::Iterable)
+QRX_UNTYPED_CONVERTERS(icol, PyUkKind::ICol)
+QRX_UNTYPED_CONVERTERS(ilist, PyUkKind::IList)
+QRX_UNTYPED_CONVERTERS(rocolbase, PyUkKind::RoColBase)
+QRX_UNTYPED_CONVERTERS(colbase, PyUkKind::ColBase)
+QRX_UNTYPED_CONVERTERS(array, PyUkKind::Array)
+QRX_UNTYPED_CONVERTERS(arrlist, PyUkKind::ArrList)
+#undef QRX_UNTYPED_CONVERTERS

@@ -42,6 +42,24 @@ public static unsafe class PyCollections
             var other => throw new ArgumentException($"a {other.GetType().Name} is not a collection"),
         };
 
+    /// <summary>An array list: a managed one by handle, or an adapter over the list a Python object is lent as.</summary>
+    public static ArrayList? ArrayListOf(VariantArg* arg, out PyBorrowed? owned) =>
+        ListOf(arg, out owned) switch
+        {
+            null => null,
+            ArrayList list => list,
+            var other => ArrayList.Adapter(other),
+        };
+
+    /// <summary>A managed object of a kind no Python object can stand for (an enumerator, a disposable, a collection base).</summary>
+    public static T? HandleOf<T>(VariantArg* arg, out PyBorrowed? owned) where T : class
+    {
+        owned = null;
+        return arg->Tag is VariantArg.TagHandle or VariantArg.TagStructHandle
+            ? (T?)Handles.Target(arg->Value)
+            : throw new ArgumentException($"a Python object cannot stand for a {typeof(T).Name}");
+    }
+
     internal static IntPtr Slot(int table, int slot) => ((IntPtr*)PyRuntime.StaticCallbacks[table])[slot];
 }
 
