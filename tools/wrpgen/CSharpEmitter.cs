@@ -561,7 +561,7 @@ public static partial class CSharpEmitter
         w.Close();
     }
 
-    private sealed class Writer
+    internal sealed class Writer
     {
         private readonly StringBuilder _text = new();
         private int _depth;

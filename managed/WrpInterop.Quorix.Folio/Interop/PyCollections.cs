@@ -90,7 +90,8 @@ public abstract class PyBorrowed
 /// <summary>A Python iterable as a managed enumerable: each enumeration asks iter() afresh.</summary>
 public sealed unsafe class PyIterable : PyBorrowed, IEnumerable
 {
-    private const int UcolTable = 4, IterTable = 3, GetEnumerator_ = 4, Next_ = 0;
+    private const int UcolTable = CallbackSlots.Tables.Ucol, IterTable = CallbackSlots.Tables.Iter,
+        GetEnumerator_ = CallbackSlots.Ucol.GetEnumerator, Next_ = CallbackSlots.Iter.Next;
 
     internal PyIterable(IntPtr obj) : base(obj) { }
 
@@ -146,10 +147,15 @@ public sealed unsafe class PyIterable : PyBorrowed, IEnumerable
 /// </summary>
 public sealed unsafe class PyObjectList : PyBorrowed, IList
 {
-    private const int UcolTable = 4, OlistTable = 5, OseqTable = 6;
-    private const int ListLength = 0, RemoveAt_ = 1, Clear_ = 2, SequenceLength = 3;
-    private const int Get = 0, Set = 1, Add_ = 2, Insert_ = 3, Remove_ = 4, Contains_ = 5, IndexOf_ = 6;
-    private const int SeqGet = 0, SeqContains = 1, SeqIndexOf = 2;
+    private const int UcolTable = CallbackSlots.Tables.Ucol, OlistTable = CallbackSlots.Tables.Olist,
+        OseqTable = CallbackSlots.Tables.Oseq;
+    private const int ListLength = CallbackSlots.Ucol.ListLength, RemoveAt_ = CallbackSlots.Ucol.RemoveAt,
+        Clear_ = CallbackSlots.Ucol.Clear, SequenceLength = CallbackSlots.Ucol.SequenceLength;
+    private const int Get = CallbackSlots.Olist.GetItem, Set = CallbackSlots.Olist.SetItem, Add_ = CallbackSlots.Olist.Add,
+        Insert_ = CallbackSlots.Olist.Insert, Remove_ = CallbackSlots.Olist.Remove, Contains_ = CallbackSlots.Olist.Contains,
+        IndexOf_ = CallbackSlots.Olist.IndexOf;
+    private const int SeqGet = CallbackSlots.Oseq.GetItem, SeqContains = CallbackSlots.Oseq.Contains,
+        SeqIndexOf = CallbackSlots.Oseq.IndexOf;
 
     private readonly bool readOnly;
 
