@@ -5,12 +5,14 @@
 #include "builtins/seq_edit.h"
 #include "host/object_host.h"
 #include "marshal/conv_variant.h"
+#include "module/ids.h"
 #include "module/pysh_ref.h"
 #include "objects/bound_class.h"
 #include "objects/casting.h"
 #include "objects/collection_arg.h"
 #include "objects/handle_lookup.h"
 #include "objects/handle_release.h"
+#include "objects/host_markattr.h"
 #include "objects/wrapper_slots.h"
 
 namespace {
@@ -323,7 +325,7 @@ PyObject* iterable_iter(PyObject* self) {
         no_result();
         return nullptr;
     }
-    return PyShBound_ConvClrToPy(out.value, &g_types[static_cast<int>(PyUkKind::Iter)].type, HandleKind_Object);
+    return wrpPye_conv_clr_to_py(PyUkKind::Iter, out.value);
 }
 
 PyObject* iter_next(PyObject* self) {
@@ -737,7 +739,22 @@ PyTypeObject* PyUk_Type(PyUkKind kind) {
 
 const char* PyUk_Name(PyUkKind kind) { return kInfo[static_cast<int>(kind)].name; }
 
+int PyUk_Ready(PyUkKind kind) {
+    PyTypeObject* type = PyUk_Type(kind);
+    if (PyType_HasFeature(type, Py_TPFLAGS_READY))
+        return 0;
+    // marked as a wrapper type, so that handle lookups find the object behind it
+    if (PyType_Ready(type) < 0 || !fn_set_obj_type_host_markattr(type) ||
+        PyObject_GenericSetAttr(reinterpret_cast<PyObject*>(type), PyWrpIdMarkattr_Handle, Py_Ellipsis) < 0)
+        return -1;
+    return 0;
+}
+
 PyObject* wrpPye_conv_clr_to_py(PyUkKind kind, void* handle) {
+    if (PyUk_Ready(kind) < 0) {
+        PyShWrp_FreeGcHandlePtr(handle);
+        return nullptr;
+    }
     return PyShBound_ConvClrToPy(handle, PyUk_Type(kind), HandleKind_Object);
 }
 

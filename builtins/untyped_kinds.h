@@ -24,6 +24,9 @@ constexpr int kPyUkKindCount = 9;
 // The type object of a kind (not readied here), and its name in the _interop module.
 PyTypeObject* PyUk_Type(PyUkKind kind);
 const char* PyUk_Name(PyUkKind kind);
+// Readies the kind's type and marks it as a wrapper type, once (every module that wraps values
+// of the kind may be the first): 0, or -1 with an error.
+int PyUk_Ready(PyUkKind kind);
 
 // A managed value of the kind: None for NULL, else a new wrapper owning `handle`; NULL with an
 // error (handle freed).

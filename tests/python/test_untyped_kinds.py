@@ -6,6 +6,7 @@ import ctypes
 import gc
 import os
 import sys
+import tracemalloc
 
 import pytest
 
@@ -27,7 +28,7 @@ def as_array(values):
     """An untyped array wrapper over a managed object[] (the fixture hands it out as an IList)."""
     lst = U.fixed()
     arr = interop._ArrayWrapper._cast_as(lst)
-    assert type(arr) is interop._ArrayWrapper
+    assert type(arr).__name__ == "_ArrayWrapper"
     arr[:] = values
     return arr
 
@@ -203,7 +204,7 @@ class TestWriting:
         assert list(fixed) == [3, 1, 2]
 
     def test_collection_bases_are_lists(self):
-        names = U.names("b", "a")
+        names = U.names("b,a")
         names.append("c")
         names.sort()
         assert list(names) == ["a", "b", "c"] and names[1:] == ["b", "c"]
@@ -218,7 +219,7 @@ class TestIteration:
         assert error_of(next, it)[0] is StopIteration and error_of(next, it)[0] is StopIteration
         letters = U.letters("ab")
         assert list(letters) == ["a", "b"] and list(letters) == ["a", "b"]
-        assert type(iter(U.numbers(1))) is interop._IterWrapper
+        assert type(iter(U.numbers(1))).__name__ == "_IterWrapper"
 
     def test_a_failing_enumerator_stops_the_loop_with_the_managed_error(self):
         seen = []
@@ -255,7 +256,7 @@ class TestConversions:
     def test_casting_between_kinds(self):
         lst = U.numbers(2)
         cast = interop._IListWrapper._cast_to(lst)
-        assert cast and type(cast.value) is interop._IListWrapper and list(cast.value) == [0, 1]
+        assert cast and type(cast.value).__name__ == "_IListWrapper" and list(cast.value) == [0, 1]
         assert interop._ArrayWrapper._cast_as(lst) is None
         assert interop._IColWrapper._is_assignable(lst) is True
         assert interop._IDisposableWrapper._is_assignable(lst) is False
@@ -283,7 +284,8 @@ def test_iterating_and_slicing_leave_no_handle_and_no_reference():
     big = U.numbers(100_000)
     gc.collect()
     live = allocated() - freed()
-    refs = sys.gettotalrefcount() if hasattr(sys, "gettotalrefcount") else None
+    tracemalloc.start()
+    start, _ = tracemalloc.get_traced_memory()
     total = 0
     for x in big:
         total += x
@@ -292,7 +294,9 @@ def test_iterating_and_slicing_leave_no_handle_and_no_reference():
     assert total == sum(range(100_000)) and part == list(range(10_000, 20_000)) and len(every_other) == 10_000
     del part, every_other, x
     gc.collect()
-    # the only handle made is the enumerator's, and it is freed with its wrapper
+    end, _ = tracemalloc.get_traced_memory()
+    tracemalloc.stop()
+    # the only handle made is the enumerator's, and it is freed with its wrapper; the 120,000
+    # items crossed as Python ints and left nothing behind
     assert allocated() - freed() == live
-    if refs is not None:
-        assert abs(sys.gettotalrefcount() - refs) < 100
+    assert end - start < 64 * 1024
