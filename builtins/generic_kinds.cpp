@@ -1,6 +1,7 @@
 #include "builtins/generic_kinds.h"
 
 #include "builtins/seq_access.h"
+#include "builtins/seq_edit.h"
 #include "module/pysh_ref.h"
 #include "objects/host_table.h"
 #include "objects/bound_class.h"
@@ -163,16 +164,6 @@ PyObject* tp_new(PyTypeObject* type, PyObject*, PyObject*) {
     return PyShBound_Alloc(type);
 }
 
-// An index argument in int32 range: 1, or 0 with OverflowError (for PyArg "O&").
-int to_index(PyObject* obj, void* out) {
-    Py_ssize_t i = PyNumber_AsSsize_t(obj, PyExc_OverflowError);
-    if (i == -1 && PyErr_Occurred())
-        return 0;
-    if (PySeq_CheckIndex(i) < 0)
-        return 0;
-    *static_cast<Py_ssize_t*>(out) = i;
-    return 1;
-}
 
 }  // namespace
 
@@ -236,7 +227,7 @@ PyObject* PyGn_Index(PyObject* self, PyObject* args) {
     const PyGnOps& ops = ops_of(self);
     PyObject* value = nullptr;
     Py_ssize_t start = 0, stop = 0;
-    if (!PyArg_ParseTuple(args, "O|O&O&:index", &value, to_index, &start, to_index, &stop))
+    if (!PyArg_ParseTuple(args, "O|O&O&:index", &value, PySeq_IndexArg, &start, PySeq_IndexArg, &stop))
         return nullptr;
     void* element = nullptr;
     if (!element_of(ops, value, &element))
@@ -272,16 +263,8 @@ PyObject* PyGn_Contains(PyObject* self, PyObject* value) {
 }
 
 PyObject* PyGn_Sort(PyObject* self, PyObject* args, PyObject* kwargs) {
-    static const char* const kw[] = {"key", "reverse", nullptr};
-    PyObject* key = Py_None;
     int reverse = 0;
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "|Op:sort", const_cast<char**>(kw), &key, &reverse))
-        return nullptr;
-    if (key != Py_None) {
-        PyErr_SetString(PyExc_ValueError, "custom sorting key is not supported");
-        return nullptr;
-    }
-    if (PyShBound_Unbound(self))
+    if (PySeq_SortArgs(args, kwargs, &reverse) < 0 || PyShBound_Unbound(self))
         return nullptr;
     ops_of(self).sort(PyShBound_Handle(self), reverse);
     if (PyErr_Occurred())

@@ -106,6 +106,19 @@ int PySeq_IndexArg(PyObject* obj, void* out) {
     return 1;
 }
 
+int PySeq_SortArgs(PyObject* args, PyObject* kwargs, int* reverse) {
+    static const char* const kw[] = {"key", "reverse", nullptr};
+    PyObject* key = Py_None;
+    *reverse = 0;
+    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "|Op:sort", const_cast<char**>(kw), &key, reverse))
+        return -1;
+    if (key != Py_None) {
+        PyErr_SetString(PyExc_ValueError, "custom sorting key is not supported");
+        return -1;
+    }
+    return 0;
+}
+
 PyObject* PySeq_Append(PyObject* self, PyObject* value, const PySeqEdit& edit) {
     if (edit.add(self, value) < 0)
         return nullptr;

@@ -44,6 +44,10 @@ int PySeq_AssSubscriptList(PyObject* self, PyObject* key, PyObject* value, const
 PyObject* PySeq_InplaceConcat(PyObject* self, PyObject* other, const PySeqEdit& edit);
 PyObject* PySeq_InplaceRepeat(PyObject* self, Py_ssize_t n, const PySeqEdit& edit);
 
+// The arguments of sort(key=None, reverse=False): 0 with *reverse, or -1 with an error
+// (ValueError "custom sorting key is not supported" for any key but None).
+int PySeq_SortArgs(PyObject* args, PyObject* kwargs, int* reverse);
+
 // O& converter of an index argument: its value within int32 in *(Py_ssize_t*)out; 1, or 0
 // with OverflowError.
 int PySeq_IndexArg(PyObject* obj, void* out);

@@ -410,16 +410,8 @@ PyObject* m_contains(PyObject* self, PyObject* value) {
 }
 
 PyObject* m_sort(PyObject* self, PyObject* args, PyObject* kwargs) {
-    static const char* const kw[] = {"key", "reverse", nullptr};
-    PyObject* key = Py_None;
     int reverse = 0;
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "|Op:sort", const_cast<char**>(kw), &key, &reverse))
-        return nullptr;
-    if (key != Py_None) {
-        PyErr_SetString(PyExc_ValueError, "custom sorting key is not supported");
-        return nullptr;
-    }
-    if (PyShBound_Unbound(self))
+    if (PySeq_SortArgs(args, kwargs, &reverse) < 0 || PyShBound_Unbound(self))
         return nullptr;
     int32_t status = ops_of(self).sort(handle(self), reverse);
     if (status < 0 || PyErr_Occurred())
