@@ -300,3 +300,52 @@ def test_iterating_and_slicing_leave_no_handle_and_no_reference():
     # items crossed as Python ints and left nothing behind
     assert allocated() - freed() == live
     assert end - start < 64 * 1024
+
+
+class TestGenericLists:
+    """Lists of a bound element type edit like the untyped ones, with the element's own conversion."""
+
+    @staticmethod
+    def names(lst):
+        return [n.name for n in lst]
+
+    def test_a_list_grows_and_shrinks_with_typed_elements(self):
+        lst = bt.NodeLists.named("a,b,c")
+        extra = bt.Node("x")
+        lst.append(extra)
+        lst.insert(0, bt.Node("first"))
+        lst.insert(-1, bt.Node("before x"))
+        assert self.names(lst) == ["first", "a", "b", "c", "before x", "x"]
+        assert type(lst[5]) is bt.Node and lst.index(extra) == 5 and lst.count(extra) == 1 and extra in lst
+        lst.remove(extra)
+        assert error_of(lst.remove, extra) == (ValueError, "list.remove(x): x not in list")
+        assert lst.pop().name == "before x" and lst.pop(0).name == "first"
+        assert error_of(lst.pop, 7) == (IndexError, "pop index out of range")
+        del lst[0]
+        lst[0:1] = [bt.Node("B")]
+        assert self.names(lst) == ["B", "c"]
+        lst.extend([bt.Node("d"), bt.Node("e")])
+        lst.extend(lst)
+        assert self.names(lst) == ["B", "c", "d", "e"] * 2
+        del lst[::2]
+        assert self.names(lst) == ["c", "e", "c", "e"]
+        lst *= 2
+        lst += [bt.Node("z")]
+        assert len(lst) == 9
+        lst.clear()
+        assert len(lst) == 0 and error_of(lst.pop) == (IndexError, "pop from empty list")
+
+    def test_elements_of_another_type_are_refused_by_the_element_converter(self):
+        lst = bt.NodeLists.named("a")
+        kind, text = error_of(lst.append, 1)
+        assert kind is TypeError and text == "can't build Node value from 'int'"
+        assert error_of(lst.insert, 0, "a")[0] is TypeError and len(lst) == 1
+        assert error_of(lst.sort, key=len) == (ValueError, "custom sorting key is not supported")
+
+    def test_a_read_only_list_refuses_edits_on_the_managed_side(self):
+        frozen = bt.NodeLists.frozen("a,b")
+        assert self.names(frozen) == ["a", "b"] and self.names(frozen[::-1]) == ["b", "a"]
+        for edit in (lambda: frozen.append(bt.Node()), lambda: frozen.pop(), lambda: frozen.__delitem__(0),
+                     lambda: frozen.clear()):
+            assert error_of(edit)[0] is RuntimeError
+        assert self.names(frozen) == ["a", "b"]
