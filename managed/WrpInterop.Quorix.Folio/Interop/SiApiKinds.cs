@@ -23,7 +23,7 @@ public static unsafe class SiApiDisposable
 public static unsafe class SiApiEnumerator
 {
     [UnmanagedCallersOnly]
-    public static int MoveNext(IntPtr self, IntPtr* a1) => UntypedStubs.MoveNext(self, a1);
+    public static int MoveNext(IntPtr self, IntPtr* item) => UntypedStubs.MoveNext(self, item);
 
     [UnmanagedCallersOnly]
     public static int btp_IsAssignable(IntPtr obj) => BuiltinStubs<IEnumerator>.IsAssignable(obj);
@@ -43,7 +43,7 @@ public static unsafe class SiApiEnumerable
 {
 #if !QRX_OMIT_ENUMERABLE_GET_ENUMERATOR  // the broken-table fixture leaves it out
     [UnmanagedCallersOnly]
-    public static int GetEnumerator(IntPtr self, VariantArg* a1) => UntypedStubs.GetEnumerator(self, a1);
+    public static int GetEnumerator(IntPtr self, VariantArg* result) => UntypedStubs.GetEnumerator(self, result);
 #endif
 
     [UnmanagedCallersOnly]
@@ -66,10 +66,10 @@ public static unsafe class SiApiCntCollection
     public static int SqLength(IntPtr self) => UntypedStubs.SqLength(self);
 
     [UnmanagedCallersOnly]
-    public static int SqContains(IntPtr self, VariantArg* a1) => UntypedStubs.SqContains(self, a1);
+    public static int SqContains(IntPtr self, VariantArg* value) => UntypedStubs.SqContains(self, value);
 
     [UnmanagedCallersOnly]
-    public static int CountOf(IntPtr self, VariantArg* a1) => UntypedStubs.CountOf(self, a1);
+    public static int CountOf(IntPtr self, VariantArg* value) => UntypedStubs.CountOf(self, value);
 
     [UnmanagedCallersOnly]
     public static int btp_IsAssignable(IntPtr obj) => BuiltinStubs<ICollection>.IsAssignable(obj);
@@ -88,61 +88,61 @@ public static unsafe class SiApiCntCollection
 public static unsafe class SiApiCntList
 {
     [UnmanagedCallersOnly]
-    public static int SqGetItem(IntPtr self, int a1, IntPtr* a2) => UntypedStubs.SqGetItem(self, a1, a2);
+    public static int SqGetItem(IntPtr self, int index, IntPtr* item) => UntypedStubs.SqGetItem(self, index, item);
 
     [UnmanagedCallersOnly]
-    public static IntPtr SqGetItemNoCheck(IntPtr self, int a1) => UntypedStubs.SqGetItemNoCheck(self, a1);
+    public static IntPtr SqGetItemNoCheck(IntPtr self, int index) => UntypedStubs.SqGetItemNoCheck(self, index);
 
     [UnmanagedCallersOnly]
-    public static int SqSetItem(IntPtr self, int a1, VariantArg* a2) => UntypedStubs.SqSetItem(self, a1, a2);
+    public static int SqSetItem(IntPtr self, int index, VariantArg* value) => UntypedStubs.SqSetItem(self, index, value);
 
     [UnmanagedCallersOnly]
-    public static int SqSetItemNoCheck(IntPtr self, int a1, VariantArg* a2) => UntypedStubs.SqSetItemNoCheck(self, a1, a2);
+    public static int SqSetItemNoCheck(IntPtr self, int index, VariantArg* value) => UntypedStubs.SqSetItemNoCheck(self, index, value);
 
     [UnmanagedCallersOnly]
-    public static int Add(IntPtr self, VariantArg* a1) => UntypedStubs.Add(self, a1);
+    public static int Add(IntPtr self, VariantArg* value) => UntypedStubs.Add(self, value);
 
     [UnmanagedCallersOnly]
-    public static int Insert(IntPtr self, int a1, VariantArg* a2) => UntypedStubs.Insert(self, a1, a2);
+    public static int Insert(IntPtr self, int index, VariantArg* value) => UntypedStubs.Insert(self, index, value);
 
     [UnmanagedCallersOnly]
-    public static int Remove(IntPtr self, VariantArg* a1) => UntypedStubs.Remove(self, a1);
+    public static int Remove(IntPtr self, VariantArg* value) => UntypedStubs.Remove(self, value);
 
     [UnmanagedCallersOnly]
-    public static int RemoveAt(IntPtr self, int a1) => UntypedStubs.RemoveAt(self, a1);
+    public static int RemoveAt(IntPtr self, int index) => UntypedStubs.RemoveAt(self, index);
 
     [UnmanagedCallersOnly]
-    public static int Pop(IntPtr self, int a1, int a2, IntPtr* a3) => UntypedStubs.Pop(self, a1, a2, a3);
+    public static int Pop(IntPtr self, int index, int hasIndex, IntPtr* item) => UntypedStubs.Pop(self, index, hasIndex, item);
 
     [UnmanagedCallersOnly]
     public static int Clear(IntPtr self) => UntypedStubs.Clear(self);
 
     [UnmanagedCallersOnly]
-    public static int SqInplaceConcat(IntPtr self, VariantArg* a1) => UntypedStubs.SqInplaceConcat(self, a1);
+    public static int SqInplaceConcat(IntPtr self, VariantArg* items) => UntypedStubs.SqInplaceConcat(self, items);
 
     [UnmanagedCallersOnly]
-    public static int SqInplaceRepeat(IntPtr self, int a1) => UntypedStubs.SqInplaceRepeat(self, a1);
+    public static int SqInplaceRepeat(IntPtr self, int count) => UntypedStubs.SqInplaceRepeat(self, count);
 
     [UnmanagedCallersOnly]
-    public static int MpSetItems(IntPtr self, VariantArg* a1, int a2, int a3, int a4) => UntypedStubs.MpSetItems(self, a1, a2, a3, a4);
+    public static int MpSetItems(IntPtr self, VariantArg* items, int start, int count, int step) => UntypedStubs.MpSetItems(self, items, start, count, step);
 
     [UnmanagedCallersOnly]
-    public static int MpRemoveItems(IntPtr self, int a1, int a2, int a3) => UntypedStubs.MpRemoveItems(self, a1, a2, a3);
+    public static int MpRemoveItems(IntPtr self, int start, int count, int step) => UntypedStubs.MpRemoveItems(self, start, count, step);
 
     [UnmanagedCallersOnly]
     public static int Reverse(IntPtr self) => UntypedStubs.Reverse(self);
 
     [UnmanagedCallersOnly]
-    public static int Sort(IntPtr self, int a1) => UntypedStubs.Sort(self, a1);
+    public static int Sort(IntPtr self, int reverse) => UntypedStubs.Sort(self, reverse);
 
     [UnmanagedCallersOnly]
-    public static int IndexBy(IntPtr self, int a1, int a2, int a3, int a4, VariantArg* a5) => UntypedStubs.IndexBy(self, a1, a2, a3, a4, a5);
+    public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value) => UntypedStubs.IndexBy(self, hasStart, start, hasStop, stop, value);
 
     [UnmanagedCallersOnly]
-    public static int SqContains(IntPtr self, VariantArg* a1) => UntypedStubs.SqContains(self, a1);
+    public static int SqContains(IntPtr self, VariantArg* value) => UntypedStubs.SqContains(self, value);
 
     [UnmanagedCallersOnly]
-    public static int CountOf(IntPtr self, VariantArg* a1) => UntypedStubs.CountOf(self, a1);
+    public static int CountOf(IntPtr self, VariantArg* value) => UntypedStubs.CountOf(self, value);
 
     [UnmanagedCallersOnly]
     public static int btp_IsAssignable(IntPtr obj) => BuiltinStubs<IList>.IsAssignable(obj);
@@ -164,36 +164,36 @@ public static unsafe class SiApiArray
     public static int SqLength(IntPtr self) => UntypedStubs.SqLength(self);
 
     [UnmanagedCallersOnly]
-    public static int SqContains(IntPtr self, VariantArg* a1) => UntypedStubs.SqContains(self, a1);
+    public static int SqContains(IntPtr self, VariantArg* value) => UntypedStubs.SqContains(self, value);
 
     [UnmanagedCallersOnly]
-    public static int SqGetItem(IntPtr self, int a1, IntPtr* a2) => UntypedStubs.SqGetItem(self, a1, a2);
+    public static int SqGetItem(IntPtr self, int index, IntPtr* item) => UntypedStubs.SqGetItem(self, index, item);
 
     [UnmanagedCallersOnly]
-    public static IntPtr SqGetItemNoCheck(IntPtr self, int a1) => UntypedStubs.SqGetItemNoCheck(self, a1);
+    public static IntPtr SqGetItemNoCheck(IntPtr self, int index) => UntypedStubs.SqGetItemNoCheck(self, index);
 
     [UnmanagedCallersOnly]
-    public static int SqSetItem(IntPtr self, int a1, VariantArg* a2) => UntypedStubs.SqSetItem(self, a1, a2);
+    public static int SqSetItem(IntPtr self, int index, VariantArg* value) => UntypedStubs.SqSetItem(self, index, value);
 
 #if !QRX_OMIT_ARRAY_SET_ITEM_NO_CHEK  // the broken-table fixture leaves it out
     [UnmanagedCallersOnly]
-    public static int SqSetItemNoChek(IntPtr self, int a1, VariantArg* a2) => UntypedStubs.SqSetItemNoCheck(self, a1, a2);
+    public static int SqSetItemNoChek(IntPtr self, int index, VariantArg* value) => UntypedStubs.SqSetItemNoCheck(self, index, value);
 #endif
 
     [UnmanagedCallersOnly]
-    public static int MpSetItems(IntPtr self, VariantArg* a1, int a2, int a3, int a4) => UntypedStubs.MpSetItems(self, a1, a2, a3, a4);
+    public static int MpSetItems(IntPtr self, VariantArg* items, int start, int count, int step) => UntypedStubs.MpSetItems(self, items, start, count, step);
 
     [UnmanagedCallersOnly]
     public static int Reverse(IntPtr self) => UntypedStubs.Reverse(self);
 
     [UnmanagedCallersOnly]
-    public static int Sort(IntPtr self, int a1) => UntypedStubs.Sort(self, a1);
+    public static int Sort(IntPtr self, int reverse) => UntypedStubs.Sort(self, reverse);
 
     [UnmanagedCallersOnly]
-    public static int IndexBy(IntPtr self, int a1, int a2, int a3, int a4, VariantArg* a5) => UntypedStubs.IndexBy(self, a1, a2, a3, a4, a5);
+    public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value) => UntypedStubs.IndexBy(self, hasStart, start, hasStop, stop, value);
 
     [UnmanagedCallersOnly]
-    public static int CountOf(IntPtr self, VariantArg* a1) => UntypedStubs.CountOf(self, a1);
+    public static int CountOf(IntPtr self, VariantArg* value) => UntypedStubs.CountOf(self, value);
 
     [UnmanagedCallersOnly]
     public static int btp_IsAssignable(IntPtr obj) => BuiltinStubs<Array>.IsAssignable(obj);
@@ -218,64 +218,64 @@ public static unsafe class SiApiArrayList
     public static int SqLength(IntPtr self) => UntypedStubs.SqLength(self);
 
     [UnmanagedCallersOnly]
-    public static int Add(IntPtr self, VariantArg* a1) => UntypedStubs.Add(self, a1);
+    public static int Add(IntPtr self, VariantArg* value) => UntypedStubs.Add(self, value);
 
     [UnmanagedCallersOnly]
-    public static int Remove(IntPtr self, VariantArg* a1) => UntypedStubs.Remove(self, a1);
+    public static int Remove(IntPtr self, VariantArg* value) => UntypedStubs.Remove(self, value);
 
     [UnmanagedCallersOnly]
     public static int Clear(IntPtr self) => UntypedStubs.Clear(self);
 
     [UnmanagedCallersOnly]
-    public static int SqContains(IntPtr self, VariantArg* a1) => UntypedStubs.SqContains(self, a1);
+    public static int SqContains(IntPtr self, VariantArg* value) => UntypedStubs.SqContains(self, value);
 
     [UnmanagedCallersOnly]
-    public static int SqGetItem(IntPtr self, int a1, IntPtr* a2) => UntypedStubs.SqGetItem(self, a1, a2);
+    public static int SqGetItem(IntPtr self, int index, IntPtr* item) => UntypedStubs.SqGetItem(self, index, item);
 
     [UnmanagedCallersOnly]
-    public static IntPtr SqGetItemNoCheck(IntPtr self, int a1) => UntypedStubs.SqGetItemNoCheck(self, a1);
+    public static IntPtr SqGetItemNoCheck(IntPtr self, int index) => UntypedStubs.SqGetItemNoCheck(self, index);
 
     [UnmanagedCallersOnly]
-    public static int SqSetItem(IntPtr self, int a1, VariantArg* a2) => UntypedStubs.SqSetItem(self, a1, a2);
+    public static int SqSetItem(IntPtr self, int index, VariantArg* value) => UntypedStubs.SqSetItem(self, index, value);
 
     [UnmanagedCallersOnly]
-    public static int SqSetItemNoChek(IntPtr self, int a1, VariantArg* a2) => UntypedStubs.SqSetItemNoCheck(self, a1, a2);
+    public static int SqSetItemNoChek(IntPtr self, int index, VariantArg* value) => UntypedStubs.SqSetItemNoCheck(self, index, value);
 
     [UnmanagedCallersOnly]
-    public static int Insert(IntPtr self, int a1, VariantArg* a2) => UntypedStubs.Insert(self, a1, a2);
+    public static int Insert(IntPtr self, int index, VariantArg* value) => UntypedStubs.Insert(self, index, value);
 
     [UnmanagedCallersOnly]
-    public static int RemoveAt(IntPtr self, int a1) => UntypedStubs.RemoveAt(self, a1);
+    public static int RemoveAt(IntPtr self, int index) => UntypedStubs.RemoveAt(self, index);
 
     [UnmanagedCallersOnly]
-    public static int Pop(IntPtr self, int a1, int a2, IntPtr* a3) => UntypedStubs.Pop(self, a1, a2, a3);
+    public static int Pop(IntPtr self, int index, int hasIndex, IntPtr* item) => UntypedStubs.Pop(self, index, hasIndex, item);
 
     [UnmanagedCallersOnly]
-    public static int SqInplaceConcat(IntPtr self, VariantArg* a1) => UntypedStubs.SqInplaceConcat(self, a1);
+    public static int SqInplaceConcat(IntPtr self, VariantArg* items) => UntypedStubs.SqInplaceConcat(self, items);
 
     [UnmanagedCallersOnly]
-    public static int SqInplaceRepeat(IntPtr self, int a1) => UntypedStubs.SqInplaceRepeat(self, a1);
+    public static int SqInplaceRepeat(IntPtr self, int count) => UntypedStubs.SqInplaceRepeat(self, count);
 
     [UnmanagedCallersOnly]
-    public static int MpSetItems(IntPtr self, VariantArg* a1, int a2, int a3, int a4) => UntypedStubs.MpSetItems(self, a1, a2, a3, a4);
+    public static int MpSetItems(IntPtr self, VariantArg* items, int start, int count, int step) => UntypedStubs.MpSetItems(self, items, start, count, step);
 
     [UnmanagedCallersOnly]
-    public static int MpRemoveItems(IntPtr self, int a1, int a2, int a3) => UntypedStubs.MpRemoveItems(self, a1, a2, a3);
+    public static int MpRemoveItems(IntPtr self, int start, int count, int step) => UntypedStubs.MpRemoveItems(self, start, count, step);
 
     [UnmanagedCallersOnly]
     public static int Reverse(IntPtr self) => UntypedStubs.Reverse(self);
 
     [UnmanagedCallersOnly]
-    public static int Sort(IntPtr self, int a1) => UntypedStubs.Sort(self, a1);
+    public static int Sort(IntPtr self, int reverse) => UntypedStubs.Sort(self, reverse);
 
     [UnmanagedCallersOnly]
-    public static int IndexBy(IntPtr self, int a1, int a2, int a3, int a4, VariantArg* a5) => UntypedStubs.IndexBy(self, a1, a2, a3, a4, a5);
+    public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value) => UntypedStubs.IndexBy(self, hasStart, start, hasStop, stop, value);
 
     [UnmanagedCallersOnly]
-    public static int CountOf(IntPtr self, VariantArg* a1) => UntypedStubs.CountOf(self, a1);
+    public static int CountOf(IntPtr self, VariantArg* value) => UntypedStubs.CountOf(self, value);
 
     [UnmanagedCallersOnly]
-    public static int EnsureCapacity(IntPtr self, int a1) => UntypedStubs.EnsureCapacity(self, a1);
+    public static int EnsureCapacity(IntPtr self, int more) => UntypedStubs.EnsureCapacity(self, more);
 
     [UnmanagedCallersOnly]
     public static int btp_IsAssignable(IntPtr obj) => BuiltinStubs<ArrayList>.IsAssignable(obj);
