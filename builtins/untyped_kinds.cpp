@@ -463,18 +463,24 @@ PyObject* c_reinterpret(PyObject*, PyObject* o) { return PyShCast_Reinterpret(ca
 template <PyUkKind K>
 PyObject* c_cast_as(PyObject*, PyObject* o) { return PyShCast_CastAs(cast_ops<K>(), o); }
 
-#define QRX_CAST_BLOCK(K)                                                    \
-    {"get_type", wrapClrObject_get_type, METH_NOARGS, ""},                   \
-        {"_type_of", c_type_of<K>, METH_NOARGS | METH_STATIC, ""},           \
-        {"_cast_to", c_cast_to<K>, METH_O | METH_STATIC, ""},                \
-        {"_cast_from", PyShCast_NoCast, METH_O, ""},                         \
-        {"_is_assignable", c_is_assignable<K>, METH_O | METH_STATIC, ""},    \
-        {"_reinterpret_obj", c_reinterpret<K>, METH_O | METH_STATIC, ""},    \
-        {"_cast_as", c_cast_as<K>, METH_O | METH_STATIC, ""},                \
-        {"_qrxsc2p_asserttp", wrapPySealTp_qrxsc2p_asserttp, METH_NOARGS | METH_CLASS, ""}, \
-    {                                                                        \
-        nullptr, nullptr, 0, nullptr                                         \
+// The casting block: the collection kinds list _cast_from after the static functions, the
+// iterator, enumerable and disposable kinds right after _cast_to.
+#define QRX_CAST_HEAD(K)                                           \
+    {"get_type", wrapClrObject_get_type, METH_NOARGS, ""},         \
+        {"_type_of", c_type_of<K>, METH_NOARGS | METH_STATIC, ""}, \
+        {"_cast_to", c_cast_to<K>, METH_O | METH_STATIC, ""}
+#define QRX_CAST_TAIL(K)                                                                \
+    {"_is_assignable", c_is_assignable<K>, METH_O | METH_STATIC, ""},                   \
+        {"_reinterpret_obj", c_reinterpret<K>, METH_O | METH_STATIC, ""},               \
+        {"_cast_as", c_cast_as<K>, METH_O | METH_STATIC, ""}
+#define QRX_CAST_FROM {"_cast_from", PyShCast_NoCast, METH_O, ""}
+#define QRX_CAST_END                                                                    \
+    {"_qrxsc2p_asserttp", wrapPySealTp_qrxsc2p_asserttp, METH_NOARGS | METH_CLASS, ""}, \
+    {                                                                                   \
+        nullptr, nullptr, 0, nullptr                                                    \
     }
+#define QRX_CAST_BLOCK(K) QRX_CAST_HEAD(K), QRX_CAST_TAIL(K), QRX_CAST_FROM, QRX_CAST_END
+#define QRX_PROTOCOL_CAST_BLOCK(K) QRX_CAST_HEAD(K), QRX_CAST_FROM, QRX_CAST_TAIL(K), QRX_CAST_END
 
 #define QRX_COL_METHODS                                       \
     {"count", m_count, METH_O, ""}, {"copy", m_copy, METH_NOARGS, ""}, {"contains", m_contains, METH_O, ""}
@@ -488,9 +494,9 @@ PyObject* c_cast_as(PyObject*, PyObject* o) { return PyShCast_CastAs(cast_ops<K>
 
 PyMethodDef kDisposableMethods[] = {{"__enter__", m_enter, METH_NOARGS, ""},
                                     {"__exit__", m_exit, METH_VARARGS, ""},
-                                    QRX_CAST_BLOCK(PyUkKind::Disposable)};
-PyMethodDef kIterMethods[] = {QRX_CAST_BLOCK(PyUkKind::Iter)};
-PyMethodDef kIterableMethods[] = {QRX_CAST_BLOCK(PyUkKind::Iterable)};
+                                    QRX_PROTOCOL_CAST_BLOCK(PyUkKind::Disposable)};
+PyMethodDef kIterMethods[] = {QRX_PROTOCOL_CAST_BLOCK(PyUkKind::Iter)};
+PyMethodDef kIterableMethods[] = {QRX_PROTOCOL_CAST_BLOCK(PyUkKind::Iterable)};
 PyMethodDef kIColMethods[] = {QRX_COL_METHODS, QRX_CAST_BLOCK(PyUkKind::ICol)};
 PyMethodDef kRoColBaseMethods[] = {QRX_COL_METHODS, QRX_CAST_BLOCK(PyUkKind::RoColBase)};
 PyMethodDef kIListMethods[] = {QRX_LIST_METHODS, QRX_CAST_BLOCK(PyUkKind::IList)};
@@ -518,7 +524,12 @@ PyMethodDef kArrListMethods[] = {{"extend", m_extend, METH_O, ""},
 
 #undef QRX_LIST_METHODS
 #undef QRX_COL_METHODS
+#undef QRX_PROTOCOL_CAST_BLOCK
 #undef QRX_CAST_BLOCK
+#undef QRX_CAST_END
+#undef QRX_CAST_FROM
+#undef QRX_CAST_TAIL
+#undef QRX_CAST_HEAD
 #undef QRX_KW
 
 PyObject* tp_new(PyTypeObject* type, PyObject*, PyObject*) {

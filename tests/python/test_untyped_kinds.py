@@ -51,6 +51,19 @@ class TestTypes:
         }
         assert [type(k).__name__ for k in kinds] == list(kinds.values())
 
+    def test_methods_come_in_the_order_of_each_kinds_table(self):
+        def methods(t):
+            return [n for n, v in vars(t).items()
+                    if type(v).__name__ in ("method_descriptor", "classmethod_descriptor", "staticmethod")]
+        casts = ["get_type", "_type_of", "_cast_to", "_is_assignable", "_reinterpret_obj", "_cast_as", "_cast_from",
+                 "_qrxsc2p_asserttp"]
+        assert methods(interop._ArrayWrapper) == ["index", "count", "sort", "reverse", "copy", "contains"] + casts
+        assert methods(interop._ArrListWrapper)[:3] == ["extend", "append", "insert"]
+        assert methods(interop._IColWrapper) == ["count", "copy", "contains"] + casts
+        assert methods(interop._IDisposableWrapper) == [
+            "__enter__", "__exit__", "get_type", "_type_of", "_cast_to", "_cast_from", "_is_assignable",
+            "_reinterpret_obj", "_cast_as", "_qrxsc2p_asserttp"]
+
     def test_wrappers_cannot_be_made_or_subclassed_from_python(self):
         for t in (interop._IListWrapper, interop._IterWrapper, interop._IDisposableWrapper):
             assert error_of(t) == (TypeError, "type has no available constructor")
