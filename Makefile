@@ -33,7 +33,16 @@ deps:
 
 build: deps generate stubs native managed stage
 
-generate: $(GEN_DIR)/folio/stamp $(GEN_DIR)/bindtest/stamp $(GEN_DIR)/pyintro/stamp $(GEN_DIR)/pygfx/stamp
+generate: callback-slots $(GEN_DIR)/folio/stamp $(GEN_DIR)/bindtest/stamp $(GEN_DIR)/pyintro/stamp $(GEN_DIR)/pygfx/stamp
+
+# The callback tables' slots are listed once; the interop assembly's numbers are emitted from the
+# list into a source file kept with the interop code (its fixtures compile that folder alone).
+CALLBACK_SLOTS := managed/WrpInterop.Quorix.Folio/Interop/CallbackSlots.cs
+.PHONY: callback-slots
+callback-slots: $(CALLBACK_SLOTS)
+
+$(CALLBACK_SLOTS): builtins/callback_tables.def $(WRPGEN)
+	$(DOTNET) $(WRPGEN) emit-slots $< --out $@
 
 $(WRPGEN): $(wildcard tools/wrpgen/*.cs) tools/wrpgen/Quorix.WrpGen.csproj
 	$(DOTNET) build tools/wrpgen/Quorix.WrpGen.csproj $(DOTNET_OPTS) -o $(dir $@)

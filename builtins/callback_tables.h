@@ -23,38 +23,27 @@ PyObject* fn_conv_clr_string_to_py_unraisable(const char16_t* data, int32_t leng
 // New bytearray copy, or NULL.
 PyObject* fn_conv_clr_bytes_to_py_bytes(const uint8_t* data, int32_t length);
 
-// Tables of function pointers.
-constexpr int kPyObjApiCallbacks = 4;
-constexpr int kPyExceptionCallbacks = 2;
-constexpr int kPyReadCallbacks = 11;
-constexpr int kPyWriteCallbacks = 15;
-constexpr int kPyBufferCallbacks = 4;
-constexpr int kPyIterCallbacks = 1;
-constexpr int kPyUcolCallbacks = 7;
-constexpr int kPyOlistCallbacks = 7;
-constexpr int kPyOseqCallbacks = 3;
-constexpr int kPyRawIoCallbacks = 13;
-constexpr int kPyTpFuncsCallbacks = 4;
-constexpr int kPyListCallbacks = 4;
-constexpr int kStatConceptTables = 10;
+// Tables of function pointers, expanded from builtins/callback_tables.def, where their slot
+// order is written once for both sides.
+#include "builtins/callback_tables.def"
+
+#define QRX_COUNT_SLOT(name, function) +1
+#define QRX_DECLARE_CALLBACK_TABLE(name, array, SLOTS) \
+    constexpr int k##name##Callbacks = 0 SLOTS(QRX_COUNT_SLOT); \
+    extern void* const array[k##name##Callbacks];
+QRX_STATIC_CALLBACK_TABLES(QRX_DECLARE_CALLBACK_TABLE)
+QRX_SINGLE_CALLBACK_TABLES(QRX_DECLARE_CALLBACK_TABLE)
+#undef QRX_DECLARE_CALLBACK_TABLE
+
+#define QRX_COUNT_TABLE(name, array, SLOTS) +1
+constexpr int kStatConceptTables = 0 QRX_STATIC_CALLBACK_TABLES(QRX_COUNT_TABLE);
+#undef QRX_COUNT_TABLE
+#undef QRX_COUNT_SLOT
+
 constexpr int kGenConceptTables = 42;
 constexpr int kReglTpFunctions = 86;
 
-extern void* const m_py_obj_api_callbacks[kPyObjApiCallbacks];
-// Managed exceptions of bound types: the exception object builder, then its raiser (objects/clr_error.h).
-extern void* const m_py_exception_callbacks[kPyExceptionCallbacks];
-extern void* const m_py_read_callbacks[kPyReadCallbacks];
-extern void* const m_py_write_callbacks[kPyWriteCallbacks];
-extern void* const m_py_buffer_callbacks[kPyBufferCallbacks];
-extern void* const m_py_iter_callbacks[kPyIterCallbacks];
-extern void* const m_py_ucol_callbacks[kPyUcolCallbacks];
-extern void* const m_py_olist_callbacks[kPyOlistCallbacks];
-extern void* const m_py_oseq_callbacks[kPyOseqCallbacks];
-extern void* const m_py_rawio_callbacks[kPyRawIoCallbacks];
-extern void* const m_py_tpfuncs_callbacks[kPyTpFuncsCallbacks];
-// Managed sequences handed back as new Python lists (marshal/sequences.h).
-extern void* const m_py_pylist_callbacks[kPyListCallbacks];
-// The ten tables above from read to pylist, in that order.
+// The static tables, in the order of the list.
 extern void* const m_all_statconceptp_pytocsfx[kStatConceptTables];
 // One callback table per generic instantiation; filled by the generated bindings.
 extern void* m_all_genconcptp_pytocsfx[kGenConceptTables];

@@ -1,9 +1,11 @@
 #include "builtins/generic_kinds.h"
 
 #include "builtins/seq_access.h"
+#include "builtins/seq_edit.h"
 #include "module/pysh_ref.h"
 #include "objects/host_table.h"
 #include "objects/bound_class.h"
+#include "objects/handle_lookup.h"
 #include "objects/handle_release.h"
 #include "objects/seal_object.h"
 #include "objects/wrap_handle.h"
@@ -97,6 +99,91 @@ int store_managed(PyObject* self, PyObject* value, Py_ssize_t start, Py_ssize_t 
 
 constexpr PySeqStore kStore = {store, store_managed};
 
+// ---- edits of lists that grow and shrink
+
+int status_of(int32_t status) { return status != 0 || PyErr_Occurred() ? (no_result(), -1) : 0; }
+
+int edit_add(PyObject* self, PyObject* value) {
+    const PyGnOps& ops = ops_of(self);
+    void* element = nullptr;
+    if (!element_of(ops, value, &element))
+        return -1;
+    return status_of(ops.add(PyShBound_Handle(self), element));
+}
+
+int edit_insert(PyObject* self, Py_ssize_t i, PyObject* value) {
+    const PyGnOps& ops = ops_of(self);
+    void* element = nullptr;
+    if (!element_of(ops, value, &element))
+        return -1;
+    return status_of(ops.insert(PyShBound_Handle(self), static_cast<int32_t>(i), element));
+}
+
+int edit_remove(PyObject* self, PyObject* value) {
+    const PyGnOps& ops = ops_of(self);
+    void* element = nullptr;
+    if (!element_of(ops, value, &element))
+        return -1;
+    int32_t found = ops.remove(PyShBound_Handle(self), element);
+    return found < 0 || PyErr_Occurred() ? (no_result(), -1) : found != 0;
+}
+
+int edit_remove_at(PyObject* self, Py_ssize_t i) {
+    int32_t status = ops_of(self).remove_at(PyShBound_Handle(self), static_cast<int32_t>(i));
+    return status == 2 && !PyErr_Occurred() ? 2 : status_of(status);
+}
+
+int edit_remove_items(PyObject* self, Py_ssize_t start, Py_ssize_t n, Py_ssize_t step) {
+    return status_of(ops_of(self).remove_items(PyShBound_Handle(self), static_cast<int32_t>(start),
+                                               static_cast<int32_t>(n), static_cast<int32_t>(step)));
+}
+
+PyObject* edit_pop(PyObject* self, Py_ssize_t i, int has_index, int* status) {
+    const PyGnOps& ops = ops_of(self);
+    void* item = nullptr;
+    int32_t index = -1;
+    *status = ops.pop(PyShBound_Handle(self), static_cast<int32_t>(i), has_index, &item, &index);
+    if (*status == 0 && !PyErr_Occurred())
+        return PyGn_ElementToPy(ops, item, index);
+    PyShWrp_FreeGcHandlePtr(item);
+    if (*status < 0 || *status > 2)
+        no_result();
+    return nullptr;
+}
+
+int edit_clear(PyObject* self) { return status_of(ops_of(self).clear(PyShBound_Handle(self))); }
+
+int edit_extend_managed(PyObject* self, PyObject* other) {
+    VariantArg found = {};
+    if (!fn_conv_py_obj_to_clr_gen_not_null_handle(other, &found))
+        return 0;
+    int32_t done = ops_of(self).concat(PyShBound_Handle(self), found.value);
+    if (done < 0 || PyErr_Occurred())
+        return no_result(), -1;
+    return done == 1 ? 1 : 0;
+}
+
+int edit_repeat(PyObject* self, Py_ssize_t n) {
+    return status_of(ops_of(self).repeat(PyShBound_Handle(self), static_cast<int32_t>(n)));
+}
+
+constexpr PySeqEdit kEdit = {edit_add,    edit_insert, edit_remove,         edit_remove_at, edit_remove_items,
+                             edit_pop,    edit_clear,  edit_extend_managed, edit_repeat,    nullptr};
+
+int list_ass_subscript(PyObject* self, PyObject* key, PyObject* value) {
+    if (PyShBound_Unbound(self))
+        return -1;
+    return PySeq_AssSubscriptList(self, key, value, kAccess, kStore, kEdit);
+}
+
+PyObject* inplace_concat(PyObject* self, PyObject* other) {
+    return PyShBound_Unbound(self) ? nullptr : PySeq_InplaceConcat(self, other, kEdit);
+}
+
+PyObject* inplace_repeat(PyObject* self, Py_ssize_t n) {
+    return PyShBound_Unbound(self) ? nullptr : PySeq_InplaceRepeat(self, n, kEdit);
+}
+
 PyObject* sq_item(PyObject* self, Py_ssize_t i) { return PySeq_Item(self, i, kAccess); }
 PyObject* mp_subscript(PyObject* self, PyObject* key) { return PySeq_Subscript(self, key, kAccess); }
 PyObject* sq_concat(PyObject* self, PyObject* other) { return PySeq_Concat(self, other, kAccess); }
@@ -127,6 +214,14 @@ int sq_ass_item(PyObject* self, Py_ssize_t i, PyObject* value) {
     return status != 0 || PyErr_Occurred() ? (no_result(), -1) : 0;
 }
 
+int list_ass_item(PyObject* self, Py_ssize_t i, PyObject* value) {
+    if (value != nullptr)
+        return sq_ass_item(self, i, value);
+    if (PyShBound_Unbound(self))
+        return -1;
+    return PySeq_DelItem(self, i, kEdit);
+}
+
 int sq_contains(PyObject* self, PyObject* value) {
     if (PyShBound_Unbound(self))
         return -1;
@@ -152,10 +247,10 @@ PyGetSetDef kLengthGetSet[] = {
 
 PySequenceMethods kArraySequence = {length, sq_concat, sq_repeat, sq_item, nullptr, sq_ass_item, nullptr, sq_contains,
                                     nullptr, nullptr};
-PySequenceMethods kListSequence = {length, sq_concat, sq_repeat, sq_item, nullptr, nullptr, nullptr, sq_contains,
-                                   nullptr, nullptr};
+PySequenceMethods kListSequence = {length, sq_concat, sq_repeat, sq_item, nullptr, list_ass_item, nullptr, sq_contains,
+                                   inplace_concat, inplace_repeat};
 PyMappingMethods kArrayMapping = {length, mp_subscript, mp_ass_subscript};
-PyMappingMethods kListMapping = {length, mp_subscript, nullptr};
+PyMappingMethods kListMapping = {length, mp_subscript, list_ass_subscript};
 
 PyObject* tp_new(PyTypeObject* type, PyObject*, PyObject*) {
     if (reinterpret_cast<PyGnTypeObject*>(type)->ops->invalidate())
@@ -163,16 +258,6 @@ PyObject* tp_new(PyTypeObject* type, PyObject*, PyObject*) {
     return PyShBound_Alloc(type);
 }
 
-// An index argument in int32 range: 1, or 0 with OverflowError (for PyArg "O&").
-int to_index(PyObject* obj, void* out) {
-    Py_ssize_t i = PyNumber_AsSsize_t(obj, PyExc_OverflowError);
-    if (i == -1 && PyErr_Occurred())
-        return 0;
-    if (PySeq_CheckIndex(i) < 0)
-        return 0;
-    *static_cast<Py_ssize_t*>(out) = i;
-    return 1;
-}
 
 }  // namespace
 
@@ -236,7 +321,7 @@ PyObject* PyGn_Index(PyObject* self, PyObject* args) {
     const PyGnOps& ops = ops_of(self);
     PyObject* value = nullptr;
     Py_ssize_t start = 0, stop = 0;
-    if (!PyArg_ParseTuple(args, "O|O&O&:index", &value, to_index, &start, to_index, &stop))
+    if (!PyArg_ParseTuple(args, "O|O&O&:index", &value, PySeq_IndexArg, &start, PySeq_IndexArg, &stop))
         return nullptr;
     void* element = nullptr;
     if (!element_of(ops, value, &element))
@@ -272,16 +357,8 @@ PyObject* PyGn_Contains(PyObject* self, PyObject* value) {
 }
 
 PyObject* PyGn_Sort(PyObject* self, PyObject* args, PyObject* kwargs) {
-    static const char* const kw[] = {"key", "reverse", nullptr};
-    PyObject* key = Py_None;
     int reverse = 0;
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "|Op:sort", const_cast<char**>(kw), &key, &reverse))
-        return nullptr;
-    if (key != Py_None) {
-        PyErr_SetString(PyExc_ValueError, "custom sorting key is not supported");
-        return nullptr;
-    }
-    if (PyShBound_Unbound(self))
+    if (PySeq_SortArgs(args, kwargs, &reverse) < 0 || PyShBound_Unbound(self))
         return nullptr;
     ops_of(self).sort(PyShBound_Handle(self), reverse);
     if (PyErr_Occurred())
@@ -299,3 +376,10 @@ PyObject* PyGn_Reverse(PyObject* self, PyObject*) {
 }
 
 PyObject* PyGn_Copy(PyObject* self, PyObject*) { return PySeq_Repeat(self, 1, kAccess); }
+
+PyObject* PyGn_Append(PyObject* self, PyObject* v) { return PyShBound_Unbound(self) ? nullptr : PySeq_Append(self, v, kEdit); }
+PyObject* PyGn_Insert(PyObject* self, PyObject* a) { return PyShBound_Unbound(self) ? nullptr : PySeq_Insert(self, a, kEdit); }
+PyObject* PyGn_Extend(PyObject* self, PyObject* o) { return PyShBound_Unbound(self) ? nullptr : PySeq_Extend(self, o, kEdit); }
+PyObject* PyGn_Remove(PyObject* self, PyObject* v) { return PyShBound_Unbound(self) ? nullptr : PySeq_Remove(self, v, kEdit); }
+PyObject* PyGn_Pop(PyObject* self, PyObject* a) { return PyShBound_Unbound(self) ? nullptr : PySeq_Pop(self, a, kEdit); }
+PyObject* PyGn_Clear(PyObject* self, PyObject*) { return PyShBound_Unbound(self) ? nullptr : PySeq_Clear(self, kEdit); }

@@ -38,6 +38,17 @@ struct PyGnOps {
     int32_t (*reverse)(void* self);
     int32_t (*sort)(void* self, int32_t reverse);
 
+    // lists that grow and shrink; NULL on the other kinds
+    int32_t (*add)(void* self, void* value);
+    int32_t (*insert)(void* self, int32_t i, void* value);
+    int32_t (*remove)(void* self, void* value);
+    int32_t (*remove_at)(void* self, int32_t i);
+    int32_t (*remove_items)(void* self, int32_t start, int32_t n, int32_t step);
+    int32_t (*pop)(void* self, int32_t i, int32_t has_index, void** item, int32_t* index);
+    int32_t (*clear)(void* self);
+    int32_t (*concat)(void* self, void* items);
+    int32_t (*repeat)(void* self, int32_t n);
+
     PyShCastOps cast;
 };
 
@@ -74,3 +85,10 @@ PyObject* PyGn_Contains(PyObject* self, PyObject* value);
 PyObject* PyGn_Sort(PyObject* self, PyObject* args, PyObject* kwargs);
 PyObject* PyGn_Reverse(PyObject* self, PyObject* unused);
 PyObject* PyGn_Copy(PyObject* self, PyObject* unused);
+// The edits of a list that grows and shrinks.
+PyObject* PyGn_Append(PyObject* self, PyObject* value);
+PyObject* PyGn_Insert(PyObject* self, PyObject* args);
+PyObject* PyGn_Extend(PyObject* self, PyObject* other);
+PyObject* PyGn_Remove(PyObject* self, PyObject* value);
+PyObject* PyGn_Pop(PyObject* self, PyObject* args);
+PyObject* PyGn_Clear(PyObject* self, PyObject* unused);

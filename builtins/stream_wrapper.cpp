@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 
+#include "builtins/builtin_tables.h"
 #include "host/managed_binding.h"
 #include "host/object_host.h"
 #include "marshal/conv_scalar.h"
@@ -20,78 +21,6 @@
 #include "objects/wrapper_slots.h"
 
 namespace {
-
-// ---- the stream kind's method table
-
-class PyHost_ph_Stream final : public PyHostTable {
-public:
-    static const PyHost_ph_Stream& get_instance() {
-        static const PyHost_ph_Stream table;
-        return table;
-    }
-
-    int32_t can_read(void* h) const { return can_read_(h); }
-    int32_t can_seek(void* h) const { return can_seek_(h); }
-    int32_t can_write(void* h) const { return can_write_(h); }
-    int64_t length(void* h) const { return length_(h); }
-    int64_t position(void* h) const { return position_(h); }
-    int32_t close(void* h) const { return close_(h); }
-    int32_t flush(void* h) const { return flush_(h); }
-    int32_t read(void* h, void* buffer, int32_t count) const { return read_(h, buffer, count); }
-    int64_t seek(void* h, int64_t offset, int32_t origin) const { return seek_(h, offset, origin); }
-    int64_t set_length(void* h, int32_t use_position, int64_t length) const { return set_length_(h, use_position, length); }
-    int32_t write(void* h, const void* buffer, int32_t count) const { return write_(h, buffer, count); }
-    int32_t btp_IsAssignable(void* h) const { return is_assignable_(h); }
-    void btp_TypeOf(void** out) const { type_of_(out); }
-    int32_t btp_CastTo(void* h, void** out) const { return cast_to_(h, out); }
-    int32_t btp_CastAs(void* h, void** out) const { return cast_as_(h, out); }
-    int32_t btp_ReInterpretObj(void* h, void** out) const { return reinterpret_(h, out); }
-
-private:
-    PyHost_ph_Stream() : PyHostTable("Quorix.WrpGen.Interop.SiApiStream") {
-        const PyHostStubSlot stubs[] = {
-            {"CanRead", slot_of(can_read_)},
-            {"CanSeek", slot_of(can_seek_)},
-            {"CanWrite", slot_of(can_write_)},
-            {"Length", slot_of(length_)},
-            {"Position", slot_of(position_)},
-            {"Close", slot_of(close_)},
-            {"Flush", slot_of(flush_)},
-            {"Read", slot_of(read_)},
-            {"Seek", slot_of(seek_)},
-            {"SetLength", slot_of(set_length_)},
-            {"Write", slot_of(write_)},
-            {"btp_IsAssignable", slot_of(is_assignable_)},
-            {"btp_TypeOf", slot_of(type_of_)},
-            {"btp_CastTo", slot_of(cast_to_)},
-            {"btp_ReInterpretObj", slot_of(reinterpret_)},
-            {"btp_CastAs", slot_of(cast_as_)},
-        };
-        bind_all(stubs, sizeof stubs / sizeof stubs[0]);
-    }
-
-    int32_t (*can_read_)(void*) = nullptr;
-    int32_t (*can_seek_)(void*) = nullptr;
-    int32_t (*can_write_)(void*) = nullptr;
-    int64_t (*length_)(void*) = nullptr;
-    int64_t (*position_)(void*) = nullptr;
-    int32_t (*close_)(void*) = nullptr;
-    int32_t (*flush_)(void*) = nullptr;
-    int32_t (*read_)(void*, void*, int32_t) = nullptr;
-    int64_t (*seek_)(void*, int64_t, int32_t) = nullptr;
-    int64_t (*set_length_)(void*, int32_t, int64_t) = nullptr;
-    int32_t (*write_)(void*, const void*, int32_t) = nullptr;
-    int32_t (*is_assignable_)(void*) = nullptr;
-    void (*type_of_)(void**) = nullptr;
-    int32_t (*cast_to_)(void*, void**) = nullptr;
-    int32_t (*reinterpret_)(void*, void**) = nullptr;
-    int32_t (*cast_as_)(void*, void**) = nullptr;
-};
-
-const PyHostState& stream_state() {
-    static const PyHostState state = PyHostState_Build(PyHost_ph_Stream::get_instance(), {});
-    return state;
-}
 
 const PyHost_ph_Stream& table() {
     return PyHost_ph_Stream::get_instance();
@@ -563,9 +492,9 @@ PyObject* stream_is_assignable(PyObject*, PyObject* obj) { return PyShCast_IsAss
 PyMethodDef stream_methods[] = {
     {"close", stream_close, METH_NOARGS, ""},
     {"flush", stream_flush, METH_NOARGS, ""},
-    {"readable", stream_ask<&PyHost_ph_Stream::can_read>, METH_NOARGS, ""},
-    {"seekable", stream_ask<&PyHost_ph_Stream::can_seek>, METH_NOARGS, ""},
-    {"writable", stream_ask<&PyHost_ph_Stream::can_write>, METH_NOARGS, ""},
+    {"readable", stream_ask<&PyHost_ph_Stream::can_read<void*>>, METH_NOARGS, ""},
+    {"seekable", stream_ask<&PyHost_ph_Stream::can_seek<void*>>, METH_NOARGS, ""},
+    {"writable", stream_ask<&PyHost_ph_Stream::can_write<void*>>, METH_NOARGS, ""},
     {"tell", stream_tell, METH_NOARGS, ""},
     {"seek", stream_seek, METH_VARARGS, ""},
     {"truncate", stream_truncate, METH_VARARGS, ""},
@@ -613,14 +542,6 @@ PyTypeObject* PyStreamWrapper_Type() {
     static const bool initialised = stream_wrapper_type_init();
     (void)initialised;
     return &stream_wrapper_type;
-}
-
-bool wrpPye_bltp_stream_is_not_valid(std::string& message) {
-    return PyHostState_Query(stream_state(), message);
-}
-
-bool wrpPye_uafn_stream_invalidate() {
-    return PyHostState_Check(stream_state());
 }
 
 int PyStreamWrapper_Ready() {

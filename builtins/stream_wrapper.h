@@ -16,11 +16,6 @@ struct PyStreamWrapperObject {
 // The type object "quorix.folio._wrpgen._interop._StreamWrapper" (not readied here).
 PyTypeObject* PyStreamWrapper_Type();
 
-// The stream kind's validity: the query (true with `message` when unusable) and the entry
-// check (true with the TypeError raised).
-bool wrpPye_bltp_stream_is_not_valid(std::string& message);
-bool wrpPye_uafn_stream_invalidate();
-
 // Readies the type and marks it as a wrapper type, once: 0, or -1 with an error.
 int PyStreamWrapper_Ready();
 // A new open wrapper owning `handle`; None for NULL; NULL with an error (handle freed).

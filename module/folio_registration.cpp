@@ -3,6 +3,7 @@
 #include "builtins/buffer_view.h"
 #include "builtins/str_dict.h"
 #include "builtins/stream_wrapper.h"
+#include "builtins/untyped_kinds.h"
 #include "module/ids.h"
 #include "module/pysh.h"
 #include "objects/host_markattr.h"
@@ -51,6 +52,9 @@ int register_static_class_type(PyObject* module, PyTypeObject* type, const char*
 
 // 0, or -1 with an ImportError: the built-in protocol types of quorix.folio._wrpgen._interop.
 int wrpPyj_mlof_FFFFFFFF_interop_wrappers(PyObject* module) {
+    for (int k = 0; k < kPyUkKindCount; ++k)
+        if (register_static_class_type(module, PyUk_Type(static_cast<PyUkKind>(k)), PyUk_Name(static_cast<PyUkKind>(k))) < 0)
+            return -1;
     // The buffer view is no managed type: readied and added only.
     PyTypeObject* view = PyShlBufferView_Type();
     if (PyType_Ready(view) < 0)

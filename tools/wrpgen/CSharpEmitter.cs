@@ -363,6 +363,11 @@ public static partial class CSharpEmitter
         ValueKind.Enumerable => "PyCollections.EnumerableOf",
         ValueKind.Collection => "PyCollections.CollectionOf",
         ValueKind.List => "PyCollections.ListOf",
+        ValueKind.ArrayList => "PyCollections.ArrayListOf",
+        ValueKind.Enumerator => "PyCollections.HandleOf<global::System.Collections.IEnumerator>",
+        ValueKind.Disposable => "PyCollections.HandleOf<global::System.IDisposable>",
+        ValueKind.CollectionBase => "PyCollections.HandleOf<global::System.Collections.CollectionBase>",
+        ValueKind.ReadOnlyCollectionBase => "PyCollections.HandleOf<global::System.Collections.ReadOnlyCollectionBase>",
         _ => null,
     };
 
@@ -394,7 +399,8 @@ public static partial class CSharpEmitter
         ValueKind.String => "PyStringArg*",
         ValueKind.Bytes => "PyBytesArg*",
         ValueKind.Class or ValueKind.Struct or ValueKind.Interface => "IntPtr",
-        ValueKind.Stream or ValueKind.Object or ValueKind.Enumerable or ValueKind.Collection or ValueKind.List => "VariantArg*",
+        ValueKind.Stream or ValueKind.Object => "VariantArg*",
+        _ when type.IsUntypedKind => "VariantArg*",
         ValueKind.Regex => "PyRegexArg*",
         ValueKind.Sequence => "PySeqArg*",
         _ when Record(type.Kind) is { } record => record + "*",
@@ -515,6 +521,7 @@ public static partial class CSharpEmitter
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream or ValueKind.StringMap
                 or ValueKind.EnumeratorOf or ValueKind.EnumerableOf or ValueKind.ArrayOf or ValueKind.ListOf =>
                 ("void", "IntPtr* result", "*result = Handles.New(r);"),
+            _ when type.IsUntypedKind => ("void", "IntPtr* result", "*result = Handles.New(r);"),
             ValueKind.Object => ("void", "VariantArg* result", "Variants.SetResult(result, r);"),
             ValueKind.Sequence => ("void", "PySeqSink* result", SequenceOut(type.Item!)),
             _ when Record(type.Kind) is { } record => ("void", record + "* result", "PyValues.Write(result, r);"),
@@ -554,7 +561,7 @@ public static partial class CSharpEmitter
         w.Close();
     }
 
-    private sealed class Writer
+    internal sealed class Writer
     {
         private readonly StringBuilder _text = new();
         private int _depth;

@@ -202,6 +202,7 @@ public static class CppEmitter
             ValueKind.Enumerable => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_iterable_to_clr_enumerable", $"&{v}", $"&{v}"),
             ValueKind.Collection => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_sequence_to_clr_collection", $"&{v}", $"&{v}"),
             ValueKind.List => new("VariantArg*", $"VariantArg {v} = {{}};", "fn_conv_py_sequence_to_clr_list", $"&{v}", $"&{v}"),
+            _ when type.IsUntypedKind => new("VariantArg*", $"VariantArg {v} = {{}};", "wrpPye_conv_py_to_clr_" + UntypedCode(type.Kind), $"&{v}", $"&{v}"),
             ValueKind.Regex => new("PyRegexArg*", $"PyShRegexHolder {v};", "fn_conv_py_pattern_to_clr_regex", $"&{v}.arg", $"{v}.get()"),
             ValueKind.Sequence => SequenceArg(type.Item!, v, nn),
             ValueKind.TimeSpan => new("int64_t", $"int64_t {v} = 0;", "fn_conv_py_datetimedelta_to_clr_timespan", $"&{v}", v),
@@ -322,7 +323,32 @@ public static class CppEmitter
 
     private static bool ReturnsHandle(CarriedType t) =>
         !t.IsNullable && (t.Kind is ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream
-                          or ValueKind.StringMap || t.IsSequence);
+                          or ValueKind.StringMap || t.IsSequence
+                          || t.IsUntypedKind);
+
+    /// <summary>The runtime's name of an untyped built-in kind, in its converters' names (builtins/untyped_kinds.h).</summary>
+    internal static string UntypedCode(ValueKind kind) => kind switch
+    {
+        ValueKind.Enumerable => "iterable",
+        ValueKind.Enumerator => "iter",
+        ValueKind.Disposable => "idisposable",
+        ValueKind.Collection => "icol",
+        ValueKind.List => "ilist",
+        ValueKind.ArrayList => "arrlist",
+        ValueKind.CollectionBase => "colbase",
+        ValueKind.ReadOnlyCollectionBase => "rocolbase",
+        _ => throw new GeneratorException($"{kind} is no untyped kind"),
+    };
+
+    // The Python object of a handle a stub returned.
+    private static string WrapHandle(CarriedType result) => result switch
+    {
+        { Kind: ValueKind.Stream } => "PyStreamWrapper_FromHandle(result)",
+        { Kind: ValueKind.StringMap } => "PyStrDict_FromHandle(result)",
+        { IsSequence: true } => $"PyGn_Wrap(result, &{CppGenericEmitter.ResultType(result)})",
+        { IsUntypedKind: true } => $"wrpPye_conv_clr_to_py_{UntypedCode(result.Kind)}(result)",
+        _ => $"{ToPy(result.Bound!)}(result)",
+    };
 
     private static bool ReturnsIndexedHandle(CarriedType t) =>
         !t.IsNullable && t.Kind is ValueKind.Class or ValueKind.Interface && t.Bound!.IsPolymorphic;
@@ -415,14 +441,7 @@ public static class CppEmitter
                 w.Line("    PyShWrp_FreeGcHandlePtr(result);");
                 w.Line("    return nullptr;");
                 w.Line("}");
-                string wrap = result.Kind switch
-                {
-                    ValueKind.Stream => "PyStreamWrapper_FromHandle(result)",
-                    ValueKind.StringMap => "PyStrDict_FromHandle(result)",
-                    _ when result.IsSequence => $"PyGn_Wrap(result, &{CppGenericEmitter.ResultType(result)})",
-                    _ => $"{ToPy(result.Bound!)}(result)",
-                };
-                w.Line($"return {finish(wrap)};");
+                w.Line($"return {finish(WrapHandle(result))};");
                 return;
         }
         w.Line($"{StubReturn(result)} result = {Invoke(call + ")")};");
@@ -1357,7 +1376,7 @@ public static class CppEmitter
         w.Line();
         foreach (var inc in new[]
                  {
-                     "builtins/str_dict.h", "builtins/stream_wrapper.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_checked.h",
+                     "builtins/str_dict.h", "builtins/stream_wrapper.h", "builtins/untyped_kinds.h", "host/managed_binding.h", "marshal/conv_bytes.h", "marshal/conv_checked.h",
                      "marshal/conv_decimal.h", "marshal/conv_guid.h", "marshal/conv_scalar.h", "marshal/conv_text.h",
                      "marshal/conv_time.h", "marshal/conv_variant.h", "marshal/conv_version.h", "marshal/sequences.h", "module/pysh_lock.h", "module/pysh_ref.h",
                      "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h", "builtins/seq_access.h",

@@ -244,7 +244,20 @@ internal static class CppGenericEmitter
             w.Line($"o.count_of = {Forward(g, items, "CountOf")};");
             w.Line($"o.index_by = {Forward(g, items, "IndexBy")};");
         }
-        if (own == GenericKind.Array)
+        if (own == GenericKind.IList)
+        {
+            // the collection table adds and removes by value; the list table edits by position
+            w.Line($"o.add = {Forward(g, GenericKind.ICol, "Add")};");
+            w.Line($"o.remove = {Forward(g, GenericKind.ICol, "Remove")};");
+            w.Line($"o.clear = {Forward(g, GenericKind.ICol, "Clear")};");
+            w.Line($"o.concat = {Forward(g, GenericKind.ICol, "SqInplaceConcat")};");
+            w.Line($"o.repeat = {Forward(g, GenericKind.ICol, "SqInplaceRepeat")};");
+            w.Line($"o.insert = {Forward(g, own, "Insert")};");
+            w.Line($"o.remove_at = {Forward(g, own, "RemoveAt")};");
+            w.Line($"o.remove_items = {Forward(g, own, "MpRemoveItems")};");
+            w.Line($"o.pop = {Forward(g, own, "Pop")};");
+        }
+        if (own is GenericKind.Array or GenericKind.IList)
         {
             w.Line($"o.sq_set_item = {Forward(g, own, "SqSetItem")};");
             w.Line($"o.sq_set_item_no_check = {Forward(g, own, "SqSetItemNoChek")};");
@@ -277,11 +290,17 @@ internal static class CppGenericEmitter
         {
             methods.Add("{\"index\", PyGn_Index, METH_VARARGS, \"\"}");
             methods.Add("{\"count\", PyGn_Count, METH_O, \"\"}");
-            if (own == GenericKind.Array)
+            if (own == GenericKind.IList)
             {
-                methods.Add("{\"sort\", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(PyGn_Sort)), METH_VARARGS | METH_KEYWORDS, \"\"}");
-                methods.Add("{\"reverse\", PyGn_Reverse, METH_NOARGS, \"\"}");
+                methods.Add("{\"append\", PyGn_Append, METH_O, \"\"}");
+                methods.Add("{\"insert\", PyGn_Insert, METH_VARARGS, \"\"}");
+                methods.Add("{\"extend\", PyGn_Extend, METH_O, \"\"}");
+                methods.Add("{\"remove\", PyGn_Remove, METH_O, \"\"}");
+                methods.Add("{\"pop\", PyGn_Pop, METH_VARARGS, \"\"}");
+                methods.Add("{\"clear\", PyGn_Clear, METH_NOARGS, \"\"}");
             }
+            methods.Add("{\"sort\", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(PyGn_Sort)), METH_VARARGS | METH_KEYWORDS, \"\"}");
+            methods.Add("{\"reverse\", PyGn_Reverse, METH_NOARGS, \"\"}");
             methods.Add("{\"copy\", PyGn_Copy, METH_NOARGS, \"\"}");
             methods.Add("{\"contains\", PyGn_Contains, METH_O, \"\"}");
         }

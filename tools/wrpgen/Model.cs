@@ -11,6 +11,8 @@ public enum ValueKind
     String, Bytes, Class, Struct, Interface, Enum, Stream,
     DateTime, DateTimeOffset, TimeSpan, Decimal, Guid, Version, Object, Regex,
     Enumerable, Collection, List,
+    /// <summary>Values typed as the untyped built-in kinds: they cross as the _interop wrappers.</summary>
+    Enumerator, Disposable, ArrayList, CollectionBase, ReadOnlyCollectionBase,
     /// <summary>Sequence results over a bound element type (<see cref="CarriedType.Generic"/>).</summary>
     EnumeratorOf, EnumerableOf, ArrayOf, ListOf,
     /// <summary>
@@ -41,6 +43,10 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
     public CarriedType Element => this with { Mode = PassMode.Value };
 
     public bool IsSequence => Kind is ValueKind.EnumeratorOf or ValueKind.EnumerableOf or ValueKind.ArrayOf or ValueKind.ListOf;
+
+    /// <summary>A value of a built-in kind without an element type: it comes back as its _interop wrapper.</summary>
+    public bool IsUntypedKind => Kind is ValueKind.Enumerable or ValueKind.Collection or ValueKind.List or ValueKind.Enumerator
+        or ValueKind.Disposable or ValueKind.ArrayList or ValueKind.CollectionBase or ValueKind.ReadOnlyCollectionBase;
 
     public override string ToString() => Mode switch
     {
@@ -82,6 +88,11 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
         ValueKind.Enumerable => "enumerable",
         ValueKind.Collection => "collection",
         ValueKind.List => "list",
+        ValueKind.Enumerator => "enumerator",
+        ValueKind.Disposable => "disposable",
+        ValueKind.ArrayList => "arraylist",
+        ValueKind.CollectionBase => "collectionbase",
+        ValueKind.ReadOnlyCollectionBase => "readonlycollectionbase",
         ValueKind.EnumeratorOf => "enumerator:" + Generic!.Element.FullName,
         ValueKind.EnumerableOf => "enumerable:" + Generic!.Element.FullName,
         ValueKind.ArrayOf => "array:" + Generic!.Element.FullName,

@@ -591,7 +591,7 @@ public sealed class ModelBuilder
         CarriedType? carried = null;
         if (sig.ParameterTypes.Length > 0)
             reason = ReadIndexer(type, name, sig, getter, setter, isStatic);
-        else if (isStatic && getter is not null && Carry(sig.ReturnType, isResult: false, out _) is { IsSequence: true } or { Kind: ValueKind.Sequence })
+        else if (isStatic && getter is not null && Carry(sig.ReturnType, isResult: false, out _) is { IsSequence: true } or { Kind: ValueKind.Sequence } or { IsUntypedKind: true })
             reason = "static sequence values are not carried yet";
         else if (type.Kind == TypeKind.Interface && isStatic)
             reason = "static interface members are not bound";
@@ -605,7 +605,7 @@ public sealed class ModelBuilder
                 Skip(type.FullName, name, reason);
             return;
         }
-        if (setter is not null && (carried!.IsSequence || carried is { Kind: ValueKind.Sequence } && !CopiedIn.Contains(carried.Item!.Kind)))
+        if (setter is not null && (carried!.IsSequence || carried.IsUntypedKind || carried is { Kind: ValueKind.Sequence } && !CopiedIn.Contains(carried.Item!.Kind)))
         {
             Skip(type.FullName, name + " (setter)", "Python sequences as managed collections are not carried yet");
             setter = null;
@@ -791,6 +791,8 @@ public sealed class ModelBuilder
             return;
         }
         var carried = Carry(fd.DecodeSignature(TypeSigProvider.Instance, null), isResult: false, out string why);
+        if (carried is { IsUntypedKind: true })
+            (carried, why) = (null, $"static {carried} values are not carried yet");
         if (carried is null)
         {
             Skip(type.FullName, name, "type: " + why);
@@ -853,11 +855,20 @@ public sealed class ModelBuilder
         ["System.Collections.IEnumerable"] = ValueKind.Enumerable,
         ["System.Collections.ICollection"] = ValueKind.Collection,
         ["System.Collections.IList"] = ValueKind.List,
+        ["System.Collections.IEnumerator"] = ValueKind.Enumerator,
+        ["System.IDisposable"] = ValueKind.Disposable,
+        ["System.Collections.ArrayList"] = ValueKind.ArrayList,
+        ["System.Collections.CollectionBase"] = ValueKind.CollectionBase,
+        ["System.Collections.ReadOnlyCollectionBase"] = ValueKind.ReadOnlyCollectionBase,
     };
 
     // Kinds that Python values stand in for only while a call runs: there is no way back.
-    private static readonly HashSet<ValueKind> ParameterOnly =
-        [ValueKind.Regex, ValueKind.Enumerable, ValueKind.Collection, ValueKind.List];
+    private static readonly HashSet<ValueKind> ParameterOnly = [ValueKind.Regex];
+
+    // Kinds that Python objects are lent as for one call: no by-reference passing.
+    private static readonly HashSet<ValueKind> LentKinds =
+        [ValueKind.Enumerable, ValueKind.Collection, ValueKind.List, ValueKind.Enumerator, ValueKind.Disposable,
+         ValueKind.ArrayList, ValueKind.CollectionBase, ValueKind.ReadOnlyCollectionBase];
 
     // Nullable<T> crosses for these: None stands for no value.
     private static readonly HashSet<ValueKind> NullableKinds =
@@ -881,7 +892,8 @@ public sealed class ModelBuilder
         bool isOut = (attributes & ParameterAttributes.Out) != 0 && (attributes & ParameterAttributes.In) == 0;
         if ((attributes & ParameterAttributes.In) != 0 && !isOut)
             return element;
-        if (element.Kind is ValueKind.Stream or ValueKind.Sequence or ValueKind.StringMap || ParameterOnly.Contains(element.Kind))
+        if (element.Kind is ValueKind.Stream or ValueKind.Sequence or ValueKind.StringMap || ParameterOnly.Contains(element.Kind)
+            || LentKinds.Contains(element.Kind))
             return Fail(out why, $"{t}: by-reference {element} values are not carried");
         return element with { Mode = isOut ? PassMode.Out : PassMode.Ref };
     }

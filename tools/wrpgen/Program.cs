@@ -36,6 +36,7 @@ public static class Program
             case EmitCsCommand.Name: return EmitCsCommand.Run(args, log);
             case EmitCppCommand.Name: return EmitCppCommand.Run(args, log);
             case EmitPyiCommand.Name: return EmitPyiCommand.Run(args, log);
+            case EmitSlotsCommand.Name: return EmitSlotsCommand.Run(args, log);
         }
         var options = Options.Parse(args);
         var model = ModelBuilder.Build(options.Assembly, options.Root, options.Module, options.References, options.Types);

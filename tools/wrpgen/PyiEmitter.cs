@@ -144,7 +144,10 @@ public static class PyiEmitter
             ValueKind.Object => Typing("Any"),
             ValueKind.Regex => $"{Imported("re", "Pattern")}[str] | str",
             ValueKind.Enumerable => $"{Typing("Iterable")}[{Typing("Any")}]",
-            ValueKind.Collection or ValueKind.List => $"{Typing("Sequence")}[{Typing("Any")}]",
+            ValueKind.Collection or ValueKind.List or ValueKind.ArrayList or ValueKind.CollectionBase
+                or ValueKind.ReadOnlyCollectionBase => $"{Typing("Sequence")}[{Typing("Any")}]",
+            ValueKind.Enumerator => $"{Typing("Iterator")}[{Typing("Any")}]",
+            ValueKind.Disposable => Typing("ContextManager") + $"[{Typing("Any")}]",
             ValueKind.Void => "None",
             ValueKind.Bool => "bool",
             ValueKind.Char or ValueKind.String => "str",
@@ -358,7 +361,9 @@ public static class PyiEmitter
             ValueKind.DateTime or ValueKind.DateTimeOffset => "datetime",
             ValueKind.TimeSpan or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version or ValueKind.Object
                 or ValueKind.Regex => kind.ToString(),
-            ValueKind.Enumerable or ValueKind.Collection or ValueKind.List or ValueKind.Sequence => "iterable",
+            ValueKind.Enumerable or ValueKind.Collection or ValueKind.List or ValueKind.ArrayList or ValueKind.CollectionBase
+                or ValueKind.ReadOnlyCollectionBase or ValueKind.Enumerator or ValueKind.Sequence => "iterable",
+            ValueKind.Disposable => "disposable",
             _ => "int",
         };
 

@@ -69,18 +69,34 @@ public static class StubNames
     private static readonly GenericStub CountOf = S("CountOf", "i", "h", "h");
     private static readonly GenericStub Length = S("SqLength", "i", "h");
     private static readonly GenericStub Contains = S("SqContains", "i", "h", "h");
+    private static readonly GenericStub SetItem = S("SqSetItem", "i", "h", "i", "h");
+    private static readonly GenericStub SetItemNoChek = S("SqSetItemNoChek", "i", "h", "i", "h");
+    private static readonly GenericStub SetItems = S("MpSetItems", "i", "h", "h", "i", "i", "i");
+    private static readonly GenericStub Reverse = S("Reverse", "i", "h");
+    private static readonly GenericStub Sort = S("Sort", "i", "h", "i");
+    private static readonly GenericStub InplaceConcat = S("SqInplaceConcat", "i", "h", "h");
+    private static readonly GenericStub InplaceRepeat = S("SqInplaceRepeat", "i", "h", "i");
 
     /// <summary>The stubs of a kind's method table, in binding order (the slot order of both sides).</summary>
     public static IReadOnlyList<GenericStub> GenericStubs(GenericKind kind) => kind switch
     {
         GenericKind.Iterable => [S("GetEnumerator", "i", "h", "ph")],
         GenericKind.Iter => [S("MoveNext", "i", "h", "ph", "pi"), .. Casts],
-        GenericKind.ICol => [Length, Contains, CountOf],
-        GenericKind.IList => [GetItem, GetItemNoCheck, IndexBy, CountOf, .. Casts],
+        // a list is served by two tables: the collection's adds and removes, the list's indexed edits
+        GenericKind.ICol =>
+        [
+            Length, S("Add", "i", "h", "h"), S("Remove", "i", "h", "h"), S("Clear", "i", "h"), InplaceConcat, InplaceRepeat,
+            Contains, CountOf,
+        ],
+        GenericKind.IList =>
+        [
+            GetItem, GetItemNoCheck, SetItem, SetItemNoChek, S("Insert", "i", "h", "i", "h"), S("RemoveAt", "i", "h", "i"),
+            S("Pop", "i", "h", "i", "i", "ph", "pi"), InplaceConcat, InplaceRepeat, SetItems, S("MpRemoveItems", "i", "h", "i", "i", "i"),
+            Reverse, Sort, IndexBy, CountOf, .. Casts,
+        ],
         GenericKind.Array =>
         [
-            Length, Contains, GetItem, GetItemNoCheck, S("SqSetItem", "i", "h", "i", "h"), S("SqSetItemNoChek", "i", "h", "i", "h"),
-            S("MpSetItems", "i", "h", "h", "i", "i", "i"), S("Reverse", "i", "h"), S("Sort", "i", "h", "i"), IndexBy, CountOf,
+            Length, Contains, GetItem, GetItemNoCheck, SetItem, SetItemNoChek, SetItems, Reverse, Sort, IndexBy, CountOf,
             Casts[0], Casts[1], S("btp_ReInterpretObj", "i", "h", "ph"), Casts[2], Casts[3],
         ],
         _ => throw new ArgumentOutOfRangeException(nameof(kind)),

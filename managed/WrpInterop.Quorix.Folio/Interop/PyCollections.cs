@@ -42,6 +42,24 @@ public static unsafe class PyCollections
             var other => throw new ArgumentException($"a {other.GetType().Name} is not a collection"),
         };
 
+    /// <summary>An array list: a managed one by handle, or an adapter over the list a Python object is lent as.</summary>
+    public static ArrayList? ArrayListOf(VariantArg* arg, out PyBorrowed? owned) =>
+        ListOf(arg, out owned) switch
+        {
+            null => null,
+            ArrayList list => list,
+            var other => ArrayList.Adapter(other),
+        };
+
+    /// <summary>A managed object of a kind no Python object can stand for (an enumerator, a disposable, a collection base).</summary>
+    public static T? HandleOf<T>(VariantArg* arg, out PyBorrowed? owned) where T : class
+    {
+        owned = null;
+        return arg->Tag is VariantArg.TagHandle or VariantArg.TagStructHandle
+            ? (T?)Handles.Target(arg->Value)
+            : throw new ArgumentException($"a Python object cannot stand for a {typeof(T).Name}");
+    }
+
     internal static IntPtr Slot(int table, int slot) => ((IntPtr*)PyRuntime.StaticCallbacks[table])[slot];
 }
 
@@ -72,7 +90,8 @@ public abstract class PyBorrowed
 /// <summary>A Python iterable as a managed enumerable: each enumeration asks iter() afresh.</summary>
 public sealed unsafe class PyIterable : PyBorrowed, IEnumerable
 {
-    private const int UcolTable = 4, IterTable = 3, GetEnumerator_ = 4, Next_ = 0;
+    private const int UcolTable = CallbackSlots.Tables.Ucol, IterTable = CallbackSlots.Tables.Iter,
+        GetEnumerator_ = CallbackSlots.Ucol.GetEnumerator, Next_ = CallbackSlots.Iter.Next;
 
     internal PyIterable(IntPtr obj) : base(obj) { }
 
@@ -128,10 +147,15 @@ public sealed unsafe class PyIterable : PyBorrowed, IEnumerable
 /// </summary>
 public sealed unsafe class PyObjectList : PyBorrowed, IList
 {
-    private const int UcolTable = 4, OlistTable = 5, OseqTable = 6;
-    private const int ListLength = 0, RemoveAt_ = 1, Clear_ = 2, SequenceLength = 3;
-    private const int Get = 0, Set = 1, Add_ = 2, Insert_ = 3, Remove_ = 4, Contains_ = 5, IndexOf_ = 6;
-    private const int SeqGet = 0, SeqContains = 1, SeqIndexOf = 2;
+    private const int UcolTable = CallbackSlots.Tables.Ucol, OlistTable = CallbackSlots.Tables.Olist,
+        OseqTable = CallbackSlots.Tables.Oseq;
+    private const int ListLength = CallbackSlots.Ucol.ListLength, RemoveAt_ = CallbackSlots.Ucol.RemoveAt,
+        Clear_ = CallbackSlots.Ucol.Clear, SequenceLength = CallbackSlots.Ucol.SequenceLength;
+    private const int Get = CallbackSlots.Olist.GetItem, Set = CallbackSlots.Olist.SetItem, Add_ = CallbackSlots.Olist.Add,
+        Insert_ = CallbackSlots.Olist.Insert, Remove_ = CallbackSlots.Olist.Remove, Contains_ = CallbackSlots.Olist.Contains,
+        IndexOf_ = CallbackSlots.Olist.IndexOf;
+    private const int SeqGet = CallbackSlots.Oseq.GetItem, SeqContains = CallbackSlots.Oseq.Contains,
+        SeqIndexOf = CallbackSlots.Oseq.IndexOf;
 
     private readonly bool readOnly;
 

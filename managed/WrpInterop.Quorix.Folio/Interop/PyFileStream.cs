@@ -7,10 +7,12 @@ namespace Quorix.WrpGen.Interop;
 /// </summary>
 public sealed unsafe class PyFileStream : Stream
 {
-    // Slots of the raw-I/O callback table, in the order the native side fills it.
-    private const int SlotWrite = 0, SlotWriteByte = 1, SlotRead = 2, SlotReadByte = 3, SlotSeek = 4, SlotTruncate = 5,
-        SlotFlush = 6, SlotReadable = 8, SlotWritable = 9, SlotSeekable = 10, SlotTell = 11, SlotLength = 12;
-    private const int RawIoTable = 7;
+    private const int SlotWrite = CallbackSlots.RawIo.Write, SlotWriteByte = CallbackSlots.RawIo.WriteByte,
+        SlotRead = CallbackSlots.RawIo.Read, SlotReadByte = CallbackSlots.RawIo.ReadByte, SlotSeek = CallbackSlots.RawIo.Seek,
+        SlotTruncate = CallbackSlots.RawIo.Truncate, SlotFlush = CallbackSlots.RawIo.Flush,
+        SlotReadable = CallbackSlots.RawIo.Readable, SlotWritable = CallbackSlots.RawIo.Writable,
+        SlotSeekable = CallbackSlots.RawIo.Seekable, SlotTell = CallbackSlots.RawIo.Tell, SlotLength = CallbackSlots.RawIo.Length;
+    private const int RawIoTable = CallbackSlots.Tables.RawIo;
 
     private readonly IntPtr _file;
     private readonly IntPtr* _table;

@@ -18,7 +18,6 @@ public static unsafe class PyRuntime
     internal static IntPtr* StaticCallbacks;
     internal static IntPtr* GenericCallbacks;
     internal static IntPtr* ReglTpFunctions;
-    // [0] builds the Python exception of a managed one, [1] raises it
     internal static IntPtr* ExceptionCallbacks;
 
     internal static bool IsComplete =>
@@ -68,7 +67,7 @@ public static unsafe class PyRuntime
                 return;
             }
             if (pyException != IntPtr.Zero)
-                ((delegate* unmanaged<IntPtr, IntPtr>)ExceptionCallbacks[1])(pyException);
+                ((delegate* unmanaged<IntPtr, IntPtr>)ExceptionCallbacks[CallbackSlots.Exception.Raise])(pyException);
             return;
         }
         IntPtr typeName = NewPyString(inner.GetType().FullName);
@@ -100,7 +99,7 @@ public static unsafe class PyRuntime
         // the native side owns all four from here, on every path
         IntPtr typeName = NewPyString(typeText);
         IntPtr message = NewPyString(messageText);
-        return ((delegate* unmanaged<IntPtr, IntPtr, IntPtr, int, IntPtr, IntPtr>)ExceptionCallbacks[0])(
+        return ((delegate* unmanaged<IntPtr, IntPtr, IntPtr, int, IntPtr, IntPtr>)ExceptionCallbacks[CallbackSlots.Exception.Build])(
             typeName, message, handle, index, inner);
     }
 
@@ -127,7 +126,7 @@ public static unsafe class PyRuntime
     public static void DecRef(IntPtr pyObject)
     {
         if (pyObject != IntPtr.Zero && ObjApiCallbacks != null)
-            ((delegate* unmanaged<IntPtr, void>)ObjApiCallbacks[2])(pyObject);
+            ((delegate* unmanaged<IntPtr, void>)ObjApiCallbacks[CallbackSlots.ObjApi.DecRef])(pyObject);
     }
 }
 

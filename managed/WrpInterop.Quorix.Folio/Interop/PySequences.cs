@@ -31,8 +31,9 @@ public struct PySeqSink
 /// </summary>
 public static unsafe class PySequences
 {
-    private const int ListTable = 9;
-    private const int Begin = 0, PutObject = 1, PutHandle = 2, PutInt = 3;
+    private const int ListTable = CallbackSlots.Tables.PyList;
+    private const int Begin = CallbackSlots.PyList.Begin, PutObject = CallbackSlots.PyList.PutObject,
+        PutHandle = CallbackSlots.PyList.PutHandle, PutInt = CallbackSlots.PyList.PutInt;
 
     private static IntPtr Slot(int slot) => ((IntPtr*)PyRuntime.StaticCallbacks[ListTable])[slot];
 

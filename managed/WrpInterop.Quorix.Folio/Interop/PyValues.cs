@@ -98,9 +98,10 @@ public static unsafe class PyValues
 
     // ---- managed values to Python objects (new references, zero with an error pending)
 
-    private const int WriteTable = 1;
-    private const int WriteDecimal = 7, WriteDateTime = 8, WriteDateTimeOffset = 9, WriteTimeDelta = 10, WriteGuid = 12,
-        WriteVersion = 14;
+    private const int WriteTable = CallbackSlots.Tables.Write;
+    private const int WriteDecimal = CallbackSlots.Write.Decimal, WriteDateTime = CallbackSlots.Write.DateTime,
+        WriteDateTimeOffset = CallbackSlots.Write.DateTimeOffset, WriteTimeDelta = CallbackSlots.Write.TimeDelta,
+        WriteGuid = CallbackSlots.Write.Guid, WriteVersion = CallbackSlots.Write.Version;
 
     private static IntPtr Writer(int slot) => ((IntPtr*)PyRuntime.StaticCallbacks[WriteTable])[slot];
 

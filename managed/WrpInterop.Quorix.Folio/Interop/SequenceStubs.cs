@@ -62,6 +62,11 @@ public static unsafe class SequenceStubs<T>
 
     private static IReadOnlyList<T> Reader(IntPtr self) => (IReadOnlyList<T>)Handles.Target(self)!;
 
+    // A list that can grow and shrink; arrays and read-only lists refuse.
+    private static IList<T> Editor(IntPtr self) => Handles.Target(self) is IList<T> { IsReadOnly: false } list and not T[]
+        ? list
+        : throw new NotSupportedException("the collection has a fixed size or is read-only");
+
     // An array's items can be stored although its IList<T> calls itself read-only (fixed size).
     private static IList<T> Writer(IntPtr self) => Handles.Target(self) switch
     {
@@ -202,6 +207,158 @@ public static unsafe class SequenceStubs<T>
                 if (EqualityComparer<T>.Default.Equals(list[i], wanted))
                     return i;
             return -1;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    // ---- lists that grow and shrink (the list's collection and list tables)
+
+    public const int Empty = 1;
+
+    public static int Add(IntPtr self, IntPtr value)
+    {
+        try
+        {
+            Editor(self).Add(Element(value));
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>1 when the value was found and removed, 0 when it was not there.</summary>
+    public static int Remove(IntPtr self, IntPtr value)
+    {
+        try
+        {
+            return Editor(self).Remove(Element(value)) ? 1 : 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    public static int Clear(IntPtr self)
+    {
+        try
+        {
+            Editor(self).Clear();
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>Python's list.insert: a negative index counts from the end, and both ends clip.</summary>
+    public static int Insert(IntPtr self, int i, IntPtr value)
+    {
+        try
+        {
+            var list = Editor(self);
+            int n = list.Count;
+            list.Insert(i < 0 ? Math.Max(0, i + n) : Math.Min(i, n), Element(value));
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    public static int RemoveAt(IntPtr self, int i)
+    {
+        try
+        {
+            var list = Editor(self);
+            if ((uint)i >= (uint)list.Count)
+                return OutOfRange;
+            list.RemoveAt(i);
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>Item with the removed element (the last one when no index is given), Empty, or OutOfRange.</summary>
+    public static int Pop(IntPtr self, int index, int hasIndex, IntPtr* item, int* itemIndex)
+    {
+        try
+        {
+            var list = Editor(self);
+            int n = list.Count;
+            if (n == 0)
+                return Empty;
+            int i = hasIndex == 0 ? n - 1 : index < 0 ? index + n : index;
+            if ((uint)i >= (uint)n)
+                return OutOfRange;
+            var value = list[i];
+            list.RemoveAt(i);
+            Hand(value, item, itemIndex);
+            return Item;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>1 when the elements of a managed enumerable of T were appended; 0 declines.</summary>
+    public static int SqInplaceConcat(IntPtr self, IntPtr items)
+    {
+        try
+        {
+            if (Handles.Target(items) is not IEnumerable<T> source)
+                return 0;
+            var list = Editor(self);
+            foreach (var x in source.ToArray())  // the source may be the list itself
+                list.Add(x);
+            return 1;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>Python's list *= n: fewer than one repetition empties the list.</summary>
+    public static int SqInplaceRepeat(IntPtr self, int count)
+    {
+        try
+        {
+            var list = Editor(self);
+            var items = list.ToArray();
+            if (count < 1)
+                list.Clear();
+            for (int r = 1; r < count; r++)
+                foreach (var x in items)
+                    list.Add(x);
+            return 0;
+        }
+        catch (Exception e)
+        {
+            return Fail(e);
+        }
+    }
+
+    /// <summary>Removes the n elements at start, start+step, ...; the caller orders them from the highest index down.</summary>
+    public static int MpRemoveItems(IntPtr self, int start, int count, int step)
+    {
+        try
+        {
+            var list = Editor(self);
+            for (int k = 0; k < count; k++)
+                list.RemoveAt(start + k * step);
+            return 0;
         }
         catch (Exception e)
         {

@@ -6,8 +6,10 @@ namespace Quorix.WrpGen.Interop;
 /// </summary>
 public static unsafe class StubValues
 {
-    private const int WriteTable = 1;
-    private const int WriteBool = 1, WriteLong = 2, WriteLongLong = 4, WriteULongLong = 5, WriteDouble = 6, WriteChar = 13;
+    private const int WriteTable = CallbackSlots.Tables.Write;
+    private const int WriteBool = CallbackSlots.Write.Bool, WriteLong = CallbackSlots.Write.Long,
+        WriteLongLong = CallbackSlots.Write.LongLong, WriteULongLong = CallbackSlots.Write.ULongLong,
+        WriteDouble = CallbackSlots.Write.Double, WriteChar = CallbackSlots.Write.Char;
 
     /// <summary>
     /// The stream a stream argument designates: a managed stream by handle (null for none) or a
@@ -29,7 +31,7 @@ public static unsafe class StubValues
         }
     }
 
-    public static IntPtr None() => ((delegate* unmanaged<IntPtr>)PyRuntime.ObjApiCallbacks[0])();
+    public static IntPtr None() => ((delegate* unmanaged<IntPtr>)PyRuntime.ObjApiCallbacks[CallbackSlots.ObjApi.None])();
 
     public static IntPtr StrOrNone(string? text) => text is null ? None() : PyRuntime.NewPyString(text);
 

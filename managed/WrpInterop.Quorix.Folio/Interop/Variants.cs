@@ -13,11 +13,17 @@ public static unsafe class Variants
         TagDateTime = 9, TagDate = 10, TagTime = 11, TagTimeDelta = 12, TagUuid = 13, TagList = 14, TagTuple = 15;
 
     // Tables and slots of the element readers and the collection callbacks.
-    private const int ReadTable = 0, BufferTable = 2, UcolTable = 4, OlistTable = 5, OseqTable = 6;
-    private const int ReadString = 0, ReadBool = 1, ReadLong = 2, ReadDouble = 3, ReadDecimal = 4, ReadDecimalTuple = 5,
-        ReadDateTime = 6, ReadDate = 7, ReadTime = 8, ReadTimeDelta = 9, ReadGuid = 10;
-    private const int BufferSize = 0, BufferCreate = 1, BufferRead = 2, BufferRelease = 3;
-    private const int ListLength = 0, SequenceLength = 3, ItemAt = 0;
+    private const int ReadTable = CallbackSlots.Tables.Read, BufferTable = CallbackSlots.Tables.Buffer,
+        UcolTable = CallbackSlots.Tables.Ucol, OlistTable = CallbackSlots.Tables.Olist, OseqTable = CallbackSlots.Tables.Oseq;
+    private const int ReadString = CallbackSlots.Read.String, ReadBool = CallbackSlots.Read.Bool, ReadLong = CallbackSlots.Read.Long,
+        ReadDouble = CallbackSlots.Read.Double, ReadDecimal = CallbackSlots.Read.Decimal,
+        ReadDecimalTuple = CallbackSlots.Read.DecimalTuple, ReadDateTime = CallbackSlots.Read.DateTime,
+        ReadDate = CallbackSlots.Read.Date, ReadTime = CallbackSlots.Read.Time, ReadTimeDelta = CallbackSlots.Read.TimeDelta,
+        ReadGuid = CallbackSlots.Read.Guid;
+    private const int BufferSize = CallbackSlots.Buffer.Size, BufferCreate = CallbackSlots.Buffer.Create,
+        BufferRead = CallbackSlots.Buffer.Read, BufferRelease = CallbackSlots.Buffer.Release;
+    private const int ListLength = CallbackSlots.Ucol.ListLength, SequenceLength = CallbackSlots.Ucol.SequenceLength,
+        ItemAt = CallbackSlots.Olist.GetItem;
 
     private static IntPtr Slot(int table, int slot) => ((IntPtr*)PyRuntime.StaticCallbacks[table])[slot];
 
@@ -213,7 +219,7 @@ public static unsafe class Variants
         return ((delegate* unmanaged<VariantArg*, IntPtr>)Slot(WriteTable, WriteObject))(&record);
     }
 
-    private const int WriteTable = 1, WriteObject = 0;
+    private const int WriteTable = CallbackSlots.Tables.Write, WriteObject = CallbackSlots.Write.Object;
 
     private static bool IsPythonValue(object value) => value is bool or int or short or sbyte or byte or ushort or uint
         or long or ulong or float or double or char or string or byte[] or decimal or DateTime or DateTimeOffset

@@ -33,6 +33,16 @@ public static unsafe class SiApiCntCollection_932D1F5E
     [UnmanagedCallersOnly]
     public static int SqLength(IntPtr a0) => SequenceStubs<global::Quorix.Folio.Run>.SqLength(a0);
     [UnmanagedCallersOnly]
+    public static int Add(IntPtr a0, IntPtr a1) => SequenceStubs<global::Quorix.Folio.Run>.Add(a0, a1);
+    [UnmanagedCallersOnly]
+    public static int Remove(IntPtr a0, IntPtr a1) => SequenceStubs<global::Quorix.Folio.Run>.Remove(a0, a1);
+    [UnmanagedCallersOnly]
+    public static int Clear(IntPtr a0) => SequenceStubs<global::Quorix.Folio.Run>.Clear(a0);
+    [UnmanagedCallersOnly]
+    public static int SqInplaceConcat(IntPtr a0, IntPtr a1) => SequenceStubs<global::Quorix.Folio.Run>.SqInplaceConcat(a0, a1);
+    [UnmanagedCallersOnly]
+    public static int SqInplaceRepeat(IntPtr a0, int a1) => SequenceStubs<global::Quorix.Folio.Run>.SqInplaceRepeat(a0, a1);
+    [UnmanagedCallersOnly]
     public static int SqContains(IntPtr a0, IntPtr a1) => SequenceStubs<global::Quorix.Folio.Run>.SqContains(a0, a1);
     [UnmanagedCallersOnly]
     public static int CountOf(IntPtr a0, IntPtr a1) => SequenceStubs<global::Quorix.Folio.Run>.CountOf(a0, a1);
@@ -44,6 +54,28 @@ public static unsafe class SiApiCntList_932D1F5E
     public static int SqGetItem(IntPtr a0, int a1, IntPtr* a2, int* a3) => SequenceStubs<global::Quorix.Folio.Run>.SqGetItem(a0, a1, a2, a3);
     [UnmanagedCallersOnly]
     public static int SqGetItemNoCheck(IntPtr a0, int a1, IntPtr* a2, int* a3) => SequenceStubs<global::Quorix.Folio.Run>.SqGetItemNoCheck(a0, a1, a2, a3);
+    [UnmanagedCallersOnly]
+    public static int SqSetItem(IntPtr a0, int a1, IntPtr a2) => SequenceStubs<global::Quorix.Folio.Run>.SqSetItem(a0, a1, a2);
+    [UnmanagedCallersOnly]
+    public static int SqSetItemNoChek(IntPtr a0, int a1, IntPtr a2) => SequenceStubs<global::Quorix.Folio.Run>.SqSetItemNoCheck(a0, a1, a2);
+    [UnmanagedCallersOnly]
+    public static int Insert(IntPtr a0, int a1, IntPtr a2) => SequenceStubs<global::Quorix.Folio.Run>.Insert(a0, a1, a2);
+    [UnmanagedCallersOnly]
+    public static int RemoveAt(IntPtr a0, int a1) => SequenceStubs<global::Quorix.Folio.Run>.RemoveAt(a0, a1);
+    [UnmanagedCallersOnly]
+    public static int Pop(IntPtr a0, int a1, int a2, IntPtr* a3, int* a4) => SequenceStubs<global::Quorix.Folio.Run>.Pop(a0, a1, a2, a3, a4);
+    [UnmanagedCallersOnly]
+    public static int SqInplaceConcat(IntPtr a0, IntPtr a1) => SequenceStubs<global::Quorix.Folio.Run>.SqInplaceConcat(a0, a1);
+    [UnmanagedCallersOnly]
+    public static int SqInplaceRepeat(IntPtr a0, int a1) => SequenceStubs<global::Quorix.Folio.Run>.SqInplaceRepeat(a0, a1);
+    [UnmanagedCallersOnly]
+    public static int MpSetItems(IntPtr a0, IntPtr a1, int a2, int a3, int a4) => SequenceStubs<global::Quorix.Folio.Run>.MpSetItems(a0, a1, a2, a3, a4);
+    [UnmanagedCallersOnly]
+    public static int MpRemoveItems(IntPtr a0, int a1, int a2, int a3) => SequenceStubs<global::Quorix.Folio.Run>.MpRemoveItems(a0, a1, a2, a3);
+    [UnmanagedCallersOnly]
+    public static int Reverse(IntPtr a0) => SequenceStubs<global::Quorix.Folio.Run>.Reverse(a0);
+    [UnmanagedCallersOnly]
+    public static int Sort(IntPtr a0, int a1) => SequenceStubs<global::Quorix.Folio.Run>.Sort(a0, a1);
     [UnmanagedCallersOnly]
     public static int IndexBy(IntPtr a0, int a1, int a2, int a3, int a4, IntPtr a5) => SequenceStubs<global::Quorix.Folio.Run>.IndexBy(a0, a1, a2, a3, a4, a5);
     [UnmanagedCallersOnly]

@@ -290,6 +290,21 @@ public static unsafe class WrpCs_Stamp_B38C403D
     }
 
     [UnmanagedCallersOnly]
+    public static void get_Kept(IntPtr self, IntPtr* result)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Stamp)Handles.Target(self);
+            var r = target.Kept;
+            *result = Handles.New(r);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void getsa_Grace(VariantArg* result)
     {
         try
