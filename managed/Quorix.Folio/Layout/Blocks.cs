@@ -14,6 +14,8 @@ internal abstract class Block
     public bool BreakBefore;
     /// <summary>The model nodes whose content this block shows, for locating nodes on pages.</summary>
     public List<Node> Nodes = new();
+    /// <summary>Footnotes and endnotes referenced from this block, in order.</summary>
+    public List<Notes.Footnote>? Notes;
 
     public double Total => SpaceBefore + Height + SpaceAfter;
 

@@ -1,4 +1,5 @@
 using Quorix.Folio.Fonts;
+using Quorix.Folio.Notes;
 
 namespace Quorix.Folio.Layout;
 
@@ -17,31 +18,64 @@ internal sealed class DocumentLayout
     // The first page of each section that started one; numbering restarts and first-page headers key off it.
     private readonly Dictionary<int, int> sectionFirstPage = new();
 
-    private DocumentLayout(Document doc, FontSettings fonts)
+    /// <summary>The reference marks the pages show.</summary>
+    public NoteMarks NoteMarks { get; }
+
+    private DocumentLayout(Document doc, FontSettings fonts, NoteMarks marks)
     {
         this.doc = doc;
-        ctx = new LayoutContext(fonts.Library, ThemeFonts.Of(doc)) { Warnings = doc.Warnings };
+        NoteMarks = marks;
+        ctx = new LayoutContext(fonts.Library, ThemeFonts.Of(doc)) { Warnings = doc.Warnings, Notes = marks };
         sections = doc.Sections.Cast<Section>().ToList();
     }
 
     public static DocumentLayout Build(Document doc, FontSettings fonts)
     {
-        var layout = new DocumentLayout(doc, fonts);
+        var marks = NoteMarks.Number(doc, null);
+        var layout = Build(doc, fonts, marks);
+        // Footnotes numbered per page need the pages first; the marks are short, so one more pass settles them.
+        if (NoteMarks.NeedPages(doc))
+        {
+            var byPage = NoteMarks.Number(doc, n => layout.Spans.TryGetValue(n, out var s) ? s.First : -1);
+            if (!byPage.SameAs(marks)) layout = Build(doc, fonts, byPage);
+        }
+        return layout;
+    }
+
+    private static DocumentLayout Build(Document doc, FontSettings fonts, NoteMarks marks)
+    {
+        var layout = new DocumentLayout(doc, fonts, marks);
         layout.Paginate();
         layout.Number();
         layout.AddHeadersAndFooters();
         return layout;
     }
 
+    // Lines of each note, laid out once at the width of its section's text.
+    private readonly Dictionary<Footnote, List<Block>> noteLines = new();
+    private double noteWidth;
+
+    private List<Block> NoteLines(Footnote note)
+    {
+        if (!noteLines.TryGetValue(note, out var lines)) noteLines[note] = lines = ctx.Blocks(note, noteWidth);
+        return lines;
+    }
+
+    /// <summary>The separator above notes is an empty line of the document's default text.</summary>
+    private double SeparatorHeight() => ParagraphLayout.Lay(ctx, new Paragraph(doc), 100).Sum(b => b.Height);
+
     private void Paginate()
     {
-        var paginator = new Paginator(Pages, Spans);
+        var paginator = new Paginator(Pages, Spans, NoteLines, SeparatorHeight());
+        var endnotes = new List<Footnote>();
         for (int si = 0; si < sections.Count; si++)
         {
             var s = sections[si];
             var ps = s.PageSetup;
             double w = ps.PageWidth, h = ps.PageHeight, left = ps.LeftMargin + ps.Gutter;
             double bodyWidth = Math.Max(36, w - left - ps.RightMargin);
+            noteWidth = bodyWidth;
+            paginator.NotesBeneathText = ps.FootnoteOptions.Position == FootnotePosition.BeneathText;
             var blocks = s.Body is { } body ? ctx.Blocks(body, bodyWidth) : new List<Block>();
             var start = ps.SectionStart;
             var current = paginator.Current;
@@ -55,9 +89,27 @@ internal sealed class DocumentLayout
                 start switch { SectionStart.OddPage => 1, SectionStart.EvenPage => 2, _ => 0 });
             if (!continuous) sectionFirstPage[si] = Pages.Count - 1;
             paginator.Place(blocks);
+            if (s.Body != null) endnotes.AddRange(s.Body.GetChildNodes(NodeType.Footnote, true).Cast<Footnote>().Where(n => n.FootnoteType == FootnoteType.Endnote));
+            if (endnotes.Count > 0 && (si == sections.Count - 1 || ps.EndnoteOptions.Position == EndnotePosition.EndOfSection))
+            {
+                paginator.Place(EndnoteBlocks(endnotes));
+                endnotes.Clear();
+            }
         }
+        while (paginator.HasCarriedNotes) paginator.NewPageForNotes();
         paginator.Flush();
         if (Pages.Count == 0) Pages.Add(new LayoutPage(612, 792, 0));
+    }
+
+    /// <summary>Endnotes after the text they end: a separator rule, then each note's paragraphs.</summary>
+    private List<Block> EndnoteBlocks(List<Footnote> notes)
+    {
+        double h = SeparatorHeight();
+        var separator = new ItemsBlock { Height = h };
+        separator.Items.Add(new LineItem(0, h / 2, 144, h / 2, 0.5, TextStyle.Black));
+        var blocks = new List<Block> { separator };
+        foreach (var n in notes) blocks.AddRange(ctx.Blocks(n, noteWidth));
+        return blocks;
     }
 
     /// <summary>Where body text goes: inside the margins, pushed in by a header or footer that needs more room.</summary>
@@ -93,11 +145,14 @@ internal sealed class DocumentLayout
             bool starts = sectionFirstPage.TryGetValue(page.SectionIndex, out var first) && first == i;
             number = starts && ps!.RestartPageNumbering ? ps.PageStartingNumber : number + 1;
             page.Number = number;
+            page.Label = Lists.ListNumbering.Format(number, ps?.PageNumberStyle ?? NumberStyle.Arabic);
         }
     }
 
     private void AddHeadersAndFooters()
     {
+        var sectionPages = new Dictionary<int, int>();
+        foreach (var p in Pages) sectionPages[p.SectionIndex] = sectionPages.GetValueOrDefault(p.SectionIndex) + 1;
         for (int i = 0; i < Pages.Count; i++)
         {
             var page = Pages[i];
@@ -106,9 +161,9 @@ internal sealed class DocumentLayout
             var ps = sections[si].PageSetup;
             bool firstOfSection = sectionFirstPage.TryGetValue(si, out var first) && first == i;
             double left = ps.LeftMargin + ps.Gutter, width = Math.Max(36, ps.PageWidth - left - ps.RightMargin);
-            ctx.Page = page.Number;
-            ctx.Pages = Pages.Count;
-            ctx.SectionPages = Pages.Count(p => p.SectionIndex == si);
+            ctx.Page = page;
+            ctx.PageCount = Pages.Count;
+            ctx.SectionPageCount = sectionPages[si];
             if (HeaderFooterFor(si, true, firstOfSection, page.Number % 2 == 0) is { } header)
                 Stack.Emit(ctx.Blocks(header, width), page.Items, left, ps.HeaderDistance);
             if (HeaderFooterFor(si, false, firstOfSection, page.Number % 2 == 0) is { } footer)
@@ -117,7 +172,7 @@ internal sealed class DocumentLayout
                 Stack.Emit(blocks, page.Items, left, ps.PageHeight - ps.FooterDistance - Stack.Height(blocks));
             }
         }
-        ctx.Page = ctx.Pages = ctx.SectionPages = null;
+        ctx.Page = null;
     }
 
     /// <summary>The header or footer a page shows: first-page or even-page kinds where the section has

@@ -4,7 +4,8 @@ namespace Quorix.Folio.Layout;
 internal readonly record struct Frame(double Left, double Top, double Bottom);
 
 /// <summary>Places blocks on pages in order, honouring hard breaks, keep-with-next chains and
-/// splittable blocks; records the pages each node appears on.</summary>
+/// splittable blocks, with the footnotes a block references at the bottom of its page; records the
+/// pages each node appears on.</summary>
 internal sealed class Paginator
 {
     private sealed record Placed(Block Block, double X, double Y);
@@ -18,11 +19,37 @@ internal sealed class Paginator
     private bool naturalBreak;
     private Func<LayoutPage>? makePage;
     private Func<Frame>? makeFrame;
+    // Footnote lines on the current page, each with the block that references it (null: carried over).
+    private readonly List<(Block? Owner, Block Line)> notes = new();
+    private readonly List<Block> carried = new();
+    private double notesHeight;
+    private readonly Func<Notes.Footnote, List<Block>> noteLines;
+    private readonly double separatorHeight;
+    private bool notesBeneathText;
 
-    public Paginator(List<LayoutPage> pages, Dictionary<Node, (int, int)> spans)
+    /// <param name="noteLines">The laid-out lines of a footnote.</param>
+    /// <param name="separatorHeight">Room the separator line above a page's footnotes takes.</param>
+    public Paginator(List<LayoutPage> pages, Dictionary<Node, (int, int)> spans, Func<Notes.Footnote, List<Block>> noteLines, double separatorHeight)
     {
         this.pages = pages;
         this.spans = spans;
+        this.noteLines = noteLines;
+        this.separatorHeight = separatorHeight;
+    }
+
+    /// <summary>Whether footnotes of the pages to come follow the text instead of sitting at the bottom.</summary>
+    public bool NotesBeneathText { set => notesBeneathText = value; }
+
+    private double Bottom => frame.Bottom - notesHeight;
+
+    /// <summary>The height the footnotes a block references add to its page.</summary>
+    private double NotesNeed(Block b)
+    {
+        if (b.Notes == null) return 0;
+        double h = 0;
+        foreach (var n in b.Notes)
+            if (n.FootnoteType == Notes.FootnoteType.Footnote) h += Stack.Height(noteLines(n));
+        return h > 0 && notes.Count == 0 ? h + separatorHeight : h;
     }
 
     public LayoutPage? Current => page;
@@ -58,7 +85,7 @@ internal sealed class Paginator
                 b = queue[i];
             }
             double before = onPage.Count == 0 && naturalBreak ? 0 : b.SpaceBefore;
-            if (y + before + b.Height <= frame.Bottom + 0.01 || onPage.Count == 0 && !CanSplit(b))
+            if (y + before + b.Height + NotesNeed(b) <= Bottom + 0.01 || onPage.Count == 0 && !CanSplit(b))
             {
                 Put(b, before);
                 continue;
@@ -70,12 +97,13 @@ internal sealed class Paginator
             {
                 var moved = onPage.GetRange(chain, onPage.Count - chain).Select(p => p.Block).ToList();
                 onPage.RemoveRange(chain, onPage.Count - chain);
+                DropNotesOf(moved);
                 NewPage(natural: true);
                 queue.InsertRange(i, moved);
                 i--;
                 continue;
             }
-            var (head, tail) = b.Split(frame.Bottom - y - before);
+            var (head, tail) = b.Split(Bottom - y - before - NotesNeed(b));
             if (head != null)
             {
                 Put(head, before);
@@ -101,6 +129,30 @@ internal sealed class Paginator
     {
         onPage.Add(new Placed(b, frame.Left, y + before));
         y += before + b.Height + b.SpaceAfter;
+        if (b.Notes == null) return;
+        foreach (var n in b.Notes)
+            if (n.FootnoteType == Notes.FootnoteType.Footnote)
+                foreach (var line in noteLines(n)) AddNoteLine(b, line);
+    }
+
+    /// <summary>A note line goes on this page while it fits under the text; once one does not, it and
+    /// the rest continue at the bottom of the next page.</summary>
+    private void AddNoteLine(Block? owner, Block line)
+    {
+        double sep = notes.Count == 0 ? separatorHeight : 0;
+        if (carried.Count > 0 && owner != null || y + notesHeight + sep + line.Total > frame.Bottom + 0.01 && notes.Count > 0)
+        {
+            carried.Add(line);
+            return;
+        }
+        notes.Add((owner, line));
+        notesHeight += sep + line.Total;
+    }
+
+    private void DropNotesOf(List<Block> moved)
+    {
+        if (notes.RemoveAll(n => n.Owner != null && moved.Contains(n.Owner)) == 0) return;
+        notesHeight = notes.Count == 0 ? 0 : separatorHeight + notes.Sum(n => n.Line.Total);
     }
 
     /// <summary>Adds the blocks of the current page to it; called when a page is full and at the end.</summary>
@@ -111,10 +163,25 @@ internal sealed class Paginator
         foreach (var p in onPage)
         {
             p.Block.Emit(page.Items, p.X, p.Y);
-            foreach (var n in p.Block.Nodes)
-                spans[n] = spans.TryGetValue(n, out var s) ? (Math.Min(s.First, index), Math.Max(s.Last, index)) : (index, index);
+            Record(p.Block, index);
+        }
+        if (notes.Count > 0)
+        {
+            double top = notesBeneathText ? y : frame.Bottom - notesHeight;
+            // The separator: a short rule above the notes, as word processors draw it.
+            page.Items.Add(new LineItem(frame.Left, top + separatorHeight / 2, frame.Left + 144, top + separatorHeight / 2, 0.5, TextStyle.Black));
+            Stack.Emit(notes.Select(n => n.Line), page.Items, frame.Left, top + separatorHeight);
+            foreach (var n in notes) Record(n.Line, index);
         }
         onPage.Clear();
+        notes.Clear();
+        notesHeight = 0;
+    }
+
+    private void Record(Block b, int index)
+    {
+        foreach (var n in b.Nodes)
+            spans[n] = spans.TryGetValue(n, out var s) ? (Math.Min(s.First, index), Math.Max(s.Last, index)) : (index, index);
     }
 
     private void NewPage(bool natural)
@@ -125,5 +192,14 @@ internal sealed class Paginator
         frame = makeFrame!();
         y = frame.Top;
         naturalBreak = natural;
+        if (carried.Count == 0) return;
+        var lines = carried.ToList();
+        carried.Clear();
+        foreach (var line in lines) AddNoteLine(null, line);
     }
+
+    /// <summary>Whether footnote lines still wait for a page; the caller adds pages until none do.</summary>
+    public bool HasCarriedNotes => carried.Count > 0;
+
+    public void NewPageForNotes() => NewPage(natural: true);
 }

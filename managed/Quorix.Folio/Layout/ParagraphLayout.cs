@@ -4,6 +4,7 @@ using Quorix.Folio.Drawing;
 using Quorix.Folio.Fields;
 using Quorix.Folio.Fonts;
 using Quorix.Folio.Formatting;
+using Quorix.Folio.Notes;
 
 namespace Quorix.Folio.Layout;
 
@@ -74,6 +75,14 @@ internal sealed class ParagraphLayout
             };
             Add(SymbolBullets(label) + trailing, first, null, null, null);
         }
+        // A note's text opens with its reference mark.
+        if (para.ParentNode is Footnote own && own.FirstChild == para && ctx.Notes != null)
+        {
+            var first = para.Runs.Count > 0 ? TextStyle.Of(para.Runs[0].Font, ctx) : markStyle;
+            var mark = ctx.Notes.Of(own);
+            Add(mark, MarkStyle(first), null, null, null);
+            if (para.Runs.Count == 0 || !para.Runs[0].Text.StartsWith(' ')) Add(" ", first, null, null, null);
+        }
         var fields = new List<FieldState>();
         for (var n = para.FirstChild; n != null; n = n.NextSibling)
         {
@@ -99,6 +108,10 @@ internal sealed class ParagraphLayout
                     if (fields.Any(f => f.SkipResult || !f.InResult)) break;
                     Add(ObjectChar.ToString(), markStyle, shape, shape, fields.LastOrDefault(f => f.Link != null)?.Link);
                     break;
+                case Footnote note when ctx.Notes != null:
+                    if (fields.Any(f => f.SkipResult || !f.InResult)) break;
+                    Add(ctx.Notes.Of(note), MarkStyle(TextStyle.Of(note.Font, ctx)), note, null, null);
+                    break;
                 case BookmarkStart b:
                     anchors.Add((sb.Length, b.Name));
                     break;
@@ -108,6 +121,9 @@ internal sealed class ParagraphLayout
         if (text.Contains('\t')) tabStops = TabStops.Of(para);
         leaders = new char[text.Length];
     }
+
+    /// <summary>Note marks are raised and smaller, whether or not their character style says so.</summary>
+    private static TextStyle MarkStyle(TextStyle style) => style.Rise > 0 ? style : style with { Size = style.Size * 2 / 3, Rise = style.Size / 3 };
 
     /// <summary>Bullets stored as the private-use codes of the Symbol and Wingdings fonts, which
     /// substitute faces lack, as the Unicode characters they show.</summary>
@@ -134,7 +150,7 @@ internal sealed class ParagraphLayout
         var code = f.Code.ToString().Trim();
         var word = code.Split(' ', 2)[0].ToUpperInvariant();
         if (word == "HYPERLINK") f.Link = HyperlinkTarget(code);
-        if (ctx.PageFieldValue(word) is { } value)
+        if (ctx.PageFieldValue(word, code) is { } value)
         {
             // Page numbers take the formatting of the text before them, or of the paragraph mark.
             f.SkipResult = true;
@@ -446,6 +462,8 @@ internal sealed class ParagraphLayout
         EmitGlyphs(block, start, end, pos, baseline);
         EmitDecorations(block, start, end, visibleEnd, pos, baseline);
         EmitLeaders(block, start, end, pos, baseline);
+        foreach (var p in pieces)
+            if (p.Node is Footnote note && p.Start >= start && p.Start < end) (block.Notes ??= new List<Footnote>()).Add(note);
         foreach (var (at, name) in anchors)
             if (at >= start && (at < end || at == end && kind == LineEnd.Paragraph))
                 block.Items.Add(new AnchorItem(pos[Math.Min(at, end) - start], 0, name));

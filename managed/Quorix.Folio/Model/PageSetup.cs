@@ -115,6 +115,22 @@ public sealed class PageSetup
         }
     }
 
+    /// <summary>How page numbers of the section are written (PAGE fields, page references).</summary>
+    public NumberStyle PageNumberStyle
+    {
+        get => Lists.ListNumbering.StyleFromXml(bag.Find("pgNumType")?.Get("fmt"));
+        set
+        {
+            if (value is NumberStyle.Bullet or NumberStyle.None || !Enum.IsDefined(value))
+                throw new ArgumentOutOfRangeException(nameof(value), $"Pages cannot be numbered in the style {value}.");
+            bag.GetOrAdd("pgNumType").Set("fmt", value == NumberStyle.Arabic ? null : Lists.ListNumbering.StyleToXml(value));
+        }
+    }
+
+    public Notes.FootnoteOptions FootnoteOptions => new(() => new[] { bag }, Notes.FootnoteType.Footnote);
+
+    public Notes.EndnoteOptions EndnoteOptions => new(() => new[] { bag }, Notes.FootnoteType.Endnote);
+
     internal void ApplyDefaults()
     {
         if (!bag.Has("pgSz")) bag.GetOrAdd("pgSz").Set("w", "12240").Set("h", "15840");
