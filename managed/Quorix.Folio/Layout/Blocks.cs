@@ -12,6 +12,7 @@ internal abstract class Block
     /// <summary>No page break between this block and the next.</summary>
     public bool KeepWithNext;
     public bool BreakBefore;
+    public bool ColumnBreakBefore;
     /// <summary>The model nodes whose content this block shows, for locating nodes on pages.</summary>
     public List<Node> Nodes = new();
     /// <summary>Footnotes and endnotes referenced from this block, in order.</summary>

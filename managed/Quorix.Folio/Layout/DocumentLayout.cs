@@ -76,7 +76,10 @@ internal sealed class DocumentLayout
             double bodyWidth = Math.Max(36, w - left - ps.RightMargin);
             noteWidth = bodyWidth;
             paginator.NotesBeneathText = ps.FootnoteOptions.Position == FootnotePosition.BeneathText;
-            var blocks = s.Body is { } body ? ctx.Blocks(body, bodyWidth) : new List<Block>();
+            // Unequal columns are laid out at the narrowest one's width: no line runs into the next column.
+            var columns = ps.TextColumns.Layout();
+            double columnWidth = columns.Length == 1 ? bodyWidth : Math.Max(36, columns.Min(c => c.Width));
+            var blocks = s.Body is { } body ? ctx.Blocks(body, columnWidth) : new List<Block>();
             var start = ps.SectionStart;
             var current = paginator.Current;
             bool continuous = si > 0 && start == SectionStart.Continuous && current != null && Math.Abs(current.Width - w) < 0.5 && Math.Abs(current.Height - h) < 0.5;
@@ -88,6 +91,7 @@ internal sealed class DocumentLayout
                 continuous,
                 start switch { SectionStart.OddPage => 1, SectionStart.EvenPage => 2, _ => 0 });
             if (!continuous) sectionFirstPage[si] = Pages.Count - 1;
+            paginator.SetColumns(columns.Length == 1 ? new[] { (0.0, bodyWidth) } : columns, ps.TextColumns.LineBetween);
             paginator.Place(blocks);
             if (s.Body != null) endnotes.AddRange(s.Body.GetChildNodes(NodeType.Footnote, true).Cast<Footnote>().Where(n => n.FootnoteType == FootnoteType.Endnote));
             if (endnotes.Count > 0 && (si == sections.Count - 1 || ps.EndnoteOptions.Position == EndnotePosition.EndOfSection))

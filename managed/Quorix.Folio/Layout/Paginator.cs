@@ -26,9 +26,18 @@ internal sealed class Paginator
     private readonly Func<Notes.Footnote, List<Block>> noteLines;
     private readonly double separatorHeight;
     private bool notesBeneathText;
+    // Columns of the current section: offsets from the frame's left edge; the column being filled,
+    // where its blocks start in onPage, and the top and lowest text of the columns on this page.
+    private double[] columnX = { 0 };
+    private double[] columnWidth = { 0 };
+    private bool lineBetween;
+    private int column;
+    private int columnStart;
+    private double columnTop;
+    private double regionBottom;
 
-    /// <param name="noteLines">The laid-out lines of a footnote.</param>
-    /// <param name="separatorHeight">Room the separator line above a page's footnotes takes.</param>
+    /// <summary>A paginator filling <paramref name="pages"/>; <paramref name="noteLines"/> gives a footnote's
+    /// laid-out lines, <paramref name="separatorHeight"/> the room the rule above a page's notes takes.</summary>
     public Paginator(List<LayoutPage> pages, Dictionary<Node, (int, int)> spans, Func<Notes.Footnote, List<Block>> noteLines, double separatorHeight)
     {
         this.pages = pages;
@@ -54,6 +63,47 @@ internal sealed class Paginator
 
     public LayoutPage? Current => page;
 
+    private bool ColumnEmpty => onPage.Count == columnStart;
+
+    /// <summary>The columns the section's text flows through, from here on: on a page shared with the
+    /// previous section they start under its lowest text.</summary>
+    public void SetColumns((double X, double Width)[] columns, bool line)
+    {
+        EndRegion();
+        y = Math.Max(y, regionBottom);
+        columnX = columns.Select(c => c.X).ToArray();
+        columnWidth = columns.Select(c => c.Width).ToArray();
+        lineBetween = line && columns.Length > 1;
+        column = 0;
+        columnStart = onPage.Count;
+        columnTop = regionBottom = y;
+    }
+
+    /// <summary>Rules between the columns of the region ending, down to its lowest text.</summary>
+    private void EndRegion()
+    {
+        if (!lineBetween || page == null || regionBottom <= columnTop) return;
+        for (int i = 1; i < columnX.Length; i++)
+        {
+            double x = frame.Left + (columnX[i - 1] + columnWidth[i - 1] + columnX[i]) / 2;
+            page.Items.Add(new LineItem(x, columnTop, x, regionBottom, 0.5, TextStyle.Black));
+        }
+    }
+
+    /// <summary>Continues in the next column, or on a new page after the last.</summary>
+    private void Advance(bool natural)
+    {
+        if (column + 1 >= columnX.Length)
+        {
+            NewPage(natural);
+            return;
+        }
+        column++;
+        columnStart = onPage.Count;
+        y = columnTop;
+        naturalBreak = natural;
+    }
+
     /// <summary>Starts a page of the given section; with <paramref name="continuous"/>, text goes on
     /// the current page when there is one, under what it already holds.</summary>
     public void StartSection(Func<LayoutPage> newPage, Func<Frame> newFrame, bool continuous, int parity)
@@ -78,27 +128,28 @@ internal sealed class Paginator
         {
             var b = queue[i];
             if (b.BreakBefore && onPage.Count > 0) NewPage(natural: false);
-            if (onPage.Count == 0 && b is TableRowBlock { IsHeader: false, Headers.Count: > 0 } row && !b.BreakBefore)
+            else if (b.ColumnBreakBefore && !ColumnEmpty) Advance(natural: false);
+            if (ColumnEmpty && b is TableRowBlock { IsHeader: false, Headers.Count: > 0 } row && !b.BreakBefore)
             {
                 // A table carried over to a new page shows its heading rows again.
                 queue.InsertRange(i, row.Headers!.Select(h => h.AsRepeat()));
                 b = queue[i];
             }
-            double before = onPage.Count == 0 && naturalBreak ? 0 : b.SpaceBefore;
-            if (y + before + b.Height + NotesNeed(b) <= Bottom + 0.01 || onPage.Count == 0 && !CanSplit(b))
+            double before = ColumnEmpty && naturalBreak ? 0 : b.SpaceBefore;
+            if (y + before + b.Height + NotesNeed(b) <= Bottom + 0.01 || ColumnEmpty && !CanSplit(b))
             {
                 Put(b, before);
                 continue;
             }
             // A keep chain ending here moves to the next page whole, unless it fills this page.
             int chain = onPage.Count;
-            while (chain > 0 && onPage[chain - 1].Block.KeepWithNext) chain--;
-            if (chain > 0 && chain < onPage.Count && !b.BreakBefore)
+            while (chain > columnStart && onPage[chain - 1].Block.KeepWithNext) chain--;
+            if (chain > columnStart && chain < onPage.Count && !b.BreakBefore)
             {
                 var moved = onPage.GetRange(chain, onPage.Count - chain).Select(p => p.Block).ToList();
                 onPage.RemoveRange(chain, onPage.Count - chain);
                 DropNotesOf(moved);
-                NewPage(natural: true);
+                Advance(natural: true);
                 queue.InsertRange(i, moved);
                 i--;
                 continue;
@@ -107,18 +158,18 @@ internal sealed class Paginator
             if (head != null)
             {
                 Put(head, before);
-                NewPage(natural: true);
+                Advance(natural: true);
                 tail!.SpaceBefore = 0;
                 queue[i] = tail;
                 i--;
                 continue;
             }
-            if (onPage.Count == 0)
+            if (ColumnEmpty)
             {
                 Put(b, before); // taller than a page and unsplittable: it overflows rather than vanishes
                 continue;
             }
-            NewPage(natural: true);
+            Advance(natural: true);
             i--;
         }
     }
@@ -127,8 +178,9 @@ internal sealed class Paginator
 
     private void Put(Block b, double before)
     {
-        onPage.Add(new Placed(b, frame.Left, y + before));
+        onPage.Add(new Placed(b, frame.Left + columnX[column], y + before));
         y += before + b.Height + b.SpaceAfter;
+        regionBottom = Math.Max(regionBottom, y - b.SpaceAfter);
         if (b.Notes == null) return;
         foreach (var n in b.Notes)
             if (n.FootnoteType == Notes.FootnoteType.Footnote)
@@ -159,6 +211,7 @@ internal sealed class Paginator
     public void Flush()
     {
         if (page == null) return;
+        EndRegion();
         int index = pages.Count - 1;
         foreach (var p in onPage)
         {
@@ -192,6 +245,8 @@ internal sealed class Paginator
         frame = makeFrame!();
         y = frame.Top;
         naturalBreak = natural;
+        column = columnStart = 0;
+        columnTop = regionBottom = y;
         if (carried.Count == 0) return;
         var lines = carried.ToList();
         carried.Clear();

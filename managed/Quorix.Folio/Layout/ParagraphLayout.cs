@@ -285,7 +285,7 @@ internal sealed class ParagraphLayout
         var blocks = new List<Block>();
         var x = new double[text.Length + 1];
         int start = 0;
-        bool breakBefore = pf.PageBreakBefore;
+        bool breakBefore = pf.PageBreakBefore, columnBreak = false;
         do
         {
             bool first = start == 0;
@@ -295,7 +295,9 @@ internal sealed class ParagraphLayout
             int next = kind == LineEnd.Wrap || kind == LineEnd.Paragraph ? end : end + 1;
             var block = Line(start, end, kind, indent, avail, align, rule, spacing, x);
             block.BreakBefore = breakBefore;
-            breakBefore = kind is LineEnd.Page or LineEnd.Column;
+            block.ColumnBreakBefore = columnBreak;
+            breakBefore = kind == LineEnd.Page;
+            columnBreak = kind == LineEnd.Column;
             blocks.Add(block);
             start = next;
             if (kind == LineEnd.Paragraph) break;

@@ -127,6 +127,8 @@ public sealed class PageSetup
         }
     }
 
+    public TextColumnCollection TextColumns => new(bag, this);
+
     public Notes.FootnoteOptions FootnoteOptions => new(() => new[] { bag }, Notes.FootnoteType.Footnote);
 
     public Notes.EndnoteOptions EndnoteOptions => new(() => new[] { bag }, Notes.FootnoteType.Endnote);
