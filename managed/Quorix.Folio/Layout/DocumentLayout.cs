@@ -1,4 +1,5 @@
 using Quorix.Folio.Fonts;
+using Quorix.Folio.Formatting;
 using Quorix.Folio.Notes;
 
 namespace Quorix.Folio.Layout;
@@ -168,6 +169,7 @@ internal sealed class DocumentLayout
             ctx.Page = page;
             ctx.PageCount = Pages.Count;
             ctx.SectionPageCount = sectionPages[si];
+            AddBorders(page, ps, firstOfSection);
             if (HeaderFooterFor(si, true, firstOfSection, page.Number % 2 == 0) is { } header)
                 Stack.Emit(ctx.Blocks(header, width), page.Items, left, ps.HeaderDistance);
             if (HeaderFooterFor(si, false, firstOfSection, page.Number % 2 == 0) is { } footer)
@@ -177,6 +179,24 @@ internal sealed class DocumentLayout
             }
         }
         ctx.Page = null;
+    }
+
+    /// <summary>The section's page borders, at their distance from the text or from the page's edge.</summary>
+    private static void AddBorders(LayoutPage page, PageSetup ps, bool firstOfSection)
+    {
+        if (ps.PageBorders is not { } borders) return;
+        var applies = ps.BorderAppliesTo;
+        if (applies == PageBorderAppliesTo.FirstPage && !firstOfSection || applies == PageBorderAppliesTo.OtherPages && firstOfSection) return;
+        bool fromEdge = ps.BorderDistanceFrom == PageBorderDistanceFrom.PageEdge;
+        double Space(string side) => Units.ParseInt(borders.Child(side)?.Get("space")) ?? 0;
+        double top = fromEdge ? Space("top") : Math.Abs(ps.TopMargin) - Space("top");
+        double left = fromEdge ? Space("left") : ps.LeftMargin + ps.Gutter - Space("left");
+        double bottom = fromEdge ? page.Height - Space("bottom") : page.Height - Math.Abs(ps.BottomMargin) + Space("bottom");
+        double right = fromEdge ? page.Width - Space("right") : page.Width - ps.RightMargin + Space("right");
+        if (TableLayout.Side(borders, "top") is { } t) page.Items.Add(new LineItem(left, top, right, top, t.Width, t.Color));
+        if (TableLayout.Side(borders, "bottom") is { } b) page.Items.Add(new LineItem(left, bottom, right, bottom, b.Width, b.Color));
+        if (TableLayout.Side(borders, "left") is { } l) page.Items.Add(new LineItem(left, top, left, bottom, l.Width, l.Color));
+        if (TableLayout.Side(borders, "right") is { } r) page.Items.Add(new LineItem(right, top, right, bottom, r.Width, r.Color));
     }
 
     /// <summary>The header or footer a page shows: first-page or even-page kinds where the section has
