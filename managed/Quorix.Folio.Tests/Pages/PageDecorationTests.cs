@@ -54,4 +54,60 @@ public class PageDecorationTests
         b.PageSetup.BorderAppliesTo = PageBorderAppliesTo.OtherPages;
         Assert.Equal((0, 1), (Count(0), Count(1)));
     }
+
+    private static double TextRight(Document doc) => doc.FirstSection!.PageSetup.PageWidth - doc.FirstSection.PageSetup.RightMargin;
+
+    [Fact]
+    public void ARightToLeftParagraphStartsAtTheRightAndMirrorsItsRuns()
+    {
+        var b = new DocumentBuilder();
+        b.ParagraphFormat.Bidi = true;
+        b.Write("abc ");
+        b.Write("\u05E9\u05DC\u05D5\u05DD ");
+        b.Font.Bold = true;
+        b.Write("xyz");
+        b.Font.Bold = false;
+        b.Writeln();
+        b.ParagraphFormat.Bidi = false;
+        b.Write("abc ");
+        b.Write("\u05E9\u05DC\u05D5\u05DD ");
+        b.Font.Bold = true;
+        b.Write("xyz");
+        b.Writeln();
+        var doc = b.Document;
+        var runs = doc.PageLayout.Pages[0].Items.OfType<GlyphRun>().ToList();
+        var rtlLine = runs.Where(r => r.Y == runs[0].Y).ToList();
+        var ltrLine = runs.Where(r => r.Y != runs[0].Y).ToList();
+        double X(List<GlyphRun> line, string t) => line.Where(r => r.Text.Contains(t)).Select(r => r.X + r.Xs[0]).Single();
+        // Logical order reads from the right: the first run is rightmost, ending at the text's right edge.
+        Assert.True(X(rtlLine, "abc") > X(rtlLine, "\u05E9") && X(rtlLine, "\u05E9") > X(rtlLine, "xyz"));
+        var abc = rtlLine.Single(r => r.Text.Contains("abc"));
+        Assert.InRange(abc.X + abc.Xs[2], TextRight(doc) - 15, TextRight(doc));
+        // Inside a left-to-right run the letters keep their order.
+        Assert.True(abc.Xs[0] < abc.Xs[1] && abc.Xs[1] < abc.Xs[2]);
+        // The same runs in a left-to-right paragraph go the other way from the left margin.
+        Assert.True(X(ltrLine, "abc") < X(ltrLine, "\u05E9") && X(ltrLine, "\u05E9") < X(ltrLine, "xyz"));
+        Assert.Equal(doc.FirstSection!.PageSetup.LeftMargin, X(ltrLine, "abc"), 1);
+    }
+
+    [Fact]
+    public void LongRightToLeftTextWrapsWithEveryLineStartingAtTheRight()
+    {
+        var b = new DocumentBuilder();
+        b.ParagraphFormat.Bidi = true;
+        var word = "\u05D3\u05D5\u05D2\u05DE\u05D4";
+        b.Writeln(string.Join(" ", Enumerable.Repeat(word, 50)));
+        var doc = b.Document;
+        var lines = doc.PageLayout.Pages[0].Items.OfType<GlyphRun>().GroupBy(r => r.Y).ToList();
+        Assert.True(lines.Count >= 3);
+        double left = doc.FirstSection!.PageSetup.LeftMargin;
+        foreach (var line in lines)
+        {
+            double right = line.Max(r => r.X + r.Xs[^1]);
+            Assert.InRange(right, TextRight(doc) - 12, TextRight(doc) + 0.5);
+        }
+        // Wrapped lines fill the width; the last, short line leaves the left free.
+        Assert.All(lines.SkipLast(1), l => Assert.True(l.Min(r => r.X + r.Xs[0]) < left + 40));
+        Assert.True(lines[^1].Min(r => r.X + r.Xs[0]) > left + 40, string.Join(";", lines.Select(l => $"{l.Min(r => r.X + r.Xs[0]):F0}-{l.Max(r => r.X + r.Xs[^1]):F0}/{l.Sum(r => r.Glyphs.Length)}")));
+    }
 }

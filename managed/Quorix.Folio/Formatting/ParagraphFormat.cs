@@ -193,6 +193,9 @@ public sealed class ParagraphFormat
         }
     }
 
+    /// <summary>Whether the paragraph is set right to left: its start is at the right.</summary>
+    public bool Bidi { get => Toggle("bidi"); set => Bag.SetToggle("bidi", value); }
+
     public bool KeepTogether { get => Toggle("keepLines"); set => Bag.SetToggle("keepLines", value); }
 
     public bool KeepWithNext { get => Toggle("keepNext"); set => Bag.SetToggle("keepNext", value); }

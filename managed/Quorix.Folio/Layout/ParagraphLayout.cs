@@ -36,6 +36,10 @@ internal sealed class ParagraphLayout
     // The leader drawn across each tab, set when the tab's stop is chosen.
     private char[] leaders = Array.Empty<char>();
     private TextStyle markStyle = null!;
+    // A right-to-left paragraph: lines are laid out from the left and mirrored in their box.
+    private bool rtl;
+    // The axis a right-to-left line is mirrored about: twice its box's centre.
+    private double mirror;
 
     private ParagraphLayout(LayoutContext ctx, Paragraph para)
     {
@@ -63,6 +67,7 @@ internal sealed class ParagraphLayout
 
     private void Collect()
     {
+        rtl = para.ParagraphFormat.Bidi;
         markStyle = TextStyle.Of(new Font(new PropBag(PropOrder.Run), para.Document, para.RunChain), ctx);
         if (para.IsListItem && para.ListLabel.LabelString is { Length: > 0 } label)
         {
@@ -209,8 +214,8 @@ internal sealed class ParagraphLayout
                     if (d != 0) strongEnd = j;
                 }
                 // Spaces after right-to-left words belong to the left-to-right text around them.
-                if (dir == 1 && strongEnd > i) j = strongEnd;
-                ShapeRange(i, j, piece.Style, font);
+                if (dir == 1 && strongEnd > i && !rtl) j = strongEnd;
+                ShapeRange(i, j, piece.Style, font, rtl && dir == 0);
                 i = j;
             }
         }
@@ -238,13 +243,14 @@ internal sealed class ParagraphLayout
     // as the font has it.
     private static readonly Feature[] WordFeatures = { Feature.Parse("liga=0"), Feature.Parse("clig=0") };
 
-    private void ShapeRange(int start, int end, TextStyle style, ResolvedFont font)
+    private void ShapeRange(int start, int end, TextStyle style, ResolvedFont font, bool neutralRightToLeft)
     {
         using var buffer = new HarfBuzzSharp.Buffer();
         buffer.AddUtf16(text.AsSpan(start, end - start));
-        // Right-to-left runs inside left-to-right text are shaped and shown in their visual order;
-        // the order of runs within a line stays logical (a right-to-left paragraph is not reordered).
+        // Right-to-left runs are shaped and shown in their visual order; runs keep their logical order
+        // on the line, which a right-to-left paragraph mirrors. Neutrals take the paragraph's direction.
         buffer.GuessSegmentProperties();
+        if (neutralRightToLeft) buffer.Direction = Direction.RightToLeft;
         font.Face.Shaper.Shape(buffer, WordFeatures);
         var infos = buffer.GetGlyphInfoSpan();
         var positions = buffer.GetGlyphPositionSpan();
@@ -461,6 +467,7 @@ internal sealed class ParagraphLayout
         var block = new ItemsBlock { Height = height };
         block.Nodes.Add(para);
         block.Items.Add(new LineBox(indent, 0, avail, height));
+        mirror = 2 * indent + avail;
         EmitGlyphs(block, start, end, pos, baseline);
         EmitDecorations(block, start, end, visibleEnd, pos, baseline);
         EmitLeaders(block, start, end, pos, baseline);
@@ -468,11 +475,14 @@ internal sealed class ParagraphLayout
             if (p.Node is Footnote note && p.Start >= start && p.Start < end) (block.Notes ??= new List<Footnote>()).Add(note);
         foreach (var (at, name) in anchors)
             if (at >= start && (at < end || at == end && kind == LineEnd.Paragraph))
-                block.Items.Add(new AnchorItem(pos[Math.Min(at, end) - start], 0, name));
+                block.Items.Add(new AnchorItem(Left(pos[Math.Min(at, end) - start], pos[Math.Min(at, end) - start]), 0, name));
         return block;
     }
 
     private double Width(int i, double[] x) => text[i] == '\t' ? (i + 1 < x.Length ? x[i + 1] - x[i] : 0) : advance[i];
+
+    /// <summary>Left edge of the span between two offsets from the line's start: mirrored on a right-to-left line.</summary>
+    private double Left(double from, double to) => rtl ? mirror - to : from;
 
     private void EmitGlyphs(ItemsBlock block, int start, int end, double[] pos, double baseline)
     {
@@ -485,15 +495,16 @@ internal sealed class ParagraphLayout
             int lastCluster = -1;
             double inCluster = 0;
             int a = Math.Max(s.Start, start), b = Math.Min(s.End, end);
-            // Visual-order glyphs fill the run's span on the line from its left edge.
-            double pen = pos[a - start];
+            // Visual-order glyphs fill the run's span on the line from its left edge; left-to-right
+            // glyphs keep their offsets from the span's start, wherever a mirrored line puts the span.
+            double left = Left(pos[a - start], pos[b - start]), pen = left;
             for (int g = 0; g < s.Glyphs.Length; g++)
             {
                 int c = s.Clusters[g];
                 if (c < start || c >= end) continue;
                 if (c != lastCluster) { inCluster = 0; lastCluster = c; }
                 glyphs.Add(s.Glyphs[g]);
-                xs.Add((float)((s.RightToLeft ? pen : pos[c - start] + inCluster) + s.OffsetsX[g]));
+                xs.Add((float)((s.RightToLeft ? pen : left + pos[c - start] - pos[a - start] + inCluster) + s.OffsetsX[g]));
                 inCluster += s.Advances[g];
                 pen += s.Advances[g];
                 yOff = s.OffsetsY[g];
@@ -517,7 +528,7 @@ internal sealed class ParagraphLayout
             if (!face.Shaper.TryGetGlyph(leaders[i], out var glyph)) continue;
             double adv = face.Shaper.GetHorizontalGlyphAdvance(glyph) * style.Size / face.UnitsPerEm;
             if (adv <= 0) continue;
-            double x1 = pos[i - start], x2 = pos[i - start + 1];
+            double x1 = Left(pos[i - start], pos[i - start + 1]), x2 = x1 + pos[i - start + 1] - pos[i - start];
             var xs = new List<float>();
             for (double gx = Math.Ceiling(x1 / adv) * adv; gx + adv <= x2 - adv / 2; gx += adv) xs.Add((float)gx);
             if (xs.Count == 0) continue;
@@ -532,7 +543,7 @@ internal sealed class ParagraphLayout
         {
             int a = Math.Max(p.Start, start), b = Math.Min(p.End, p.Image == null ? visibleEnd : end);
             if (a >= b) continue;
-            double x1 = pos[a - start], x2 = pos[b - start];
+            double x1 = Left(pos[a - start], pos[b - start]), x2 = x1 + pos[b - start] - pos[a - start];
             if (p.Image != null)
             {
                 block.Items.Add(new ImageItem(x1, baseline - p.Image.Height, p.Image.Width, p.Image.Height, p.Image.ImageData.ImageBytes!));
