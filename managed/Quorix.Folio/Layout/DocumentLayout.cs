@@ -127,7 +127,7 @@ internal sealed class DocumentLayout
             top = Math.Max(top, ps.HeaderDistance + StoryHeight(header, width));
         if (HeaderFooterFor(si, false, firstOfSection, false) is { } footer)
             bottom = Math.Min(bottom, ps.PageHeight - ps.FooterDistance - StoryHeight(footer, width));
-        return new Frame(left, top, bottom);
+        return new Frame(left, top, bottom, left + width);
     }
 
     // Measured once per story and width: every page of a section asks again.

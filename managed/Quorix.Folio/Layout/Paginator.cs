@@ -1,7 +1,7 @@
 namespace Quorix.Folio.Layout;
 
 /// <summary>The printable frame of a page: where body text may go.</summary>
-internal readonly record struct Frame(double Left, double Top, double Bottom);
+internal readonly record struct Frame(double Left, double Top, double Bottom, double Right);
 
 /// <summary>Places blocks on pages in order, honouring hard breaks, keep-with-next chains and
 /// splittable blocks, with the footnotes a block references at the bottom of its page; records the
@@ -35,6 +35,8 @@ internal sealed class Paginator
     private int columnStart;
     private double columnTop;
     private double regionBottom;
+    // Floating pictures on the current page, with the block that anchors them and the band text keeps clear of.
+    private readonly List<(Block Owner, ImageItem Item, double Top, double Bottom, bool Wraps)> floats = new();
 
     /// <summary>A paginator filling <paramref name="pages"/>; <paramref name="noteLines"/> gives a footnote's
     /// laid-out lines, <paramref name="separatorHeight"/> the room the rule above a page's notes takes.</summary>
@@ -136,6 +138,7 @@ internal sealed class Paginator
                 b = queue[i];
             }
             double before = ColumnEmpty && naturalBreak ? 0 : b.SpaceBefore;
+            before = Clear(y + before, b.Height) - y;
             if (y + before + b.Height + NotesNeed(b) <= Bottom + 0.01 || ColumnEmpty && !CanSplit(b))
             {
                 Put(b, before);
@@ -178,8 +181,10 @@ internal sealed class Paginator
 
     private void Put(Block b, double before)
     {
-        onPage.Add(new Placed(b, frame.Left + columnX[column], y + before));
-        y += before + b.Height + b.SpaceAfter;
+        if (b.Floats != null) AddFloats(b, y + before);
+        double top = Clear(y + before, b.Height);
+        onPage.Add(new Placed(b, frame.Left + columnX[column], top));
+        y = top + b.Height + b.SpaceAfter;
         regionBottom = Math.Max(regionBottom, y - b.SpaceAfter);
         if (b.Notes == null) return;
         foreach (var n in b.Notes)
@@ -201,8 +206,35 @@ internal sealed class Paginator
         notesHeight += sep + line.Total;
     }
 
+    /// <summary>Places the block's floating pictures for a paragraph starting at <paramref name="top"/>.</summary>
+    private void AddFloats(Block b, double top)
+    {
+        foreach (var (shape, placement) in b.Floats!)
+        {
+            var (x, fy) = placement.Locate(page!.Width, page.Height, (frame.Left + columnX[column], columnWidth[column]),
+                (frame.Left, frame.Top, frame.Right, frame.Bottom), top, shape.Width, shape.Height);
+            var item = new ImageItem(x, fy, shape.Width, shape.Height, shape.ImageData.ImageBytes!);
+            floats.Add((b, item, fy - placement.DistanceTop, fy + shape.Height + placement.DistanceBottom, placement.Wraps));
+            b.Nodes.Add(shape);
+        }
+    }
+
+    /// <summary>The first top at or below <paramref name="top"/> where a block of the height clears
+    /// every picture text wraps around.</summary>
+    private double Clear(double top, double height)
+    {
+        for (bool moved = true; moved;)
+        {
+            moved = false;
+            foreach (var f in floats)
+                if (f.Wraps && top < f.Bottom && top + height > f.Top) { top = f.Bottom; moved = true; }
+        }
+        return top;
+    }
+
     private void DropNotesOf(List<Block> moved)
     {
+        floats.RemoveAll(f => moved.Contains(f.Owner));
         if (notes.RemoveAll(n => n.Owner != null && moved.Contains(n.Owner)) == 0) return;
         notesHeight = notes.Count == 0 ? 0 : separatorHeight + notes.Sum(n => n.Line.Total);
     }
@@ -213,6 +245,9 @@ internal sealed class Paginator
         if (page == null) return;
         EndRegion();
         int index = pages.Count - 1;
+        // Pictures go under the text, as word processors draw pictures behind it or beside it.
+        page.Items.InsertRange(0, floats.Select(f => f.Item));
+        floats.Clear();
         foreach (var p in onPage)
         {
             p.Block.Emit(page.Items, p.X, p.Y);

@@ -30,6 +30,7 @@ internal sealed class ParagraphLayout
     private readonly List<Piece> pieces = new();
     private readonly List<Segment> segments = new();
     private readonly List<(int At, string Name)> anchors = new();
+    private List<(Shape Shape, FloatPlacement Placement)>? floats;
     private string text = "";
     private double[] advance = Array.Empty<double>();
     private List<TabStop> tabStops = new();
@@ -111,6 +112,8 @@ internal sealed class ParagraphLayout
                     break;
                 case Shape shape when shape.HasImage && shape.Width > 0 && shape.Height > 0:
                     if (fields.Any(f => f.SkipResult || !f.InResult)) break;
+                    // A floating picture takes no room in the line; the paginator places it.
+                    if (FloatPlacement.Of(shape) is { } placement) { (floats ??= new()).Add((shape, placement)); break; }
                     Add(ObjectChar.ToString(), markStyle, shape, shape, fields.LastOrDefault(f => f.Link != null)?.Link);
                     break;
                 case Footnote note when ctx.Notes != null:
@@ -310,6 +313,7 @@ internal sealed class ParagraphLayout
         } while (true);
 
         blocks[0].SpaceBefore = spaceBefore;
+        blocks[0].Floats = floats;
         blocks[^1].SpaceAfter = spaceAfter;
         // Keep rules: lines of a kept-together paragraph, no single first or last line on a page,
         // and the last line of a keep-with-next paragraph with what follows.
