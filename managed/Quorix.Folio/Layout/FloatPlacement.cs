@@ -79,9 +79,8 @@ internal sealed record FloatPlacement(string FromH, string? AlignH, double Offse
         return XmlReader.Create(new StringReader(xml), settings, new XmlParserContext(names, ns, null, XmlSpace.None));
     }
 
-    /// <summary>The picture's top-left corner on the page.</summary>
-    /// <param name="column">Left edge and width of the column the anchor paragraph is in.</param>
-    /// <param name="margins">The page's text area: left, top, right, bottom.</param>
+    /// <summary>The picture's top-left corner on the page, given the left edge and width of the anchor
+    /// paragraph's column and the page's text area (left, top, right, bottom).</summary>
     public (double X, double Y) Locate(double pageWidth, double pageHeight, (double Left, double Width) column,
         (double Left, double Top, double Right, double Bottom) margins, double paragraphTop, double width, double height)
     {

@@ -68,7 +68,12 @@ internal sealed class LayoutContext
         var blocks = new List<Block>();
         for (var n = container.FirstChild; n != null; n = n.NextSibling)
         {
-            if (n is Paragraph p) blocks.AddRange(ParagraphLayout.Lay(this, p, width));
+            if (n is Paragraph cap && cap.ParagraphFormat.DropCapPosition != DropCapPosition.None && cap.NextSibling is Paragraph body)
+            {
+                blocks.AddRange(DropCap.Lay(this, cap, body, width));
+                n = body;
+            }
+            else if (n is Paragraph p) blocks.AddRange(ParagraphLayout.Lay(this, p, width));
             else if (n is Table t) blocks.AddRange(TableLayout.Lay(this, t, width));
         }
         return blocks;

@@ -48,13 +48,18 @@ internal sealed class ParagraphLayout
         this.para = para;
     }
 
-    public static List<Block> Lay(LayoutContext ctx, Paragraph para, double width)
+    /// <summary>The paragraph's lines at the given width; the first <paramref name="dropLines"/> of them
+    /// pushed right by <paramref name="dropIndent"/>, beside a dropped capital.</summary>
+    public static List<Block> Lay(LayoutContext ctx, Paragraph para, double width, int dropLines = 0, double dropIndent = 0)
     {
-        var p = new ParagraphLayout(ctx, para);
+        var p = new ParagraphLayout(ctx, para) { dropLines = dropLines, dropIndent = dropIndent };
         p.Collect();
         p.Shape();
         return p.Lines(width);
     }
+
+    private int dropLines;
+    private double dropIndent;
 
     // ---- collecting the visible text ----
 
@@ -298,7 +303,7 @@ internal sealed class ParagraphLayout
         do
         {
             bool first = start == 0;
-            double indent = left + (first ? firstLine : 0);
+            double indent = left + (first ? firstLine : 0) + (blocks.Count < dropLines ? dropIndent : 0);
             double avail = Math.Max(1, width - indent - right);
             var (end, kind) = Fill(start, indent, avail, left, first && firstLine < 0, x);
             int next = kind == LineEnd.Wrap || kind == LineEnd.Paragraph ? end : end + 1;
