@@ -265,3 +265,26 @@ def test_rendered_pages_look_like_libreoffices(tmp_path):
     print(f"a different document's page: {wrong:.2f}")
     assert scores[0][0] >= 0.8, worst
     assert wrong < 0.8
+
+
+def test_columns_and_borders_from_python(tmp_path):
+    doc = qf.Document()
+    b = qf.DocumentBuilder(doc)
+    columns = b.page_setup.text_columns
+    columns.set_count(2)
+    columns.line_between = True
+    assert columns.count == 2 and columns.width < 250
+    with pytest.raises(RuntimeError, match="from 1 to 45 columns"):
+        columns.set_count(0)
+    border = b.page_setup.get_border(qf.BorderType.TOP)
+    border.line_style = qf.LineStyle.SINGLE
+    for i in range(90):
+        b.writeln(f"entry {i:02d} in its column")
+    out = tmp_path / "columns.pdf"
+    doc.save(str(out))
+    first = pdf_page_texts(out)[0].splitlines()
+    # Side by side: a text line of the page holds an entry of each column, the left one first.
+    pairs = [re.findall(r"entry (\d\d)", line) for line in first]
+    pairs = [p for p in pairs if len(p) == 2]
+    assert pairs and all(int(a) < int(b) for a, b in pairs)
+    assert pairs[0][0] == "00"

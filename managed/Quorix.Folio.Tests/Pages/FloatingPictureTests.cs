@@ -79,4 +79,52 @@ public class FloatingPictureTests
         doc.Save(pdf, SaveFormat.Pdf);
         Assert.Contains("/Image", Encoding.Latin1.GetString(pdf.ToArray()));
     }
+
+    private const string TextBoxRun =
+        "<w:r><w:drawing><wp:anchor xmlns:wp=\"http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing\" distT=\"0\" distB=\"0\" distL=\"0\" distR=\"0\" " +
+        "simplePos=\"0\" relativeHeight=\"2\" behindDoc=\"0\" locked=\"0\" layoutInCell=\"1\" allowOverlap=\"1\"><wp:simplePos x=\"0\" y=\"0\"/>" +
+        "<wp:positionH relativeFrom=\"page\"><wp:posOffset>3810000</wp:posOffset></wp:positionH><wp:positionV relativeFrom=\"page\"><wp:posOffset>5080000</wp:posOffset></wp:positionV>" +
+        "<wp:extent cx=\"1905000\" cy=\"635000\"/><wp:effectExtent l=\"0\" t=\"0\" r=\"0\" b=\"0\"/><wp:wrapNone/><wp:docPr id=\"5\" name=\"Text Box 5\"/>" +
+        "<a:graphic xmlns:a=\"http://schemas.openxmlformats.org/drawingml/2006/main\"><a:graphicData uri=\"http://schemas.microsoft.com/office/word/2010/wordprocessingShape\">" +
+        "<wps:wsp xmlns:wps=\"http://schemas.microsoft.com/office/word/2010/wordprocessingShape\"><wps:cNvSpPr txBox=\"1\"/><wps:spPr><a:xfrm><a:off x=\"0\" y=\"0\"/>" +
+        "<a:ext cx=\"1905000\" cy=\"635000\"/></a:xfrm><a:prstGeom prst=\"rect\"><a:avLst/></a:prstGeom></wps:spPr><wps:txbx><w:txbxContent><w:p><w:r><w:t>Boxed words here</w:t></w:r></w:p>" +
+        "</w:txbxContent></wps:txbx><wps:bodyPr/></wps:wsp></a:graphicData></a:graphic></wp:anchor></w:drawing></w:r>";
+
+    [Fact]
+    public void AFloatingTextBoxShowsItsParagraphsInsideItsOutline()
+    {
+        var b = new DocumentBuilder();
+        b.Writeln("body text before the box");
+        b.Writeln("body text after the box");
+        var ms = new MemoryStream();
+        b.Document.Save(ms, SaveFormat.Docx);
+        var patched = new MemoryStream();
+        using (var src = new ZipArchive(new MemoryStream(ms.ToArray()), ZipArchiveMode.Read))
+        using (var dst = new ZipArchive(patched, ZipArchiveMode.Create, leaveOpen: true))
+            foreach (var entry in src.Entries)
+            {
+                using var reader = new StreamReader(entry.Open());
+                var text = reader.ReadToEnd();
+                if (entry.FullName == "word/document.xml")
+                {
+                    int end = text.IndexOf("</w:p>", StringComparison.Ordinal);
+                    text = text[..end] + TextBoxRun + text[end..];
+                }
+                using var w = new StreamWriter(dst.CreateEntry(entry.FullName).Open(), new UTF8Encoding(false));
+                w.Write(text);
+            }
+        patched.Position = 0;
+        var doc = new Document(patched);
+        Assert.True(((Drawing.Shape)doc.GetChildNodes(NodeType.Shape, true)[0]).IsTextBox);
+        var lines = LayoutProbe.Lines(doc, 0);
+        var boxed = lines.Single(l => l.Text.Contains("Boxed words here"));
+        // Inside the box at (300, 400), 150 x 50, after the insets.
+        Assert.Equal(300 + 7.2, boxed.Left, 1);
+        Assert.InRange(boxed.Y, 400, 450);
+        var outline = doc.PageLayout.Pages[0].Items.OfType<LineItem>().ToList();
+        Assert.Equal(4, outline.Count);
+        Assert.Equal(new[] { 300.0, 450.0 }, new[] { outline.Min(l => Math.Min(l.X1, l.X2)), outline.Max(l => Math.Max(l.X1, l.X2)) });
+        // The box takes no room from the body: its text lines stay where they were.
+        Assert.Equal(LayoutProbe.Lines(b.Document, 0)[1].Y, lines.Single(l => l.Text.StartsWith("body text after")).Y, 1);
+    }
 }

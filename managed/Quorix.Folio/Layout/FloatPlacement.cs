@@ -8,7 +8,7 @@ namespace Quorix.Folio.Layout;
 /// relative to the page, the margins, the column or the paragraph, and whether text keeps clear of
 /// it. Square and tight wrapping are taken as top-and-bottom: text resumes below the picture.</summary>
 internal sealed record FloatPlacement(string FromH, string? AlignH, double OffsetH, string FromV, string? AlignV, double OffsetV,
-    bool Wraps, double DistanceTop, double DistanceBottom)
+    bool Wraps, double DistanceTop, double DistanceBottom, double Width, double Height)
 {
     private const double EmuPerPoint = 12700;
     private const string WordDrawing = "http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing";
@@ -16,10 +16,12 @@ internal sealed record FloatPlacement(string FromH, string? AlignH, double Offse
     /// <summary>The placement of a picture read from an anchored drawing; null for an inline one.</summary>
     public static FloatPlacement? Of(Shape shape)
     {
-        if (shape.RawXml is not { } xml || !xml.Contains("anchor", StringComparison.Ordinal)) return null;
+        // A text box keeps its drawing as the frame around its content; joined, the frame reads as a drawing with an empty box.
+        var xml = shape.RawXml ?? (shape.TextBoxFrame is { } frame ? string.Concat(frame) : null);
+        if (xml == null || !xml.Contains("anchor", StringComparison.Ordinal)) return null;
         string fromH = "column", fromV = "paragraph";
         string? alignH = null, alignV = null, axis = null;
-        double offH = 0, offV = 0, distT = 0, distB = 0;
+        double offH = 0, offV = 0, distT = 0, distB = 0, cx = 0, cy = 0;
         bool anchored = false, wraps = false;
         try
         {
@@ -50,6 +52,10 @@ internal sealed record FloatPlacement(string FromH, string? AlignH, double Offse
                         var align = r.ReadElementContentAsString().Trim();
                         if (axis == "h") alignH = align; else alignV = align;
                         break;
+                    case "extent" when cx == 0:
+                        cx = (Units.ParseLong(r.GetAttribute("cx")) ?? 0) / EmuPerPoint;
+                        cy = (Units.ParseLong(r.GetAttribute("cy")) ?? 0) / EmuPerPoint;
+                        break;
                     case "wrapSquare" or "wrapTopAndBottom" or "wrapTight" or "wrapThrough":
                         wraps = true;
                         break;
@@ -60,7 +66,7 @@ internal sealed record FloatPlacement(string FromH, string? AlignH, double Offse
         {
             return null; // a drawing we cannot read stays in the line, as an inline picture
         }
-        return anchored ? new FloatPlacement(fromH, alignH, offH, fromV, alignV, offV, wraps, distT, distB) : null;
+        return anchored ? new FloatPlacement(fromH, alignH, offH, fromV, alignV, offV, wraps, distT, distB, cx, cy) : null;
     }
 
     /// <summary>A reader over a kept drawing, whose namespace declarations may have stayed on the

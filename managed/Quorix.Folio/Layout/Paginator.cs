@@ -36,7 +36,7 @@ internal sealed class Paginator
     private double columnTop;
     private double regionBottom;
     // Floating pictures on the current page, with the block that anchors them and the band text keeps clear of.
-    private readonly List<(Block Owner, ImageItem Item, double Top, double Bottom, bool Wraps)> floats = new();
+    private readonly List<(Block Owner, List<PageItem> Items, double Top, double Bottom, bool Wraps)> floats = new();
 
     /// <summary>A paginator filling <paramref name="pages"/>; <paramref name="noteLines"/> gives a footnote's
     /// laid-out lines, <paramref name="separatorHeight"/> the room the rule above a page's notes takes.</summary>
@@ -209,12 +209,13 @@ internal sealed class Paginator
     /// <summary>Places the block's floating pictures for a paragraph starting at <paramref name="top"/>.</summary>
     private void AddFloats(Block b, double top)
     {
-        foreach (var (shape, placement) in b.Floats!)
+        foreach (var (shape, placement, content) in b.Floats!)
         {
+            double w = content != null ? placement.Width : shape.Width, h = content != null ? placement.Height : shape.Height;
             var (x, fy) = placement.Locate(page!.Width, page.Height, (frame.Left + columnX[column], columnWidth[column]),
-                (frame.Left, frame.Top, frame.Right, frame.Bottom), top, shape.Width, shape.Height);
-            var item = new ImageItem(x, fy, shape.Width, shape.Height, shape.ImageData.ImageBytes!);
-            floats.Add((b, item, fy - placement.DistanceTop, fy + shape.Height + placement.DistanceBottom, placement.Wraps));
+                (frame.Left, frame.Top, frame.Right, frame.Bottom), top, w, h);
+            var items = content?.Select(i => i.Moved(x, fy)).ToList() ?? new List<PageItem> { new ImageItem(x, fy, w, h, shape.ImageData.ImageBytes!) };
+            floats.Add((b, items, fy - placement.DistanceTop, fy + h + placement.DistanceBottom, placement.Wraps));
             b.Nodes.Add(shape);
         }
     }
@@ -246,7 +247,7 @@ internal sealed class Paginator
         EndRegion();
         int index = pages.Count - 1;
         // Pictures go under the text, as word processors draw pictures behind it or beside it.
-        page.Items.InsertRange(0, floats.Select(f => f.Item));
+        page.Items.InsertRange(0, floats.SelectMany(f => f.Items));
         floats.Clear();
         foreach (var p in onPage)
         {

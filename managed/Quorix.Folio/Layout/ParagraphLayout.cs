@@ -30,7 +30,7 @@ internal sealed class ParagraphLayout
     private readonly List<Piece> pieces = new();
     private readonly List<Segment> segments = new();
     private readonly List<(int At, string Name)> anchors = new();
-    private List<(Shape Shape, FloatPlacement Placement)>? floats;
+    private List<(Shape Shape, FloatPlacement Placement, List<PageItem>? Content)>? floats;
     private string text = "";
     private double[] advance = Array.Empty<double>();
     private List<TabStop> tabStops = new();
@@ -118,8 +118,12 @@ internal sealed class ParagraphLayout
                 case Shape shape when shape.HasImage && shape.Width > 0 && shape.Height > 0:
                     if (fields.Any(f => f.SkipResult || !f.InResult)) break;
                     // A floating picture takes no room in the line; the paginator places it.
-                    if (FloatPlacement.Of(shape) is { } placement) { (floats ??= new()).Add((shape, placement)); break; }
+                    if (FloatPlacement.Of(shape) is { } placement) { (floats ??= new()).Add((shape, placement, null)); break; }
                     Add(ObjectChar.ToString(), markStyle, shape, shape, fields.LastOrDefault(f => f.Link != null)?.Link);
+                    break;
+                case Shape box when box.IsTextBox && FloatPlacement.Of(box) is { Width: > 0, Height: > 0 } boxPlacement:
+                    if (fields.Any(f => f.SkipResult || !f.InResult)) break;
+                    (floats ??= new()).Add((box, boxPlacement, TextBoxContent(box, boxPlacement)));
                     break;
                 case Footnote note when ctx.Notes != null:
                     if (fields.Any(f => f.SkipResult || !f.InResult)) break;
@@ -133,6 +137,23 @@ internal sealed class ParagraphLayout
         text = sb.ToString();
         if (text.Contains('\t')) tabStops = TabStops.Of(para);
         leaders = new char[text.Length];
+    }
+
+    // A text box's default insets: a tenth of an inch at the sides, half that above and below.
+    private const double BoxInsetX = 7.2, BoxInsetY = 3.6;
+
+    /// <summary>What a floating text box shows, relative to its top-left corner: its outline and its
+    /// paragraphs set inside the insets.</summary>
+    private List<PageItem> TextBoxContent(Shape box, FloatPlacement placement)
+    {
+        var items = new List<PageItem>();
+        Stack.Emit(ctx.Blocks(box, Math.Max(1, placement.Width - 2 * BoxInsetX)), items, BoxInsetX, BoxInsetY);
+        double w = placement.Width, h = placement.Height;
+        items.Add(new LineItem(0, 0, w, 0, 0.75, TextStyle.Black));
+        items.Add(new LineItem(w, 0, w, h, 0.75, TextStyle.Black));
+        items.Add(new LineItem(w, h, 0, h, 0.75, TextStyle.Black));
+        items.Add(new LineItem(0, h, 0, 0, 0.75, TextStyle.Black));
+        return items;
     }
 
     /// <summary>Note marks are raised and smaller, whether or not their character style says so.</summary>
