@@ -9,6 +9,9 @@ internal sealed class NoteMarks
 {
     private readonly Dictionary<Footnote, string> marks = new();
 
+    /// <summary>Marks of a document without notes.</summary>
+    public static readonly NoteMarks None = new();
+
     public string Of(Footnote note) => note.IsAuto ? marks.GetValueOrDefault(note, "") : note.ReferenceMark;
 
     /// <summary>Whether any section numbers footnotes again on each page, which needs the pages first.</summary>

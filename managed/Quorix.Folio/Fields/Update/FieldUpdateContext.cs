@@ -43,7 +43,7 @@ internal sealed class FieldUpdateContext
     public string? PageLabelOf(Node node) => Pages is { } p && p.IndexOf(node) is >= 0 and var i ? p.Label(i) : null;
 
     /// <summary>Footnote and endnote marks; from the page layout only where numbering restarts per page.</summary>
-    public Layout.NoteMarks NoteMarks => noteMarks ??= Doc == null ? Layout.NoteMarks.Number(new Document(), null)
+    public Layout.NoteMarks NoteMarks => noteMarks ??= Doc == null ? Layout.NoteMarks.None
         : Layout.NoteMarks.NeedPages(Doc) && Pages is { } p ? p.NoteMarks : Layout.NoteMarks.Number(Doc, null);
 
     public FieldUpdateContext(Document? doc)
