@@ -115,6 +115,24 @@ public class PageFieldTests
     }
 
     [Fact]
+    public void UpdateLeavesPageFieldsOfHeadersToTheLayout()
+    {
+        var b = new DocumentBuilder();
+        b.MoveToHeaderFooter(HeaderFooterType.FooterPrimary);
+        var page = b.InsertField("PAGE", "stored");
+        var count = b.InsertField("NUMPAGES", "stored");
+        b.MoveToDocumentEnd();
+        b.Writeln("one");
+        b.InsertBreak(BreakType.PageBreak);
+        b.Writeln("two");
+        b.Document.UpdateFields();
+        Assert.Equal(("stored", "stored"), (page.Result, count.Result));
+        var texts = LayoutProbe.PageTexts(b.Document);
+        Assert.Contains("12", texts[0]);
+        Assert.Contains("22", texts[1]);
+    }
+
+    [Fact]
     public void NoteRefGivesTheMarkOfTheNoteInTheBookmark()
     {
         var b = new DocumentBuilder();

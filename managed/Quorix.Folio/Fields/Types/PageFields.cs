@@ -13,7 +13,7 @@ public sealed class FieldPage : Field
 
     internal override string? Compute(FieldUpdateContext ctx)
     {
-        if (ctx.Pages is not { } pages || pages.IndexOf(Start) is not (>= 0 and var i)) return null;
+        if (PageFieldText.DrawnPerPage(this) || ctx.Pages is not { } pages || pages.IndexOf(Start) is not (>= 0 and var i)) return null;
         return PageFieldText.Format(ParseCode(), pages.Number(i), pages.Label(i), ctx.Culture);
     }
 }
@@ -23,7 +23,7 @@ public sealed class FieldNumPages : Field
 {
     internal FieldNumPages() { }
 
-    internal override string? Compute(FieldUpdateContext ctx) => ctx.Pages?.Count.ToString(CultureInfo.InvariantCulture);
+    internal override string? Compute(FieldUpdateContext ctx) => PageFieldText.DrawnPerPage(this) ? null : ctx.Pages?.Count.ToString(CultureInfo.InvariantCulture);
 }
 
 /// <summary>SECTIONPAGES: how many pages the section holding the field has.</summary>
@@ -32,7 +32,7 @@ public sealed class FieldSectionPages : Field
     internal FieldSectionPages() { }
 
     internal override string? Compute(FieldUpdateContext ctx) =>
-        ctx.Pages is { } pages && pages.IndexOf(Start) is >= 0 and var i ? pages.SectionPageCount(i).ToString(CultureInfo.InvariantCulture) : null;
+        !PageFieldText.DrawnPerPage(this) && ctx.Pages is { } pages && pages.IndexOf(Start) is >= 0 and var i ? pages.SectionPageCount(i).ToString(CultureInfo.InvariantCulture) : null;
 }
 
 /// <summary>PAGEREF: the page number of a bookmark, or with \p its place relative to the field.</summary>
@@ -88,6 +88,10 @@ public sealed class FieldNoteRef : Field
 
 internal static class PageFieldText
 {
+    /// <summary>Whether the field is in a header or footer, where the layout draws its number on each
+    /// page: update leaves its stored result, and needs no layout for it.</summary>
+    public static bool DrawnPerPage(Field f) => f.Start.GetAncestor(NodeType.HeaderFooter) != null;
+
     // Formats that turn a number into other text; the rest (case, MERGEFORMAT) apply to the page's own label.
     private static bool IsNumberFormat(GeneralFormat f) =>
         f is not (GeneralFormat.Caps or GeneralFormat.FirstCap or GeneralFormat.Lower or GeneralFormat.Upper
