@@ -20,7 +20,8 @@ internal static class LayoutProbe
             // Right edge of the last visible character; runs of Latin text here have one glyph per character.
             int end = last.Text.TrimEnd().Length - 1;
             double right = end < 0 ? last.X + last.Xs[0] : last.X + last.Xs[end] + Measure(last.Font.Face.Typeface, last.Size, last.Text[end..(end + 1)]);
-            lines.Add(new TextLine(group[0].Y, ordered[0].X + ordered[0].Xs[0], right, string.Concat(ordered.Select(r => r.Text))));
+            // Raised marks (note references) sit on the line of the biggest text.
+            lines.Add(new TextLine(group.MaxBy(r => r.Size)!.Y, ordered[0].X + ordered[0].Xs[0], right, string.Concat(ordered.Select(r => r.Text))));
         }
         return lines;
     }
@@ -30,7 +31,8 @@ internal static class LayoutProbe
         var current = new List<GlyphRun>();
         foreach (var r in runs)
         {
-            if (current.Count > 0 && Math.Abs(current[0].Y - r.Y) > 0.5) { yield return current; current = new List<GlyphRun>(); }
+            // Runs within a third of their size of each other's baseline are raised or lowered text of one line.
+            if (current.Count > 0 && Math.Abs(current[^1].Y - r.Y) > Math.Max(current[^1].Size, r.Size) / 3 + 0.5) { yield return current; current = new List<GlyphRun>(); }
             current.Add(r);
         }
         if (current.Count > 0) yield return current;

@@ -57,8 +57,8 @@ internal static class FieldKinds
         ["MERGEREC"] = (FieldType.FieldMergeRec, () => new FieldMergeRec()),
         ["MERGESEQ"] = (FieldType.FieldMergeSeq, () => new FieldMergeSeq()),
         // Kinds recognised whose results come from elsewhere (page layout) or are kept as read.
-        ["PAGE"] = (FieldType.FieldPage, null), ["NUMPAGES"] = (FieldType.FieldNumPages, null),
-        ["SECTIONPAGES"] = (FieldType.FieldSectionPages, null), ["PAGEREF"] = (FieldType.FieldPageRef, null),
+        ["PAGE"] = (FieldType.FieldPage, () => new FieldPage()), ["NUMPAGES"] = (FieldType.FieldNumPages, () => new FieldNumPages()),
+        ["SECTIONPAGES"] = (FieldType.FieldSectionPages, () => new FieldSectionPages()), ["PAGEREF"] = (FieldType.FieldPageRef, () => new FieldPageRef()),
         ["SECTION"] = (FieldType.FieldSection, null), ["INDEX"] = (FieldType.FieldIndex, () => new FieldIndex()),
         ["TOA"] = (FieldType.FieldTOA, null), ["TA"] = (FieldType.FieldTOAEntry, null),
         ["INCLUDEPICTURE"] = (FieldType.FieldIncludePicture, null), ["BARCODE"] = (FieldType.FieldBarcode, null),

@@ -193,6 +193,44 @@ public sealed class ParagraphFormat
         }
     }
 
+    /// <summary>Whether the paragraph is a dropped capital for the paragraph after it, beside its first lines or in the margin.</summary>
+    public DropCapPosition DropCapPosition
+    {
+        get => Bag.Find("framePr")?.Get("dropCap") switch
+        {
+            "drop" => DropCapPosition.Normal,
+            "margin" => DropCapPosition.Margin,
+            _ => DropCapPosition.None,
+        };
+        set
+        {
+            var v = value switch
+            {
+                DropCapPosition.None => null,
+                DropCapPosition.Normal => "drop",
+                DropCapPosition.Margin => "margin",
+                _ => throw new ArgumentOutOfRangeException(nameof(value)),
+            };
+            var frame = Bag.GetOrAdd("framePr").Set("dropCap", v);
+            if (v != null && frame.Get("lines") == null) frame.Set("lines", "3").Set("wrap", "around").Set("vAnchor", "text").Set("hAnchor", "text");
+        }
+    }
+
+    /// <summary>How many lines of the next paragraph a dropped capital spans.</summary>
+    public int LinesToDrop
+    {
+        get => Units.ParseInt(Bag.Find("framePr")?.Get("lines")) is { } n and > 0 ? n : 1;
+        set
+        {
+            if (value < 1 || value > 10) throw new ArgumentOutOfRangeException(nameof(value), "A dropped capital spans from 1 to 10 lines.");
+            Bag.GetOrAdd("framePr").Set("lines", Units.Str(value));
+        }
+    }
+
+    /// <summary>Whether the paragraph is set right to left: its start is at the right.</summary>
+    // Direction and dropped capitals are not modelled yet: they live with the kept markup.
+    public bool Bidi { get => Bag.Toggle("bidi") ?? false; set => Bag.SetToggle("bidi", value); }
+
     public bool KeepTogether { get => Toggle(FormatAttr.KeepLines); set => SetToggle(FormatAttr.KeepLines, value); }
 
     public bool KeepWithNext { get => Toggle(FormatAttr.KeepNext); set => SetToggle(FormatAttr.KeepNext, value); }
@@ -238,4 +276,11 @@ public enum BorderType
     Top = 3,
     Horizontal = 4,
     Vertical = 5,
+}
+
+public enum DropCapPosition
+{
+    None = 0,
+    Normal = 1,
+    Margin = 2,
 }

@@ -12,8 +12,13 @@ internal abstract class Block
     /// <summary>No page break between this block and the next.</summary>
     public bool KeepWithNext;
     public bool BreakBefore;
+    public bool ColumnBreakBefore;
     /// <summary>The model nodes whose content this block shows, for locating nodes on pages.</summary>
     public List<Node> Nodes = new();
+    /// <summary>Footnotes and endnotes referenced from this block, in order.</summary>
+    public List<Notes.Footnote>? Notes;
+    /// <summary>Floating pictures and text boxes (with their content) anchored in this block's paragraph, placed with it.</summary>
+    public List<(Drawing.Shape Shape, FloatPlacement Placement, List<PageItem>? Content)>? Floats;
 
     public double Total => SpaceBefore + Height + SpaceAfter;
 

@@ -1,4 +1,6 @@
 using Quorix.Folio.Fonts;
+using Quorix.Folio.Formatting;
+using Quorix.Folio.Notes;
 
 namespace Quorix.Folio.Layout;
 
@@ -17,32 +19,68 @@ internal sealed class DocumentLayout
     // The first page of each section that started one; numbering restarts and first-page headers key off it.
     private readonly Dictionary<int, int> sectionFirstPage = new();
 
-    private DocumentLayout(Document doc, FontSettings fonts)
+    /// <summary>The reference marks the pages show.</summary>
+    public NoteMarks NoteMarks { get; }
+
+    private DocumentLayout(Document doc, FontSettings fonts, NoteMarks marks)
     {
         this.doc = doc;
-        ctx = new LayoutContext(fonts.Library, ThemeFonts.Of(doc)) { Warnings = doc.Warnings };
+        NoteMarks = marks;
+        ctx = new LayoutContext(fonts.Library, ThemeFonts.Of(doc)) { Warnings = doc.Warnings, Notes = marks };
         sections = doc.Sections.Cast<Section>().ToList();
     }
 
     public static DocumentLayout Build(Document doc, FontSettings fonts)
     {
-        var layout = new DocumentLayout(doc, fonts);
+        var marks = NoteMarks.Number(doc, null);
+        var layout = Build(doc, fonts, marks);
+        // Footnotes numbered per page need the pages first; the marks are short, so one more pass settles them.
+        if (NoteMarks.NeedPages(doc))
+        {
+            var byPage = NoteMarks.Number(doc, n => layout.Spans.TryGetValue(n, out var s) ? s.First : -1);
+            if (!byPage.SameAs(marks)) layout = Build(doc, fonts, byPage);
+        }
+        return layout;
+    }
+
+    private static DocumentLayout Build(Document doc, FontSettings fonts, NoteMarks marks)
+    {
+        var layout = new DocumentLayout(doc, fonts, marks);
         layout.Paginate();
         layout.Number();
         layout.AddHeadersAndFooters();
         return layout;
     }
 
+    // Lines of each note, laid out once at the width of its section's text.
+    private readonly Dictionary<Footnote, List<Block>> noteLines = new();
+    private double noteWidth;
+
+    private List<Block> NoteLines(Footnote note)
+    {
+        if (!noteLines.TryGetValue(note, out var lines)) noteLines[note] = lines = ctx.Blocks(note, noteWidth);
+        return lines;
+    }
+
+    /// <summary>The separator above notes is an empty line of the document's default text.</summary>
+    private double SeparatorHeight() => ParagraphLayout.Lay(ctx, new Paragraph(doc), 100).Sum(b => b.Height);
+
     private void Paginate()
     {
-        var paginator = new Paginator(Pages, Spans);
+        var paginator = new Paginator(Pages, Spans, NoteLines, SeparatorHeight());
+        var endnotes = new List<Footnote>();
         for (int si = 0; si < sections.Count; si++)
         {
             var s = sections[si];
             var ps = s.PageSetup;
             double w = ps.PageWidth, h = ps.PageHeight, left = ps.LeftMargin + ps.Gutter;
             double bodyWidth = Math.Max(36, w - left - ps.RightMargin);
-            var blocks = s.Body is { } body ? ctx.Blocks(body, bodyWidth) : new List<Block>();
+            noteWidth = bodyWidth;
+            paginator.NotesBeneathText = ps.FootnoteOptions.Position == FootnotePosition.BeneathText;
+            // Unequal columns are laid out at the narrowest one's width: no line runs into the next column.
+            var columns = ps.TextColumns.Layout();
+            double columnWidth = columns.Length == 1 ? bodyWidth : Math.Max(36, columns.Min(c => c.Width));
+            var blocks = s.Body is { } body ? ctx.Blocks(body, columnWidth) : new List<Block>();
             var start = ps.SectionStart;
             var current = paginator.Current;
             bool continuous = si > 0 && start == SectionStart.Continuous && current != null && Math.Abs(current.Width - w) < 0.5 && Math.Abs(current.Height - h) < 0.5;
@@ -54,10 +92,29 @@ internal sealed class DocumentLayout
                 continuous,
                 start switch { SectionStart.OddPage => 1, SectionStart.EvenPage => 2, _ => 0 });
             if (!continuous) sectionFirstPage[si] = Pages.Count - 1;
+            paginator.SetColumns(columns.Length == 1 ? new[] { (0.0, bodyWidth) } : columns, ps.TextColumns.LineBetween);
             paginator.Place(blocks);
+            if (s.Body != null) endnotes.AddRange(s.Body.GetChildNodes(NodeType.Footnote, true).Cast<Footnote>().Where(n => n.FootnoteType == FootnoteType.Endnote));
+            if (endnotes.Count > 0 && (si == sections.Count - 1 || ps.EndnoteOptions.Position == EndnotePosition.EndOfSection))
+            {
+                paginator.Place(EndnoteBlocks(endnotes));
+                endnotes.Clear();
+            }
         }
+        while (paginator.HasCarriedNotes) paginator.NewPageForNotes();
         paginator.Flush();
         if (Pages.Count == 0) Pages.Add(new LayoutPage(612, 792, 0));
+    }
+
+    /// <summary>Endnotes after the text they end: a separator rule, then each note's paragraphs.</summary>
+    private List<Block> EndnoteBlocks(List<Footnote> notes)
+    {
+        double h = SeparatorHeight();
+        var separator = new ItemsBlock { Height = h };
+        separator.Items.Add(new LineItem(0, h / 2, 144, h / 2, 0.5, TextStyle.Black));
+        var blocks = new List<Block> { separator };
+        foreach (var n in notes) blocks.AddRange(ctx.Blocks(n, noteWidth));
+        return blocks;
     }
 
     /// <summary>Where body text goes: inside the margins, pushed in by a header or footer that needs more room.</summary>
@@ -70,7 +127,7 @@ internal sealed class DocumentLayout
             top = Math.Max(top, ps.HeaderDistance + StoryHeight(header, width));
         if (HeaderFooterFor(si, false, firstOfSection, false) is { } footer)
             bottom = Math.Min(bottom, ps.PageHeight - ps.FooterDistance - StoryHeight(footer, width));
-        return new Frame(left, top, bottom);
+        return new Frame(left, top, bottom, left + width);
     }
 
     // Measured once per story and width: every page of a section asks again.
@@ -93,11 +150,14 @@ internal sealed class DocumentLayout
             bool starts = sectionFirstPage.TryGetValue(page.SectionIndex, out var first) && first == i;
             number = starts && ps!.RestartPageNumbering ? ps.PageStartingNumber : number + 1;
             page.Number = number;
+            page.Label = Lists.ListNumbering.Format(number, ps?.PageNumberStyle ?? NumberStyle.Arabic);
         }
     }
 
     private void AddHeadersAndFooters()
     {
+        var sectionPages = new Dictionary<int, int>();
+        foreach (var p in Pages) sectionPages[p.SectionIndex] = sectionPages.GetValueOrDefault(p.SectionIndex) + 1;
         for (int i = 0; i < Pages.Count; i++)
         {
             var page = Pages[i];
@@ -106,9 +166,10 @@ internal sealed class DocumentLayout
             var ps = sections[si].PageSetup;
             bool firstOfSection = sectionFirstPage.TryGetValue(si, out var first) && first == i;
             double left = ps.LeftMargin + ps.Gutter, width = Math.Max(36, ps.PageWidth - left - ps.RightMargin);
-            ctx.Page = page.Number;
-            ctx.Pages = Pages.Count;
-            ctx.SectionPages = Pages.Count(p => p.SectionIndex == si);
+            ctx.Page = page;
+            ctx.PageCount = Pages.Count;
+            ctx.SectionPageCount = sectionPages[si];
+            AddBorders(page, ps, firstOfSection);
             if (HeaderFooterFor(si, true, firstOfSection, page.Number % 2 == 0) is { } header)
                 Stack.Emit(ctx.Blocks(header, width), page.Items, left, ps.HeaderDistance);
             if (HeaderFooterFor(si, false, firstOfSection, page.Number % 2 == 0) is { } footer)
@@ -117,7 +178,25 @@ internal sealed class DocumentLayout
                 Stack.Emit(blocks, page.Items, left, ps.PageHeight - ps.FooterDistance - Stack.Height(blocks));
             }
         }
-        ctx.Page = ctx.Pages = ctx.SectionPages = null;
+        ctx.Page = null;
+    }
+
+    /// <summary>The section's page borders, at their distance from the text or from the page's edge.</summary>
+    private static void AddBorders(LayoutPage page, PageSetup ps, bool firstOfSection)
+    {
+        if (ps.PageBorders is not { } borders) return;
+        var applies = ps.BorderAppliesTo;
+        if (applies == PageBorderAppliesTo.FirstPage && !firstOfSection || applies == PageBorderAppliesTo.OtherPages && firstOfSection) return;
+        bool fromEdge = ps.BorderDistanceFrom == PageBorderDistanceFrom.PageEdge;
+        double Space(string side) => Units.ParseInt(borders.Child(side)?.Get("space")) ?? 0;
+        double top = fromEdge ? Space("top") : Math.Abs(ps.TopMargin) - Space("top");
+        double left = fromEdge ? Space("left") : ps.LeftMargin + ps.Gutter - Space("left");
+        double bottom = fromEdge ? page.Height - Space("bottom") : page.Height - Math.Abs(ps.BottomMargin) + Space("bottom");
+        double right = fromEdge ? page.Width - Space("right") : page.Width - ps.RightMargin + Space("right");
+        if (TableLayout.Side(borders, "top") is { } t) page.Items.Add(new LineItem(left, top, right, top, t.Width, t.Color));
+        if (TableLayout.Side(borders, "bottom") is { } b) page.Items.Add(new LineItem(left, bottom, right, bottom, b.Width, b.Color));
+        if (TableLayout.Side(borders, "left") is { } l) page.Items.Add(new LineItem(left, top, left, bottom, l.Width, l.Color));
+        if (TableLayout.Side(borders, "right") is { } r) page.Items.Add(new LineItem(right, top, right, bottom, r.Width, r.Color));
     }
 
     /// <summary>The header or footer a page shows: first-page or even-page kinds where the section has

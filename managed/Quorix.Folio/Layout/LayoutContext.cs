@@ -1,3 +1,5 @@
+using System.Globalization;
+using Quorix.Folio.Fields;
 using Quorix.Folio.Fonts;
 using Quorix.Folio.Tables;
 
@@ -38,18 +40,27 @@ internal sealed class LayoutContext
 
     public double DefaultTabStop { get; init; } = 36;
 
-    public int? Page;
-    public int? Pages;
-    public int? SectionPages;
+    /// <summary>The page whose headers and footers are being laid out; null for body text.</summary>
+    public LayoutPage? Page;
+    public int PageCount;
+    public int SectionPageCount;
 
-    /// <summary>The text of a page field, or null where the page is not known yet (the field keeps its last result).</summary>
-    public string? PageFieldValue(string fieldWord) => fieldWord switch
+    /// <summary>Reference marks of the document's notes.</summary>
+    public NoteMarks? Notes;
+
+    /// <summary>The text of a page field, or null where the page is not known (body text: the field
+    /// keeps the result field update gave it).</summary>
+    public string? PageFieldValue(string fieldWord, string code)
     {
-        "PAGE" => Page?.ToString(),
-        "NUMPAGES" => Pages?.ToString(),
-        "SECTIONPAGES" => SectionPages?.ToString(),
-        _ => null,
-    };
+        if (Page == null) return null;
+        return fieldWord switch
+        {
+            "PAGE" => PageFieldText.Format(FieldCode.Parse(code), Page.Number, Page.Label, CultureInfo.CurrentCulture),
+            "NUMPAGES" => FieldFormatting.Apply(PageCount.ToString(CultureInfo.InvariantCulture), FieldCode.Parse(code), CultureInfo.CurrentCulture, date: false),
+            "SECTIONPAGES" => FieldFormatting.Apply(SectionPageCount.ToString(CultureInfo.InvariantCulture), FieldCode.Parse(code), CultureInfo.CurrentCulture, date: false),
+            _ => null,
+        };
+    }
 
     /// <summary>Blocks of a story or cell: its paragraphs and tables in order.</summary>
     public List<Block> Blocks(CompositeNode container, double width)
@@ -57,7 +68,12 @@ internal sealed class LayoutContext
         var blocks = new List<Block>();
         for (var n = container.FirstChild; n != null; n = n.NextSibling)
         {
-            if (n is Paragraph p) blocks.AddRange(ParagraphLayout.Lay(this, p, width));
+            if (n is Paragraph cap && cap.ParagraphFormat.DropCapPosition != DropCapPosition.None && cap.NextSibling is Paragraph body)
+            {
+                blocks.AddRange(DropCap.Lay(this, cap, body, width));
+                n = body;
+            }
+            else if (n is Paragraph p) blocks.AddRange(ParagraphLayout.Lay(this, p, width));
             else if (n is Table t) blocks.AddRange(TableLayout.Lay(this, t, width));
         }
         return blocks;

@@ -64,6 +64,8 @@ internal sealed class LayoutPage
     public int SectionIndex { get; }
     /// <summary>The number the page shows (PAGE), after restarts.</summary>
     public int Number { get; set; }
+    /// <summary>The number as page fields write it, in the section's page number style.</summary>
+    public string Label { get; set; } = "";
     public bool Landscape => Width > Height;
     public List<PageItem> Items { get; } = new();
 }

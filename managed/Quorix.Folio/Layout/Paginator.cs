@@ -1,10 +1,11 @@
 namespace Quorix.Folio.Layout;
 
 /// <summary>The printable frame of a page: where body text may go.</summary>
-internal readonly record struct Frame(double Left, double Top, double Bottom);
+internal readonly record struct Frame(double Left, double Top, double Bottom, double Right);
 
 /// <summary>Places blocks on pages in order, honouring hard breaks, keep-with-next chains and
-/// splittable blocks; records the pages each node appears on.</summary>
+/// splittable blocks, with the footnotes a block references at the bottom of its page; records the
+/// pages each node appears on.</summary>
 internal sealed class Paginator
 {
     private sealed record Placed(Block Block, double X, double Y);
@@ -18,14 +19,92 @@ internal sealed class Paginator
     private bool naturalBreak;
     private Func<LayoutPage>? makePage;
     private Func<Frame>? makeFrame;
+    // Footnote lines on the current page, each with the block that references it (null: carried over).
+    private readonly List<(Block? Owner, Block Line)> notes = new();
+    private readonly List<Block> carried = new();
+    private double notesHeight;
+    private readonly Func<Notes.Footnote, List<Block>> noteLines;
+    private readonly double separatorHeight;
+    private bool notesBeneathText;
+    // Columns of the current section: offsets from the frame's left edge; the column being filled,
+    // where its blocks start in onPage, and the top and lowest text of the columns on this page.
+    private double[] columnX = { 0 };
+    private double[] columnWidth = { 0 };
+    private bool lineBetween;
+    private int column;
+    private int columnStart;
+    private double columnTop;
+    private double regionBottom;
+    // Floating pictures on the current page, with the block that anchors them and the band text keeps clear of.
+    private readonly List<(Block Owner, List<PageItem> Items, double Top, double Bottom, bool Wraps)> floats = new();
 
-    public Paginator(List<LayoutPage> pages, Dictionary<Node, (int, int)> spans)
+    /// <summary>A paginator filling <paramref name="pages"/>; <paramref name="noteLines"/> gives a footnote's
+    /// laid-out lines, <paramref name="separatorHeight"/> the room the rule above a page's notes takes.</summary>
+    public Paginator(List<LayoutPage> pages, Dictionary<Node, (int, int)> spans, Func<Notes.Footnote, List<Block>> noteLines, double separatorHeight)
     {
         this.pages = pages;
         this.spans = spans;
+        this.noteLines = noteLines;
+        this.separatorHeight = separatorHeight;
+    }
+
+    /// <summary>Whether footnotes of the pages to come follow the text instead of sitting at the bottom.</summary>
+    public bool NotesBeneathText { set => notesBeneathText = value; }
+
+    private double Bottom => frame.Bottom - notesHeight;
+
+    /// <summary>The height the footnotes a block references add to its page.</summary>
+    private double NotesNeed(Block b)
+    {
+        if (b.Notes == null) return 0;
+        double h = 0;
+        foreach (var n in b.Notes)
+            if (n.FootnoteType == Notes.FootnoteType.Footnote) h += Stack.Height(noteLines(n));
+        return h > 0 && notes.Count == 0 ? h + separatorHeight : h;
     }
 
     public LayoutPage? Current => page;
+
+    private bool ColumnEmpty => onPage.Count == columnStart;
+
+    /// <summary>The columns the section's text flows through, from here on: on a page shared with the
+    /// previous section they start under its lowest text.</summary>
+    public void SetColumns((double X, double Width)[] columns, bool line)
+    {
+        EndRegion();
+        y = Math.Max(y, regionBottom);
+        columnX = columns.Select(c => c.X).ToArray();
+        columnWidth = columns.Select(c => c.Width).ToArray();
+        lineBetween = line && columns.Length > 1;
+        column = 0;
+        columnStart = onPage.Count;
+        columnTop = regionBottom = y;
+    }
+
+    /// <summary>Rules between the columns of the region ending, down to its lowest text.</summary>
+    private void EndRegion()
+    {
+        if (!lineBetween || page == null || regionBottom <= columnTop) return;
+        for (int i = 1; i < columnX.Length; i++)
+        {
+            double x = frame.Left + (columnX[i - 1] + columnWidth[i - 1] + columnX[i]) / 2;
+            page.Items.Add(new LineItem(x, columnTop, x, regionBottom, 0.5, TextStyle.Black));
+        }
+    }
+
+    /// <summary>Continues in the next column, or on a new page after the last.</summary>
+    private void Advance(bool natural)
+    {
+        if (column + 1 >= columnX.Length)
+        {
+            NewPage(natural);
+            return;
+        }
+        column++;
+        columnStart = onPage.Count;
+        y = columnTop;
+        naturalBreak = natural;
+    }
 
     /// <summary>Starts a page of the given section; with <paramref name="continuous"/>, text goes on
     /// the current page when there is one, under what it already holds.</summary>
@@ -51,46 +130,49 @@ internal sealed class Paginator
         {
             var b = queue[i];
             if (b.BreakBefore && onPage.Count > 0) NewPage(natural: false);
-            if (onPage.Count == 0 && b is TableRowBlock { IsHeader: false, Headers.Count: > 0 } row && !b.BreakBefore)
+            else if (b.ColumnBreakBefore && !ColumnEmpty) Advance(natural: false);
+            if (ColumnEmpty && b is TableRowBlock { IsHeader: false, Headers.Count: > 0 } row && !b.BreakBefore)
             {
                 // A table carried over to a new page shows its heading rows again.
                 queue.InsertRange(i, row.Headers!.Select(h => h.AsRepeat()));
                 b = queue[i];
             }
-            double before = onPage.Count == 0 && naturalBreak ? 0 : b.SpaceBefore;
-            if (y + before + b.Height <= frame.Bottom + 0.01 || onPage.Count == 0 && !CanSplit(b))
+            double before = ColumnEmpty && naturalBreak ? 0 : b.SpaceBefore;
+            before = Clear(y + before, b.Height) - y;
+            if (y + before + b.Height + NotesNeed(b) <= Bottom + 0.01 || ColumnEmpty && !CanSplit(b))
             {
                 Put(b, before);
                 continue;
             }
             // A keep chain ending here moves to the next page whole, unless it fills this page.
             int chain = onPage.Count;
-            while (chain > 0 && onPage[chain - 1].Block.KeepWithNext) chain--;
-            if (chain > 0 && chain < onPage.Count && !b.BreakBefore)
+            while (chain > columnStart && onPage[chain - 1].Block.KeepWithNext) chain--;
+            if (chain > columnStart && chain < onPage.Count && !b.BreakBefore)
             {
                 var moved = onPage.GetRange(chain, onPage.Count - chain).Select(p => p.Block).ToList();
                 onPage.RemoveRange(chain, onPage.Count - chain);
-                NewPage(natural: true);
+                DropNotesOf(moved);
+                Advance(natural: true);
                 queue.InsertRange(i, moved);
                 i--;
                 continue;
             }
-            var (head, tail) = b.Split(frame.Bottom - y - before);
+            var (head, tail) = b.Split(Bottom - y - before - NotesNeed(b));
             if (head != null)
             {
                 Put(head, before);
-                NewPage(natural: true);
+                Advance(natural: true);
                 tail!.SpaceBefore = 0;
                 queue[i] = tail;
                 i--;
                 continue;
             }
-            if (onPage.Count == 0)
+            if (ColumnEmpty)
             {
                 Put(b, before); // taller than a page and unsplittable: it overflows rather than vanishes
                 continue;
             }
-            NewPage(natural: true);
+            Advance(natural: true);
             i--;
         }
     }
@@ -99,22 +181,96 @@ internal sealed class Paginator
 
     private void Put(Block b, double before)
     {
-        onPage.Add(new Placed(b, frame.Left, y + before));
-        y += before + b.Height + b.SpaceAfter;
+        if (b.Floats != null) AddFloats(b, y + before);
+        double top = Clear(y + before, b.Height);
+        onPage.Add(new Placed(b, frame.Left + columnX[column], top));
+        y = top + b.Height + b.SpaceAfter;
+        regionBottom = Math.Max(regionBottom, y - b.SpaceAfter);
+        if (b.Notes == null) return;
+        foreach (var n in b.Notes)
+            if (n.FootnoteType == Notes.FootnoteType.Footnote)
+                foreach (var line in noteLines(n)) AddNoteLine(b, line);
+    }
+
+    /// <summary>A note line goes on this page while it fits under the text; once one does not, it and
+    /// the rest continue at the bottom of the next page.</summary>
+    private void AddNoteLine(Block? owner, Block line)
+    {
+        double sep = notes.Count == 0 ? separatorHeight : 0;
+        if (carried.Count > 0 && owner != null || y + notesHeight + sep + line.Total > frame.Bottom + 0.01 && notes.Count > 0)
+        {
+            carried.Add(line);
+            return;
+        }
+        notes.Add((owner, line));
+        notesHeight += sep + line.Total;
+    }
+
+    /// <summary>Places the block's floating pictures for a paragraph starting at <paramref name="top"/>.</summary>
+    private void AddFloats(Block b, double top)
+    {
+        foreach (var (shape, placement, content) in b.Floats!)
+        {
+            double w = content != null ? placement.Width : shape.Width, h = content != null ? placement.Height : shape.Height;
+            var (x, fy) = placement.Locate(page!.Width, page.Height, (frame.Left + columnX[column], columnWidth[column]),
+                (frame.Left, frame.Top, frame.Right, frame.Bottom), top, w, h);
+            var items = content?.Select(i => i.Moved(x, fy)).ToList() ?? new List<PageItem> { new ImageItem(x, fy, w, h, shape.ImageData.ImageBytes!) };
+            floats.Add((b, items, fy - placement.DistanceTop, fy + h + placement.DistanceBottom, placement.Wraps));
+            b.Nodes.Add(shape);
+        }
+    }
+
+    /// <summary>The first top at or below <paramref name="top"/> where a block of the height clears
+    /// every picture text wraps around.</summary>
+    private double Clear(double top, double height)
+    {
+        for (bool moved = true; moved;)
+        {
+            moved = false;
+            foreach (var f in floats)
+                if (f.Wraps && top < f.Bottom && top + height > f.Top) { top = f.Bottom; moved = true; }
+        }
+        return top;
+    }
+
+    private void DropNotesOf(List<Block> moved)
+    {
+        floats.RemoveAll(f => moved.Contains(f.Owner));
+        if (notes.RemoveAll(n => n.Owner != null && moved.Contains(n.Owner)) == 0) return;
+        notesHeight = notes.Count == 0 ? 0 : separatorHeight + notes.Sum(n => n.Line.Total);
     }
 
     /// <summary>Adds the blocks of the current page to it; called when a page is full and at the end.</summary>
     public void Flush()
     {
         if (page == null) return;
+        EndRegion();
         int index = pages.Count - 1;
+        // Pictures go under the text, as word processors draw pictures behind it or beside it.
+        page.Items.InsertRange(0, floats.SelectMany(f => f.Items));
+        floats.Clear();
         foreach (var p in onPage)
         {
             p.Block.Emit(page.Items, p.X, p.Y);
-            foreach (var n in p.Block.Nodes)
-                spans[n] = spans.TryGetValue(n, out var s) ? (Math.Min(s.First, index), Math.Max(s.Last, index)) : (index, index);
+            Record(p.Block, index);
+        }
+        if (notes.Count > 0)
+        {
+            double top = notesBeneathText ? y : frame.Bottom - notesHeight;
+            // The separator: a short rule above the notes, as word processors draw it.
+            page.Items.Add(new LineItem(frame.Left, top + separatorHeight / 2, frame.Left + 144, top + separatorHeight / 2, 0.5, TextStyle.Black));
+            Stack.Emit(notes.Select(n => n.Line), page.Items, frame.Left, top + separatorHeight);
+            foreach (var n in notes) Record(n.Line, index);
         }
         onPage.Clear();
+        notes.Clear();
+        notesHeight = 0;
+    }
+
+    private void Record(Block b, int index)
+    {
+        foreach (var n in b.Nodes)
+            spans[n] = spans.TryGetValue(n, out var s) ? (Math.Min(s.First, index), Math.Max(s.Last, index)) : (index, index);
     }
 
     private void NewPage(bool natural)
@@ -125,5 +281,16 @@ internal sealed class Paginator
         frame = makeFrame!();
         y = frame.Top;
         naturalBreak = natural;
+        column = columnStart = 0;
+        columnTop = regionBottom = y;
+        if (carried.Count == 0) return;
+        var lines = carried.ToList();
+        carried.Clear();
+        foreach (var line in lines) AddNoteLine(null, line);
     }
+
+    /// <summary>Whether footnote lines still wait for a page; the caller adds pages until none do.</summary>
+    public bool HasCarriedNotes => carried.Count > 0;
+
+    public void NewPageForNotes() => NewPage(natural: true);
 }

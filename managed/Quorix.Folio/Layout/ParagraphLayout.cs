@@ -4,6 +4,7 @@ using Quorix.Folio.Drawing;
 using Quorix.Folio.Fields;
 using Quorix.Folio.Fonts;
 using Quorix.Folio.Formatting;
+using Quorix.Folio.Notes;
 
 namespace Quorix.Folio.Layout;
 
@@ -29,12 +30,17 @@ internal sealed class ParagraphLayout
     private readonly List<Piece> pieces = new();
     private readonly List<Segment> segments = new();
     private readonly List<(int At, string Name)> anchors = new();
+    private List<(Shape Shape, FloatPlacement Placement, List<PageItem>? Content)>? floats;
     private string text = "";
     private double[] advance = Array.Empty<double>();
     private List<TabStop> tabStops = new();
     // The leader drawn across each tab, set when the tab's stop is chosen.
     private char[] leaders = Array.Empty<char>();
     private TextStyle markStyle = null!;
+    // A right-to-left paragraph: lines are laid out from the left and mirrored in their box.
+    private bool rtl;
+    // The axis a right-to-left line is mirrored about: twice its box's centre.
+    private double mirror;
 
     private ParagraphLayout(LayoutContext ctx, Paragraph para)
     {
@@ -42,13 +48,18 @@ internal sealed class ParagraphLayout
         this.para = para;
     }
 
-    public static List<Block> Lay(LayoutContext ctx, Paragraph para, double width)
+    /// <summary>The paragraph's lines at the given width; the first <paramref name="dropLines"/> of them
+    /// pushed right by <paramref name="dropIndent"/>, beside a dropped capital.</summary>
+    public static List<Block> Lay(LayoutContext ctx, Paragraph para, double width, int dropLines = 0, double dropIndent = 0)
     {
-        var p = new ParagraphLayout(ctx, para);
+        var p = new ParagraphLayout(ctx, para) { dropLines = dropLines, dropIndent = dropIndent };
         p.Collect();
         p.Shape();
         return p.Lines(width);
     }
+
+    private int dropLines;
+    private double dropIndent;
 
     // ---- collecting the visible text ----
 
@@ -62,6 +73,7 @@ internal sealed class ParagraphLayout
 
     private void Collect()
     {
+        rtl = para.ParagraphFormat.Bidi;
         markStyle = TextStyle.Of(new Font(new FormatPropsBox(), para.Document, para.InheritedRunAttrs), ctx);
         if (para.IsListItem && para.ListLabel.LabelString is { Length: > 0 } label)
         {
@@ -73,6 +85,14 @@ internal sealed class ParagraphLayout
                 _ => "\t",
             };
             Add(SymbolBullets(label) + trailing, first, null, null, null);
+        }
+        // A note's text opens with its reference mark.
+        if (para.ParentNode is Footnote own && own.FirstChild == para && ctx.Notes != null)
+        {
+            var first = para.Runs.Count > 0 ? TextStyle.Of(para.Runs[0].Font, ctx) : markStyle;
+            var mark = ctx.Notes.Of(own);
+            Add(mark, MarkStyle(first), null, null, null);
+            if (para.Runs.Count == 0 || !para.Runs[0].Text.StartsWith(' ')) Add(" ", first, null, null, null);
         }
         var fields = new List<FieldState>();
         for (var n = para.FirstChild; n != null; n = n.NextSibling)
@@ -97,7 +117,17 @@ internal sealed class ParagraphLayout
                     break;
                 case Shape shape when shape.HasImage && shape.Width > 0 && shape.Height > 0:
                     if (fields.Any(f => f.SkipResult || !f.InResult)) break;
+                    // A floating picture takes no room in the line; the paginator places it.
+                    if (FloatPlacement.Of(shape) is { } placement) { (floats ??= new()).Add((shape, placement, null)); break; }
                     Add(ObjectChar.ToString(), markStyle, shape, shape, fields.LastOrDefault(f => f.Link != null)?.Link);
+                    break;
+                case Shape box when box.IsTextBox && FloatPlacement.Of(box) is { Width: > 0, Height: > 0 } boxPlacement:
+                    if (fields.Any(f => f.SkipResult || !f.InResult)) break;
+                    (floats ??= new()).Add((box, boxPlacement, TextBoxContent(box, boxPlacement)));
+                    break;
+                case Footnote note when ctx.Notes != null:
+                    if (fields.Any(f => f.SkipResult || !f.InResult)) break;
+                    Add(ctx.Notes.Of(note), MarkStyle(TextStyle.Of(note.Font, ctx)), note, null, null);
                     break;
                 case BookmarkStart b:
                     anchors.Add((sb.Length, b.Name));
@@ -108,6 +138,26 @@ internal sealed class ParagraphLayout
         if (text.Contains('\t')) tabStops = TabStops.Of(para);
         leaders = new char[text.Length];
     }
+
+    // A text box's default insets: a tenth of an inch at the sides, half that above and below.
+    private const double BoxInsetX = 7.2, BoxInsetY = 3.6;
+
+    /// <summary>What a floating text box shows, relative to its top-left corner: its outline and its
+    /// paragraphs set inside the insets.</summary>
+    private List<PageItem> TextBoxContent(Shape box, FloatPlacement placement)
+    {
+        var items = new List<PageItem>();
+        Stack.Emit(ctx.Blocks(box, Math.Max(1, placement.Width - 2 * BoxInsetX)), items, BoxInsetX, BoxInsetY);
+        double w = placement.Width, h = placement.Height;
+        items.Add(new LineItem(0, 0, w, 0, 0.75, TextStyle.Black));
+        items.Add(new LineItem(w, 0, w, h, 0.75, TextStyle.Black));
+        items.Add(new LineItem(w, h, 0, h, 0.75, TextStyle.Black));
+        items.Add(new LineItem(0, h, 0, 0, 0.75, TextStyle.Black));
+        return items;
+    }
+
+    /// <summary>Note marks are raised and smaller, whether or not their character style says so.</summary>
+    private static TextStyle MarkStyle(TextStyle style) => style.Rise > 0 ? style : style with { Size = style.Size * 2 / 3, Rise = style.Size / 3 };
 
     /// <summary>Bullets stored as the private-use codes of the Symbol and Wingdings fonts, which
     /// substitute faces lack, as the Unicode characters they show.</summary>
@@ -134,7 +184,7 @@ internal sealed class ParagraphLayout
         var code = f.Code.ToString().Trim();
         var word = code.Split(' ', 2)[0].ToUpperInvariant();
         if (word == "HYPERLINK") f.Link = HyperlinkTarget(code);
-        if (ctx.PageFieldValue(word) is { } value)
+        if (ctx.PageFieldValue(word, code) is { } value)
         {
             // Page numbers take the formatting of the text before them, or of the paragraph mark.
             f.SkipResult = true;
@@ -193,8 +243,8 @@ internal sealed class ParagraphLayout
                     if (d != 0) strongEnd = j;
                 }
                 // Spaces after right-to-left words belong to the left-to-right text around them.
-                if (dir == 1 && strongEnd > i) j = strongEnd;
-                ShapeRange(i, j, piece.Style, font);
+                if (dir == 1 && strongEnd > i && !rtl) j = strongEnd;
+                ShapeRange(i, j, piece.Style, font, rtl && dir == 0);
                 i = j;
             }
         }
@@ -222,13 +272,14 @@ internal sealed class ParagraphLayout
     // as the font has it.
     private static readonly Feature[] WordFeatures = { Feature.Parse("liga=0"), Feature.Parse("clig=0") };
 
-    private void ShapeRange(int start, int end, TextStyle style, ResolvedFont font)
+    private void ShapeRange(int start, int end, TextStyle style, ResolvedFont font, bool neutralRightToLeft)
     {
         using var buffer = new HarfBuzzSharp.Buffer();
         buffer.AddUtf16(text.AsSpan(start, end - start));
-        // Right-to-left runs inside left-to-right text are shaped and shown in their visual order;
-        // the order of runs within a line stays logical (a right-to-left paragraph is not reordered).
+        // Right-to-left runs are shaped and shown in their visual order; runs keep their logical order
+        // on the line, which a right-to-left paragraph mirrors. Neutrals take the paragraph's direction.
         buffer.GuessSegmentProperties();
+        if (neutralRightToLeft) buffer.Direction = Direction.RightToLeft;
         font.Face.Shaper.Shape(buffer, WordFeatures);
         var infos = buffer.GetGlyphInfoSpan();
         var positions = buffer.GetGlyphPositionSpan();
@@ -269,23 +320,26 @@ internal sealed class ParagraphLayout
         var blocks = new List<Block>();
         var x = new double[text.Length + 1];
         int start = 0;
-        bool breakBefore = pf.PageBreakBefore;
+        bool breakBefore = pf.PageBreakBefore, columnBreak = false;
         do
         {
             bool first = start == 0;
-            double indent = left + (first ? firstLine : 0);
+            double indent = left + (first ? firstLine : 0) + (blocks.Count < dropLines ? dropIndent : 0);
             double avail = Math.Max(1, width - indent - right);
             var (end, kind) = Fill(start, indent, avail, left, first && firstLine < 0, x);
             int next = kind == LineEnd.Wrap || kind == LineEnd.Paragraph ? end : end + 1;
             var block = Line(start, end, kind, indent, avail, align, rule, spacing, x);
             block.BreakBefore = breakBefore;
-            breakBefore = kind is LineEnd.Page or LineEnd.Column;
+            block.ColumnBreakBefore = columnBreak;
+            breakBefore = kind == LineEnd.Page;
+            columnBreak = kind == LineEnd.Column;
             blocks.Add(block);
             start = next;
             if (kind == LineEnd.Paragraph) break;
         } while (true);
 
         blocks[0].SpaceBefore = spaceBefore;
+        blocks[0].Floats = floats;
         blocks[^1].SpaceAfter = spaceAfter;
         // Keep rules: lines of a kept-together paragraph, no single first or last line on a page,
         // and the last line of a keep-with-next paragraph with what follows.
@@ -443,16 +497,22 @@ internal sealed class ParagraphLayout
         var block = new ItemsBlock { Height = height };
         block.Nodes.Add(para);
         block.Items.Add(new LineBox(indent, 0, avail, height));
+        mirror = 2 * indent + avail;
         EmitGlyphs(block, start, end, pos, baseline);
         EmitDecorations(block, start, end, visibleEnd, pos, baseline);
         EmitLeaders(block, start, end, pos, baseline);
+        foreach (var p in pieces)
+            if (p.Node is Footnote note && p.Start >= start && p.Start < end) (block.Notes ??= new List<Footnote>()).Add(note);
         foreach (var (at, name) in anchors)
             if (at >= start && (at < end || at == end && kind == LineEnd.Paragraph))
-                block.Items.Add(new AnchorItem(pos[Math.Min(at, end) - start], 0, name));
+                block.Items.Add(new AnchorItem(Left(pos[Math.Min(at, end) - start], pos[Math.Min(at, end) - start]), 0, name));
         return block;
     }
 
     private double Width(int i, double[] x) => text[i] == '\t' ? (i + 1 < x.Length ? x[i + 1] - x[i] : 0) : advance[i];
+
+    /// <summary>Left edge of the span between two offsets from the line's start: mirrored on a right-to-left line.</summary>
+    private double Left(double from, double to) => rtl ? mirror - to : from;
 
     private void EmitGlyphs(ItemsBlock block, int start, int end, double[] pos, double baseline)
     {
@@ -465,15 +525,16 @@ internal sealed class ParagraphLayout
             int lastCluster = -1;
             double inCluster = 0;
             int a = Math.Max(s.Start, start), b = Math.Min(s.End, end);
-            // Visual-order glyphs fill the run's span on the line from its left edge.
-            double pen = pos[a - start];
+            // Visual-order glyphs fill the run's span on the line from its left edge; left-to-right
+            // glyphs keep their offsets from the span's start, wherever a mirrored line puts the span.
+            double left = Left(pos[a - start], pos[b - start]), pen = left;
             for (int g = 0; g < s.Glyphs.Length; g++)
             {
                 int c = s.Clusters[g];
                 if (c < start || c >= end) continue;
                 if (c != lastCluster) { inCluster = 0; lastCluster = c; }
                 glyphs.Add(s.Glyphs[g]);
-                xs.Add((float)((s.RightToLeft ? pen : pos[c - start] + inCluster) + s.OffsetsX[g]));
+                xs.Add((float)((s.RightToLeft ? pen : left + pos[c - start] - pos[a - start] + inCluster) + s.OffsetsX[g]));
                 inCluster += s.Advances[g];
                 pen += s.Advances[g];
                 yOff = s.OffsetsY[g];
@@ -497,7 +558,7 @@ internal sealed class ParagraphLayout
             if (!face.Shaper.TryGetGlyph(leaders[i], out var glyph)) continue;
             double adv = face.Shaper.GetHorizontalGlyphAdvance(glyph) * style.Size / face.UnitsPerEm;
             if (adv <= 0) continue;
-            double x1 = pos[i - start], x2 = pos[i - start + 1];
+            double x1 = Left(pos[i - start], pos[i - start + 1]), x2 = x1 + pos[i - start + 1] - pos[i - start];
             var xs = new List<float>();
             for (double gx = Math.Ceiling(x1 / adv) * adv; gx + adv <= x2 - adv / 2; gx += adv) xs.Add((float)gx);
             if (xs.Count == 0) continue;
@@ -512,7 +573,7 @@ internal sealed class ParagraphLayout
         {
             int a = Math.Max(p.Start, start), b = Math.Min(p.End, p.Image == null ? visibleEnd : end);
             if (a >= b) continue;
-            double x1 = pos[a - start], x2 = pos[b - start];
+            double x1 = Left(pos[a - start], pos[b - start]), x2 = x1 + pos[b - start] - pos[a - start];
             if (p.Image != null)
             {
                 block.Items.Add(new ImageItem(x1, baseline - p.Image.Height, p.Image.Width, p.Image.Height, p.Image.ImageData.ImageBytes!));

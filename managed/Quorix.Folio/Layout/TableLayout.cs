@@ -30,7 +30,12 @@ internal sealed class TableRowBlock : Block
     public List<TableRowBlock>? Headers;
     public bool IsHeader;
 
-    public void Measure() => Height = Math.Max(MinHeight, Cells.Where(c => !c.MergesDown).Select(c => Stack.Height(c.Content)).DefaultIfEmpty(0).Max());
+    public void Measure()
+    {
+        Height = Math.Max(MinHeight, Cells.Where(c => !c.MergesDown).Select(c => Stack.Height(c.Content)).DefaultIfEmpty(0).Max());
+        var notes = Cells.SelectMany(c => c.Content).Where(b => b.Notes != null).SelectMany(b => b.Notes!).ToList();
+        Notes = notes.Count > 0 ? notes : null;
+    }
 
     public override void Emit(List<PageItem> page, double x, double y)
     {

@@ -115,6 +115,65 @@ public sealed class PageSetup
         }
     }
 
+    /// <summary>How page numbers of the section are written (PAGE fields, page references).</summary>
+    public NumberStyle PageNumberStyle
+    {
+        get => Lists.ListNumbering.StyleFromXml(bag.Find("pgNumType")?.Get("fmt"));
+        set
+        {
+            if (value is NumberStyle.Bullet or NumberStyle.None || !Enum.IsDefined(value))
+                throw new ArgumentOutOfRangeException(nameof(value), $"Pages cannot be numbered in the style {value}.");
+            bag.GetOrAdd("pgNumType").Set("fmt", value == NumberStyle.Arabic ? null : Lists.ListNumbering.StyleToXml(value));
+        }
+    }
+
+    public TextColumnCollection TextColumns => new(bag, this);
+
+    /// <summary>A border line around the pages of the section: top, left, bottom or right.</summary>
+    public Border GetBorder(BorderType borderType)
+    {
+        if (borderType is BorderType.Horizontal or BorderType.Vertical)
+            throw new ArgumentOutOfRangeException(nameof(borderType), "A page border is its top, left, bottom or right.");
+        var pg = bag.GetOrAdd("pgBorders");
+        pg.Children ??= new List<PropElement>();
+        return new Border(new PropBag(PropOrder.Borders, pg.Children), ParagraphFormat.BorderTypeXml(borderType));
+    }
+
+    /// <summary>Whether border distances count from the text or from the page's edge.</summary>
+    public PageBorderDistanceFrom BorderDistanceFrom
+    {
+        get => bag.Find("pgBorders")?.Get("offsetFrom") == "page" ? PageBorderDistanceFrom.PageEdge : PageBorderDistanceFrom.Text;
+        set => bag.GetOrAdd("pgBorders").Set("offsetFrom", value switch
+        {
+            PageBorderDistanceFrom.Text => null,
+            PageBorderDistanceFrom.PageEdge => "page",
+            _ => throw new ArgumentOutOfRangeException(nameof(value)),
+        });
+    }
+
+    public PageBorderAppliesTo BorderAppliesTo
+    {
+        get => bag.Find("pgBorders")?.Get("display") switch
+        {
+            "firstPage" => PageBorderAppliesTo.FirstPage,
+            "notFirstPage" => PageBorderAppliesTo.OtherPages,
+            _ => PageBorderAppliesTo.AllPages,
+        };
+        set => bag.GetOrAdd("pgBorders").Set("display", value switch
+        {
+            PageBorderAppliesTo.AllPages => null,
+            PageBorderAppliesTo.FirstPage => "firstPage",
+            PageBorderAppliesTo.OtherPages => "notFirstPage",
+            _ => throw new ArgumentOutOfRangeException(nameof(value)),
+        });
+    }
+
+    internal PropElement? PageBorders => bag.Find("pgBorders");
+
+    public Notes.FootnoteOptions FootnoteOptions => new(() => new[] { bag }, Notes.FootnoteType.Footnote);
+
+    public Notes.EndnoteOptions EndnoteOptions => new(() => new[] { bag }, Notes.FootnoteType.Endnote);
+
     internal void ApplyDefaults()
     {
         if (!bag.Has("pgSz")) bag.GetOrAdd("pgSz").Set("w", "12240").Set("h", "15840");
@@ -122,4 +181,17 @@ public sealed class PageSetup
             bag.GetOrAdd("pgMar").Set("top", "1440").Set("right", "1440").Set("bottom", "1440").Set("left", "1440")
                 .Set("header", "720").Set("footer", "720").Set("gutter", "0");
     }
+}
+
+public enum PageBorderDistanceFrom
+{
+    Text = 0,
+    PageEdge = 1,
+}
+
+public enum PageBorderAppliesTo
+{
+    AllPages = 0,
+    FirstPage = 1,
+    OtherPages = 2,
 }

@@ -64,7 +64,7 @@ public sealed class FieldIndex : Field
             }
             if (node == root) continue;
             if (x.Get("\\t") is { } see) node.CrossReference = see;
-            else if (ctx.PageOf?.Invoke(xe.Start) is { } page) node.Pages.Add(page);
+            else if (ctx.PageOf(xe.Start) is { } page) node.Pages.Add(page);
         }
         if (code.Get("\\p") is { } range && range.Split('-') is [var lo, var hi] && lo.Length > 0 && hi.Length > 0)
             foreach (var key in root.Subs.Keys.ToList())

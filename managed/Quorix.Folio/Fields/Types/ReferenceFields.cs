@@ -34,16 +34,6 @@ public sealed class FieldRef : Field
     }
 }
 
-/// <summary>NOTEREF: the mark of the footnote a bookmark holds; kept as read until notes are numbered here.</summary>
-public sealed class FieldNoteRef : Field
-{
-    internal FieldNoteRef() { }
-
-    public string? BookmarkName { get => Argument(0); set => Argument(0, value); }
-
-    public bool InsertHyperlink { get => Flag("\\h"); set => Flag("\\h", value); }
-}
-
 /// <summary>STYLEREF: the text of the nearest paragraph before the field (else after it) with the style.</summary>
 public sealed class FieldStyleRef : Field
 {

@@ -192,8 +192,7 @@ internal static class TocEntries
             if (!e.NoPage)
             {
                 p.AppendChild(new Run(doc, separator ?? ControlChar.TabChar.ToString()));
-                var page = ctx.PageOf?.Invoke(e.Source);
-                p.AppendField($"PAGEREF {bookmark} \\h", page?.ToString(CultureInfo.InvariantCulture) ?? "");
+                p.AppendField($"PAGEREF {bookmark} \\h", ctx.PageLabelOf(e.Source) ?? "");
             }
             paras.Add(p);
         }

@@ -14,18 +14,32 @@ public sealed partial class Document
     /// <summary>Mail merge of this document with names and values, a data table or a data source.</summary>
     public MailMerge MailMerge => mailMerge ??= new MailMerge(this);
 
-    // Page layout sets this so that tables of contents can show page numbers.
-    internal Func<Node, int?>? PageLocator;
-
-    /// <summary>Computes every field's result again, nested fields first; returns how many were computed.</summary>
+    /// <summary>Computes every field's result again, nested fields first; returns how many were computed.
+    /// Page numbers come from the layout of the updated text; where writing them moves text to other
+    /// pages, they are computed again against the new layout, a bounded number of times.</summary>
     public int UpdateFields()
     {
         // One list for all stories, so progress counts the whole document's fields.
-        var fields = new List<Field>();
+        var all = new List<Field>();
         foreach (Section s in Sections)
             foreach (var story in s.ChildNodes)
-                fields.AddRange(FieldUpdater.Collect(story, story));
-        return FieldUpdater.Update(fields, new FieldUpdateContext(this));
+                all.AddRange(FieldUpdater.Collect(story, story));
+        var ctx = new FieldUpdateContext(this) { DeferPages = true };
+        int n = FieldUpdater.Update(all, ctx);
+        if (!ctx.ReadPages) return n;
+        for (int round = 0; round < 3; round++)
+        {
+            var fields = new List<Field>();
+            foreach (Section s in Sections)
+                foreach (var story in s.ChildNodes)
+                    fields.AddRange(FieldUpdater.Collect(story, story).Where(f => f is FieldPage or FieldNumPages or FieldSectionPages or FieldPageRef or FieldNoteRef or FieldIndex));
+            var before = fields.Select(f => f.Result).ToList();
+            FieldUpdater.Update(fields, new FieldUpdateContext(this));
+            bool moved = false;
+            for (int i = 0; i < fields.Count && !moved; i++) moved = fields[i].Start.ParentNode != null && fields[i].Result != before[i];
+            if (!moved) break;
+        }
+        return n;
     }
 }
 

@@ -14,8 +14,37 @@ internal sealed class FieldUpdateContext
     public readonly Dictionary<string, int> ListNums = new(StringComparer.OrdinalIgnoreCase);
     public int AutoNum;
 
-    /// <summary>The page a node is laid out on, where page layout has been done.</summary>
-    public Func<Node, int?>? PageOf => Doc?.PageLocator;
+    private Layout.PageNumbers? pages;
+    private Layout.NoteMarks? noteMarks;
+
+    /// <summary>Whether a field of this pass asked for the page layout.</summary>
+    public bool ReadPages { get; private set; }
+
+    /// <summary>Page fields keep their results (and the layout is not built) in a pass whose edits
+    /// would make the layout stale at once; the caller lays out afterwards.</summary>
+    public bool DeferPages;
+
+    /// <summary>The page layout's numbers, laid out when a field first asks; null without a document.</summary>
+    public Layout.PageNumbers? Pages
+    {
+        get
+        {
+            if (Doc == null) return null;
+            ReadPages = true;
+            if (DeferPages) return null;
+            return pages ??= new Layout.PageNumbers(Doc.PageLayout);
+        }
+    }
+
+    /// <summary>The number of the page a node is on, or null.</summary>
+    public int? PageOf(Node node) => Pages is { } p && p.IndexOf(node) is >= 0 and var i ? p.Number(i) : null;
+
+    /// <summary>The label (number in the section's style) of the page a node is on, or null.</summary>
+    public string? PageLabelOf(Node node) => Pages is { } p && p.IndexOf(node) is >= 0 and var i ? p.Label(i) : null;
+
+    /// <summary>Footnote and endnote marks; from the page layout only where numbering restarts per page.</summary>
+    public Layout.NoteMarks NoteMarks => noteMarks ??= Doc == null ? Layout.NoteMarks.None
+        : Layout.NoteMarks.NeedPages(Doc) && Pages is { } p ? p.NoteMarks : Layout.NoteMarks.Number(Doc, null);
 
     public FieldUpdateContext(Document? doc)
     {

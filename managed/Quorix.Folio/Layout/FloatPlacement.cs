@@ -1,0 +1,125 @@
+using System.Xml;
+using Quorix.Folio.Drawing;
+using Quorix.Folio.Formatting;
+
+namespace Quorix.Folio.Layout;
+
+/// <summary>Where an anchored (floating) picture goes, as its drawing says: an offset or an alignment
+/// relative to the page, the margins, the column or the paragraph, and whether text keeps clear of
+/// it. Square and tight wrapping are taken as top-and-bottom: text resumes below the picture.</summary>
+internal sealed record FloatPlacement(string FromH, string? AlignH, double OffsetH, string FromV, string? AlignV, double OffsetV,
+    bool Wraps, double DistanceTop, double DistanceBottom, double Width, double Height)
+{
+    private const double EmuPerPoint = 12700;
+    private const string WordDrawing = "http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing";
+
+    /// <summary>The placement of a picture read from an anchored drawing; null for an inline one.</summary>
+    public static FloatPlacement? Of(Shape shape)
+    {
+        // A text box keeps its drawing as the frame around its content; joined, the frame reads as a drawing with an empty box.
+        var xml = shape.RawXml ?? (shape.TextBoxFrame is { } frame ? string.Concat(frame) : null);
+        if (xml == null || !xml.Contains("anchor", StringComparison.Ordinal)) return null;
+        string fromH = "column", fromV = "paragraph";
+        string? alignH = null, alignV = null, axis = null;
+        double offH = 0, offV = 0, distT = 0, distB = 0, cx = 0, cy = 0;
+        bool anchored = false, wraps = false;
+        try
+        {
+            using var r = Reader(xml);
+            while (r.Read())
+            {
+                if (r.NodeType != XmlNodeType.Element || r.NamespaceURI != WordDrawing && r.Prefix != "wp") continue;
+                switch (r.LocalName)
+                {
+                    case "anchor":
+                        anchored = true;
+                        distT = (Units.ParseLong(r.GetAttribute("distT")) ?? 0) / EmuPerPoint;
+                        distB = (Units.ParseLong(r.GetAttribute("distB")) ?? 0) / EmuPerPoint;
+                        break;
+                    case "positionH":
+                        axis = "h";
+                        fromH = r.GetAttribute("relativeFrom") ?? fromH;
+                        break;
+                    case "positionV":
+                        axis = "v";
+                        fromV = r.GetAttribute("relativeFrom") ?? fromV;
+                        break;
+                    case "posOffset":
+                        double off = (Units.ParseLong(r.ReadElementContentAsString().Trim()) ?? 0) / EmuPerPoint;
+                        if (axis == "h") offH = off; else offV = off;
+                        break;
+                    case "align":
+                        var align = r.ReadElementContentAsString().Trim();
+                        if (axis == "h") alignH = align; else alignV = align;
+                        break;
+                    case "extent" when cx == 0:
+                        cx = (Units.ParseLong(r.GetAttribute("cx")) ?? 0) / EmuPerPoint;
+                        cy = (Units.ParseLong(r.GetAttribute("cy")) ?? 0) / EmuPerPoint;
+                        break;
+                    case "wrapSquare" or "wrapTopAndBottom" or "wrapTight" or "wrapThrough":
+                        wraps = true;
+                        break;
+                }
+            }
+        }
+        catch (XmlException)
+        {
+            return null; // a drawing we cannot read stays in the line, as an inline picture
+        }
+        return anchored ? new FloatPlacement(fromH, alignH, offH, fromV, alignV, offV, wraps, distT, distB, cx, cy) : null;
+    }
+
+    /// <summary>A reader over a kept drawing, whose namespace declarations may have stayed on the
+    /// document's root: every prefix it uses without declaring is declared for the reading.</summary>
+    private static XmlReader Reader(string xml)
+    {
+        var names = new NameTable();
+        var ns = new XmlNamespaceManager(names);
+        foreach (System.Text.RegularExpressions.Match m in System.Text.RegularExpressions.Regex.Matches(xml, @"[<\s/]([A-Za-z_][\w.-]*):[A-Za-z_]"))
+        {
+            var prefix = m.Groups[1].Value;
+            if (prefix != "xmlns" && prefix != "xml" && ns.LookupNamespace(prefix) == null)
+                ns.AddNamespace(prefix, prefix == "wp" ? WordDrawing : "urn:x-kept:" + prefix);
+        }
+        var settings = new XmlReaderSettings { DtdProcessing = DtdProcessing.Prohibit, XmlResolver = null, ConformanceLevel = ConformanceLevel.Fragment, NameTable = names };
+        return XmlReader.Create(new StringReader(xml), settings, new XmlParserContext(names, ns, null, XmlSpace.None));
+    }
+
+    /// <summary>The picture's top-left corner on the page, given the left edge and width of the anchor
+    /// paragraph's column and the page's text area (left, top, right, bottom).</summary>
+    public (double X, double Y) Locate(double pageWidth, double pageHeight, (double Left, double Width) column,
+        (double Left, double Top, double Right, double Bottom) margins, double paragraphTop, double width, double height)
+    {
+        var (left, span) = FromH switch
+        {
+            "page" => (0.0, pageWidth),
+            "margin" => (margins.Left, margins.Right - margins.Left),
+            "leftMargin" => (0.0, margins.Left),
+            "rightMargin" => (margins.Right, pageWidth - margins.Right),
+            _ => column,
+        };
+        var (top, extent) = FromV switch
+        {
+            "page" => (0.0, pageHeight),
+            "margin" => (margins.Top, margins.Bottom - margins.Top),
+            "topMargin" => (0.0, margins.Top),
+            "bottomMargin" => (margins.Bottom, pageHeight - margins.Bottom),
+            _ => (paragraphTop, 0.0),
+        };
+        double x = AlignH switch
+        {
+            "center" => left + (span - width) / 2,
+            "right" or "outside" => left + span - width,
+            "left" or "inside" => left,
+            _ => left + OffsetH,
+        };
+        double y = AlignV switch
+        {
+            "center" => top + (extent - height) / 2,
+            "bottom" or "outside" => top + extent - height,
+            "top" or "inside" => top,
+            _ => top + OffsetV,
+        };
+        return (x, y);
+    }
+}
