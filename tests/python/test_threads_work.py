@@ -115,7 +115,8 @@ def test_one_document_saved_and_read_from_several_threads_stays_whole(tmp_path):
 
 
 def test_other_threads_run_while_a_large_document_saves(tmp_path):
-    doc = build(3000)
+    # large enough that the save outlasts a scheduler's time slice on a busy machine
+    doc = build(100000)
     doc.save(str(tmp_path / "warm.docx"))
     inside, returned = threading.Event(), threading.Event()
 
