@@ -50,7 +50,7 @@ int bind_once(PyShTwinBinding& binding) {
 }
 
 // The twin of `obj`, an instance of a Python subclass: 1 with a handle for this call in *out, or 0.
-int twin_of(PyObject* obj, PyShTwinBinding& binding, PyShTwinArg* out) {
+int twin_of(PyObject* obj, PyShTwinBinding& binding, PyTwinArg* out) {
     if (g_release_pending.load(std::memory_order_relaxed))
         PyShTwin_DrainReleases();
     if (bind_once(binding) < 0)
@@ -104,7 +104,7 @@ void PyShTwin_DrainReleases() {
 }
 
 int PyShTwin_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_name, PyShAssignableTest assignable,
-                         PyShTwinBinding& binding, PyShTwinArg* out) {
+                         PyShTwinBinding& binding, PyTwinArg* out) {
     out->temporary = nullptr;
     if (Py_TYPE(obj) != type && PyObject_TypeCheck(obj, type))
         return twin_of(obj, binding, out);

@@ -18,7 +18,7 @@
 
 // Shared with the managed PyTwinTable: the native side fills the first three entries, the
 // managed binding the fourth.
-struct PyShTwinTable {
+struct PyTwinTable {
     void* const* reverse;                       // locked entries of the reverse wrappers, member order
     void (*release_refs)(PyObject** refs, int32_t count);   // locked entry
     void (*release_later)(PyObject* obj);       // lock-free
@@ -28,20 +28,20 @@ struct PyShTwinTable {
 // One interface's binding: the shared table, the managed factory of its twins (a GC handle kept
 // for the life of the process) and the one-time binding through the "btp_GetTpExtraBind" stub.
 struct PyShTwinBinding {
-    PyShTwinTable table;
+    PyTwinTable table;
     void* factory;
-    int (*bind)(PyShTwinTable* table, void** factory);  // the stub, entry check included; 0 or -1
+    int (*bind)(PyTwinTable* table, void** factory);  // the stub, entry check included; 0 or -1
     PyShOnce once;
 };
 
 // A handle converted for one call: `handle` to pass, `temporary` to free afterwards (or NULL).
-struct PyShTwinArg {
+struct PyTwinArg {
     void* handle;
     void* temporary;
 };
 
 struct PyShTwinHolder {
-    PyShTwinArg arg = {};
+    PyTwinArg arg = {};
     PyShTwinHolder() = default;
     PyShTwinHolder(const PyShTwinHolder&) = delete;
     PyShTwinHolder& operator=(const PyShTwinHolder&) = delete;
@@ -58,7 +58,7 @@ void PyShTwin_ReleaseLater(PyObject* obj);
 // passes its twin (created on first use); anything else as PyShBound_ConvPyToClr. 1, or 0
 // with the error.
 int PyShTwin_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_name, PyShAssignableTest assignable,
-                         PyShTwinBinding& binding, PyShTwinArg* out);
+                         PyShTwinBinding& binding, PyTwinArg* out);
 
 // The handle of the binding object for "_qrxsc2p_gettpextrabind" (a fresh factory handle): 0
 // with *out, or -1 with the error.

@@ -432,6 +432,7 @@ public static partial class CSharpEmitter
             ValueKind.String => "string",
             ValueKind.Bytes => "byte[]",
             ValueKind.Object => "object",
+            ValueKind.Stream => "global::System.IO.Stream",
             ValueKind.DateTime => "global::System.DateTime",
             ValueKind.DateTimeOffset => "global::System.DateTimeOffset",
             ValueKind.TimeSpan => "global::System.TimeSpan",

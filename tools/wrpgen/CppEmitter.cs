@@ -501,7 +501,7 @@ public static class CppEmitter
                 "btp_CastTo" or "btp_ReInterpretObj" or "btp_CastAs" => new(b, "int32_t", ["void*", "void**"]),
                 "btp_IsAssignable" => new(b, "int32_t", ["void*"]),
                 "btp_AsUniEnum" => new(b, "int32_t", ["int32_t", "void**"]),
-                "btp_GetTpExtraBind" => new(b, "int32_t", ["PyShTwinTable*", "void**"]),
+                "btp_GetTpExtraBind" => new(b, "int32_t", ["PyTwinTable*", "void**"]),
                 _ => throw new GeneratorException($"unknown built-in stub {b}"),
             };
     }
@@ -1398,8 +1398,8 @@ public static class CppEmitter
                     w.Line($"inline int {ToClrNotNone(t)}(PyObject* obj, void** out) {{ return obj == Py_None ? PyShBound_FailConv({Quote(t.Name)}, obj) : {ToClr(t)}(obj, out); }}");
                 if (t.Kind == TypeKind.Interface)
                 {
-                    w.Line($"int {ToClrTwin(t)}(PyObject* obj, PyShTwinArg* out);");
-                    w.Line($"inline int {ToClrTwinNotNone(t)}(PyObject* obj, PyShTwinArg* out) {{ return obj == Py_None ? PyShBound_FailConv({Quote(t.Name)}, obj) : {ToClrTwin(t)}(obj, out); }}");
+                    w.Line($"int {ToClrTwin(t)}(PyObject* obj, PyTwinArg* out);");
+                    w.Line($"inline int {ToClrTwinNotNone(t)}(PyObject* obj, PyTwinArg* out) {{ return obj == Py_None ? PyShBound_FailConv({Quote(t.Name)}, obj) : {ToClrTwin(t)}(obj, out); }}");
                 }
                 w.Line($"PyObject* {ToPy(t)}(void* handle);");
                 if (t.Sequence?.CountOwner == t)

@@ -47,7 +47,7 @@ internal static class InterfaceEmitter
     {
         string id = CppEmitter.Id(t), type = CppEmitter.TypeObject(t);
         var members = Members(t);
-        w.Line($"int {CppEmitter.ToClrTwin(t)}(PyObject* obj, PyShTwinArg* out) {{");
+        w.Line($"int {CppEmitter.ToClrTwin(t)}(PyObject* obj, PyTwinArg* out) {{");
         w.Line($"    return PyShTwin_ConvPyToClr(obj, &{type}, {CppEmitter.Quote(t.Name)}, wrpPy_asgn_{id}, {Binding(t)}, out);");
         w.Line("}");
         w.Line();
@@ -157,7 +157,7 @@ internal static class InterfaceEmitter
             w.Line("    nullptr,");
         w.Line("};");
         w.Line();
-        w.Line($"int wrpPy_twbn_{id}(PyShTwinTable* twin_table, void** factory) {{");
+        w.Line($"int wrpPy_twbn_{id}(PyTwinTable* twin_table, void** factory) {{");
         w.Line($"    if ({CppEmitter.Invalidate(t)}())");
         w.Line("        return -1;");
         w.Line($"    return {table}::get_instance().btp_GetTpExtraBind(twin_table, factory);");

@@ -102,7 +102,7 @@ internal static class ReverseMarshal
         {
             ValueKind.Enum => new("int32_t", CppEmitter.ToClr(bound!), "int", r => $"({managed}){r}"),
             ValueKind.String => new("PyStringArg", "fn_conv_py_string_to_clr_string", "PyStringArg", r => $"{r}.ToManaged()"),
-            ValueKind.Interface => new("PyShTwinArg", CppEmitter.ToClrTwin(bound!), "PyTwinArg", r => $"({managed})PyTwin.Take({r})"),
+            ValueKind.Interface => new("PyTwinArg", CppEmitter.ToClrTwin(bound!), "PyTwinArg", r => $"({managed})PyTwin.Take({r})"),
             ValueKind.Class or ValueKind.Struct => new("void*", CppEmitter.ToClr(bound!), "IntPtr", r => $"({managed})Handles.Target({r})"),
             ValueKind.Object => new("VariantArg", "fn_conv_py_variant_to_clr_variant", "VariantArg", r => $"Variants.ToManaged(&{r})"),
             _ => null,
