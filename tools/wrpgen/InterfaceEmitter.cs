@@ -8,7 +8,7 @@ namespace Quorix.WrpGen;
 /// implementation, and the binding record through which a managed twin reaches those wrappers.
 /// Managed: the twin class that implements the interface by calling the reverse wrappers.
 /// </summary>
-internal static class InterfaceEmitter
+public static class InterfaceEmitter
 {
     /// <summary>One member a twin implements: a method, or a property's getter or setter.</summary>
     private sealed record Member(string Function, string PythonName, IReadOnlyList<ParameterModel> Parameters, CarriedType Result,
@@ -43,7 +43,7 @@ internal static class InterfaceEmitter
     // ---- native
 
     /// <summary>The type's binding record, converters, reverse wrappers and registration.</summary>
-    public static void EmitNative(CppWriter w, TypeModel t, string indexTable)
+    internal static void EmitNative(CppWriter w, TypeModel t, string indexTable)
     {
         string id = CppEmitter.Id(t), type = CppEmitter.TypeObject(t);
         var members = Members(t);
@@ -142,7 +142,7 @@ internal static class InterfaceEmitter
     /// The reverse wrappers and the binding record, then the forward methods and property
     /// accessors, which reach a managed implementation only.
     /// </summary>
-    public static void EmitForward(CppWriter w, TypeModel t)
+    internal static void EmitForward(CppWriter w, TypeModel t)
     {
         string id = CppEmitter.Id(t), type = CppEmitter.TypeObject(t), table = CppEmitter.Table(t);
         var members = Members(t);
@@ -225,16 +225,16 @@ internal static class InterfaceEmitter
     }
 
     /// <summary>Method-table entries of an interface type beyond its own methods and the casts.</summary>
-    public static IEnumerable<string> ExtraMethodDefs(TypeModel t)
+    internal static IEnumerable<string> ExtraMethodDefs(TypeModel t)
     {
         string id = CppEmitter.Id(t);
         yield return $"{{\"_qrxsc2p_gettpextrabind\", wrpPy_btfn_{id}_gettpextrabind, METH_NOARGS | METH_STATIC, \"\"}}";
     }
 
-    public static string AssertTpDef(TypeModel t) =>
+    internal static string AssertTpDef(TypeModel t) =>
         $"{{\"_qrxsc2p_asserttp\", wrpPy_btfn_{CppEmitter.Id(t)}_asserttp, METH_NOARGS | METH_CLASS, \"\"}}";
 
-    public static string DictDef(TypeModel t) =>
+    internal static string DictDef(TypeModel t) =>
         $"{{\"__dict__\", PyObject_GenericGetDict, wrpPy_uafn_{CppEmitter.Id(t)}_GenericSetDict, \"\", nullptr}}";
 
     // ---- managed
@@ -347,7 +347,7 @@ internal static class InterfaceEmitter
         string call = $"ok = ((delegate* unmanaged<{string.Join(", ", wireTypes)}>)Table->Reverse[{index}])({string.Join(", ", passes)});";
         foreach (var f in fixeds)
             Line(f);
-        Line(call);
+        Line(new string(' ', 4 * fixeds.Count) + call);
         Line("try");
         Line("{");
         Line("    Check(ok);");
