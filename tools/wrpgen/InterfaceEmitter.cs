@@ -255,49 +255,53 @@ public static class InterfaceEmitter
         w.Append("        s_table = table;\n");
         w.Append($"        return PyTwin.Bind(table, result, static py => new {TwinClass(t)}(py, s_table));\n    }}\n");
         var members = Members(t);
-        for (int k = 0; k < members.Count; k++)
+        foreach (var abstractMember in t.AbstractMembers)
         {
-            var m = members[k];
-            if (m.Kind == "set")
-                continue;  // written with its getter
             w.Append('\n');
-            if (m.Kind == "get")
+            if (abstractMember.IsProperty)
             {
-                var setter = members.FirstOrDefault(x => x.Kind == "set" && x.Property == m.Property);
-                w.Append($"    public {CSharpEmitter.ManagedTypeName(m.Result)} {m.Property!.ManagedName}\n    {{\n");
-                w.Append("        get\n        {\n");
-                EmitTwinBody(w, m, k, "            ");
-                w.Append("        }\n");
-                if (setter is not null)
+                var getter = members.FirstOrDefault(x => x.Kind == "get" && x.Property!.ManagedName == abstractMember.Name);
+                var setter = members.FirstOrDefault(x => x.Kind == "set" && x.Property!.ManagedName == abstractMember.Name);
+                w.Append($"    public {abstractMember.Result} {abstractMember.Name}\n    {{\n");
+                if (abstractMember.HasGetter)
+                {
+                    w.Append("        get\n        {\n");
+                    EmitTwinBody(w, getter, members.IndexOf(getter!), "            ", "get_" + abstractMember.Name, []);
+                    w.Append("        }\n");
+                }
+                if (abstractMember.HasSetter)
                 {
                     w.Append("        set\n        {\n");
-                    EmitTwinBody(w, setter, members.IndexOf(setter), "            ");
+                    EmitTwinBody(w, setter, members.IndexOf(setter!), "            ", "set_" + abstractMember.Name, []);
                     w.Append("        }\n");
                 }
                 w.Append("    }\n");
                 continue;
             }
-            var method = m.Method!;
-            string parameters = string.Join(", ", method.Parameters.Select(p =>
-                (p.Type.Mode == PassMode.Out ? "out " : p.Type.Mode == PassMode.Ref ? "ref " : "") +
-                CSharpEmitter.ManagedTypeName(p.Type.Element) + " " + CSharpEmitter.ParamName(p.ManagedName)));
-            string result = method.Result.Kind == ValueKind.Void ? "void" : CSharpEmitter.ManagedTypeName(method.Result);
-            w.Append($"    public {result} {method.ManagedName}({parameters})\n    {{\n");
-            EmitTwinBody(w, m, k, "        ");
+            var bound = members.FirstOrDefault(x => x.Kind == "call" && x.Method!.ManagedName == abstractMember.Name
+                                                    && x.Parameters.Count == abstractMember.Parameters.Count);
+            var outs = abstractMember.Parameters.Where(p => p.StartsWith("out ", StringComparison.Ordinal))
+                .Select(p => p[(p.LastIndexOf(' ') + 1)..]).ToList();
+            w.Append($"    public {abstractMember.Result} {abstractMember.Name}({string.Join(", ", abstractMember.Parameters)})\n    {{\n");
+            EmitTwinBody(w, bound, members.IndexOf(bound!), "        ", abstractMember.Name, outs);
             w.Append("    }\n");
         }
         w.Append("}\n");
         return w.ToString();
     }
 
-    private static void EmitTwinBody(StringBuilder w, Member m, int index, string pad)
+    /// <summary>
+    /// The body of one twin member: a reverse call through slot <paramref name="index"/>, or, for a
+    /// member that is not bound or whose values cannot cross, a refusal naming it.
+    /// </summary>
+    private static void EmitTwinBody(StringBuilder w, Member? m, int index, string pad, string managedName, IReadOnlyList<string> outs)
     {
         void Line(string s) => w.Append(pad).Append(s).Append('\n');
-        string member = m.Kind == "call" ? m.PythonName : m.Kind + "_" + m.PythonName;
-        if (!m.Supported)
+        if (m is null || !m.Supported)
         {
-            foreach (var p in m.Parameters.Where(p => p.Type.Mode == PassMode.Out))
-                Line($"{CSharpEmitter.ParamName(p.ManagedName)} = default;");
+            foreach (string o in outs)
+                Line($"{o} = default;");
+            string member = m is null ? managedName : m.Kind == "call" ? m.PythonName : m.Kind + "_" + m.PythonName;
             Line($"throw new NotSupportedException(\"'{member}' of a Python implementation takes or gives a kind of value that cannot cross yet\");");
             return;
         }

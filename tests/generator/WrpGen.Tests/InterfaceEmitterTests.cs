@@ -63,12 +63,28 @@ public class InterfaceEmitterTests
     }
 
     [Fact]
+    public void TheTwinImplementsEveryAbstractMemberExactlyAsDeclaredEvenUnboundOnes()
+    {
+        var model = Fixture.Build();
+        var t = Hyphenation(model);
+        Assert.Equal(["RequestDictionary", "Name"], t.AbstractMembers.Select(m => m.Name));
+        Assert.Equal(["string @language"], t.AbstractMembers[0].Parameters);
+        // a member the binding could not carry (say, an array out parameter) still gets a body
+        t.AbstractMembers.Add(new ManagedMember("Split", false, "bool", ["string @word", "out int[] @points"], false, false));
+        string twin = InterfaceEmitter.EmitTwin(t);
+        Assert.Contains("public bool Split(string @word, out int[] @points)\n    {\n        @points = default;\n"
+                        + "        throw new NotSupportedException(\"'Split' of a Python implementation", twin);
+        Assert.DoesNotContain("Default", twin);  // a static member is not the twin's to implement
+    }
+
+    [Fact]
     public void MembersWhoseValuesCannotCrossAreRefusedByTheTwinNotPretended()
     {
         var model = Fixture.Build();
         var t = Hyphenation(model);
         t.Methods.Add(new MethodModel("When", "when", 0, "call_000_When", false, 0, [],
             new CarriedType(ValueKind.DateTime)));
+        t.AbstractMembers.Add(new ManagedMember("When", false, "global::System.DateTime", [], false, false));
         Assert.Contains("nullptr,  // a kind that cannot cross yet", SectionOf(model, t));
         Assert.Contains("throw new NotSupportedException(\"'when' of a Python implementation", InterfaceEmitter.EmitTwin(t));
     }
