@@ -132,6 +132,23 @@ PyObject* PyShTwin_GetTpExtraBind(PyShTwinBinding& binding, PyTypeObject* type) 
     return safe;
 }
 
+int PyShTwin_BytesResult(PyObject* obj, PyTwinBlob* out) {
+    if (obj == Py_None) {
+        *out = {nullptr, -1};
+        return 1;
+    }
+    if (PyBytes_Check(obj)) {
+        *out = {PyBytes_AS_STRING(obj), PyBytes_GET_SIZE(obj)};
+        return 1;
+    }
+    if (PyByteArray_Check(obj)) {
+        *out = {PyByteArray_AS_STRING(obj), PyByteArray_GET_SIZE(obj)};
+        return 1;
+    }
+    PyErr_Format(PyExc_TypeError, "can't build Byte[] from '%.200s'", Py_TYPE(obj)->tp_name);
+    return 0;
+}
+
 PyObject* PyShTwin_OutList() {
     PyObject* list = PyList_New(1);
     if (list != nullptr)

@@ -77,6 +77,13 @@ inline void PyShTwin_FreeArg(void* handle, int32_t index) {
     if (index != kPyShTwinIndex)
         PyShWrp_FreeGcHandlePtr(handle);
 }
+// Bytes a Python implementation returned, borrowed from the result object; length -1 for None.
+struct PyTwinBlob {
+    const char* data;
+    int64_t length;
+};
+// A bytes or bytearray result (or None) as a blob: 1, or 0 with TypeError.
+int PyShTwin_BytesResult(PyObject* obj, PyTwinBlob* out);
 // A fresh one-element list [None] that receives an out value.
 PyObject* PyShTwin_OutList();
 // The item an out list holds after the call (borrowed).

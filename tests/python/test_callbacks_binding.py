@@ -66,6 +66,12 @@ class Probe(bt.IProbe):
     def nothing(self):
         self.calls += 1
 
+    def stamp(self, when, amount, id):
+        return f"{when.isoformat()} {amount} {id}"
+
+    def bytes(self, count):
+        return None if count < 0 else (b"x" * count if count % 2 else bytearray(count))
+
     @property
     def label(self):
         return self._label
@@ -165,6 +171,20 @@ class TestReverseCalls:
     def test_wrapper_arguments_and_an_enumeration_result(self):
         assert self.caller.pick(bt.Node("a"), bt.Node("b")) == bt.Color.BLUE
         assert self.caller.pick_many(10) == 10 * int(bt.Color.BLUE)
+
+    def test_dates_decimals_and_guids_as_arguments(self):
+        assert self.caller.stamp() == "2026-01-02T03:04:05 12.50 00112233-4455-6677-8899-aabbccddeeff"
+
+    def test_bytes_and_bytearray_results_and_none(self):
+        assert self.caller.bytes(3) == b"xxx" and self.caller.bytes(4) == b"\x00" * 4
+        assert self.caller.bytes_length(-1) == -1
+
+        class NotBytes(Probe):
+            def bytes(self, count):
+                return "text"
+
+        e = error_of(bt.ProbeCaller(NotBytes()).bytes, 1)
+        assert type(e) is RuntimeError and str(e).rstrip().endswith("TypeError: can't build Byte[] from 'str'")
 
     def test_strings_and_none_round_trip(self):
         assert self.caller.echo(None) is None

@@ -286,6 +286,10 @@ public static class CppEmitter
         _ => throw new GeneratorException($"no record for {kind}"),
     };
 
+    /// <summary>The record of a value kind that crosses by pointer and its conversion to Python; null for other kinds.</summary>
+    internal static (string Record, string ToPy)? RecordToPython(ValueKind kind) =>
+        IsRecord(kind) ? (RecordOf(kind).Record, RecordOf(kind).ToPy) : null;
+
     private static bool IsRecord(ValueKind kind) =>
         kind is ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version;
 

@@ -61,6 +61,10 @@ internal static class ReverseMarshal
             return new([(scalar.Cpp, scalar.Cs, "")], None,
                        (v, e) => [type.Kind == ValueKind.Bool ? $"({e} ? 1 : 0)" : e], v => ScalarToPy(type.Kind, v), Nothing);
         var bound = type.Bound;
+        // dates, decimals, GUIDs, versions: the twin fills the record the native side reads
+        if (CppEmitter.RecordToPython(type.Kind) is { } record)
+            return new([(record.Record + "*", record.Record + "*", "")], (v, e) => $"{record.Record} {v} = default; PyValues.Write(&{v}, {e});",
+                       (v, _) => ["&" + v], v => $"{record.ToPy}({v})", Nothing);
         return type.Kind switch
         {
             ValueKind.Enum => new([("int32_t", "int", "")], None, (v, e) => [$"(int){e}"],
@@ -102,6 +106,8 @@ internal static class ReverseMarshal
         {
             ValueKind.Enum => new("int32_t", CppEmitter.ToClr(bound!), "int", r => $"({managed}){r}"),
             ValueKind.String => new("PyStringArg", "fn_conv_py_string_to_clr_string", "PyStringArg", r => $"{r}.ToManaged()"),
+            // the bytes stay in the result object, which the reference array holds until copied
+            ValueKind.Bytes => new("PyTwinBlob", "PyShTwin_BytesResult", "PyTwinBlob", r => $"{r}.ToArray()"),
             ValueKind.Interface => new("PyTwinArg", CppEmitter.ToClrTwin(bound!), "PyTwinArg", r => $"({managed})PyTwin.Take({r})"),
             ValueKind.Class or ValueKind.Struct => new("void*", CppEmitter.ToClr(bound!), "IntPtr", r => $"({managed})Handles.Target({r})"),
             ValueKind.Object => new("VariantArg", "fn_conv_py_variant_to_clr_variant", "VariantArg", r => $"Variants.ToManaged(&{r})"),

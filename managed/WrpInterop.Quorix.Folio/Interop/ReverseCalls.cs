@@ -27,6 +27,16 @@ public struct PyTwinArg
     public IntPtr Temporary;
 }
 
+/// <summary>Bytes a Python implementation returned, borrowed until the call's references are released.</summary>
+[StructLayout(LayoutKind.Sequential)]
+public unsafe struct PyTwinBlob
+{
+    public byte* Data;
+    public long Length;
+
+    public readonly byte[]? ToArray() => Length < 0 ? null : new ReadOnlySpan<byte>(Data, checked((int)Length)).ToArray();
+}
+
 /// <summary>
 /// The managed stand-in of a Python object that implements a managed interface (the generated
 /// twin classes derive from it). It owns one reference to the Python object, so a Python object
