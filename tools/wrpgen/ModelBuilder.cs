@@ -407,7 +407,7 @@ public sealed class ModelBuilder
             if (accessors.Contains(mh) || !IsAbstractInstance(md))
                 continue;
             var sig = md.DecodeSignature(TypeSigProvider.Instance, null);
-            var names = ParameterNames(md, sig.ParameterTypes.Length, out var attributes);
+            var names = ParameterNames(md, sig.ParameterTypes.Length, out var attributes, out _);
             var ps = sig.ParameterTypes.Select((p, i) =>
                 (p.Unmodified.Kind != SigKind.ByRef ? "" : (attributes[i] & ParameterAttributes.Out) != 0 ? "out " : "ref ")
                 + p.CsSpelling() + " " + CSharpEmitter.ParamName(names[i])).ToList();
