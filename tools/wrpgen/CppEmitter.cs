@@ -802,7 +802,8 @@ public static class CppEmitter
     private static string MethodDef(TypeModel t, MethodGroup g, bool inTable = true) =>
         $"{{{Quote(g.PythonName)}, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>({MethodFunction(t, g)})), {MethodFlags(g, inTable)}, \"\"}}";
 
-    internal static bool HasBuiltinGetType(TypeModel t) => t.Kind != TypeKind.StaticClass;
+    // an interface type holds no inline handle: it has no get_type of its own
+    internal static bool HasBuiltinGetType(TypeModel t) => t.Kind is not (TypeKind.StaticClass or TypeKind.Interface);
 
     /// <summary>
     /// A Python name with a static and an instance form. A method table keeps only the first entry
