@@ -1,5 +1,7 @@
 #include "objects/bound_class.h"
 
+#include "objects/derived_object.h"
+
 #include <cstring>
 
 #include "host/exchange_host.h"
@@ -107,6 +109,8 @@ int PyShBound_ConvPyToClr(PyObject* obj, PyTypeObject* type, const char* class_n
 }
 
 PyObject* PyShBound_ConvClrToPy(void* handle, PyTypeObject* type, int32_t kind) {
+    if (PyShDerivl_HasLayout(type))
+        return fn_conv_clr_derivltp_to_py_derivltp(handle, type);
     PyObject* obj = fn_conv_clr_sealtp_to_py_sealtp(handle, type);
     if (obj != nullptr && handle != nullptr)
         reinterpret_cast<PySealTpObject*>(obj)->handle_kind = kind;

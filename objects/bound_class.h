@@ -56,9 +56,13 @@ PyObject* PyShBound_ConvClrToPy(void* handle, PyTypeObject* type, int32_t kind);
 // A new wrapper owning `handle` (an object handle), None for NULL, or NULL (handle freed). Its
 // type is `index_table[index]`, the most derived bound type of the object as the managed side
 // found it, or `type` (the result's static type) when the index is out of range (-1: no bound
-// type more derived than the static one).
+// type more derived than the static one). Index -2 (`kPyShTwinIndex`) means the managed object
+// stands for a Python object, and `handle` is that object (borrowed): it comes back itself.
+constexpr int32_t kPyShTwinIndex = -2;
 inline PyObject* PyShBound_ConvClrToPyIndexed(void* handle, int32_t index, PyTypeObject* type,
                                               PyTypeObject* const* index_table, int32_t count) {
+    if (index == kPyShTwinIndex)
+        return Py_NewRef(static_cast<PyObject*>(handle));
     if (static_cast<uint32_t>(index) < static_cast<uint32_t>(count))
         type = index_table[index];
     return PyShBound_ConvClrToPy(handle, type, HandleKind_Object);

@@ -1,6 +1,7 @@
 #include "objects/wrap_handle.h"
 
 #include "module/ids.h"
+#include "objects/derived_object.h"
 #include "module/pysh_ref.h"
 #include "objects/handle_release.h"
 #include "objects/pyhold_api.h"
@@ -32,6 +33,8 @@ fn_conv_clr_sealtp_to_py_sealtp(void* handle, PyTypeObject* type)
 {
     if (handle == nullptr)
         Py_RETURN_NONE;
+    if (PyShDerivl_HasLayout(type))
+        return fn_conv_clr_derivltp_to_py_derivltp(handle, type);  // an interface type: no inline handle
     if (type->tp_basicsize < static_cast<Py_ssize_t>(sizeof(PySealTpObject)))
         return fail_and_free(handle, PyExc_TypeError, "type '%.200s' cannot hold a managed object", type->tp_name);
     PyObject* obj = type->tp_alloc(type, 0);

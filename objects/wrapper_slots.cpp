@@ -47,15 +47,29 @@ int check_usable(PyObject* self) {
     return seal(self)->handle == nullptr ? PyShBound_FailUnbound(self) : 0;
 }
 
-Py_hash_t hash(PyObject* self, const Flavour& f) {
-    if (check_usable(self) < 0)
-        return -1;
-    int32_t code = (ObjectHost::get_instance().*f.hash)(seal(self)->handle);
+Py_hash_t hash_of(void* handle, const Flavour& f) {
+    int32_t code = (ObjectHost::get_instance().*f.hash)(handle);
     if (PyErr_Occurred())
         return -1;
     if (code == -1 || code == -2)
         return -2;
     return static_cast<Py_hash_t>(code);
+}
+
+Py_hash_t hash(PyObject* self, const Flavour& f) {
+    if (check_usable(self) < 0)
+        return -1;
+    return hash_of(seal(self)->handle, f);
+}
+
+PyObject* richcompare_of(void* handle, PyObject* other, int op, const Flavour& f) {
+    VariantArg theirs = {};
+    if (!fn_conv_py_obj_to_clr_gen_handle(other, &theirs))
+        Py_RETURN_NOTIMPLEMENTED;
+    int equal = (ObjectHost::get_instance().*f.equals)(handle, &theirs);
+    if (equal < 0 || PyErr_Occurred())
+        return nullptr;
+    return PyBool_FromLong(op == Py_EQ ? equal != 0 : equal == 0);
 }
 
 PyObject* richcompare(PyObject* self, PyObject* other, int op, const Flavour& f) {
@@ -65,29 +79,19 @@ PyObject* richcompare(PyObject* self, PyObject* other, int op, const Flavour& f)
         return PyBool_FromLong(op == Py_EQ);
     if (check_usable(self) < 0)
         return nullptr;
-    VariantArg theirs = {};
-    if (!fn_conv_py_obj_to_clr_gen_handle(other, &theirs))
-        Py_RETURN_NOTIMPLEMENTED;
-    int equal = (ObjectHost::get_instance().*f.equals)(seal(self)->handle, &theirs);
-    if (equal < 0 || PyErr_Occurred())
-        return nullptr;
-    return PyBool_FromLong(op == Py_EQ ? equal != 0 : equal == 0);
+    return richcompare_of(seal(self)->handle, other, op, f);
 }
 
 [[gnu::cold, gnu::noinline]] PyObject* default_text(PyObject* self) {
     return PyUnicode_FromFormat("<%s object at %p>", Py_TYPE(self)->tp_name, self);
 }
 
-PyObject* str(PyObject* self, const Flavour& f) {
-    if (seal(self)->handle == nullptr && !host_in_forked_child())
-        return default_text(self);
-    if (check_usable(self) < 0)
-        return nullptr;
+PyObject* str_of(PyObject* self, void* handle, const Flavour& f) {
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);  // the host call must not see an earlier error
     void* text = nullptr;
     PyObject* result = nullptr;
-    if ((ObjectHost::get_instance().*f.to_string)(seal(self)->handle, &text) == 1 && text != nullptr)
+    if ((ObjectHost::get_instance().*f.to_string)(handle, &text) == 1 && text != nullptr)
         result = static_cast<PyObject*>(text);
     else if (!PyErr_Occurred())
         result = default_text(self);
@@ -99,6 +103,14 @@ PyObject* str(PyObject* self, const Flavour& f) {
         PyErr_Restore(type, value, traceback);
     }
     return result;
+}
+
+PyObject* str(PyObject* self, const Flavour& f) {
+    if (seal(self)->handle == nullptr && !host_in_forked_child())
+        return default_text(self);
+    if (check_usable(self) < 0)
+        return nullptr;
+    return str_of(self, seal(self)->handle, f);
 }
 
 PyObject* get_type(PyObject* self, const Flavour& f) {
@@ -137,6 +149,10 @@ PyObject* wrapClrStruct_tp_richcompare(PyObject* self, PyObject* other, int op) 
 
 PyObject* wrapClrObject_tp_str(PyObject* self) { return str(self, kObject); }
 PyObject* wrapClrStruct_tp_str(PyObject* self) { return str(self, kStruct); }
+
+Py_hash_t PyShWrp_HashOf(void* handle) { return hash_of(handle, kObject); }
+PyObject* PyShWrp_RichCompareOf(void* handle, PyObject* other, int op) { return richcompare_of(handle, other, op, kObject); }
+PyObject* PyShWrp_StrOf(PyObject* self, void* handle) { return str_of(self, handle, kObject); }
 
 PyObject* wrapClrObject_get_type(PyObject* self, PyObject*) { return get_type(self, kObject); }
 PyObject* wrapClrStruct_get_type(PyObject* self, PyObject*) { return get_type(self, kStruct); }

@@ -198,7 +198,10 @@ SKIPPED = {"__exit__"}
 
 
 def short(value):
-    text = repr(value)
+    try:
+        text = repr(value)
+    except NotImplementedError:  # an interface instance bound to nothing has no text, by design
+        text = f"<unbound {type(value).__name__}>"
     return text if len(text) < 40 else text[:37] + "..."
 
 

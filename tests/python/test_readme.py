@@ -46,6 +46,7 @@ EXPECT = {
     "apply_number_default": ["1. Unpack", "2. Install", "3. Run", "Done."],
     "HEADER_PRIMARY": ["2 headers and footers"],
     '"Revenue rose"': ["1 replacement(s)"],
+    "class FirstOnly(IReplacingCallback)": ["1 COFFEE, tea and tea", "['Ann', 'Bo']"],
     'start_bookmark("total")': ["DATE -> today", "1 bookmark(s)"],
     "detect_file_format": ["DOCX False"],
     "LANDSCAPE": ["LANDSCAPE Arial 11.0"],

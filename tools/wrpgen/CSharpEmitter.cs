@@ -16,6 +16,8 @@ public static partial class CSharpEmitter
     public static IReadOnlyList<(string FileName, string Text)> Emit(AssemblyModel model) =>
         model.Types.Select(t => (SimpleName(t.StubClass) + ".cs", EmitType(t)))
             .Concat(model.Generics.Select(g => ($"SiApi_{g.Hash}.cs", EmitGeneric(g))))
+            .Concat(model.Types.Where(t => t.Kind == TypeKind.Interface)
+                .Select(t => (InterfaceEmitter.TwinClass(t) + ".cs", InterfaceEmitter.EmitTwin(t))))
             .Append((TypeIndexFile, EmitTypeIndex(model)))
             .ToList();
 
@@ -289,7 +291,7 @@ public static partial class CSharpEmitter
                 Stub(w, "int", name, ["int value", "IntPtr* result"], [], [], $"*result = Handles.New(({type})value);", "return 1;");
                 break;
             case "btp_GetTpExtraBind":
-                Forward(w, "int", name, "IntPtr* result", "BuiltinStubs.GetTpExtraBind(result)");
+                Forward(w, "int", name, "PyTwinTable* table, IntPtr* result", $"{InterfaceEmitter.TwinClass(t)}.Bind(table, result)");
                 break;
             default:
                 throw new GeneratorException($"{t.FullName}: no managed stub for the built-in {name}");
@@ -305,6 +307,9 @@ public static partial class CSharpEmitter
     // ---- pieces ----
 
     private static string Managed(TypeModel t) => "global::" + t.FullName;
+    internal static string ManagedName(TypeModel t) => Managed(t);
+    internal static string ManagedTypeName(CarriedType type) => ManagedType(type);
+    internal static string ParamName(string managedName) => Identifier(managedName);
 
     // A structure's receiver is its box itself, so that setters and mutating methods change the wrapped value.
     private static string Receiver(TypeModel t) => t.Kind == TypeKind.Struct
@@ -427,6 +432,7 @@ public static partial class CSharpEmitter
             ValueKind.String => "string",
             ValueKind.Bytes => "byte[]",
             ValueKind.Object => "object",
+            ValueKind.Stream => "global::System.IO.Stream",
             ValueKind.DateTime => "global::System.DateTime",
             ValueKind.DateTimeOffset => "global::System.DateTimeOffset",
             ValueKind.TimeSpan => "global::System.TimeSpan",
@@ -516,7 +522,9 @@ public static partial class CSharpEmitter
             ValueKind.Bytes => ("IntPtr", null, "return StubValues.BytesOrNone(r);"),
             ValueKind.Enum => ("int", null, "return (int)r;"),
             ValueKind.TimeSpan => ("long", null, "return r.Ticks;"),
-            ValueKind.Class or ValueKind.Interface when type.Bound!.IsPolymorphic =>
+            // a Python implementation comes back as its Python object
+            ValueKind.Interface => ("int", "IntPtr* result", "*result = PyTwin.HandleOf(r, out int index);\nreturn index;"),
+            ValueKind.Class when type.Bound!.IsPolymorphic =>
                 ("int", "IntPtr* result", "*result = Handles.New(r);\nreturn TypeIndex.Of(r);"),
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream or ValueKind.StringMap
                 or ValueKind.EnumeratorOf or ValueKind.EnumerableOf or ValueKind.ArrayOf or ValueKind.ListOf =>

@@ -104,6 +104,11 @@ public static class CppEmitter
     internal static string TypeObject(TypeModel t) => "wrpPy_tyds_" + Id(t);
     private static string ToPy(TypeModel t) => "wrpPy_conv_clr_to_py_" + Id(t);
     private static string ToPyIndexed(TypeModel t) => "wrpPy_conv_clr_to_py_ix_" + Id(t);
+    internal static string ToPyName(TypeModel t) => ToPy(t);
+    internal static string ToPyIndexedName(TypeModel t) => ToPyIndexed(t);
+    /// <summary>The argument conversion of an interface: a Python implementation passes its twin.</summary>
+    internal static string ToClrTwin(TypeModel t) => "wrpPy_conv_py_to_clr_tw_" + Id(t);
+    private static string ToClrTwinNotNone(TypeModel t) => "wrpPy_conv_py_to_clr_twnn_" + Id(t);
     internal static string ToClr(TypeModel t) => "wrpPy_conv_py_to_clr_" + Id(t);
     private static string ToClrNotNone(TypeModel t) => "wrpPy_conv_py_to_clr_nn_" + Id(t);
     internal static string Invalidate(TypeModel t) => $"wrpPy_uafn_{Id(t)}_invalidate";
@@ -144,6 +149,8 @@ public static class CppEmitter
         string lower = managedName.ToLowerInvariant();
         return PathSuffixes.Any(s => lower.EndsWith(s, StringComparison.Ordinal));
     }
+
+    internal static string ScalarConverter(ValueKind kind) => Scalar(kind).Conv;
 
     private static (string Type, string Conv) Scalar(ValueKind kind) => kind switch
     {
@@ -213,7 +220,9 @@ public static class CppEmitter
             ValueKind.Class when type.Bound!.FullName == "System.Type" =>
                 new("void*", $"PyShEphObjHolder {v};", "wrpPye_conv_py_to_clr_FFFFFFF_Type", $"&{v}.arg", $"{v}.get()"),
             ValueKind.Struct => new("void*", $"void* {v} = nullptr;", ToClr(type.Bound!), $"&{v}", v),
-            ValueKind.Class or ValueKind.Interface =>
+            ValueKind.Interface =>
+                new("void*", $"PyShTwinHolder {v};", rules.AcceptsNull ? ToClrTwin(type.Bound!) : ToClrTwinNotNone(type.Bound!), $"&{v}.arg", $"{v}.get()"),
+            ValueKind.Class =>
                 new("void*", $"void* {v} = nullptr;", rules.AcceptsNull ? ToClr(type.Bound!) : ToClrNotNone(type.Bound!), $"&{v}", v),
             ValueKind.Single or ValueKind.Double when rules.Finite => ScalarArg(type.Kind, v, "_finite"),
             _ => ScalarArg(type.Kind, v),
@@ -276,6 +285,10 @@ public static class CppEmitter
         ValueKind.Version => ("PySysVersionArg", "fn_conv_py_tuple_to_clr_version", "fn_write_py_sysversion"),
         _ => throw new GeneratorException($"no record for {kind}"),
     };
+
+    /// <summary>The record of a value kind that crosses by pointer and its conversion to Python; null for other kinds.</summary>
+    internal static (string Record, string ToPy)? RecordToPython(ValueKind kind) =>
+        IsRecord(kind) ? (RecordOf(kind).Record, RecordOf(kind).ToPy) : null;
 
     private static bool IsRecord(ValueKind kind) =>
         kind is ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version;
@@ -492,7 +505,7 @@ public static class CppEmitter
                 "btp_CastTo" or "btp_ReInterpretObj" or "btp_CastAs" => new(b, "int32_t", ["void*", "void**"]),
                 "btp_IsAssignable" => new(b, "int32_t", ["void*"]),
                 "btp_AsUniEnum" => new(b, "int32_t", ["int32_t", "void**"]),
-                "btp_GetTpExtraBind" => new(b, "int32_t", ["void**"]),
+                "btp_GetTpExtraBind" => new(b, "int32_t", ["PyTwinTable*", "void**"]),
                 _ => throw new GeneratorException($"unknown built-in stub {b}"),
             };
     }
@@ -585,6 +598,9 @@ public static class CppEmitter
         "{" + string.Concat(ps.Select(p => Quote(p.PythonName) + ", ")) + "nullptr}";
 
     /// <summary>Declares and parses the arguments; the names to pass, or null for a METH_NOARGS candidate.</summary>
+    internal static List<string> EmitParseFor(CppWriter w, IReadOnlyList<ParameterModel> ps, string failValue) =>
+        ps.Count == 0 ? [] : EmitParse(w, ps, false, failValue);
+
     private static List<string> EmitParse(CppWriter w, IReadOnlyList<ParameterModel> ps, bool dispatching, string failValue,
                                           ISet<int>? dataPositions = null)
     {
@@ -613,6 +629,13 @@ public static class CppEmitter
 
     private static string CallPrefix(string stub, IEnumerable<string> args) =>
         $"table.{stub}(" + string.Join(", ", args);
+
+    /// <summary>The call of <paramref name="m"/>'s stub with the receiver and arguments given, and its return.</summary>
+    internal static void EmitStubCall(CppWriter w, MethodModel m, List<string> args) =>
+        EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0, EmitOutValues(w, m.Parameters), m.LongRunning);
+
+    internal static void EmitGetterCall(CppWriter w, PropertyModel p, string receiver) =>
+        EmitCallAndReturn(w, p.Type, CallPrefix(p.Getter!, [receiver]), true);
 
     private static void EmitMethodCall(CppWriter w, TypeModel t, MethodModel m, List<string> passes)
     {
@@ -684,6 +707,8 @@ public static class CppEmitter
     /// <summary>The condition that fails an entry point: an unusable type, or a receiver made by __new__ alone.</summary>
     private static string EntryCheck(TypeModel t, bool hasReceiver) =>
         hasReceiver ? $"{Invalidate(t)}() || PyShBound_Unbound(self)" : $"{Invalidate(t)}()";
+
+    internal static string MethodFunctionName(TypeModel t, MethodGroup g) => MethodFunction(t, g);
 
     private static string MethodFunction(TypeModel t, MethodGroup g) =>
         $"wrpPy_{(g.Dispatching ? "mgfn" : "mtfn")}_{Id(t)}_{Slot(g.Slot)}_{Ident(g.PythonName)}";
@@ -777,7 +802,8 @@ public static class CppEmitter
     private static string MethodDef(TypeModel t, MethodGroup g, bool inTable = true) =>
         $"{{{Quote(g.PythonName)}, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>({MethodFunction(t, g)})), {MethodFlags(g, inTable)}, \"\"}}";
 
-    internal static bool HasBuiltinGetType(TypeModel t) => t.Kind != TypeKind.StaticClass;
+    // an interface type holds no inline handle: it has no get_type of its own
+    internal static bool HasBuiltinGetType(TypeModel t) => t.Kind is not (TypeKind.StaticClass or TypeKind.Interface);
 
     /// <summary>
     /// A Python name with a static and an instance form. A method table keeps only the first entry
@@ -1062,10 +1088,16 @@ public static class CppEmitter
         w.Line();
         EmitTable(w, t);
         EmitState(w, t, options);
-        EmitGuardedSlots(w, t, options);
-        EmitConstructors(w, t);
+        bool implementable = t.Kind == TypeKind.Interface;
+        if (implementable)
+            InterfaceEmitter.EmitForward(w, t);
+        else
+        {
+            EmitGuardedSlots(w, t, options);
+            EmitConstructors(w, t);
+        }
         var groups = Groups(t);
-        foreach (var g in groups)
+        foreach (var g in groups.Where(_ => !implementable))
             EmitMethod(w, t, g);
         var hooked = groups.Where(g => !g.IsStatic && hidden.Contains(g.PythonName)).ToList();
         if (hooked.Count > 0)
@@ -1077,7 +1109,7 @@ public static class CppEmitter
             w.Line("namespace {");
             w.Line();
         }
-        foreach (var p in t.Properties)
+        foreach (var p in t.Properties.Where(_ => !implementable))
             EmitProperty(w, t, p);
         foreach (var s in t.StaticAttributes)
             EmitStatic(w, t, s);
@@ -1121,7 +1153,16 @@ public static class CppEmitter
             w.Line($"    {{{Quote(StaticSetterName(s))}, wrpPy_spvg_{id}_000_set_{Ident(s.PythonName)}, METH_O | METH_STATIC, \"\"}},");
         foreach (var def in castDefs)
         {
-            if (def.StartsWith("{\"get_type\"", StringComparison.Ordinal))
+            if (implementable && def.StartsWith("{\"_qrxsc2p_asserttp\"", StringComparison.Ordinal))
+            {
+                // an interface type holds no inline handle: no get_type; the type probe answers for the exact type only
+                w.Line($"    {InterfaceEmitter.AssertTpDef(t)},");
+                foreach (var more in InterfaceEmitter.ExtraMethodDefs(t))
+                    w.Line($"    {more},");
+            }
+            else if (implementable && def.StartsWith("{\"get_type\"", StringComparison.Ordinal))
+                continue;
+            else if (def.StartsWith("{\"get_type\"", StringComparison.Ordinal))
             {
                 if (HasBuiltinGetType(t) && !mixedNames.Contains("get_type"))
                     w.Line($"    {builtinGetType},");
@@ -1137,9 +1178,11 @@ public static class CppEmitter
         {
             string name = Ident(p.PythonName);
             string getter = p.Getter is null ? "nullptr" : $"wrpPy_pafn_{id}_000_get_{name}";
-            string setter = p.Setter is null ? "nullptr" : $"wrpPy_pafn_{id}_000_set_{name}";
+            string setter = p.Setter is null || implementable ? "nullptr" : $"wrpPy_pafn_{id}_000_set_{name}";
             w.Line($"    {{{Quote(p.PythonName)}, {getter}, {setter}, \"\", nullptr}},");
         }
+        if (implementable)
+            w.Line($"    {InterfaceEmitter.DictDef(t)},");
         w.Line("    {nullptr, nullptr, nullptr, nullptr, nullptr},");
         w.Line("};");
         w.Line();
@@ -1181,6 +1224,11 @@ public static class CppEmitter
             w.Line();
             w.Line("}  // namespace");
             w.Line();
+        }
+        if (implementable)
+        {
+            InterfaceEmitter.EmitNative(w, t, indexTable);
+            return;
         }
         w.Line($"int {ToClr(t)}(PyObject* obj, void** out) {{");
         w.Line($"    return PyShBound_ConvPyToClr(obj, &{TypeObject(t)}, {Quote(t.Name)}, {(testable ? "wrpPy_asgn_" + id : "nullptr")}, out);");
@@ -1333,6 +1381,7 @@ public static class CppEmitter
         w.Line("#include <string>");
         w.Line();
         w.Line("#include \"objects/bound_class.h\"");
+        w.Line("#include \"objects/twin_binding.h\"");
         w.Line();
         foreach (var t in types)
         {
@@ -1352,6 +1401,11 @@ public static class CppEmitter
                 w.Line($"int {ToClr(t)}(PyObject* obj, void** out);");
                 if (!IsStruct(t))
                     w.Line($"inline int {ToClrNotNone(t)}(PyObject* obj, void** out) {{ return obj == Py_None ? PyShBound_FailConv({Quote(t.Name)}, obj) : {ToClr(t)}(obj, out); }}");
+                if (t.Kind == TypeKind.Interface)
+                {
+                    w.Line($"int {ToClrTwin(t)}(PyObject* obj, PyTwinArg* out);");
+                    w.Line($"inline int {ToClrTwinNotNone(t)}(PyObject* obj, PyTwinArg* out) {{ return obj == Py_None ? PyShBound_FailConv({Quote(t.Name)}, obj) : {ToClrTwin(t)}(obj, out); }}");
+                }
                 w.Line($"PyObject* {ToPy(t)}(void* handle);");
                 if (t.Sequence?.CountOwner == t)
                     w.Line($"Py_ssize_t {SeqLength(t)}(PyObject* self);");
@@ -1382,7 +1436,7 @@ public static class CppEmitter
                      "objects/bound_args.h", "objects/bound_class.h", "objects/bound_registration.h", "builtins/seq_access.h",
                      "objects/casting.h", "objects/collection_arg.h", "objects/enum_builder.h", "objects/handle_release.h",
                      "objects/host_table.h", "objects/overload_dispatch.h", "objects/stream_arg.h", "objects/type_arg.h",
-                     "objects/value_args.h", "objects/wrapper_slots.h",
+                     "objects/value_args.h", "objects/wrapper_slots.h", "objects/derived_object.h", "objects/wrap_handle.h",
                  })
             w.Line($"#include \"{inc}\"");
         w.Line();

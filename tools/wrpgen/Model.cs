@@ -223,6 +223,14 @@ public sealed record EnumMemberModel(string ManagedName, string PythonName, stri
     public string DocId { get; init; } = "";
 }
 
+/// <summary>
+/// An abstract instance member of an interface as C# declares it (types spelled for generated
+/// code, parameters with their ref/out keyword and name), whether bound or not: a managed twin
+/// must implement every one.
+/// </summary>
+public sealed record ManagedMember(string Name, bool IsProperty, string Result, IReadOnlyList<string> Parameters,
+                                   bool HasGetter, bool HasSetter);
+
 public sealed record SkippedMember(string Type, string Member, string Reason);
 
 public sealed record ModuleModel(string PythonName, string Namespace);
@@ -258,6 +266,8 @@ public sealed class TypeModel
     public List<PropertyModel> Properties { get; } = [];
     public List<StaticAttributeModel> StaticAttributes { get; } = [];
     public List<EnumMemberModel> EnumMembers { get; } = [];
+    /// <summary>Interfaces: every abstract instance member, in declaration order.</summary>
+    public List<ManagedMember> AbstractMembers { get; } = [];
     /// <summary>Null for types without item access or iteration of their own.</summary>
     public SequenceModel? Sequence { get; internal set; }
 

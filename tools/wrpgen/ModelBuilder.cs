@@ -366,6 +366,8 @@ public sealed class ModelBuilder
             accessors.Add(a.Raiser);
         }
 
+        if (type.Kind == TypeKind.Interface)
+            CollectAbstractMembers(type, def, accessors);
         var calls = new List<PendingCall>();
         bool declaresDefaultCtor = false;
         foreach (var mh in def.GetMethods())
@@ -391,6 +393,35 @@ public sealed class ModelBuilder
             var adder = ev.GetAccessors().Adder;
             if (!adder.IsNil && IsPublic(_reader.GetMethodDefinition(adder).Attributes))
                 Skip(type.FullName, _reader.GetString(ev.Name), "events are not bound yet");
+        }
+    }
+
+    private static bool IsAbstractInstance(MethodDefinition md) =>
+        (md.Attributes & (MethodAttributes.Abstract | MethodAttributes.Static)) == MethodAttributes.Abstract;
+
+    private void CollectAbstractMembers(TypeModel type, TypeDefinition def, HashSet<MethodDefinitionHandle> accessors)
+    {
+        foreach (var mh in def.GetMethods())
+        {
+            var md = _reader.GetMethodDefinition(mh);
+            if (accessors.Contains(mh) || !IsAbstractInstance(md))
+                continue;
+            var sig = md.DecodeSignature(TypeSigProvider.Instance, null);
+            var names = ParameterNames(md, sig.ParameterTypes.Length, out var attributes, out _);
+            var ps = sig.ParameterTypes.Select((p, i) =>
+                (p.Unmodified.Kind != SigKind.ByRef ? "" : (attributes[i] & ParameterAttributes.Out) != 0 ? "out " : "ref ")
+                + p.CsSpelling() + " " + CSharpEmitter.ParamName(names[i])).ToList();
+            type.AbstractMembers.Add(new(_reader.GetString(md.Name), false, sig.ReturnType.CsSpelling(), ps, false, false));
+        }
+        foreach (var ph in def.GetProperties())
+        {
+            var pd = _reader.GetPropertyDefinition(ph);
+            var a = pd.GetAccessors();
+            bool get = !a.Getter.IsNil && IsAbstractInstance(_reader.GetMethodDefinition(a.Getter));
+            bool set = !a.Setter.IsNil && IsAbstractInstance(_reader.GetMethodDefinition(a.Setter));
+            if (get || set)
+                type.AbstractMembers.Add(new(_reader.GetString(pd.Name), true,
+                                             pd.DecodeSignature(TypeSigProvider.Instance, null).ReturnType.CsSpelling(), [], get, set));
         }
     }
 

@@ -75,6 +75,21 @@ public sealed class TypeSig
         _ => "?",
     };
 
+    /// <summary>The C# spelling that compiles in generated code (by-reference element for ByRef).</summary>
+    public string CsSpelling() => Kind switch
+    {
+        SigKind.Primitive => Keyword(Primitive),
+        SigKind.Named => "global::" + (Namespace.Length == 0 ? "" : Namespace + ".") + BareName(Name).Replace('+', '.'),
+        SigKind.SzArray => Element!.CsSpelling() + "[]",
+        SigKind.Array => Element!.CsSpelling() + "[" + new string(',', Rank - 1) + "]",
+        SigKind.ByRef or SigKind.Modified or SigKind.Pinned => Element!.CsSpelling(),
+        SigKind.Pointer => Element!.CsSpelling() + "*",
+        SigKind.GenericInstance => Element!.CsSpelling() + "<" + string.Join(", ", Arguments.Select(a => a.CsSpelling())) + ">",
+        _ => Name,
+    };
+
+    private static string BareName(string name) => name.IndexOf('`') is int tick and >= 0 ? name[..tick] : name;
+
     public static string Keyword(PrimitiveTypeCode code) => code switch
     {
         PrimitiveTypeCode.Void => "void",

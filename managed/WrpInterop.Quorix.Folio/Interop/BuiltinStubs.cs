@@ -87,11 +87,4 @@ public static unsafe class BuiltinStubs
             PyRuntime.Raise(e);
         }
     }
-
-    /// <summary>Python implementations of interfaces are not bound yet: there is nothing to bind.</summary>
-    public static int GetTpExtraBind(IntPtr* result)
-    {
-        *result = IntPtr.Zero;
-        return 0;
-    }
 }

@@ -65,11 +65,15 @@ public static unsafe class ExchangeHost
     public static void SetPyExceptionCallbacks(IntPtr* table) => PyRuntime.ExceptionCallbacks = table;
 
     [UnmanagedCallersOnly]
-    public static void FreeInstance(IntPtr handle)
+    public static void FreeInstance(IntPtr handle) => Release(handle);
+
+    /// <summary>Frees a handle made for native code, counted as native frees are; zero is ignored.</summary>
+    internal static void Release(IntPtr handle)
     {
         // Called from deallocators, where nothing can be reported: a bad handle is a native bug.
-        if (handle != IntPtr.Zero)
-            GCHandle.FromIntPtr(handle).Free();
+        if (handle == IntPtr.Zero)
+            return;
+        GCHandle.FromIntPtr(handle).Free();
         Interlocked.Increment(ref s_freed);
     }
 

@@ -13,6 +13,13 @@ public static class Handles
         return GCHandle.ToIntPtr(GCHandle.Alloc(target));
     }
 
+    /// <summary>A weak handle: it does not keep the target alive (a Python object's link to its twin).</summary>
+    public static IntPtr NewWeak(object target)
+    {
+        Interlocked.Increment(ref s_allocated);
+        return GCHandle.ToIntPtr(GCHandle.Alloc(target, GCHandleType.Weak));
+    }
+
     private static long s_allocated;
 
     /// <summary>How many handles were handed out so far; with the freed count, what is still alive.</summary>

@@ -56,5 +56,5 @@ public static unsafe class WrpCs_IHyphena_9FFF251D
     public static void btp_GetType(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.IHyphenationCallback>.TypeOf(result);
 
     [UnmanagedCallersOnly]
-    public static int btp_GetTpExtraBind(IntPtr* result) => BuiltinStubs.GetTpExtraBind(result);
+    public static int btp_GetTpExtraBind(PyTwinTable* table, IntPtr* result) => WrpTw_9FFF251D.Bind(table, result);
 }
