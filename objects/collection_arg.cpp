@@ -44,17 +44,17 @@ lend(PyObject* obj, bool iterables, VariantArg* out)
 int
 fn_conv_py_iterable_to_clr_enumerable(PyObject* obj, VariantArg* out)
 {
-    return lend(obj, true, out) ? 1 : marshal_fail_typename(PyExc_TypeError, "can't build IEnumerable from '%s'", obj);
+    return lend(obj, true, out) ? 1 : marshal_fail_typename(PyExc_TypeError, "can't build IEnumerable value from '%s'", obj);
 }
 
 int
 fn_conv_py_sequence_to_clr_collection(PyObject* obj, VariantArg* out)
 {
-    return lend(obj, false, out) ? 1 : marshal_fail_typename(PyExc_TypeError, "can't build ICollection from '%s'", obj);
+    return lend(obj, false, out) ? 1 : marshal_fail_typename(PyExc_TypeError, "can't build List value from '%s'", obj);
 }
 
 int
 fn_conv_py_sequence_to_clr_list(PyObject* obj, VariantArg* out)
 {
-    return lend(obj, false, out) ? 1 : marshal_fail_typename(PyExc_TypeError, "can't build IList from '%s'", obj);
+    return lend(obj, false, out) ? 1 : marshal_fail_typename(PyExc_TypeError, "can't build List value from '%s'", obj);
 }

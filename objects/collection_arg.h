@@ -16,7 +16,8 @@ enum PyCollectionTag : int32_t {
 
 // None: tag 0, NULL. A wrapper of a managed object: tag 0 with its handle. A list, a sized
 // sequence or (for enumerables) any iterable: its tag and the object, borrowed for the call.
-// Anything else: TypeError "can't build <name> from '%s'". 1, or 0 with an error.
+// Anything else: TypeError "can't build IEnumerable value from '%s'", or for collections and
+// lists "can't build List value from '%s'". 1, or 0 with an error.
 int fn_conv_py_iterable_to_clr_enumerable(PyObject* obj, VariantArg* out);
 int fn_conv_py_sequence_to_clr_collection(PyObject* obj, VariantArg* out);
 int fn_conv_py_sequence_to_clr_list(PyObject* obj, VariantArg* out);

@@ -32,9 +32,9 @@ class TestEnumerating:
 
     def test_sizes_come_from_len_and_iterables_are_not_collections(self):
         assert (S.count([1, 2, 3]), S.count((1,)), S.count("abc")) == (3, 1, 3)
-        assert refused(S.count, (c for c in "a")) == ("TypeError", "can't build ICollection from 'generator'")
-        assert refused(S.walk, 5) == ("TypeError", "can't build IEnumerable from 'int'")
-        assert refused(S.at, {1: 2}, 0) == ("TypeError", "can't build IList from 'dict'")
+        assert refused(S.count, (c for c in "a")) == ("TypeError", "can't build List value from 'generator'")
+        assert refused(S.walk, 5) == ("TypeError", "can't build IEnumerable value from 'int'")
+        assert refused(S.at, {1: 2}, 0) == ("TypeError", "can't build List value from 'dict'")
 
     def test_an_item_without_a_managed_kind_stops_the_walk_with_its_own_error(self):
         assert refused(S.walk, [1, object()]) == ("TypeError", "unknown variant type")
