@@ -85,7 +85,18 @@ public sealed partial class XmlDocs
         return docs;
     }
 
-    public string? Summary(string docId) => _summaries.GetValueOrDefault(docId);
+    // The parameterless constructor the C# compiler makes for a class that declares none has no
+    // place for a comment: it reads as its class, made with its defaults.
+    public string? Summary(string docId)
+    {
+        if (_summaries.TryGetValue(docId, out string? text))
+            return text;
+        const string DefaultConstructor = ".#ctor";
+        if (docId.StartsWith("M:", StringComparison.Ordinal) && docId.EndsWith(DefaultConstructor, StringComparison.Ordinal)
+            && _summaries.TryGetValue("T:" + docId[2..^DefaultConstructor.Length], out string? type))
+            return "New, with its defaults. " + type;
+        return null;
+    }
 
     // <see cref="T:A.B"/> reads as "B", <paramref name="x"/> and <c>x</c> as "x"; paragraphs stay
     // apart, other line breaks and runs of spaces fold into one space.

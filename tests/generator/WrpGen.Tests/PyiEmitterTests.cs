@@ -84,6 +84,31 @@ public class PyiEmitterTests
     }
 
     [Fact]
+    public void ACompilerMadeConstructorReadsAsItsClassMadeWithDefaults()
+    {
+        string path = Path.GetTempFileName();
+        try
+        {
+            File.WriteAllText(path, """
+                <doc><members>
+                  <member name="T:A.PdfOptions"><summary>Options for saving as PDF.</summary></member>
+                  <member name="M:A.Listed.#ctor"><summary>Its own words.</summary></member>
+                  <member name="T:A.Listed"><summary>A list.</summary></member>
+                </members></doc>
+                """);
+            var docs = XmlDocs.Load(path);
+            Assert.Equal("New, with its defaults. Options for saving as PDF.", docs.Summary("M:A.PdfOptions.#ctor"));
+            Assert.Equal("Its own words.", docs.Summary("M:A.Listed.#ctor"));
+            Assert.Null(docs.Summary("M:A.PdfOptions.#ctor(System.Int32)"));
+            Assert.Null(docs.Summary("M:A.Bare.#ctor"));
+        }
+        finally
+        {
+            File.Delete(path);
+        }
+    }
+
+    [Fact]
     public void ParametersKeepTheirPythonNamesAndTheReceiverGivesWay()
     {
         string root = Emit()["quorix/folio/__init__.pyi"];
