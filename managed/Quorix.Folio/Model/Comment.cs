@@ -15,20 +15,27 @@ public abstract class InlineStory : CompositeNode, IRunFormatted
 
     private protected InlineStory(DocumentBase? doc) : base(doc) { }
 
+    /// <summary>The paragraphs of this comment or note.</summary>
     public ParagraphCollection Paragraphs => new ParagraphCollection(this);
 
+    /// <summary>The tables of this comment or note.</summary>
     public Tables.TableCollection Tables => new Tables.TableCollection(this);
 
+    /// <summary>The first paragraph of this comment or note; None when it has none.</summary>
     public Paragraph? FirstParagraph => (Paragraph?)GetChild(NodeType.Paragraph, 0, false);
 
+    /// <summary>The last paragraph of this comment or note; None when it has none.</summary>
     public Paragraph? LastParagraph => (Paragraph?)GetChild(NodeType.Paragraph, -1, false);
 
+    /// <summary>The paragraph the comment or note is anchored in.</summary>
     public Paragraph? ParentParagraph => parent as Paragraph;
 
+    /// <summary>The character formatting of the comment or note mark in the text.</summary>
     public Font Font => new Font(this, doc);
 
     internal override bool CanHold(Node child) => BlockRules.IsBlock(child);
 
+    /// <summary>The text of all its paragraphs, each ended by a paragraph mark.</summary>
     public override string GetText()
     {
         var sb = new StringBuilder();
@@ -49,8 +56,10 @@ public sealed class Comment : InlineStory
     private string author;
     private string initial;
 
+    /// <summary>An empty comment for doc, with no author or date, to be inserted into a paragraph.</summary>
     public Comment(DocumentBase doc) : this(doc, "", "", DateTime.MinValue) { }
 
+    /// <summary>An empty comment for doc by author, whose initials and date are given.</summary>
     public Comment(DocumentBase doc, string author, string initial, DateTime dateTime) : base(doc)
     {
         this.author = author ?? "";
@@ -58,6 +67,7 @@ public sealed class Comment : InlineStory
         DateTime = dateTime;
     }
 
+    /// <summary>Always Comment.</summary>
     public override NodeType NodeType => NodeType.Comment;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
@@ -66,10 +76,13 @@ public sealed class Comment : InlineStory
     internal int Id = -1;
     internal List<Formatting.PropElement.Attr>? ExtraAttrs;
 
+    /// <summary>The name of the person who wrote the comment.</summary>
     public string Author { get => author; set => author = value ?? ""; }
 
+    /// <summary>The initials of the comment's author, shown in the margin.</summary>
     public string Initial { get => initial; set => initial = value ?? ""; }
 
+    /// <summary>When the comment was written.</summary>
     public DateTime DateTime { get; set; }
 
     // Set by AddReply or by the file's thread information; a reply of a reply is not made here.
@@ -201,31 +214,41 @@ public sealed class Comment : InlineStory
     }
 }
 
+/// <summary>Marks where the text a comment is about begins.</summary>
 public sealed class CommentRangeStart : Node
 {
+    /// <summary>A start mark for the comment whose id is given.</summary>
     public CommentRangeStart(DocumentBase doc, int id) : base(doc) { Id = id; }
 
+    /// <summary>Always CommentRangeStart.</summary>
     public override NodeType NodeType => NodeType.CommentRangeStart;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitCommentRangeStart(this);
 
+    /// <summary>The id of the comment this range belongs to.</summary>
     public int Id { get; set; }
 
+    /// <summary>Always empty: the mark has no text.</summary>
     public override string GetText() => "";
 
     internal override Node CloneTo(DocumentBase? target, bool deep) => new CommentRangeStart(target!, Id);
 }
 
+/// <summary>Marks where the text a comment is about ends.</summary>
 public sealed class CommentRangeEnd : Node
 {
+    /// <summary>An end mark for the comment whose id is given.</summary>
     public CommentRangeEnd(DocumentBase doc, int id) : base(doc) { Id = id; }
 
+    /// <summary>Always CommentRangeEnd.</summary>
     public override NodeType NodeType => NodeType.CommentRangeEnd;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitCommentRangeEnd(this);
 
+    /// <summary>The id of the comment this range belongs to.</summary>
     public int Id { get; set; }
 
+    /// <summary>Always empty: the mark has no text.</summary>
     public override string GetText() => "";
 
     internal override Node CloneTo(DocumentBase? target, bool deep) => new CommentRangeEnd(target!, Id);

@@ -26,8 +26,10 @@ public sealed partial class DocumentBuilder
         public Paragraph After = null!;
     }
 
+    /// <summary>A builder on a new empty document, its cursor at the start.</summary>
     public DocumentBuilder() : this(new Document()) { }
 
+    /// <summary>A builder on doc, its cursor at the start of the document.</summary>
     public DocumentBuilder(Document doc)
     {
         this.doc = doc ?? throw new ArgumentNullException(nameof(doc));
@@ -38,48 +40,64 @@ public sealed partial class DocumentBuilder
         cursor = paragraph.first;
     }
 
+    /// <summary>The document this builder writes into.</summary>
     public Document Document => doc;
 
+    /// <summary>The character formatting of the text written next.</summary>
     public Font Font => new Font(runProps, doc, () => doc.Cascade.Run(paragraph.ParagraphStyle, runProps.RunAttrs.String(FormatAttr.CharStyle)));
 
+    /// <summary>The formatting of the paragraph at the cursor and of paragraphs started after it.</summary>
     public ParagraphFormat ParagraphFormat => paragraph.ParagraphFormat;
 
+    /// <summary>The list numbering of the paragraph at the cursor and of paragraphs started after it.</summary>
     public ListFormat ListFormat => paragraph.ListFormat;
 
+    /// <summary>The formatting of the table cells inserted next.</summary>
     public CellFormat CellFormat => cellProto.CellFormat;
 
+    /// <summary>The formatting of the table rows inserted next.</summary>
     public RowFormat RowFormat => rowProto.RowFormat;
 
+    /// <summary>The page size, margins and orientation of the section at the cursor.</summary>
     public PageSetup PageSetup => CurrentSection.PageSetup;
 
+    /// <summary>Whether the text written next is bold.</summary>
     public bool Bold { get => Font.Bold; set => Font.Bold = value; }
 
+    /// <summary>Whether the text written next is italic.</summary>
     public bool Italic { get => Font.Italic; set => Font.Italic = value; }
 
+    /// <summary>How the text written next is underlined.</summary>
     public Underline Underline { get => Font.Underline; set => Font.Underline = value; }
 
+    /// <summary>The paragraph the cursor is in.</summary>
     public Paragraph CurrentParagraph
     {
         get { Revalidate(); return paragraph; }
     }
 
+    /// <summary>The node the cursor stands before; None at the end of a paragraph.</summary>
     public Node? CurrentNode
     {
         get { Revalidate(); return cursor; }
     }
 
+    /// <summary>The section the cursor is in.</summary>
     public Section CurrentSection
     {
         get { Revalidate(); return paragraph.ParentSection ?? doc.LastSection!; }
     }
 
+    /// <summary>The body, header or footer the cursor is in.</summary>
     public Story? CurrentStory
     {
         get { Revalidate(); return paragraph.ParentStory; }
     }
 
+    /// <summary>Whether the cursor is before the first character of its paragraph.</summary>
     public bool IsAtStartOfParagraph => cursor == paragraph.first;
 
+    /// <summary>Whether the cursor is after the last character of its paragraph.</summary>
     public bool IsAtEndOfParagraph => cursor == null;
 
     /// <summary>
@@ -142,12 +160,14 @@ public sealed partial class DocumentBuilder
         if (start < text.Length) Insert(NewRun(start == 0 ? text : text.Substring(start)));
     }
 
+    /// <summary>Writes text at the cursor, then ends the paragraph and starts a new one.</summary>
     public void Writeln(string text)
     {
         Write(text);
         InsertParagraph();
     }
 
+    /// <summary>Ends the paragraph at the cursor and starts a new one.</summary>
     public void Writeln() => InsertParagraph();
 
     /// <summary>Ends the current paragraph at the cursor; returns the paragraph that was ended.</summary>
@@ -196,6 +216,7 @@ public sealed partial class DocumentBuilder
         return ended;
     }
 
+    /// <summary>Inserts a paragraph, line, page, column or section break at the cursor.</summary>
     public void InsertBreak(BreakType breakType)
     {
         switch (breakType)
@@ -234,6 +255,7 @@ public sealed partial class DocumentBuilder
         }
     }
 
+    /// <summary>Starts a table at the cursor; insert_cell then adds its cells.</summary>
     public Table StartTable()
     {
         // Text already written before the cursor stays above the table.
@@ -245,6 +267,7 @@ public sealed partial class DocumentBuilder
         return t;
     }
 
+    /// <summary>Adds a cell to the current row (starting a row if needed) and moves the cursor into it.</summary>
     public Cell InsertCell()
     {
         Revalidate();
@@ -265,6 +288,7 @@ public sealed partial class DocumentBuilder
         return cell;
     }
 
+    /// <summary>Ends the current table row; the next insert_cell starts a new one.</summary>
     public Row EndRow()
     {
         if (tables.Count == 0 || tables.Peek().Row == null) throw new InvalidOperationException("There is no row to end.");
@@ -275,6 +299,7 @@ public sealed partial class DocumentBuilder
         return row;
     }
 
+    /// <summary>Ends the table; the cursor moves to the paragraph after it.</summary>
     public Table EndTable()
     {
         if (tables.Count == 0) throw new InvalidOperationException("There is no table to end.");
@@ -287,13 +312,16 @@ public sealed partial class DocumentBuilder
         return st.Table;
     }
 
+    /// <summary>Marks the start of a bookmark with that name at the cursor.</summary>
     public BookmarkStart StartBookmark(string bookmarkName) => (BookmarkStart)Insert(new BookmarkStart(doc, bookmarkName));
 
+    /// <summary>Marks the end of the bookmark with that name at the cursor.</summary>
     public BookmarkEnd EndBookmark(string bookmarkName) => (BookmarkEnd)Insert(new BookmarkEnd(doc, bookmarkName));
 
     /// <summary>A field with the given code; its result is left empty.</summary>
     public Field InsertField(string fieldCode) => InsertField(fieldCode, "");
 
+    /// <summary>Inserts a field with that code, showing fieldValue as its result until the field is updated.</summary>
     public Field InsertField(string fieldCode, string fieldValue)
     {
         ArgumentException.ThrowIfNullOrEmpty(fieldCode);
@@ -322,6 +350,7 @@ public sealed partial class DocumentBuilder
         return FieldKinds.Create(start, sep, end);
     }
 
+    /// <summary>Inserts a footnote or endnote at the cursor holding that text; returns the note.</summary>
     public Footnote InsertFootnote(FootnoteType footnoteType, string footnoteText)
     {
         var note = new Footnote(doc, footnoteType);
@@ -337,8 +366,10 @@ public sealed partial class DocumentBuilder
         return note;
     }
 
+    /// <summary>Inserts the picture of that file at the cursor, at its own size.</summary>
     public Shape InsertImage(string fileName) => InsertImage(File.ReadAllBytes(fileName));
 
+    /// <summary>Inserts the picture read from stream at the cursor, at its own size.</summary>
     public Shape InsertImage(Stream stream)
     {
         ArgumentNullException.ThrowIfNull(stream);
@@ -347,10 +378,13 @@ public sealed partial class DocumentBuilder
         return InsertImage(ms.ToArray());
     }
 
+    /// <summary>Inserts the picture in those bytes at the cursor, at its own size.</summary>
     public Shape InsertImage(byte[] imageBytes) => InsertImage(imageBytes, -1, -1);
 
+    /// <summary>Inserts the picture of that file at the cursor, width by height points.</summary>
     public Shape InsertImage(string fileName, double width, double height) => InsertImage(File.ReadAllBytes(fileName), width, height);
 
+    /// <summary>Inserts the picture read from stream at the cursor, width by height points.</summary>
     public Shape InsertImage(Stream stream, double width, double height)
     {
         ArgumentNullException.ThrowIfNull(stream);
@@ -376,18 +410,21 @@ public sealed partial class DocumentBuilder
         return shape;
     }
 
+    /// <summary>Moves the cursor to the start of the document's first paragraph.</summary>
     public void MoveToDocumentStart()
     {
         doc.EnsureMinimum();
         MoveToParagraphNode(doc.FirstSection!.Body!.FirstParagraph ?? doc.FirstSection.EnsureMinimum(), true);
     }
 
+    /// <summary>Moves the cursor to the end of the document's last paragraph.</summary>
     public void MoveToDocumentEnd()
     {
         doc.EnsureMinimum();
         MoveToParagraphNode(doc.LastSection!.Body!.LastParagraph ?? doc.LastSection.EnsureMinimum(), false);
     }
 
+    /// <summary>Moves the cursor to the start of the body of the section at that index.</summary>
     public void MoveToSection(int sectionIndex)
     {
         var s = (Section?)doc.GetChild(NodeType.Section, sectionIndex, false) ?? throw new ArgumentOutOfRangeException(nameof(sectionIndex));
@@ -412,8 +449,10 @@ public sealed partial class DocumentBuilder
         MoveToParagraphNode(hf.FirstParagraph ?? hf.EnsureMinimum(), true);
     }
 
+    /// <summary>Moves the cursor just after the start of that bookmark; False when there is no such bookmark.</summary>
     public bool MoveToBookmark(string bookmarkName) => MoveToBookmark(bookmarkName, false, true);
 
+    /// <summary>Moves the cursor to the start or end of that bookmark, inside or just outside it; False when there is none.</summary>
     public bool MoveToBookmark(string bookmarkName, bool isStart, bool isAfter)
     {
         var bm = doc.Range.Bookmarks[bookmarkName];
@@ -455,6 +494,7 @@ public sealed partial class DocumentBuilder
         MoveToCharacter(p, characterIndex);
     }
 
+    /// <summary>Moves the cursor into a table cell, at a character offset into it (-1: the end).</summary>
     public void MoveToCell(int tableIndex, int rowIndex, int columnIndex, int characterIndex)
     {
         var story = CurrentStory ?? doc.FirstSection!.Body!;

@@ -27,8 +27,10 @@ public abstract class Inline : Node, IRunFormatted
 
     PropBag? IRunFormatted.RunKept(bool create) => create ? RunKept ??= new PropBag(PropOrder.Run) : RunKept;
 
+    /// <summary>The character formatting of this node's text.</summary>
     public Font Font => new Font(this, doc, Inherited);
 
+    /// <summary>The paragraph this node is in.</summary>
     public Paragraph? ParentParagraph => parent as Paragraph;
 
     /// <summary>What the run inherits: its paragraph's style, then its character style, over the document defaults.</summary>
@@ -45,16 +47,20 @@ public sealed class Run : Inline
 {
     private string text;
 
+    /// <summary>An empty run for doc, to be inserted into a paragraph.</summary>
     public Run(DocumentBase doc) : this(doc, "") { }
 
+    /// <summary>A run of that text for doc, to be inserted into a paragraph.</summary>
     public Run(DocumentBase doc, string text) : base(doc, FormatProps.None) { this.text = text ?? ""; }
 
     internal Run(DocumentBase? doc, string text, FormatProps rPr) : base(doc, rPr) { this.text = text; }
 
+    /// <summary>Always Run.</summary>
     public override NodeType NodeType => NodeType.Run;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitRun(this);
 
+    /// <summary>The run's text.</summary>
     public string Text
     {
         get => text;
@@ -66,6 +72,7 @@ public sealed class Run : Inline
         }
     }
 
+    /// <summary>The run's text.</summary>
     public override string GetText() => text;
 
     internal override void AppendText(StringBuilder sb) => sb.Append(text);
@@ -80,6 +87,7 @@ public abstract class SpecialChar : Inline
 
     internal abstract char Char { get; }
 
+    /// <summary>The one character this node stands for.</summary>
     public override string GetText() => Char.ToString();
 
     internal override void AppendText(StringBuilder sb) => sb.Append(Char);

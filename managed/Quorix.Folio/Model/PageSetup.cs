@@ -127,6 +127,7 @@ public sealed class PageSetup
         }
     }
 
+    /// <summary>The columns the section's text flows in.</summary>
     public TextColumnCollection TextColumns => new(bag, this);
 
     /// <summary>A border line around the pages of the section: top, left, bottom or right.</summary>
@@ -151,6 +152,7 @@ public sealed class PageSetup
         });
     }
 
+    /// <summary>Which pages of the section get the page border.</summary>
     public PageBorderAppliesTo BorderAppliesTo
     {
         get => bag.Find("pgBorders")?.Get("display") switch
@@ -170,8 +172,10 @@ public sealed class PageSetup
 
     internal PropElement? PageBorders => bag.Find("pgBorders");
 
+    /// <summary>How the section numbers and places its footnotes.</summary>
     public Notes.FootnoteOptions FootnoteOptions => new(() => new[] { bag }, Notes.FootnoteType.Footnote);
 
+    /// <summary>How the section numbers and places its endnotes.</summary>
     public Notes.EndnoteOptions EndnoteOptions => new(() => new[] { bag }, Notes.FootnoteType.Endnote);
 
     internal void ApplyDefaults()
@@ -183,15 +187,22 @@ public sealed class PageSetup
     }
 }
 
+/// <summary>What a page border's distance is measured from.</summary>
 public enum PageBorderDistanceFrom
 {
+    /// <summary>From the text, outside it.</summary>
     Text = 0,
+    /// <summary>From the edge of the page, inside it.</summary>
     PageEdge = 1,
 }
 
+/// <summary>Which pages of a section show the page border.</summary>
 public enum PageBorderAppliesTo
 {
+    /// <summary>Every page.</summary>
     AllPages = 0,
+    /// <summary>The first page only.</summary>
     FirstPage = 1,
+    /// <summary>Every page but the first.</summary>
     OtherPages = 2,
 }

@@ -17,6 +17,7 @@ public sealed class Paragraph : CompositeNode, IParaFormatted
     // paragraph mark's formatting, tracked changes, and what only the file's format knows.
     internal PropBag PPr;
 
+    /// <summary>An empty paragraph for doc, to be inserted into a body, cell, header, footer, comment or note.</summary>
     public Paragraph(DocumentBase doc) : this(doc, new PropBag(PropOrder.Paragraph)) { }
 
     internal Paragraph(DocumentBase? doc, PropBag pPr, AttrSet? attrs = null) : base(doc)
@@ -40,18 +41,22 @@ public sealed class Paragraph : CompositeNode, IParaFormatted
         }
     }
 
+    /// <summary>Always Paragraph.</summary>
     public override NodeType NodeType => NodeType.Paragraph;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
         Walk<Paragraph>(visitor, visitor.VisitParagraphStart(this), static (v, n) => v.VisitParagraphEnd(n));
 
+    /// <summary>The runs of text in the paragraph.</summary>
     public RunCollection Runs => new RunCollection(this);
 
+    /// <summary>The paragraph's alignment, indents, spacing, style and the like.</summary>
     public ParagraphFormat ParagraphFormat => new ParagraphFormat(this, doc, InheritedParaAttrs);
 
     /// <summary>What the paragraph inherits from its style and the document defaults.</summary>
     internal AttrSet InheritedParaAttrs() => doc?.Cascade.Paragraph(ParagraphStyle) ?? AttrSet.Empty;
 
+    /// <summary>The paragraph's list numbering: its list and level.</summary>
     public ListFormat ListFormat => new ListFormat(this);
 
     /// <summary>Formatting of the paragraph mark itself.</summary>
@@ -84,14 +89,19 @@ public sealed class Paragraph : CompositeNode, IParaFormatted
 
     internal IEnumerable<PropBag> StyleChain() => ParagraphChain().ToArray();
 
+    /// <summary>The section the paragraph is in.</summary>
     public Section? ParentSection => GetAncestor(NodeType.Section) as Section;
 
+    /// <summary>The body, header or footer the paragraph is in.</summary>
     public Story? ParentStory => GetAncestor(NodeType.Body) as Story ?? GetAncestor(NodeType.HeaderFooter) as Story;
 
+    /// <summary>Whether the paragraph is directly in a table cell.</summary>
     public bool IsInCell => parent is Cell;
 
+    /// <summary>Whether the paragraph is the last of its table cell.</summary>
     public bool IsEndOfCell => LastOfFlow() is Cell;
 
+    /// <summary>Whether the paragraph is the last of its section's body.</summary>
     public bool IsEndOfSection => LastOfFlow() is Body;
 
     // The container whose flow this paragraph ends, looking through the content controls it
@@ -103,6 +113,7 @@ public sealed class Paragraph : CompositeNode, IParaFormatted
         return n.NextSibling == null ? n.parent : null;
     }
 
+    /// <summary>Whether the paragraph is numbered or bulleted as part of a list.</summary>
     public bool IsListItem => ListFormat.IsListItem;
 
     /// <summary>The label the paragraph shows; labels of the whole document are counted once per change.</summary>
@@ -115,6 +126,7 @@ public sealed class Paragraph : CompositeNode, IParaFormatted
         child is CommentRangeEnd || child is Comment || child is Footnote || child is Shape ||
         (child is OpaqueNode o && o.Kind == OpaqueKind.Inline);
 
+    /// <summary>The paragraph's text, fields' codes and results included, ended by its paragraph mark.</summary>
     public override string GetText()
     {
         var sb = new StringBuilder();

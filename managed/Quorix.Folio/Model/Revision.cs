@@ -6,12 +6,18 @@ using Quorix.Folio.Tables;
 
 namespace Quorix.Folio;
 
+/// <summary>What a tracked change did.</summary>
 public enum RevisionType
 {
+    /// <summary>Text was inserted.</summary>
     Insertion = 0,
+    /// <summary>Text was deleted.</summary>
     Deletion = 1,
+    /// <summary>Formatting was changed.</summary>
     FormatChange = 2,
+    /// <summary>A style's definition was changed.</summary>
     StyleDefinitionChange = 3,
+    /// <summary>Text was moved from one place to another.</summary>
     Moving = 4,
 }
 
@@ -38,16 +44,19 @@ public sealed class Revision
         this.bag = bag;
     }
 
+    /// <summary>The name of the person who made the change.</summary>
     public string Author
     {
         get => mark.Get("author") ?? "";
         set => mark.Set("author", value ?? "");
     }
 
+    /// <summary>When the change was made.</summary>
     public DateTime DateTime =>
         mark.Get("date") is { } s && DateTime.TryParse(s, CultureInfo.InvariantCulture, DateTimeStyles.AdjustToUniversal | DateTimeStyles.AssumeUniversal, out var d)
             ? d : DateTime.MinValue;
 
+    /// <summary>What the change did: inserted, deleted, moved or reformatted.</summary>
     public RevisionType RevisionType => kind == Kind.Formatting ? RevisionType.FormatChange : mark.Local switch
     {
         "moveFrom" or "moveTo" => RevisionType.Moving,
@@ -236,6 +245,7 @@ public sealed class RevisionCollection : IEnumerable<Revision>
         return list;
     }
 
+    /// <summary>How many tracked changes the document has.</summary>
     public int Count => Items().Count;
 
     public Revision this[int index]
@@ -250,10 +260,13 @@ public sealed class RevisionCollection : IEnumerable<Revision>
         }
     }
 
+    /// <summary>The changes as a reviewer sees them: neighbouring changes by one author together.</summary>
     public RevisionGroupCollection Groups => new RevisionGroupCollection(RevisionGroup.Assign(Items()));
 
+    /// <summary>Accepts every tracked change: insertions stay, deletions go, and tracking marks are removed.</summary>
     public void AcceptAll() => Revision.DecideAll(doc, true);
 
+    /// <summary>Rejects every tracked change: the document returns to its text before them.</summary>
     public void RejectAll() => Revision.DecideAll(doc, false);
 
     /// <summary>Makes final the changes the criteria match; returns how many there were.</summary>
@@ -271,6 +284,7 @@ public sealed class RevisionCollection : IEnumerable<Revision>
         return chosen.Count;
     }
 
+    /// <summary>The tracked changes in document order.</summary>
     public IEnumerator<Revision> GetEnumerator() => Items().GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();
@@ -283,8 +297,10 @@ public sealed class RevisionGroup
 
     private RevisionGroup() { }
 
+    /// <summary>The name of the person who made the changes.</summary>
     public string Author => members[0].Author;
 
+    /// <summary>What the changes did: inserted, deleted or moved text.</summary>
     public RevisionType RevisionType => members[0].RevisionType;
 
     /// <summary>The text of the changed content.</summary>
@@ -324,16 +340,19 @@ public sealed class RevisionGroup
     }
 }
 
+/// <summary>The groups of tracked changes of a document.</summary>
 public sealed class RevisionGroupCollection : IEnumerable<RevisionGroup>
 {
     private readonly List<RevisionGroup> groups;
 
     internal RevisionGroupCollection(List<RevisionGroup> groups) { this.groups = groups; }
 
+    /// <summary>How many groups there are.</summary>
     public int Count => groups.Count;
 
     public RevisionGroup this[int index] => groups[index < 0 ? groups.Count + index : index];
 
+    /// <summary>The groups in document order.</summary>
     public IEnumerator<RevisionGroup> GetEnumerator() => groups.GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();

@@ -20,6 +20,7 @@ public sealed class TextColumnCollection : IEnumerable<TextColumn>
 
     internal List<PropElement> Own => Cols?.Children?.Where(c => c.Local == "col").ToList() ?? new List<PropElement>();
 
+    /// <summary>How many columns the section's text flows in.</summary>
     public int Count => EvenlySpaced ? Math.Max(1, Units.ParseInt(Cols?.Get("num")) ?? 1) : Math.Max(1, Own.Count);
 
     /// <summary>Whether the columns share the text width equally, with <see cref="Spacing"/> between them.</summary>
@@ -118,6 +119,7 @@ public sealed class TextColumnCollection : IEnumerable<TextColumn>
         Own[i].Set(attr, Units.PointsToTwips(points));
     }
 
+    /// <summary>The columns, left to right.</summary>
     public IEnumerator<TextColumn> GetEnumerator()
     {
         for (int i = 0; i < Count; i++) yield return new TextColumn(this, i);
@@ -138,7 +140,9 @@ public sealed class TextColumn
         this.index = index;
     }
 
+    /// <summary>The column's width, in points.</summary>
     public double Width { get => owner.ColumnWidth(index); set => owner.SetOwn(index, "w", value); }
 
+    /// <summary>The gap between this column and the next, in points.</summary>
     public double SpaceAfter { get => owner.SpaceAfter(index); set => owner.SetOwn(index, "space", value); }
 }

@@ -4,10 +4,14 @@ using Quorix.Folio.Drawing;
 
 namespace Quorix.Folio;
 
+/// <summary>What kind of watermark a document has.</summary>
 public enum WatermarkType
 {
+    /// <summary>Text, such as DRAFT, behind the page's text.</summary>
     Text = 0,
+    /// <summary>A picture behind the page's text.</summary>
     Image = 1,
+    /// <summary>No watermark.</summary>
     None = 2,
 }
 
@@ -18,6 +22,7 @@ public sealed class TextWatermarkOptions
     private double fontSize;
     private string colorHex = "C0C0C0";
 
+    /// <summary>The font the watermark text is drawn in.</summary>
     public string FontFamily
     {
         get => fontFamily;
@@ -51,6 +56,7 @@ public sealed class TextWatermarkOptions
         }
     }
 
+    /// <summary>Whether the watermark text runs level or diagonally.</summary>
     public WatermarkLayout Layout { get; set; } = WatermarkLayout.Diagonal;
 
     /// <summary>Whether the text is drawn half transparent, so that the page's text stays readable.</summary>
@@ -62,6 +68,7 @@ public sealed class ImageWatermarkOptions
 {
     private double scale;
 
+    /// <summary>The picture's size as a multiple of its own; 0 fits it to the page.</summary>
     public double Scale
     {
         get => scale;
@@ -88,6 +95,7 @@ public sealed class Watermark
 
     internal Watermark(Document doc) { this.doc = doc; }
 
+    /// <summary>Which kind of watermark the document has, if any.</summary>
     public WatermarkType Type
     {
         get
@@ -98,8 +106,10 @@ public sealed class Watermark
         }
     }
 
+    /// <summary>Puts that text behind the text of every page, with default font, size and colour.</summary>
     public void SetText(string text) => SetText(text, null);
 
+    /// <summary>Puts that text behind the text of every page, drawn as options say.</summary>
     public void SetText(string text, TextWatermarkOptions? options)
     {
         ArgumentException.ThrowIfNullOrEmpty(text);
@@ -120,8 +130,10 @@ public sealed class Watermark
         doc.Changed();
     }
 
+    /// <summary>Puts the picture in those bytes behind the text of every page.</summary>
     public void SetImage(byte[] imageBytes) => SetImage(imageBytes, null);
 
+    /// <summary>Puts the picture in those bytes behind the text of every page, sized as options say.</summary>
     public void SetImage(byte[] imageBytes, ImageWatermarkOptions? options)
     {
         ArgumentNullException.ThrowIfNull(imageBytes);
@@ -149,8 +161,10 @@ public sealed class Watermark
         doc.Changed();
     }
 
+    /// <summary>Puts the picture read from stream behind the text of every page.</summary>
     public void SetImage(Stream stream) => SetImage(stream, null);
 
+    /// <summary>Puts the picture read from stream behind the text of every page, sized as options say.</summary>
     public void SetImage(Stream stream, ImageWatermarkOptions? options)
     {
         ArgumentNullException.ThrowIfNull(stream);
@@ -159,8 +173,10 @@ public sealed class Watermark
         SetImage(ms.ToArray(), options);
     }
 
+    /// <summary>Puts the picture of that file behind the text of every page.</summary>
     public void SetImage(string fileName) => SetImage(fileName, null);
 
+    /// <summary>Puts the picture of that file behind the text of every page, sized as options say.</summary>
     public void SetImage(string fileName, ImageWatermarkOptions? options) => SetImage(File.ReadAllBytes(fileName), options);
 
     /// <summary>Takes the watermark away from every header; does nothing when there is none.</summary>
