@@ -25,12 +25,16 @@ public sealed class PageSet
     private readonly PageRange[] ranges;
     private readonly int parity; // 0 all, 1 even (1-based) pages, 2 odd ones
 
+    /// <summary>That one page.</summary>
     public PageSet(int page) : this(new PageRange(page, page)) { }
 
+    /// <summary>The pages of that range.</summary>
     public PageSet(PageRange range) : this(new[] { range ?? throw new ArgumentNullException(nameof(range)) }) { }
 
+    /// <summary>Those pages, each by its index.</summary>
     public PageSet(params int[] pages) : this(pages.Select(p => new PageRange(p, p)).ToArray()) { }
 
+    /// <summary>The pages of all those ranges.</summary>
     public PageSet(params PageRange[] ranges)
     {
         ArgumentNullException.ThrowIfNull(ranges);

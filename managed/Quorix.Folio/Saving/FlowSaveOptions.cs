@@ -11,8 +11,10 @@ public enum CssStyleSheetType
     External = 2,
 }
 
+/// <summary>Which headers and footers an HTML page shows.</summary>
 public enum ExportHeadersFootersMode
 {
+    /// <summary>None: the page has the body text only.</summary>
     None = 0,
     /// <summary>Each section's primary header before its text and footer after it.</summary>
     PerSection = 1,
@@ -20,19 +22,23 @@ public enum ExportHeadersFootersMode
     FirstSectionHeaderLastSectionFooter = 2,
 }
 
+/// <summary>How the numbers and bullets of lists are written in HTML.</summary>
 public enum ExportListLabels
 {
     /// <summary>As list elements, which show the same labels for ordinary lists.</summary>
     Auto = 0,
     /// <summary>As paragraphs that start with the label's text, which keeps any label exactly.</summary>
     AsInlineText = 1,
+    /// <summary>Always as list elements, even where the browser's labels differ from the document's.</summary>
     ByHtmlTags = 2,
 }
 
+/// <summary>The kind of HTML written.</summary>
 public enum HtmlVersion
 {
     /// <summary>XHTML 1.0: well-formed XML that XML tools read.</summary>
     Xhtml = 0,
+    /// <summary>HTML5, as browsers read it today.</summary>
     Html5 = 1,
 }
 
@@ -40,8 +46,11 @@ public enum HtmlVersion
 [Flags]
 public enum DocumentSplitCriteria
 {
+    /// <summary>Not split: one page.</summary>
     None = 0,
+    /// <summary>A new page at each section break.</summary>
     SectionBreak = 4,
+    /// <summary>A new page at each heading paragraph.</summary>
     HeadingParagraph = 8,
 }
 
@@ -50,10 +59,13 @@ public sealed class HtmlSaveOptions : SaveOptions
 {
     private SaveFormat format = SaveFormat.Html;
 
+    /// <summary>Options for an HTML page, with their defaults.</summary>
     public HtmlSaveOptions() { }
 
+    /// <summary>Options for HTML, MHTML or EPUB, as saveFormat says, with their defaults.</summary>
     public HtmlSaveOptions(SaveFormat saveFormat) { SaveFormat = saveFormat; }
 
+    /// <summary>HTML, MHTML or EPUB; other formats are refused.</summary>
     public override SaveFormat SaveFormat
     {
         get => format;
@@ -86,20 +98,25 @@ public sealed class HtmlSaveOptions : SaveOptions
     /// <summary>Chooses where each further part of a split page goes; none when null.</summary>
     public IDocumentPartSavingCallback? DocumentPartSavingCallback { get; set; }
 
+    /// <summary>Where the formatting goes: on each element, in the page's style element, or in a style sheet file.</summary>
     public CssStyleSheetType CssStyleSheetType { get; set; } = CssStyleSheetType.Inline;
 
     /// <summary>The external style sheet's file; the output's name with ".css" when empty.</summary>
     public string CssStyleSheetFileName { get; set; } = "";
 
+    /// <summary>Which headers and footers the page shows.</summary>
     public ExportHeadersFootersMode ExportHeadersFootersMode { get; set; } = ExportHeadersFootersMode.PerSection;
 
+    /// <summary>How list numbers and bullets are written.</summary>
     public ExportListLabels ExportListLabels { get; set; } = ExportListLabels.Auto;
 
+    /// <summary>Whether XHTML or HTML5 is written.</summary>
     public HtmlVersion HtmlVersion { get; set; } = HtmlVersion.Html5;
 
     /// <summary>Line breaks and indents between elements, for people reading the markup.</summary>
     public bool PrettyFormat { get; set; }
 
+    /// <summary>Where the output is cut into separate pages, if anywhere.</summary>
     public DocumentSplitCriteria DocumentSplitCriteria { get; set; } = DocumentSplitCriteria.None;
 
     /// <summary>Headings up to this level start a new part when splitting by headings.</summary>
@@ -109,8 +126,10 @@ public sealed class HtmlSaveOptions : SaveOptions
     public System.Text.Encoding? Encoding { get; set; }
 }
 
+/// <summary>Options for saving as Rich Text Format.</summary>
 public sealed class RtfSaveOptions : SaveOptions
 {
+    /// <summary>Always Rtf; other formats are refused.</summary>
     public override SaveFormat SaveFormat
     {
         get => SaveFormat.Rtf;
@@ -130,6 +149,7 @@ public sealed class RtfSaveOptions : SaveOptions
 /// <summary>WordprocessingML 2003: the whole document, pictures included, as one XML file.</summary>
 public sealed class WordML2003SaveOptions : SaveOptions
 {
+    /// <summary>Always WordML; other formats are refused.</summary>
     public override SaveFormat SaveFormat
     {
         get => SaveFormat.WordML;
@@ -146,16 +166,22 @@ public sealed class WordML2003SaveOptions : SaveOptions
 /// <summary>The unit lengths are written in, as office suites show them.</summary>
 public enum OdtSaveMeasureUnit
 {
+    /// <summary>Lengths in centimetres.</summary>
     Centimeters = 0,
+    /// <summary>Lengths in inches.</summary>
     Inches = 1,
 }
 
+/// <summary>Options for saving as OpenDocument text.</summary>
 public sealed class OdtSaveOptions : SaveOptions
 {
+    /// <summary>Options for OpenDocument text, with their defaults.</summary>
     public OdtSaveOptions() { }
 
+    /// <summary>Options for saveFormat, which must be Odt.</summary>
     public OdtSaveOptions(SaveFormat saveFormat) { SaveFormat = saveFormat; }
 
+    /// <summary>Always Odt; other formats are refused.</summary>
     public override SaveFormat SaveFormat
     {
         get => SaveFormat.Odt;
@@ -165,19 +191,23 @@ public sealed class OdtSaveOptions : SaveOptions
         }
     }
 
+    /// <summary>The unit lengths are written in: centimetres or inches.</summary>
     public OdtSaveMeasureUnit MeasureUnit { get; set; } = OdtSaveMeasureUnit.Centimeters;
 }
 
 /// <summary>Whether a spreadsheet holds the document in one worksheet or one per section.</summary>
 public enum XlsxSectionMode
 {
+    /// <summary>The whole document on one worksheet.</summary>
     SingleWorksheet = 0,
+    /// <summary>Each section on a worksheet of its own.</summary>
     MultipleWorksheets = 1,
 }
 
 /// <summary>The document's paragraphs and tables as a spreadsheet.</summary>
 public sealed class XlsxSaveOptions : SaveOptions
 {
+    /// <summary>Always Xlsx; other formats are refused.</summary>
     public override SaveFormat SaveFormat
     {
         get => SaveFormat.Xlsx;
@@ -187,7 +217,9 @@ public sealed class XlsxSaveOptions : SaveOptions
         }
     }
 
+    /// <summary>Whether sections share one worksheet or get one each.</summary>
     public XlsxSectionMode SectionMode { get; set; } = XlsxSectionMode.SingleWorksheet;
 
+    /// <summary>How hard the spreadsheet's package is compressed: smaller file or faster save.</summary>
     public CompressionLevel CompressionLevel { get; set; } = CompressionLevel.Normal;
 }
