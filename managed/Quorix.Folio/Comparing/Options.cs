@@ -3,10 +3,13 @@ namespace Quorix.Folio.Comparing;
 /// <summary>The unit changes are found in: single characters or whole words.</summary>
 public enum Granularity
 {
+    /// <summary>Changes are found character by character.</summary>
     CharLevel = 0,
+    /// <summary>Changes are found word by word: a changed letter marks its whole word.</summary>
     WordLevel = 1,
 }
 
+/// <summary>What a comparison of two documents looks at and how finely.</summary>
 public sealed class CompareOptions
 {
     private AdvancedCompareOptions advanced = new();
@@ -21,8 +24,10 @@ public sealed class CompareOptions
     /// formatting it takes is recorded as a formatting change.</summary>
     public bool IgnoreFormatting { get; set; }
 
+    /// <summary>Whether changes are found by character or by word.</summary>
     public Granularity Granularity { get; set; } = Granularity.WordLevel;
 
+    /// <summary>Finer choices of how differences are reported.</summary>
     public AdvancedCompareOptions AdvancedOptions
     {
         get => advanced;
