@@ -3,18 +3,30 @@ using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio.Drawing;
 
+/// <summary>The file format of a picture.</summary>
 public enum ImageType
 {
+    /// <summary>No picture.</summary>
     NoImage = 0,
+    /// <summary>A picture in a format the engine does not recognise.</summary>
     Unknown = 1,
+    /// <summary>Enhanced Windows metafile.</summary>
     Emf = 2,
+    /// <summary>Windows metafile.</summary>
     Wmf = 3,
+    /// <summary>Macintosh PICT.</summary>
     Pict = 4,
+    /// <summary>JPEG.</summary>
     Jpeg = 5,
+    /// <summary>PNG.</summary>
     Png = 6,
+    /// <summary>Windows bitmap.</summary>
     Bmp = 7,
+    /// <summary>GIF.</summary>
     Gif = 8,
+    /// <summary>TIFF.</summary>
     Tiff = 9,
+    /// <summary>SVG vector drawing.</summary>
     Svg = 10,
 }
 
@@ -29,8 +41,10 @@ public abstract class ShapeBase : CompositeNode, IRunFormatted
 
     private protected ShapeBase(DocumentBase? doc) : base(doc) { }
 
+    /// <summary>The paragraph the shape is anchored in.</summary>
     public Paragraph? ParentParagraph => parent as Paragraph;
 
+    /// <summary>The character formatting of the shape's anchor in the text.</summary>
     public Font Font => new Font(this, doc);
 
     internal override bool CanHold(Node child) => false;
@@ -46,15 +60,19 @@ public sealed class Shape : ShapeBase
     internal string? RawXml;
     internal string? RelId;
 
+    /// <summary>An empty shape for doc, to be given a picture and inserted into a paragraph.</summary>
     public Shape(DocumentBase doc) : base(doc) { imageData = new ImageData(this); }
 
+    /// <summary>Always Shape.</summary>
     public override NodeType NodeType => NodeType.Shape;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) =>
         Walk<Shape>(visitor, visitor.VisitShapeStart(this), static (v, n) => v.VisitShapeEnd(n));
 
+    /// <summary>The shape's picture: its bytes, format and the means to replace it.</summary>
     public ImageData ImageData => imageData;
 
+    /// <summary>Whether the shape holds a picture.</summary>
     public bool HasImage => imageData.HasImage;
 
     /// <summary>Size in points.</summary>
@@ -69,6 +87,7 @@ public sealed class Shape : ShapeBase
         }
     }
 
+    /// <summary>The shape's height, in points.</summary>
     public double Height
     {
         get => height;
@@ -80,11 +99,13 @@ public sealed class Shape : ShapeBase
         }
     }
 
+    /// <summary>The description read out in place of the picture, for accessibility.</summary>
     public string AlternativeText { get; set; } = "";
 
     /// <summary>Set on a picture placed behind the text, centred on the page, as a watermark.</summary>
     internal WatermarkLook? Watermark;
 
+    /// <summary>The shape's title, shown with its alternative text.</summary>
     public string Title { get; set; } = "";
 
     internal void SetSizeNoReset(double w, double h)
@@ -103,6 +124,7 @@ public sealed class Shape : ShapeBase
     internal override bool CanHold(Node child) => TextBoxFrame != null && BlockRules.IsBlock(child);
 
     // A text box's text belongs to the paragraph it stands in, as a reader of the page sees it.
+    /// <summary>The text of the shape's text box; empty for a picture.</summary>
     public override string GetText() => TextBoxFrame != null ? base.GetText() : "";
 
     internal override void AppendText(StringBuilder sb)
@@ -146,16 +168,20 @@ public sealed class ImageData
 
     internal void Load(byte[] data) => bytes = data;
 
+    /// <summary>Whether there is a picture.</summary>
     public bool HasImage => bytes != null && bytes.Length > 0;
 
+    /// <summary>The picture's file bytes; None when there is no picture.</summary>
     public byte[]? ImageBytes
     {
         get => bytes;
         set => SetImage(value ?? Array.Empty<byte>());
     }
 
+    /// <summary>The picture's format, told from its bytes.</summary>
     public ImageType ImageType => ImageInfo.Detect(bytes).Type;
 
+    /// <summary>Replaces the picture with the one in those bytes.</summary>
     public void SetImage(byte[] imageBytes)
     {
         ArgumentNullException.ThrowIfNull(imageBytes);
@@ -164,6 +190,7 @@ public sealed class ImageData
         owner.RelId = null;
     }
 
+    /// <summary>Replaces the picture with the one read from stream.</summary>
     public void SetImage(Stream stream)
     {
         ArgumentNullException.ThrowIfNull(stream);
@@ -172,10 +199,13 @@ public sealed class ImageData
         SetImage(ms.ToArray());
     }
 
+    /// <summary>Replaces the picture with the one of that file.</summary>
     public void SetImage(string fileName) => SetImage(File.ReadAllBytes(fileName));
 
+    /// <summary>Writes the picture, as stored, to that file.</summary>
     public void Save(string fileName) => File.WriteAllBytes(fileName, bytes ?? throw new InvalidOperationException("The shape has no image."));
 
+    /// <summary>Writes the picture, as stored, to stream.</summary>
     public void Save(Stream stream) => stream.Write(bytes ?? throw new InvalidOperationException("The shape has no image."));
 
     /// <summary>The image's bytes as a new read-only stream.</summary>
