@@ -128,6 +128,7 @@ public sealed class SystemFontSource : FontSourceBase
     /// <summary>Always SystemFonts.</summary>
     public override FontSourceType Type => FontSourceType.SystemFonts;
 
+    /// <summary>The folders of this machine where installed fonts are looked for, those that exist.</summary>
     public static string[] GetSystemFontFolders()
     {
         var home = Environment.GetFolderPath(Environment.SpecialFolder.UserProfile);
@@ -171,6 +172,7 @@ public sealed class FontSettings
     /// <summary>A copy of the sources fonts are looked up in, in order.</summary>
     public FontSourceBase[] GetFontsSources() => (FontSourceBase[])sources.Clone();
 
+    /// <summary>Makes those sources the only places fonts are taken from.</summary>
     public void SetFontsSources(FontSourceBase[] sources)
     {
         ArgumentNullException.ThrowIfNull(sources);
@@ -182,6 +184,7 @@ public sealed class FontSettings
     /// <summary>Makes one folder, with its subfolders when recursive, the only source of fonts.</summary>
     public void SetFontsFolder(string fontFolder, bool recursive) => SetFontsFolders(new[] { fontFolder }, recursive);
 
+    /// <summary>Makes those folders, with their subfolders when recursive, the only places fonts are taken from.</summary>
     public void SetFontsFolders(string[] fontsFolders, bool recursive)
     {
         ArgumentNullException.ThrowIfNull(fontsFolders);
@@ -235,15 +238,18 @@ public sealed class TableSubstitutionRule : FontSubstitutionRule
         ["Consolas"] = new() { "DejaVu Sans Mono", "Liberation Mono" },
     };
 
+    /// <summary>The fonts tried, in order, in place of that font when it is missing.</summary>
     public IEnumerable<string> GetSubstitutes(string originalFontName) =>
         table.TryGetValue(originalFontName, out var l) ? l.ToArray() : Array.Empty<string>();
 
+    /// <summary>Sets the fonts tried, in order, in place of that font when it is missing.</summary>
     public void SetSubstitutes(string originalFontName, params string[] substituteFontNames)
     {
         ArgumentException.ThrowIfNullOrEmpty(originalFontName);
         table[originalFontName] = substituteFontNames.ToList();
     }
 
+    /// <summary>Adds fonts to try, after those already listed, in place of that font when it is missing.</summary>
     public void AddSubstitutes(string originalFontName, params string[] substituteFontNames)
     {
         ArgumentException.ThrowIfNullOrEmpty(originalFontName);
@@ -312,8 +318,10 @@ public sealed class FontFallbackSettings
 {
     internal string[] Fallbacks = { "DejaVu Sans", "DejaVu Serif", "Liberation Sans", "Noto Sans", "Noto Sans CJK SC", "Noto Color Emoji" };
 
+    /// <summary>The fonts tried, in order, for characters the text's own font lacks.</summary>
     public string[] GetFallbackFontNames() => (string[])Fallbacks.Clone();
 
+    /// <summary>Sets the fonts tried, in order, for characters the text's own font lacks.</summary>
     public void SetFallbackFontNames(params string[] names)
     {
         ArgumentNullException.ThrowIfNull(names);
