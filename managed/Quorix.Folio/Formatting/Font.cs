@@ -65,6 +65,7 @@ public sealed class Font
         Put(set);
     }
 
+    /// <summary>The name of the font the text is set in, such as "Calibri".</summary>
     public string Name
     {
         get
@@ -94,34 +95,43 @@ public sealed class Font
         }
     }
 
+    /// <summary>Whether the text is bold.</summary>
     public bool Bold
     {
         get => Toggle(FormatAttr.Bold);
         set => SetToggle(FormatAttr.Bold, value, FormatAttr.BoldComplex);
     }
 
+    /// <summary>Whether the text is italic.</summary>
     public bool Italic
     {
         get => Toggle(FormatAttr.Italic);
         set => SetToggle(FormatAttr.Italic, value, FormatAttr.ItalicComplex);
     }
 
+    /// <summary>Whether the text is struck through with one line.</summary>
     public bool StrikeThrough { get => Toggle(FormatAttr.Strike); set => SetToggle(FormatAttr.Strike, value); }
 
+    /// <summary>Whether the text is struck through with two lines.</summary>
     public bool DoubleStrikeThrough { get => Toggle(FormatAttr.DoubleStrike); set => SetToggle(FormatAttr.DoubleStrike, value); }
 
+    /// <summary>Whether the text shows as capital letters, whatever its case.</summary>
     public bool AllCaps { get => Toggle(FormatAttr.AllCaps); set => SetToggle(FormatAttr.AllCaps, value); }
 
+    /// <summary>Whether lower-case letters show as small capitals.</summary>
     public bool SmallCaps { get => Toggle(FormatAttr.SmallCaps); set => SetToggle(FormatAttr.SmallCaps, value); }
 
+    /// <summary>Whether the text is hidden: kept in the document but neither shown nor printed.</summary>
     public bool Hidden { get => Toggle(FormatAttr.Hidden); set => SetToggle(FormatAttr.Hidden, value); }
 
+    /// <summary>Whether the text is raised and made smaller, as in exponents.</summary>
     public bool Superscript
     {
         get => Lookup(FormatAttr.VerticalAlign) as string == "superscript";
         set => SetVertAlign("superscript", value);
     }
 
+    /// <summary>Whether the text is lowered and made smaller, as in chemical formulas.</summary>
     public bool Subscript
     {
         get => Lookup(FormatAttr.VerticalAlign) as string == "subscript";
@@ -134,6 +144,7 @@ public sealed class Font
         else if (Own.String(FormatAttr.VerticalAlign) == kind) Set(FormatAttr.VerticalAlign, null);
     }
 
+    /// <summary>How the text is underlined, if at all.</summary>
     public Underline Underline
     {
         get => UnderlineFromXml(Lookup(FormatAttr.Underline) as string);
@@ -159,6 +170,7 @@ public sealed class Font
         }
     }
 
+    /// <summary>The name of the character style applied to the text.</summary>
     public string StyleName
     {
         get => doc?.Styles.NameOfId(Own.String(FormatAttr.CharStyle)) ?? "Default Paragraph Font";
@@ -170,6 +182,7 @@ public sealed class Font
         }
     }
 
+    /// <summary>The character style applied to the text, when it is a built-in one; User otherwise.</summary>
     public StyleIdentifier StyleIdentifier
     {
         get => doc?.Styles.FindById(Own.String(FormatAttr.CharStyle))?.StyleIdentifier ?? StyleIdentifier.DefaultParagraphFont;
@@ -181,10 +194,13 @@ public sealed class Font
     }
 
     // Borders and shading of text are not modelled yet: they live with the markup kept beside the attributes.
+    /// <summary>The border drawn around the text.</summary>
     public Border Border => new Border(owner.RunKept(true)!, "bdr");
 
+    /// <summary>The background shading behind the text.</summary>
     public Shading Shading => new Shading(owner.RunKept(true)!);
 
+    /// <summary>Removes the text's own character formatting, so it shows its styles' formatting only.</summary>
     public void ClearFormatting()
     {
         Put(AttrSet.Empty);

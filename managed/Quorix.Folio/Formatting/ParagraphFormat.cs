@@ -46,6 +46,7 @@ public sealed class ParagraphFormat
 
     private void SetToggle(FormatAttr a, bool value) => Put(Own.With(a, value));
 
+    /// <summary>How the paragraph's lines sit between its indents: left, centred, right or justified.</summary>
     public ParagraphAlignment Alignment
     {
         get => Lookup(FormatAttr.Alignment) switch
@@ -69,6 +70,7 @@ public sealed class ParagraphFormat
 
     private string? StyleId => Own.String(FormatAttr.ParaStyle);
 
+    /// <summary>The name of the paragraph style applied to the paragraph.</summary>
     public string StyleName
     {
         get => doc?.Styles.NameOfId(StyleId) ?? "Normal";
@@ -80,6 +82,7 @@ public sealed class ParagraphFormat
         }
     }
 
+    /// <summary>The paragraph style applied, when it is a built-in one; User otherwise.</summary>
     public StyleIdentifier StyleIdentifier
     {
         get => doc?.Styles.FindById(StyleId)?.StyleIdentifier ?? StyleIdentifier.Normal;
@@ -90,6 +93,7 @@ public sealed class ParagraphFormat
         }
     }
 
+    /// <summary>The paragraph style applied to the paragraph.</summary>
     public Style Style
     {
         get => doc!.Styles.FindById(StyleId) ?? doc.Styles.GetOrCreateBuiltIn(StyleIdentifier.Normal);
@@ -102,8 +106,10 @@ public sealed class ParagraphFormat
         Put(Own.With(FormatAttr.ParaStyle, normal ? null : id));
     }
 
+    /// <summary>Whether the paragraph has one of the built-in heading styles, Heading 1 to 9.</summary>
     public bool IsHeading => StyleIdentifier is >= StyleIdentifier.Heading1 and <= StyleIdentifier.Heading9;
 
+    /// <summary>The paragraph's level in the document outline, or body text.</summary>
     public OutlineLevel OutlineLevel
     {
         get => Lookup(FormatAttr.OutlineLevel) is int v and >= 0 and <= 8 ? (OutlineLevel)v : OutlineLevel.BodyText;
@@ -134,6 +140,7 @@ public sealed class ParagraphFormat
     /// <summary>Indents and spacing in points.</summary>
     public double LeftIndent { get => Twips(FormatAttr.IndentLeft, FormatAttr.IndentStart); set => SetTwips(FormatAttr.IndentLeft, value, FormatAttr.IndentStart); }
 
+    /// <summary>The space between the paragraph and the right margin, in points.</summary>
     public double RightIndent { get => Twips(FormatAttr.IndentRight, FormatAttr.IndentEnd); set => SetTwips(FormatAttr.IndentRight, value, FormatAttr.IndentEnd); }
 
     /// <summary>Positive for a first-line indent, negative for a hanging one.</summary>
@@ -154,10 +161,13 @@ public sealed class ParagraphFormat
         }
     }
 
+    /// <summary>The space above the paragraph, in points.</summary>
     public double SpaceBefore { get => Twips(FormatAttr.SpaceBefore); set => SetTwips(FormatAttr.SpaceBefore, value); }
 
+    /// <summary>The space below the paragraph, in points.</summary>
     public double SpaceAfter { get => Twips(FormatAttr.SpaceAfter); set => SetTwips(FormatAttr.SpaceAfter, value); }
 
+    /// <summary>How line_spacing is read: at least, exactly, or a multiple of single spacing.</summary>
     public LineSpacingRule LineSpacingRule
     {
         get => Lookup(FormatAttr.LineRule) switch
@@ -231,17 +241,23 @@ public sealed class ParagraphFormat
     // Direction and dropped capitals are not modelled yet: they live with the kept markup.
     public bool Bidi { get => Bag.Toggle("bidi") ?? false; set => Bag.SetToggle("bidi", value); }
 
+    /// <summary>Whether all lines of the paragraph stay on one page.</summary>
     public bool KeepTogether { get => Toggle(FormatAttr.KeepLines); set => SetToggle(FormatAttr.KeepLines, value); }
 
+    /// <summary>Whether the paragraph stays on the same page as the next one.</summary>
     public bool KeepWithNext { get => Toggle(FormatAttr.KeepNext); set => SetToggle(FormatAttr.KeepNext, value); }
 
+    /// <summary>Whether the paragraph always starts a new page.</summary>
     public bool PageBreakBefore { get => Toggle(FormatAttr.PageBreakBefore); set => SetToggle(FormatAttr.PageBreakBefore, value); }
 
+    /// <summary>Whether a single first or last line of the paragraph is kept from standing alone on a page.</summary>
     public bool WidowControl { get => Toggle(FormatAttr.WidowControl); set => SetToggle(FormatAttr.WidowControl, value); }
 
     // Shading, borders and tab stops are not modelled yet: they live with the markup kept beside the attributes.
+    /// <summary>The background shading behind the paragraph.</summary>
     public Shading Shading => new Shading(Bag);
 
+    /// <summary>The paragraph's border on that side, or between paragraphs.</summary>
     public Border GetBorder(BorderType borderType)
     {
         var pBdr = Bag.GetOrAdd("pBdr");
@@ -268,19 +284,30 @@ public sealed class ParagraphFormat
     }
 }
 
+/// <summary>A side of a paragraph or cell that can have a border.</summary>
 public enum BorderType
 {
+    /// <summary>Below.</summary>
     Bottom = 0,
+    /// <summary>On the left.</summary>
     Left = 1,
+    /// <summary>On the right.</summary>
     Right = 2,
+    /// <summary>Above.</summary>
     Top = 3,
+    /// <summary>Between paragraphs or rows that share the border.</summary>
     Horizontal = 4,
+    /// <summary>Between cells of a row.</summary>
     Vertical = 5,
 }
 
+/// <summary>Whether a paragraph starts with a large initial letter, and where it stands.</summary>
 public enum DropCapPosition
 {
+    /// <summary>No drop cap.</summary>
     None = 0,
+    /// <summary>Dropped into the text, which wraps beside it.</summary>
     Normal = 1,
+    /// <summary>In the margin, beside the text.</summary>
     Margin = 2,
 }
