@@ -22,6 +22,7 @@ public static class Comparer
         original.Save(outputFile);
     }
 
+    /// <summary>A comparison to set up with inputs and outputs, then execute.</summary>
     public static Processor Create(ComparerContext context)
     {
         ArgumentNullException.ThrowIfNull(context);

@@ -40,6 +40,7 @@ public static class Converter
         new Document(input, loadOptions).Save(output, saveOptions);
     }
 
+    /// <summary>A conversion to set up with inputs and outputs, then execute.</summary>
     public static Processor Create(ConverterContext context)
     {
         ArgumentNullException.ThrowIfNull(context);

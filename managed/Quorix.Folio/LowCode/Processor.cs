@@ -27,8 +27,10 @@ public sealed class Processor
         this.run = run;
     }
 
+    /// <summary>Adds the document of that file as an input, its format told from its content.</summary>
     public Processor FromFile(string input) => FromFile(input, null);
 
+    /// <summary>Adds the document of that file as an input, read as loadOptions say.</summary>
     public Processor FromFile(string input, LoadOptions? loadOptions)
     {
         ArgumentException.ThrowIfNullOrEmpty(input);
@@ -36,6 +38,7 @@ public sealed class Processor
         return this;
     }
 
+    /// <summary>Adds the document read from that stream as an input.</summary>
     public Processor FromStream(Stream input) => FromStream(input, null);
 
     /// <summary>The stream is read now: a stream lent for this call only (a Python file) is gone by <see cref="Execute"/>.</summary>
@@ -57,8 +60,10 @@ public sealed class Processor
         return this;
     }
 
+    /// <summary>Adds that file as an output, written in saveFormat.</summary>
     public Processor ToFile(string output, SaveFormat saveFormat) => ToFile(output, SaveOptions.CreateSaveOptions(saveFormat));
 
+    /// <summary>Adds that file as an output, written as saveOptions say.</summary>
     public Processor ToFile(string output, SaveOptions saveOptions)
     {
         ArgumentException.ThrowIfNullOrEmpty(output);
@@ -67,8 +72,10 @@ public sealed class Processor
         return this;
     }
 
+    /// <summary>Adds that stream as an output, written in saveFormat.</summary>
     public Processor ToStream(Stream output, SaveFormat saveFormat) => ToStream(output, SaveOptions.CreateSaveOptions(saveFormat));
 
+    /// <summary>Adds that stream as an output, written as saveOptions say.</summary>
     public Processor ToStream(Stream output, SaveOptions saveOptions)
     {
         ArgumentNullException.ThrowIfNull(output);
@@ -128,19 +135,24 @@ public sealed class Processor
         });
 }
 
+/// <summary>Settings of a conversion from one format to another.</summary>
 public sealed class ConverterContext : ProcessorContext
 {
 }
 
+/// <summary>Settings of joining several documents into one.</summary>
 public sealed class MergerContext : ProcessorContext
 {
+    /// <summary>Whether each joined document keeps its own formatting or takes the first one's styles.</summary>
     public MergeFormatMode MergeFormatMode { get; set; } = MergeFormatMode.KeepSourceFormatting;
 }
 
+/// <summary>Settings of cutting a document into several.</summary>
 public sealed class SplitterContext : ProcessorContext
 {
     private SplitOptions splitOptions = new();
 
+    /// <summary>Where the document is cut.</summary>
     public SplitOptions SplitOptions
     {
         get => splitOptions;
@@ -148,14 +160,18 @@ public sealed class SplitterContext : ProcessorContext
     }
 }
 
+/// <summary>Settings of comparing two documents, the differences written as tracked changes.</summary>
 public sealed class ComparerContext : ProcessorContext
 {
     private Comparing.CompareOptions compareOptions = new();
 
+    /// <summary>The author the tracked changes are credited to.</summary>
     public string Author { get; set; } = "";
 
+    /// <summary>The date the tracked changes carry.</summary>
     public DateTime DateTime { get; set; } = DateTime.UtcNow;
 
+    /// <summary>What the comparison looks at and how finely.</summary>
     public Comparing.CompareOptions CompareOptions
     {
         get => compareOptions;
@@ -163,6 +179,7 @@ public sealed class ComparerContext : ProcessorContext
     }
 }
 
+/// <summary>Settings of finding and replacing text.</summary>
 public sealed class ReplacerContext : ProcessorContext
 {
     private Replacing.FindReplaceOptions findReplaceOptions = new();
@@ -171,12 +188,14 @@ public sealed class ReplacerContext : ProcessorContext
     internal System.Text.RegularExpressions.Regex? Regex;
     internal string Replacement = "";
 
+    /// <summary>How text is matched: case, whole words, and the like.</summary>
     public Replacing.FindReplaceOptions FindReplaceOptions
     {
         get => findReplaceOptions;
         set => findReplaceOptions = value ?? throw new ArgumentNullException(nameof(value));
     }
 
+    /// <summary>Replaces every occurrence of that text with replacement.</summary>
     public void SetReplacement(string pattern, string replacement)
     {
         ArgumentException.ThrowIfNullOrEmpty(pattern);
@@ -185,6 +204,7 @@ public sealed class ReplacerContext : ProcessorContext
         Replacement = replacement ?? "";
     }
 
+    /// <summary>Replaces every match of that regular expression with replacement, $1 and the like naming groups.</summary>
     public void SetReplacement(System.Text.RegularExpressions.Regex pattern, string replacement)
     {
         ArgumentNullException.ThrowIfNull(pattern);
@@ -194,6 +214,7 @@ public sealed class ReplacerContext : ProcessorContext
     }
 }
 
+/// <summary>Settings of putting a text or picture watermark behind the pages.</summary>
 public sealed class WatermarkerContext : ProcessorContext
 {
     private TextWatermarkOptions textOptions = new();
@@ -202,14 +223,17 @@ public sealed class WatermarkerContext : ProcessorContext
     /// <summary>The text to put behind the pages; set this or <see cref="ImageWatermark"/>.</summary>
     public string? TextWatermark { get; set; }
 
+    /// <summary>The picture to put behind the pages, as its file's bytes; set this or text_watermark.</summary>
     public byte[]? ImageWatermark { get; set; }
 
+    /// <summary>How a text watermark is drawn: font, size, colour, layout.</summary>
     public TextWatermarkOptions TextWatermarkOptions
     {
         get => textOptions;
         set => textOptions = value ?? throw new ArgumentNullException(nameof(value));
     }
 
+    /// <summary>How a picture watermark is sized.</summary>
     public ImageWatermarkOptions ImageWatermarkOptions
     {
         get => imageOptions;
@@ -217,6 +241,7 @@ public sealed class WatermarkerContext : ProcessorContext
     }
 }
 
+/// <summary>Settings of a mail merge: the data and the merge's options.</summary>
 public sealed class MailMergerContext : ProcessorContext
 {
     private MailMergeOptions options = new();
@@ -224,6 +249,7 @@ public sealed class MailMergerContext : ProcessorContext
     internal MailMerging.IMailMergeDataSource? Simple;
     internal MailMerging.IMailMergeDataSourceRoot? Regions;
 
+    /// <summary>The merge's options: clean-up, headers and footers.</summary>
     public MailMergeOptions MailMergeOptions
     {
         get => options;
@@ -233,6 +259,7 @@ public sealed class MailMergerContext : ProcessorContext
     /// <summary>One record for the fields outside regions.</summary>
     public void SetSimpleDataSource(System.Collections.IEnumerable fieldNames, System.Collections.IEnumerable fieldValues) => SetSimpleDataSource(new MailMergeDataSource(fieldNames, fieldValues));
 
+    /// <summary>The records to merge into the fields outside regions.</summary>
     public void SetSimpleDataSource(MailMerging.IMailMergeDataSource dataSource)
     {
         Simple = dataSource ?? throw new ArgumentNullException(nameof(dataSource));
@@ -247,6 +274,7 @@ public sealed class MailMergerContext : ProcessorContext
     }
 }
 
+/// <summary>Settings of filling a report template with data.</summary>
 public sealed class ReportBuilderContext : ProcessorContext
 {
     private ReportBuilderOptions options = new();
@@ -254,6 +282,7 @@ public sealed class ReportBuilderContext : ProcessorContext
     internal readonly List<object> DataSources = new();
     internal readonly List<string?> DataSourceNames = new();
 
+    /// <summary>How the template is filled.</summary>
     public ReportBuilderOptions ReportBuilderOptions
     {
         get => options;
@@ -281,6 +310,7 @@ public sealed class ReportBuilderContext : ProcessorContext
 /// <summary>Settings of signing a document, which the engine cannot do yet.</summary>
 public sealed class SignerContext : ProcessorContext
 {
+    /// <summary>Refused: signing documents is not supported, so no such context can be made.</summary>
     public SignerContext() =>
         throw new NotSupportedException("Signing documents is not supported: the engine has no digital signatures.");
 }

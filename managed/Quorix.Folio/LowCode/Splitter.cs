@@ -45,6 +45,7 @@ public static class Splitter
             parts[i].Save(Path.Combine(Path.GetDirectoryName(full)!, $"{Path.GetFileNameWithoutExtension(full)}_{i + 1}{Path.GetExtension(full)}"), options);
     }
 
+    /// <summary>Cuts the document read from inputStream into parts, each returned as a stream in saveFormat.</summary>
     public static Stream[] Split(Stream inputStream, SaveFormat saveFormat, SplitOptions splitOptions)
     {
         ArgumentNullException.ThrowIfNull(inputStream);
