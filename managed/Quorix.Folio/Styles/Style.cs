@@ -33,10 +33,13 @@ public sealed class Style
         set => Element.Set("styleId", value);
     }
 
+    /// <summary>The document's styles, this one among them.</summary>
     public StyleCollection Styles => owner;
 
+    /// <summary>The document the style belongs to.</summary>
     public DocumentBase Document => owner.Document;
 
+    /// <summary>The style's name, as shown to users.</summary>
     public string Name
     {
         get => Bag.Val("name") ?? StyleId;
@@ -49,6 +52,7 @@ public sealed class Style
         }
     }
 
+    /// <summary>What the style formats: paragraphs, characters, tables or lists.</summary>
     public StyleType Type => Element.Get("type") switch
     {
         "character" => StyleType.Character,
@@ -57,6 +61,7 @@ public sealed class Style
         _ => StyleType.Paragraph,
     };
 
+    /// <summary>Which built-in style this is; User for a style the document defines.</summary>
     public StyleIdentifier StyleIdentifier
     {
         get
@@ -66,16 +71,20 @@ public sealed class Style
         }
     }
 
+    /// <summary>Whether the style is one of the built-in styles.</summary>
     public bool BuiltIn => StyleIdentifier != StyleIdentifier.User;
 
+    /// <summary>Whether the style is one of the built-in heading styles, Heading 1 to 9.</summary>
     public bool IsHeading => StyleIdentifier is >= StyleIdentifier.Heading1 and <= StyleIdentifier.Heading9;
 
+    /// <summary>The name of the style this one is based on and inherits from; empty when none.</summary>
     public string BaseStyleName
     {
         get => owner.NameOfId(Bag.Val("basedOn")) ?? "";
         set => Bag.SetVal("basedOn", string.IsNullOrEmpty(value) ? null : RequireStyle(value).StyleId);
     }
 
+    /// <summary>The style given to the paragraph that follows one of this style when Enter is pressed.</summary>
     public string NextParagraphStyleName
     {
         get => owner.NameOfId(Bag.Val("next")) ?? "";
@@ -141,11 +150,14 @@ public sealed class Style
         return c;
     }
 
+    /// <summary>The character formatting the style gives.</summary>
     public Font Font => new Font(Sub("rPr", PropOrder.Run), owner.Document, () => owner.Document.Cascade.StyleBase(this));
 
+    /// <summary>The paragraph formatting the style gives.</summary>
     public ParagraphFormat ParagraphFormat =>
         new ParagraphFormat(Sub("pPr", PropOrder.Paragraph), owner.Document, () => owner.Document.Cascade.ParagraphStyleBase(this));
 
+    /// <summary>Deletes the style from the document's styles.</summary>
     public void Remove() => owner.Remove(this);
 
     public override string ToString() => Name;
