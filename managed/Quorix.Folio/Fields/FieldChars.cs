@@ -7,6 +7,7 @@ public abstract class FieldChar : SpecialChar
 {
     private protected FieldChar(DocumentBase? doc, FormatProps rPr) : base(doc, rPr) { }
 
+    /// <summary>The kind of the field this marker belongs to.</summary>
     public FieldType FieldType => GetField()?.Type ?? FieldType.FieldNone;
 
     /// <summary>The field this marker belongs to, found by pairing markers in document order.</summary>
@@ -17,12 +18,15 @@ public abstract class FieldChar : SpecialChar
     }
 }
 
+/// <summary>The marker that starts a field, before its code.</summary>
 public sealed class FieldStart : FieldChar
 {
+    /// <summary>A field start marker for doc.</summary>
     public FieldStart(DocumentBase doc) : base(doc, FormatProps.None) { }
 
     internal FieldStart(DocumentBase? doc, FormatProps rPr) : base(doc, rPr) { }
 
+    /// <summary>Always FieldStart.</summary>
     public override NodeType NodeType => NodeType.FieldStart;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitFieldStart(this);
@@ -41,12 +45,15 @@ public sealed class FieldStart : FieldChar
         new FieldStart(target, RPr.Clone()) { Raw = Raw?.Clone(), Wrapper = Wrapper?.Clone(), WrapperCode = WrapperCode };
 }
 
+/// <summary>The marker between a field's code and its result.</summary>
 public sealed class FieldSeparator : FieldChar
 {
+    /// <summary>A field separator marker for doc.</summary>
     public FieldSeparator(DocumentBase doc) : base(doc, FormatProps.None) { }
 
     internal FieldSeparator(DocumentBase? doc, FormatProps rPr) : base(doc, rPr) { }
 
+    /// <summary>Always FieldSeparator.</summary>
     public override NodeType NodeType => NodeType.FieldSeparator;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitFieldSeparator(this);
@@ -56,12 +63,15 @@ public sealed class FieldSeparator : FieldChar
     internal override Node CloneTo(DocumentBase? target, bool deep) => new FieldSeparator(target, RPr.Clone());
 }
 
+/// <summary>The marker that ends a field, after its result.</summary>
 public sealed class FieldEnd : FieldChar
 {
+    /// <summary>A field end marker for doc.</summary>
     public FieldEnd(DocumentBase doc) : base(doc, FormatProps.None) { }
 
     internal FieldEnd(DocumentBase? doc, FormatProps rPr) : base(doc, rPr) { }
 
+    /// <summary>Always FieldEnd.</summary>
     public override NodeType NodeType => NodeType.FieldEnd;
 
     internal override VisitorAction AcceptCore(DocumentVisitor visitor) => visitor.VisitFieldEnd(this);

@@ -40,10 +40,13 @@ public sealed class FieldPageRef : Field
 {
     internal FieldPageRef() { }
 
+    /// <summary>The bookmark whose page number the field shows.</summary>
     public string? BookmarkName { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>Whether the result links to the bookmark (the \h switch).</summary>
     public bool InsertHyperlink { get => Flag("\\h"); set => Flag("\\h", value); }
 
+    /// <summary>Whether the result says "above" or "below" instead when the bookmark is on the same page (the \p switch).</summary>
     public bool InsertRelativePosition { get => Flag("\\p"); set => Flag("\\p", value); }
 
     internal override bool FormatsResult => false;
@@ -68,12 +71,16 @@ public sealed class FieldNoteRef : Field
 {
     internal FieldNoteRef() { }
 
+    /// <summary>The bookmark on the footnote or endnote mark the field refers to.</summary>
     public string? BookmarkName { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>Whether the result links to the note (the \h switch).</summary>
     public bool InsertHyperlink { get => Flag("\\h"); set => Flag("\\h", value); }
 
+    /// <summary>Whether the result takes the note mark's own formatting (the \f switch).</summary>
     public bool InsertReferenceMark { get => Flag("\\f"); set => Flag("\\f", value); }
 
+    /// <summary>Whether the result says "above" or "below" the field (the \p switch).</summary>
     public bool InsertRelativePosition { get => Flag("\\p"); set => Flag("\\p", value); }
 
     internal override string? Compute(FieldUpdateContext ctx)

@@ -7,14 +7,19 @@ public sealed class FieldRef : Field
 
     private protected override string[] ArgSwitches => new[] { "\\d" };
 
+    /// <summary>The bookmark whose text the field shows.</summary>
     public string? BookmarkName { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>Whether the result links to the bookmark (the \h switch).</summary>
     public bool InsertHyperlink { get => Flag("\\h"); set => Flag("\\h", value); }
 
+    /// <summary>Whether the result is the list number of the bookmarked paragraph (the \n switch).</summary>
     public bool InsertParagraphNumber { get => Flag("\\n"); set => Flag("\\n", value); }
 
+    /// <summary>Whether notes and comments in the bookmark are numbered again in the result (the \f switch).</summary>
     public bool IncludeNoteOrComment { get => Flag("\\f"); set => Flag("\\f", value); }
 
+    /// <summary>Whether a paragraph number shows without its text other than separators (the \t switch).</summary>
     public bool SuppressNonDelimiters { get => Flag("\\t"); set => Flag("\\t", value); }
 
     internal override string? Compute(FieldUpdateContext ctx) => Resolve(ParseCode(), ctx);
@@ -39,10 +44,13 @@ public sealed class FieldStyleRef : Field
 {
     internal FieldStyleRef() { }
 
+    /// <summary>The style whose nearest paragraph's text the field shows, such as a running heading.</summary>
     public string? StyleName { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>Whether the result is that paragraph's list number (the \n switch).</summary>
     public bool InsertParagraphNumber { get => Flag("\\n"); set => Flag("\\n", value); }
 
+    /// <summary>Whether the page is searched from its bottom up (the \l switch).</summary>
     public bool SearchFromBottom { get => Flag("\\l"); set => Flag("\\l", value); }
 
     internal override string? Compute(FieldUpdateContext ctx)
@@ -68,6 +76,7 @@ public sealed class FieldQuote : Field
 {
     internal FieldQuote() { }
 
+    /// <summary>The text the field shows.</summary>
     public string? Text { get => Argument(0); set => Argument(0, value); }
 
     internal override string? Compute(FieldUpdateContext ctx) => string.Join(' ', ParseCode().Args);
@@ -78,8 +87,10 @@ public sealed class FieldSet : Field
 {
     internal FieldSet() { }
 
+    /// <summary>The bookmark the field sets.</summary>
     public string? BookmarkName { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The text the bookmark is given.</summary>
     public string? BookmarkText { get => Argument(1); set => Argument(1, value); }
 
     internal override string? Compute(FieldUpdateContext ctx)
@@ -98,12 +109,16 @@ public sealed class FieldAsk : Field
 
     private protected override string[] ArgSwitches => new[] { "\\d" };
 
+    /// <summary>The bookmark the answer is stored in.</summary>
     public string? BookmarkName { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The question asked of the user.</summary>
     public string? PromptText { get => Argument(1); set => Argument(1, value); }
 
+    /// <summary>The answer used when the user gives none (the \d switch).</summary>
     public string? DefaultResponse { get => SwitchText("\\d"); set => SwitchText("\\d", value); }
 
+    /// <summary>Whether a mail merge asks once rather than for every record (the \o switch).</summary>
     public bool PromptOnceOnMailMerge { get => Flag("\\o"); set => Flag("\\o", value); }
 
     internal override string? Compute(FieldUpdateContext ctx)
@@ -122,8 +137,10 @@ public sealed class FieldFillIn : Field
 
     private protected override string[] ArgSwitches => new[] { "\\d" };
 
+    /// <summary>The question asked of the user.</summary>
     public string? PromptText { get => Argument(0); set => Argument(0, value); }
 
+    /// <summary>The answer used when the user gives none (the \d switch).</summary>
     public string? DefaultResponse { get => SwitchText("\\d"); set => SwitchText("\\d", value); }
 
     internal override string? Compute(FieldUpdateContext ctx)
