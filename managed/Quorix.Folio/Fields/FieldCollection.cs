@@ -21,6 +21,7 @@ public sealed class FieldCollection : IReadOnlyList<Field>
     /// <summary>How many fields the range holds.</summary>
     public int Count => Fresh().Count;
 
+    /// <summary>The field at that position.</summary>
     public Field this[int index]
     {
         get

@@ -50,8 +50,10 @@ public partial class Field
     public FieldFormat Format => new(this);
 
     // A field is its markers: two objects for the same start are the same field.
+    /// <summary>Whether obj is the same field of the document: one that starts at the same node.</summary>
     public override bool Equals(object? obj) => obj is Field f && f.Start == Start;
 
+    /// <summary>A hash consistent with equals: that of the field's start node.</summary>
     public override int GetHashCode() => Start.GetHashCode();
 
     /// <summary>Whether the field keeps its result on update.</summary>

@@ -127,6 +127,7 @@ public sealed class GeneralFormatCollection : IEnumerable<GeneralFormat>
     /// <summary>How many general formats (\* switches) the field has.</summary>
     public int Count => owner.Formats().Count;
 
+    /// <summary>The general format at that position.</summary>
     public GeneralFormat this[int index] => owner.Formats()[index];
 
     /// <summary>Adds a general format (a \* switch) to the field.</summary>
@@ -135,6 +136,7 @@ public sealed class GeneralFormatCollection : IEnumerable<GeneralFormat>
     /// <summary>Removes a general format (a \* switch) from the field.</summary>
     public void Remove(GeneralFormat item) => owner.Field.RemoveSwitch("\\*", FieldFormatting.NameOf(item));
 
+    /// <summary>The field's general formats, in the order written.</summary>
     public IEnumerator<GeneralFormat> GetEnumerator() => owner.Formats().GetEnumerator();
 
     System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();
