@@ -46,6 +46,7 @@ public sealed class LayoutEnumerator
     /// <summary>1-based index of the page the current entity is on.</summary>
     public int PageIndex => page + 1;
 
+    /// <summary>Where the current entity lies on its page, in points from the page's top left corner.</summary>
     public RectangleF Rectangle
     {
         get
