@@ -46,6 +46,7 @@ public sealed class List
         return null;
     }
 
+    /// <summary>"List" and the list's id.</summary>
     public override string ToString() => $"List {ListId}";
 }
 
@@ -62,6 +63,7 @@ public sealed class ListLevelCollection : IEnumerable<ListLevel>
     /// <summary>How many levels the list has.</summary>
     public int Count => Items().Count;
 
+    /// <summary>The level at that depth, 0 the outermost.</summary>
     public ListLevel this[int index]
     {
         get

@@ -23,6 +23,7 @@ public sealed class ListCollection : IEnumerable<List>
     /// <summary>How many lists the document has.</summary>
     public int Count => Lists.Count;
 
+    /// <summary>The list at that position.</summary>
     public List this[int index]
     {
         get
