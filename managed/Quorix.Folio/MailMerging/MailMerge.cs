@@ -57,6 +57,7 @@ public sealed class MailMerge
         new MergeEngine(doc, this).MergeCopies(dataSource);
     }
 
+    /// <summary>Merges every row of the table: the document becomes one copy of itself per row.</summary>
     public void Execute(DataTable table)
     {
         ArgumentNullException.ThrowIfNull(table);
@@ -78,12 +79,14 @@ public sealed class MailMerge
         new MergeEngine(doc, this).MergeRegions(dataSourceRoot.GetDataSource, onlyNamed: false);
     }
 
+    /// <summary>Repeats the region named after the table once per row.</summary>
     public void ExecuteWithRegions(DataTable table)
     {
         ArgumentNullException.ThrowIfNull(table);
         ExecuteWithRegions(new DataTableSource(table));
     }
 
+    /// <summary>Repeats each region named after a table of the set once per row; nested regions take the related rows.</summary>
     public void ExecuteWithRegions(DataSet dataSet)
     {
         ArgumentNullException.ThrowIfNull(dataSet);

@@ -26,6 +26,7 @@ public sealed class MappedDataFieldCollection : IEnumerable<KeyValuePair<string,
     /// <summary>How many field names are mapped.</summary>
     public int Count => map.Count;
 
+    /// <summary>The data field that the document's field of that name takes its value from.</summary>
     public string this[string documentFieldName]
     {
         get => map[documentFieldName];
@@ -46,6 +47,7 @@ public sealed class MappedDataFieldCollection : IEnumerable<KeyValuePair<string,
 
     internal string Resolve(string name) => map.TryGetValue(name, out var v) ? v : name;
 
+    /// <summary>Each document field name with the data field it takes its value from.</summary>
     public IEnumerator<KeyValuePair<string, string>> GetEnumerator() => map.GetEnumerator();
 
     System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();
