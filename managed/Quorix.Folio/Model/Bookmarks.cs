@@ -130,6 +130,7 @@ public sealed class BookmarkCollection : IEnumerable<Bookmark>
     /// <summary>How many bookmarks there are.</summary>
     public int Count => Items().Count;
 
+    /// <summary>The bookmark at that position; negative positions count from the end.</summary>
     public Bookmark this[int index]
     {
         get

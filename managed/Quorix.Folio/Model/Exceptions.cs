@@ -7,6 +7,7 @@ public class FileCorruptedException : Exception
     public FileCorruptedException() : base("The document appears to be corrupted and cannot be loaded.") { }
     /// <summary>The error of a document too damaged to read, with the given message.</summary>
     public FileCorruptedException(string message) : base(message) { }
+    /// <summary>The damage described by message, caused by innerException.</summary>
     public FileCorruptedException(string message, Exception innerException) : base(message, innerException) { }
 }
 

@@ -61,6 +61,7 @@ public abstract class Node
 
     internal virtual void AppendText(StringBuilder sb) => sb.Append(GetText());
 
+    /// <summary>The node's text, as get_text gives it.</summary>
     public override string ToString() => GetText();
 
     /// <summary>A copy of the node, with copies of its descendants when isCloneChildren, not yet inserted.</summary>

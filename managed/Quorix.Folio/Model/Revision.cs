@@ -248,6 +248,7 @@ public sealed class RevisionCollection : IEnumerable<Revision>
     /// <summary>How many tracked changes the document has.</summary>
     public int Count => Items().Count;
 
+    /// <summary>The tracked change at that position; negative positions count from the end.</summary>
     public Revision this[int index]
     {
         get
@@ -350,6 +351,7 @@ public sealed class RevisionGroupCollection : IEnumerable<RevisionGroup>
     /// <summary>How many groups there are.</summary>
     public int Count => groups.Count;
 
+    /// <summary>The group at that position; negative positions count from the end.</summary>
     public RevisionGroup this[int index] => groups[index < 0 ? groups.Count + index : index];
 
     /// <summary>The groups in document order.</summary>

@@ -84,6 +84,7 @@ public sealed class TextColumnCollection : IEnumerable<TextColumn>
         cols.Set("equalWidth", null).Set("num", count == 1 ? null : Units.Str(count));
     }
 
+    /// <summary>The column at that position, from the left.</summary>
     public TextColumn this[int index]
     {
         get
