@@ -3,22 +3,32 @@ using Quorix.Folio.Lists;
 
 namespace Quorix.Folio.Notes;
 
+/// <summary>Where footnotes are printed.</summary>
 public enum FootnotePosition
 {
+    /// <summary>At the bottom of the page, whatever the length of its text.</summary>
     BottomOfPage = 0,
+    /// <summary>Right below the page's last line of text.</summary>
     BeneathText = 1,
 }
 
+/// <summary>Where endnotes are gathered.</summary>
 public enum EndnotePosition
 {
+    /// <summary>At the end of each section.</summary>
     EndOfSection = 0,
+    /// <summary>At the end of the document.</summary>
     EndOfDocument = 3,
 }
 
+/// <summary>When footnote numbers start again.</summary>
 public enum FootnoteNumberingRule
 {
+    /// <summary>Never: one numbering through the document.</summary>
     Continuous = 0,
+    /// <summary>At each section.</summary>
     RestartSection = 1,
+    /// <summary>On each page.</summary>
     RestartPage = 2,
 }
 
@@ -30,12 +40,16 @@ public sealed class FootnoteOptions
 
     internal FootnoteOptions(Func<IEnumerable<PropBag>> sections, FootnoteType type) { props = new NoteProps(sections, type); }
 
+    /// <summary>How footnote numbers are written: 1, i, a, symbols and the like.</summary>
     public NumberStyle NumberStyle { get => props.NumberStyle; set => props.NumberStyle = value; }
 
+    /// <summary>The number of the first footnote.</summary>
     public int StartNumber { get => props.StartNumber; set => props.StartNumber = value; }
 
+    /// <summary>When footnote numbers start again: never, at each section or on each page.</summary>
     public FootnoteNumberingRule RestartRule { get => props.RestartRule; set => props.RestartRule = value; }
 
+    /// <summary>Where footnotes are printed: at the page's bottom or below its text.</summary>
     public FootnotePosition Position
     {
         get => props.Position == "beneathText" ? FootnotePosition.BeneathText : FootnotePosition.BottomOfPage;
@@ -55,8 +69,10 @@ public sealed class EndnoteOptions
 
     internal EndnoteOptions(Func<IEnumerable<PropBag>> sections, FootnoteType type) { props = new NoteProps(sections, type); }
 
+    /// <summary>How endnote numbers are written: i, 1, a and the like.</summary>
     public NumberStyle NumberStyle { get => props.NumberStyle; set => props.NumberStyle = value; }
 
+    /// <summary>The number of the first endnote.</summary>
     public int StartNumber { get => props.StartNumber; set => props.StartNumber = value; }
 
     /// <summary>Endnotes are numbered on through the document or again in each section; never per page.</summary>
@@ -71,6 +87,7 @@ public sealed class EndnoteOptions
         }
     }
 
+    /// <summary>Where endnotes are gathered: at each section's end or the document's.</summary>
     public EndnotePosition Position
     {
         get => props.Position == "sectEnd" ? EndnotePosition.EndOfSection : EndnotePosition.EndOfDocument;
