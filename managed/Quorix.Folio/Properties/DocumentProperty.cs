@@ -53,6 +53,7 @@ public sealed class DocumentProperty
         }
     }
 
+    /// <summary>The value as text: dates in the invariant culture, yes and no as Y and N.</summary>
     public override string ToString() => Value switch
     {
         null => "",

@@ -17,8 +17,10 @@ public abstract class DocumentPropertyCollection : IEnumerable<DocumentProperty>
     /// <summary>How many properties there are.</summary>
     public int Count => Items().Count;
 
+    /// <summary>The property of that name, the case of letters ignored; None when there is none.</summary>
     public DocumentProperty? this[string name] => Get(name);
 
+    /// <summary>The property at that position.</summary>
     public DocumentProperty this[int index] => Get(index);
 
     /// <summary>The property of that name (names compare without regard to case), or null.</summary>
