@@ -27,12 +27,14 @@ public sealed class KnownTypeSet : IEnumerable<Type>
     /// <summary>How many types the template's expressions may use.</summary>
     public int Count => types.Count;
 
+    /// <summary>Lets templates read that type's static members by its name.</summary>
     public void Add(Type type)
     {
         ArgumentNullException.ThrowIfNull(type);
         if (!types.Contains(type)) types.Add(type);
     }
 
+    /// <summary>No longer lets templates read that type's static members.</summary>
     public void Remove(Type type) => types.Remove(type);
 
     /// <summary>Removes every type from the set.</summary>
@@ -40,6 +42,7 @@ public sealed class KnownTypeSet : IEnumerable<Type>
 
     internal Type? Find(string name) => types.Find(t => t.Name.Equals(name, StringComparison.OrdinalIgnoreCase));
 
+    /// <summary>The types templates may use.</summary>
     public IEnumerator<Type> GetEnumerator() => types.GetEnumerator();
 
     IEnumerator IEnumerable.GetEnumerator() => GetEnumerator();
