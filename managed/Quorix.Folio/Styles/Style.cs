@@ -160,5 +160,6 @@ public sealed class Style
     /// <summary>Deletes the style from the document's styles.</summary>
     public void Remove() => owner.Remove(this);
 
+    /// <summary>The style's name.</summary>
     public override string ToString() => Name;
 }

@@ -43,6 +43,7 @@ public sealed class StyleCollection : IEnumerable<Style>
     /// <summary>How many styles the document has.</summary>
     public int Count => styles.Count;
 
+    /// <summary>The style at that position; negative positions count from the end.</summary>
     public Style this[int index] => styles[index < 0 ? styles.Count + index : index];
 
     /// <summary>Null when no style has the name; names compare without regard to case, as word processors do.</summary>
@@ -58,6 +59,7 @@ public sealed class StyleCollection : IEnumerable<Style>
         }
     }
 
+    /// <summary>That built-in style, added to the document first if it lacks it.</summary>
     public Style this[StyleIdentifier sti] => GetOrCreateBuiltIn(sti);
 
     /// <summary>The character formatting of text that no style formats.</summary>
