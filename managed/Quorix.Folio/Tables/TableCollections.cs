@@ -9,6 +9,7 @@ public sealed class TableCollection : NodeCollection, IEnumerable<Table>
 {
     internal TableCollection(CompositeNode container, bool deep = false) : base(container, NodeType.Table, deep) { }
 
+    /// <summary>The table at that position; negative positions count from the end.</summary>
     public new Table this[int index] => (Table)base[index];
 
     /// <summary>The tables as an array, fixed at the time of the call.</summary>
@@ -23,6 +24,7 @@ public sealed class RowCollection : NodeCollection, IEnumerable<Row>
 {
     internal RowCollection(CompositeNode container) : base(container, NodeType.Row, false) { }
 
+    /// <summary>The row at that position; negative positions count from the end.</summary>
     public new Row this[int index] => (Row)base[index];
 
     /// <summary>The rows as an array, fixed at the time of the call.</summary>
@@ -37,6 +39,7 @@ public sealed class CellCollection : NodeCollection, IEnumerable<Cell>
 {
     internal CellCollection(CompositeNode container) : base(container, NodeType.Cell, false) { }
 
+    /// <summary>The cell at that position; negative positions count from the end.</summary>
     public new Cell this[int index] => (Cell)base[index];
 
     /// <summary>The cells as an array, fixed at the time of the call.</summary>
