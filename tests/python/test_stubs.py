@@ -109,3 +109,33 @@ def test_stub_classes_declare_exactly_the_public_members_bound(module_name):
             if not base.startswith("enum."):
                 assert cls.__base__.__module__ + "." + cls.__base__.__name__ == (
                     base if "." in base else module_name + "." + base)
+
+
+def _undocumented(path):
+    """Public classes, methods, properties and enumeration members of a stub without a docstring."""
+    def has_doc(body):
+        return bool(body) and isinstance(body[0], ast.Expr) and isinstance(body[0].value, ast.Constant) \
+            and isinstance(body[0].value.value, str)
+
+    missing = []
+    for node in ast.parse(path.read_text()).body:
+        if not isinstance(node, ast.ClassDef) or node.name.startswith("_"):
+            continue
+        if not has_doc(node.body):
+            missing.append(node.name)
+        for i, item in enumerate(node.body):
+            if isinstance(item, ast.FunctionDef) and (item.name == "__init__" or not item.name.startswith("_")):
+                # a property's setter shares its getter's docstring
+                setter = any(isinstance(d, ast.Attribute) and d.attr == "setter" for d in item.decorator_list)
+                if not setter and not has_doc(item.body):
+                    missing.append(f"{node.name}.{item.name}")
+            elif isinstance(item, ast.Assign) and not has_doc(node.body[i + 1:]):
+                missing.extend(f"{node.name}.{t.id}" for t in item.targets if isinstance(t, ast.Name))
+    return missing
+
+
+def test_every_public_member_of_the_library_stubs_has_a_docstring():
+    stubs = sorted((PKG / "folio").rglob("*.pyi"))
+    assert len(stubs) >= 30
+    missing = {str(p.relative_to(PKG)): m for p in stubs if not p.name.startswith("_") and (m := _undocumented(p))}
+    assert missing == {}

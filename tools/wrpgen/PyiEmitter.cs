@@ -186,9 +186,10 @@ public static class PyiEmitter
                 Def([], "__iter__", "self", $"{Typing("Iterator")}[{Ref(g.Element)}]", null);
         }
 
-        private void Doc(int depth, string? id, bool asBody)
+        private void Doc(int depth, string? id, bool asBody) => DocText(depth, id is null ? null : docs.Summary(id), asBody);
+
+        private void DocText(int depth, string? text, bool asBody)
         {
-            string? text = id is null ? null : docs.Summary(id);
             if (text is null)
             {
                 if (asBody)
@@ -216,15 +217,17 @@ public static class PyiEmitter
         }
 
         // A signature line ends with ":" when a docstring follows, else with ": ...".
+        // The members the binding adds to every class (get_type, an exception's message) have no
+        // documentation in the library's file: their words are given here.
         private void Def(IReadOnlyList<string> decorators, string name, string parameters, string result, string? docId,
-                         string comment = "")
+                         string comment = "", string? text = null)
         {
             foreach (string d in decorators)
                 Line(1, "@" + d);
-            bool documented = docId is not null && docs.Summary(docId) is not null;
-            Line(1, $"def {name}({parameters}) -> {result}:" + (documented ? "" : " ...") + comment);
-            if (documented)
-                Doc(2, docId, asBody: false);
+            text ??= docId is null ? null : docs.Summary(docId);
+            Line(1, $"def {name}({parameters}) -> {result}:" + (text is not null ? "" : " ...") + comment);
+            if (text is not null)
+                DocText(2, text, asBody: false);
         }
 
         // The receiver gives way to a managed parameter that the naming made "self".
@@ -258,8 +261,9 @@ public static class PyiEmitter
             Doc(1, t.DocId, asBody: false);
             if (t.IsException && t.Base is null)
             {
-                Def(["property"], "message", "self", "str | None", null);
-                Def(["property"], "inner_exception", "self", "RuntimeError | None", null);
+                Def(["property"], "message", "self", "str | None", null, text: "The managed exception's message.");
+                Def(["property"], "inner_exception", "self", "RuntimeError | None", null,
+                    text: "The exception that caused this one, raised as its own class; None when there is none.");
             }
             var ctors = t.Constructors.Where(c => t.Kind != TypeKind.Interface && !t.IsException).ToList();
             foreach (var c in ctors)
@@ -279,7 +283,8 @@ public static class PyiEmitter
             if (t.Sequence is not null)
                 SequenceSlots(t);
             if (CppEmitter.HasBuiltinGetType(t) && !groups.Any(g => g.PythonName == "get_type"))
-                Def([], "get_type", "self", Ref(TypeModule, "Type"), null);
+                Def([], "get_type", "self", Ref(TypeModule, "Type"), null,
+                    text: "The object's managed type, to inspect through quorix.pyintro.");
             if (_text.Length == before)
                 Line(1, "...");
         }

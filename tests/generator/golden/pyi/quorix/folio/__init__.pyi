@@ -20,14 +20,16 @@ class Node:
     def node_type(self) -> NodeType: ...
     @property
     def document(self) -> Document | None: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class DocumentBase(Node):
     def get_text(self) -> str: ...
     @property
     def default_font(self) -> Font: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class Document(DocumentBase):
@@ -92,7 +94,8 @@ class Document(DocumentBase):
     def default_style(self) -> StyleIdentifier: ...
     @default_style.setter
     def default_style(self, value: StyleIdentifier) -> None: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class NodeList:
@@ -113,7 +116,8 @@ class NodeList:
     @typing.overload
     def __getitem__(self, key: str) -> Run | None: ...
     def __iter__(self) -> typing.Iterator[Node]: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class Run(Node):
@@ -125,7 +129,8 @@ class Run(Node):
     def text(self) -> str: ...
     @text.setter
     def text(self, value: str) -> None: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class NodeType(enum.IntEnum):
@@ -170,7 +175,8 @@ class StyleIdentifier(enum.IntEnum):
 class SaveOutputParameters:
     @property
     def content_type(self) -> str: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class SaveOptions:
@@ -185,7 +191,8 @@ class SaveOptions:
     def save_format(self) -> SaveFormat: ...
     @save_format.setter
     def save_format(self, value: SaveFormat) -> None: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class LoadOptions:
@@ -197,7 +204,8 @@ class LoadOptions:
     def password(self) -> str | None: ...
     @password.setter
     def password(self, value: str | None) -> None: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class Font:
@@ -254,7 +262,8 @@ class Font:
     def price(self) -> decimal.Decimal: ...
     @price.setter
     def price(self, value: decimal.Decimal) -> None: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class ControlChar:
@@ -266,7 +275,8 @@ class ControlChar:
     @staticmethod
     def set_usage_count(value: int, /) -> None: ...
     SENTINEL: typing.ClassVar[typing.Any]
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class Hyphenation:
@@ -302,7 +312,8 @@ class Cluster:
     def end(self) -> int: ...
     @end.setter
     def end(self, value: int) -> None: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class Style:
@@ -319,15 +330,19 @@ class PageRange:
     def __init__(self, from_: int, to: int) -> None: ...
     @property
     def from_(self) -> int: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class FolioException(RuntimeError):
     @property
-    def message(self) -> str | None: ...
+    def message(self) -> str | None:
+        """The managed exception's message."""
     @property
-    def inner_exception(self) -> RuntimeError | None: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def inner_exception(self) -> RuntimeError | None:
+        """The exception that caused this one, raised as its own class; None when there is none."""
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class Stamp:
@@ -369,4 +384,5 @@ class Stamp:
     grace: typing.ClassVar[datetime.timedelta]
     @staticmethod
     def set_grace(value: datetime.timedelta, /) -> None: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
