@@ -1,3 +1,4 @@
+using Quorix.Folio.Layout;
 using Quorix.Folio.Drawing;
 using Quorix.Folio.LowCode;
 
@@ -132,6 +133,145 @@ public class WatermarkTests
             var (pc, text, perr) = TestSupport.Run("/usr/bin/pdftotext", $"\"{dir}/marked.pdf\" -");
             Assert.True(pc == 0, perr);
             Assert.Contains("Ordinary body text.", text);
+            Assert.True(CentreInk(dir, "marked") > 50 * CentreInk(dir, "plain") + 20);
+        }
+        finally { Directory.Delete(dir, true); }
+    }
+
+    // ---- the watermark in outputs that draw it themselves ----
+
+    private static Document Marked(Action<Document> mark)
+    {
+        var doc = TwoSections();
+        mark(doc);
+        return doc;
+    }
+
+    private static double FirstLineY(Document doc) =>
+        doc.PageLayout.Pages[0].Items.OfType<GlyphRun>().First(g => g.Text.Contains("Body")).Y;
+
+    [Fact]
+    public void TextWatermarkIsDrawnTurnedAndFadedBehindEveryPageOfTheLayout()
+    {
+        var plain = TwoSections();
+        var doc = Marked(d => d.Watermark.SetText("CONFIDENTIAL", new TextWatermarkOptions { ColorHex = "FF0000" }));
+        foreach (var page in doc.PageLayout.Pages)
+        {
+            var turned = Assert.Single(page.Items.OfType<TurnedItems>());
+            Assert.Equal(315, turned.Degrees);
+            var run = Assert.IsType<GlyphRun>(Assert.Single(turned.Items));
+            Assert.Equal("CONFIDENTIAL", run.Text);
+            // Red at half opacity.
+            Assert.Equal(0x80FF0000u, run.Color);
+            // Centred on the text area, and under the page's text.
+            var ps = doc.Sections[page.SectionIndex].PageSetup;
+            Assert.Equal((ps.LeftMargin + ps.PageWidth - ps.RightMargin) / 2, turned.X, 1);
+            Assert.Equal((ps.TopMargin + ps.PageHeight - ps.BottomMargin) / 2, turned.Y, 1);
+            Assert.True(page.Items.IndexOf(turned) < page.Items.FindIndex(i => i is GlyphRun));
+        }
+        // It takes no room: the body starts where it does without it.
+        Assert.Equal(FirstLineY(plain), FirstLineY(doc), 2);
+        // The same after the shape went through DOCX, and for a horizontal one.
+        var back = TestSupport.RoundTrip(doc);
+        Assert.Equal(315, back.PageLayout.Pages[0].Items.OfType<TurnedItems>().Single().Degrees);
+        back.Watermark.SetText("FLAT", new TextWatermarkOptions { Layout = WatermarkLayout.Horizontal, IsSemitransparent = false });
+        var flat = back.PageLayout.Pages[0].Items.OfType<TurnedItems>().Single();
+        Assert.Equal((0.0, 0xFFC0C0C0u), (flat.Degrees, ((GlyphRun)flat.Items[0]).Color));
+    }
+
+    [Fact]
+    public void PictureWatermarkFloatsWashedOutInTheMiddleOfThePage()
+    {
+        var plain = TwoSections();
+        var doc = Marked(d => d.Watermark.SetImage(TestSupport.Png(40, 20), new ImageWatermarkOptions { Scale = 3 }));
+        foreach (var d in new[] { doc, TestSupport.RoundTrip(doc) })
+        {
+            var pic = Assert.Single(d.PageLayout.Pages[0].Items.OfType<ImageItem>());
+            var ps = d.FirstSection!.PageSetup;
+            Assert.Equal((90.0, 45.0, true), (pic.Width, pic.Height, pic.Washout));
+            Assert.Equal((ps.LeftMargin + ps.PageWidth - ps.RightMargin - 90) / 2, pic.X, 1);
+            Assert.Equal((ps.TopMargin + ps.PageHeight - ps.BottomMargin - 45) / 2, pic.Y, 1);
+            Assert.Equal(FirstLineY(plain), FirstLineY(d), 2);
+        }
+        doc.Watermark.SetImage(TestSupport.Png(40, 20), new ImageWatermarkOptions { Scale = 1, IsWashout = false });
+        Assert.False(doc.PageLayout.Pages[0].Items.OfType<ImageItem>().Single().Washout);
+    }
+
+    [Fact]
+    public void OurPdfHasInkInTheMiddleOfThePageOnlyWithTheWatermark()
+    {
+        if (!TestSupport.HasTool("/usr/bin/pdftoppm")) return;
+        var dir = TestSupport.TempDir();
+        try
+        {
+            var doc = new Document();
+            new DocumentBuilder(doc).Writeln("Ordinary body text.");
+            doc.Save(Path.Combine(dir, "plain.pdf"));
+            doc.Watermark.SetText("CONFIDENTIAL");
+            doc.Save(Path.Combine(dir, "marked.pdf"));
+            Assert.True(CentreInk(dir, "marked") > 50 * CentreInk(dir, "plain") + 20);
+        }
+        finally { Directory.Delete(dir, true); }
+    }
+
+    [Fact]
+    public void HtmlShowsTheWatermarkAsOneFixedElementBehindThePage()
+    {
+        var doc = Marked(d => d.Watermark.SetText("DRAFT & <X>", new TextWatermarkOptions { FontFamily = "Arial", ColorHex = "00AA00" }));
+        var options = new Saving.HtmlSaveOptions { ExportHeadersFootersMode = Saving.ExportHeadersFootersMode.None, ExportImagesAsBase64 = true };
+        var html = System.Text.Encoding.UTF8.GetString(TestSupport.ToBytes(doc, options));
+        // Both sections have the same watermark: one element, before the text, whatever headers are exported.
+        var div = Assert.Single(System.Text.RegularExpressions.Regex.Matches(html, "<div class=\"watermark\"[^>]*>([^<]*)</div>"));
+        Assert.Equal("DRAFT &amp; &lt;X&gt;", div.Groups[1].Value);
+        Assert.True(div.Index < html.IndexOf("Body text", StringComparison.Ordinal));
+        foreach (var css in new[] { "position:fixed", "rotate(315deg)", "opacity:0.5", "color:#00AA00", "font-family:&#39;Arial&#39;", "z-index:-1" })
+            Assert.Contains(css, div.Value);
+        // A picture watermark: an image faded the same way, not a picture in the header's text.
+        doc.Watermark.SetImage(TestSupport.Png(4, 4));
+        html = System.Text.Encoding.UTF8.GetString(TestSupport.ToBytes(doc, new Saving.HtmlSaveOptions { ExportImagesAsBase64 = true }));
+        var img = Assert.Single(System.Text.RegularExpressions.Regex.Matches(html, "<img[^>]*>"));
+        Assert.Contains("class=\"watermark\"", img.Value);
+        Assert.Contains("opacity:0.3", img.Value);
+        Assert.DoesNotContain("<img", html[html.IndexOf("<header>", StringComparison.Ordinal)..]);
+    }
+
+    [Fact]
+    public void RtfWritesTheWatermarkAsAShapeBehindTheText()
+    {
+        var doc = Marked(d => d.Watermark.SetText("SECRET", new TextWatermarkOptions { ColorHex = "0000FF", FontFamily = "Arial" }));
+        var rtf = TestSupport.ToText(doc, SaveFormat.Rtf);
+        // Every header that has the watermark: both primaries and the first-page one.
+        Assert.Equal(3, System.Text.RegularExpressions.Regex.Matches(rtf, @"\{\\shp\{").Count);
+        foreach (var prop in new[] { "{\\sn gtextUNICODE}{\\sv SECRET}", "{\\sn gtextFont}{\\sv Arial}", "{\\sn rotation}{\\sv 20643840}",
+                                     "{\\sn fillColor}{\\sv 16711680}", "{\\sn fillOpacity}{\\sv 32768}", "{\\sn fBehindDocument}{\\sv 1}" })
+            Assert.Contains(prop, rtf);
+        // Our reader skips the shape: the text stays the document's own.
+        var back = new Document(new MemoryStream(TestSupport.ToBytes(doc, SaveFormat.Rtf)));
+        Assert.DoesNotContain("SECRET", back.GetText());
+        Assert.Contains("Body text of the first page.", back.GetText());
+
+        doc.Watermark.SetImage(TestSupport.Png(4, 4));
+        rtf = TestSupport.ToText(doc, SaveFormat.Rtf);
+        Assert.Contains("{\\sp{\\sn pib}{\\sv {\\pict\\pngblip", rtf);
+        Assert.Contains("{\\sn pictureBrightness}", rtf);
+    }
+
+    // LibreOffice reads the RTF shape as word art and draws it in the middle of the page.
+    [Fact]
+    public void LibreOfficeShowsTheWatermarkOfOurRtf()
+    {
+        var dir = TestSupport.TempDir();
+        try
+        {
+            var doc = new Document();
+            new DocumentBuilder(doc).Writeln("Ordinary body text.");
+            doc.Save(Path.Combine(dir, "plain.rtf"));
+            doc.Watermark.SetText("CONFIDENTIAL");
+            doc.Save(Path.Combine(dir, "marked.rtf"));
+            var (code, _, err) = TestSupport.Run("/usr/bin/soffice",
+                $"--headless --norestore -env:UserInstallation=file://{dir}/profile --convert-to pdf --outdir \"{dir}\" \"{dir}/marked.rtf\" \"{dir}/plain.rtf\"",
+                timeoutMs: 300000);
+            Assert.True(code == 0, err);
             Assert.True(CentreInk(dir, "marked") > 50 * CentreInk(dir, "plain") + 20);
         }
         finally { Directory.Delete(dir, true); }

@@ -223,9 +223,16 @@ public sealed class Watermark
     private static bool IsMark(Node n) => n switch
     {
         OpaqueNode o => o.Xml.Contains(TextShapeId, StringComparison.Ordinal) || o.Xml.Contains(PictureName, StringComparison.Ordinal),
-        Shape s => s.Watermark != null || s.RawXml?.Contains(PictureName, StringComparison.Ordinal) == true,
+        Shape s => IsPicture(s),
         _ => false,
     };
+
+    /// <summary>Whether the shape is a watermark picture, set here or read from a document.</summary>
+    internal static bool IsPicture(Shape s) => s.Watermark != null || s.RawXml?.Contains(PictureName, StringComparison.Ordinal) == true;
+
+    /// <summary>Whether a watermark picture is faded: set so, or read with the brightness change that fades it.</summary>
+    internal static bool IsWashedOut(Shape s) =>
+        s.Watermark == WatermarkLook.Washout || s.Watermark == null && s.RawXml?.Contains(":lum ", StringComparison.Ordinal) == true;
 
     private static string Num(double v) => v.ToString("0.##", CultureInfo.InvariantCulture);
 

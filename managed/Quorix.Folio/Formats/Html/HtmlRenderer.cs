@@ -59,6 +59,7 @@ internal sealed class HtmlRenderer
                           (options.ExportHeadersFootersMode == ExportHeadersFootersMode.FirstSectionHeaderLastSectionFooter && i == 0);
             bool footer = options.ExportHeadersFootersMode == ExportHeadersFootersMode.PerSection ||
                           (options.ExportHeadersFootersMode == ExportHeadersFootersMode.FirstSectionHeaderLastSectionFooter && i == sections.Length - 1);
+            WatermarkOf(s);
             if (header && s.HeadersFooters[HeaderFooterType.HeaderPrimary] is { } h) Story(h, "header");
             if (s.Body != null) Blocks(s.Body);
             CloseLists(0);
@@ -79,6 +80,37 @@ internal sealed class HtmlRenderer
         pages.Add(new StringBuilder(1 << 14));
         Headings.Add(new());
         pageHasText = false;
+        pageMark = null;
+    }
+
+    // The watermark element the current page shows; sections with the same watermark share it.
+    private string? pageMark;
+
+    /// <summary>The section's watermark as an element fixed behind the middle of the page, which
+    /// browsers repeat on every printed page; written once per page while it stays the same.</summary>
+    private void WatermarkOf(Section s)
+    {
+        var mark = WatermarkMark.In(s.HeadersFooters[HeaderFooterType.HeaderPrimary]) ?? WatermarkMark.In(s.HeadersFooters[HeaderFooterType.HeaderFirst]);
+        if (mark == null) return;
+        var place = "position:fixed;left:50%;top:50%;width:" + Pt(mark.Width) + ";height:" + Pt(mark.Height) +
+                    ";margin-left:" + Pt(-mark.Width / 2) + ";margin-top:" + Pt(-mark.Height / 2) + ";z-index:-1;pointer-events:none;";
+        string html;
+        if (mark.Picture is { } picture)
+            html = "<img class=\"watermark\" src=\"" + Attr(resources.Image(picture)) + "\" alt=\"\" style=\"" + Attr(place + (mark.Washout ? "opacity:0.3;" : "")) + "\"" + (xhtml ? " />" : ">");
+        else
+        {
+            // The text spans the box's width as nearly as a font size alone can make it.
+            double size = Math.Min(mark.Height, mark.Width / (0.6 * mark.Text!.Length));
+            var css = place + "transform:rotate(" + mark.Rotation.ToString("0.##", CultureInfo.InvariantCulture) + "deg);" +
+                      "color:#" + mark.ColorHex + ";opacity:" + mark.Opacity.ToString("0.##", CultureInfo.InvariantCulture) + ";" +
+                      "font-family:'" + mark.FontFamily.Replace("'", "") + "';font-size:" + Pt(size) + ";line-height:" + Pt(mark.Height) +
+                      ";text-align:center;white-space:nowrap;";
+            html = "<div class=\"watermark\" aria-hidden=\"true\" style=\"" + Attr(css) + "\">" + Escape(mark.Text) + "</div>";
+        }
+        if (html == pageMark) return;
+        Line();
+        Out.Append(html);
+        pageMark = html;
     }
 
     private void Story(CompositeNode story, string tag)
@@ -257,6 +289,8 @@ internal sealed class HtmlRenderer
                     int k = notes.Count;
                     Out.Append("<a href=\"#fn").Append(k).Append("\" class=\"footnote-ref\" id=\"fnref").Append(k).Append("\" role=\"doc-noteref\"><sup>").Append(k).Append("</sup></a>");
                     break;
+                case InlineText.Kind.Image when Watermark.IsPicture((Shape)piece.Node):
+                    break; // drawn behind the page by WatermarkOf
                 case InlineText.Kind.Image:
                     Image((Shape)piece.Node);
                     break;

@@ -184,7 +184,9 @@ internal sealed class RtfWriter : IDocumentWriter
                 if (s.HeadersFooters[type] is { } hf)
                 {
                     sb.Append("{\\").Append(word).Append(' ');
+                    inHeader = hf.IsHeader;
                     Blocks(hf, false);
+                    inHeader = false;
                     sb.Append('}');
                 }
             sb.Append('\n');
@@ -249,6 +251,10 @@ internal sealed class RtfWriter : IDocumentWriter
 
         private void Inlines(Paragraph p)
         {
+            // Text watermarks are kept drawings, which the walk below does not see.
+            if (inHeader)
+                foreach (var kept in p.InlineNodes())
+                    if (kept is OpaqueNode && WatermarkMark.Of(kept) is { } textMark) WatermarkShape(textMark, p);
             for (var n = p.FirstChild; n != null; n = n.NextSibling)
             {
                 switch (n)
@@ -271,6 +277,9 @@ internal sealed class RtfWriter : IDocumentWriter
                             firstPara = false;
                         }
                         sb.Append('}');
+                        break;
+                    case Shape s when WatermarkMark.Of(s) is { } pictureMark:
+                        WatermarkShape(pictureMark, p);
                         break;
                     case Shape s when s.HasImage:
                         Picture(s);
@@ -339,6 +348,60 @@ internal sealed class RtfWriter : IDocumentWriter
               .Append("\\picw").Append(Math.Max(1, info.Width)).Append("\\pich").Append(Math.Max(1, info.Height))
               .Append("\\picwgoal").Append(Twips(s.Width)).Append("\\pichgoal").Append(Twips(s.Height)).Append('\n');
             sb.Append(Convert.ToHexString(bytes).ToLowerInvariant()).Append('}');
+        }
+
+        private int shapeIds;
+        private bool inHeader;
+
+        /// <summary>A watermark as word processors write one in RTF: a shape behind the text, centred on
+        /// the margins, of word-art text (turned, in a colour with an opacity) or of a picture.</summary>
+        private void WatermarkShape(WatermarkMark mark, Paragraph anchor)
+        {
+            var ps = ((Section?)anchor.GetAncestor(NodeType.Section))?.PageSetup;
+            double areaWidth = ps != null ? ps.PageWidth - ps.LeftMargin - ps.RightMargin : 468;
+            double areaHeight = ps != null ? ps.PageHeight - ps.TopMargin - ps.BottomMargin : 648;
+            double left = (areaWidth - mark.Width) / 2, top = (areaHeight - mark.Height) / 2;
+            int id = ++shapeIds;
+            sb.Append("{\\shp{\\*\\shpinst\\shpleft").Append(Twips(left)).Append("\\shptop").Append(Twips(top))
+              .Append("\\shpright").Append(Twips(left + mark.Width)).Append("\\shpbottom").Append(Twips(top + mark.Height))
+              .Append("\\shpfhdr1\\shpbxmargin\\shpbxignore\\shpbymargin\\shpbyignore\\shpwr3\\shpwrk0\\shpfblwtxt1\\shpz0\\shplid").Append(2048 + id);
+            void Prop(string name, string value) => sb.Append("{\\sp{\\sn ").Append(name).Append("}{\\sv ").Append(value).Append("}}");
+            string Int(double v) => ((long)Math.Round(v)).ToString(CultureInfo.InvariantCulture);
+            if (mark.Picture is { } picture)
+            {
+                Prop("shapeType", "75");
+                sb.Append("{\\sp{\\sn pib}{\\sv ");
+                Picture(picture);
+                sb.Append("}}");
+                if (mark.Washout)
+                {
+                    // The fade word processors give a washed-out picture: brighter, with less contrast.
+                    Prop("pictureBrightness", "22938");
+                    Prop("pictureContrast", "19661");
+                }
+                Prop("wzName", Watermark.PictureName + id);
+            }
+            else
+            {
+                var rgb = mark.Argb & 0xFFFFFF;
+                Prop("shapeType", "136");
+                Prop("rotation", Int(mark.Rotation * 65536));
+                Prop("gtextUNICODE", Escape(mark.Text!));
+                Prop("gtextSize", "65536");
+                Prop("gtextFont", Escape(mark.FontFamily));
+                Prop("fGtext", "1");
+                Prop("fillColor", Int((rgb >> 16) | (rgb & 0xFF00) | (rgb & 0xFF) << 16));
+                Prop("fillOpacity", Int(mark.Opacity * 65536));
+                Prop("fLine", "0");
+                Prop("wzName", Watermark.TextShapeId + id);
+            }
+            Prop("posh", "2");
+            Prop("posrelh", "0");
+            Prop("posv", "2");
+            Prop("posrelv", "0");
+            Prop("fBehindDocument", "1");
+            Prop("fLayoutInCell", "1");
+            sb.Append("}}");
         }
 
         private void Table(Table t)
