@@ -17,8 +17,8 @@ internal abstract class Block
     public List<Node> Nodes = new();
     /// <summary>Footnotes and endnotes referenced from this block, in order.</summary>
     public List<Notes.Footnote>? Notes;
-    /// <summary>Floating pictures and text boxes (with their content) anchored in this block's paragraph, placed with it.</summary>
-    public List<(Drawing.Shape Shape, FloatPlacement Placement, List<PageItem>? Content)>? Floats;
+    /// <summary>Floating pictures, text boxes and watermark text (with their content) anchored in this block's paragraph, placed with it.</summary>
+    public List<(Node Node, FloatPlacement Placement, List<PageItem>? Content)>? Floats;
 
     public double Total => SpaceBefore + Height + SpaceAfter;
 

@@ -171,14 +171,33 @@ internal sealed class DocumentLayout
             ctx.SectionPageCount = sectionPages[si];
             AddBorders(page, ps, firstOfSection);
             if (HeaderFooterFor(si, true, firstOfSection, page.Number % 2 == 0) is { } header)
-                Stack.Emit(ctx.Blocks(header, width), page.Items, left, ps.HeaderDistance);
+                EmitStory(ctx.Blocks(header, width), page, ps, left, ps.HeaderDistance, width);
             if (HeaderFooterFor(si, false, firstOfSection, page.Number % 2 == 0) is { } footer)
             {
                 var blocks = ctx.Blocks(footer, width);
-                Stack.Emit(blocks, page.Items, left, ps.PageHeight - ps.FooterDistance - Stack.Height(blocks));
+                EmitStory(blocks, page, ps, left, ps.PageHeight - ps.FooterDistance - Stack.Height(blocks), width);
             }
         }
         ctx.Page = null;
+    }
+
+    /// <summary>A header or footer at (x, y), with its floating pictures and watermarks placed on the
+    /// page behind the text, as the paginator places the body's.</summary>
+    private static void EmitStory(List<Block> blocks, LayoutPage page, PageSetup ps, double x, double y, double width)
+    {
+        Stack.Emit(blocks, page.Items, x, y);
+        var margins = (x, Math.Abs(ps.TopMargin), page.Width - ps.RightMargin, page.Height - Math.Abs(ps.BottomMargin));
+        foreach (var b in blocks)
+        {
+            y += b.SpaceBefore;
+            foreach (var (node, placement, content) in b.Floats ?? Enumerable.Empty<(Node, FloatPlacement, List<PageItem>?)>())
+            {
+                var (w, h) = placement.SizeOf(node, content);
+                var (fx, fy) = placement.Locate(page.Width, page.Height, (x, width), margins, y, w, h);
+                page.Items.InsertRange(0, FloatPlacement.Draw(node, content, fx, fy, w, h));
+            }
+            y += b.Height + b.SpaceAfter;
+        }
     }
 
     /// <summary>The section's page borders, at their distance from the text or from the page's edge.</summary>

@@ -13,9 +13,24 @@ internal sealed record FloatPlacement(string FromH, string? AlignH, double Offse
     private const double EmuPerPoint = 12700;
     private const string WordDrawing = "http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing";
 
-    /// <summary>The placement of a picture read from an anchored drawing; null for an inline one.</summary>
+    /// <summary>Centred on the page's text area, with text running over it: where watermarks go.</summary>
+    public static FloatPlacement Centred(double width, double height) =>
+        new("margin", "center", 0, "margin", "center", 0, false, 0, 0, width, height);
+
+    /// <summary>The float's size: its content's box, or its picture's.</summary>
+    public (double Width, double Height) SizeOf(Node node, List<PageItem>? content) =>
+        content != null || node is not Shape s ? (Width, Height) : (s.Width, s.Height);
+
+    /// <summary>What a float draws with its top-left corner at (x, y): its content, or its picture.</summary>
+    public static List<PageItem> Draw(Node node, List<PageItem>? content, double x, double y, double width, double height) =>
+        content?.Select(i => i.Moved(x, y)).ToList()
+        ?? new List<PageItem> { new ImageItem(x, y, width, height, ((Shape)node).ImageData.ImageBytes!, Watermark.IsPicture((Shape)node) && Watermark.IsWashedOut((Shape)node)) };
+
+    /// <summary>The placement of a picture read from an anchored drawing, or of a watermark picture;
+    /// null for an inline one.</summary>
     public static FloatPlacement? Of(Shape shape)
     {
+        if (shape.RawXml == null && shape.Watermark != null) return Centred(shape.Width, shape.Height);
         // A text box keeps its drawing as the frame around its content; joined, the frame reads as a drawing with an empty box.
         var xml = shape.RawXml ?? (shape.TextBoxFrame is { } frame ? string.Concat(frame) : null);
         if (xml == null || !xml.Contains("anchor", StringComparison.Ordinal)) return null;

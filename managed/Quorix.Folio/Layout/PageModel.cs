@@ -26,7 +26,15 @@ internal sealed record FillItem(double X, double Y, double Width, double Height,
     public override PageItem Moved(double dx, double dy) => this with { X = X + dx, Y = Y + dy };
 }
 
-internal sealed record ImageItem(double X, double Y, double Width, double Height, byte[] Bytes) : PageItem
+/// <summary>A picture; a washed-out one is drawn faded, as a watermark picture is.</summary>
+internal sealed record ImageItem(double X, double Y, double Width, double Height, byte[] Bytes, bool Washout) : PageItem
+{
+    public override PageItem Moved(double dx, double dy) => this with { X = X + dx, Y = Y + dy };
+}
+
+/// <summary>Items placed relative to (<see cref="X"/>, <see cref="Y"/>) and turned about that point
+/// clockwise by <see cref="Degrees"/>: a watermark's slanted text.</summary>
+internal sealed record TurnedItems(double X, double Y, double Degrees, IReadOnlyList<PageItem> Items) : PageItem
 {
     public override PageItem Moved(double dx, double dy) => this with { X = X + dx, Y = Y + dy };
 }

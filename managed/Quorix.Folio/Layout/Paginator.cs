@@ -209,14 +209,13 @@ internal sealed class Paginator
     /// <summary>Places the block's floating pictures for a paragraph starting at <paramref name="top"/>.</summary>
     private void AddFloats(Block b, double top)
     {
-        foreach (var (shape, placement, content) in b.Floats!)
+        foreach (var (node, placement, content) in b.Floats!)
         {
-            double w = content != null ? placement.Width : shape.Width, h = content != null ? placement.Height : shape.Height;
+            var (w, h) = placement.SizeOf(node, content);
             var (x, fy) = placement.Locate(page!.Width, page.Height, (frame.Left + columnX[column], columnWidth[column]),
                 (frame.Left, frame.Top, frame.Right, frame.Bottom), top, w, h);
-            var items = content?.Select(i => i.Moved(x, fy)).ToList() ?? new List<PageItem> { new ImageItem(x, fy, w, h, shape.ImageData.ImageBytes!) };
-            floats.Add((b, items, fy - placement.DistanceTop, fy + h + placement.DistanceBottom, placement.Wraps));
-            b.Nodes.Add(shape);
+            floats.Add((b, FloatPlacement.Draw(node, content, x, fy, w, h), fy - placement.DistanceTop, fy + h + placement.DistanceBottom, placement.Wraps));
+            b.Nodes.Add(node);
         }
     }
 

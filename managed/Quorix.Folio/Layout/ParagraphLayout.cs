@@ -30,7 +30,7 @@ internal sealed class ParagraphLayout
     private readonly List<Piece> pieces = new();
     private readonly List<Segment> segments = new();
     private readonly List<(int At, string Name)> anchors = new();
-    private List<(Shape Shape, FloatPlacement Placement, List<PageItem>? Content)>? floats;
+    private List<(Node Node, FloatPlacement Placement, List<PageItem>? Content)>? floats;
     private string text = "";
     private double[] advance = Array.Empty<double>();
     private List<TabStop> tabStops = new();
@@ -134,6 +134,11 @@ internal sealed class ParagraphLayout
                     break;
             }
         }
+        // A text watermark is a kept drawing in a header, which the walk above does not see.
+        if (ctx.Page != null)
+            foreach (var n in para.InlineNodes())
+                if (n is OpaqueNode kept && WatermarkMark.Of(kept) is { Text: not null } mark)
+                    (floats ??= new()).Add((kept, FloatPlacement.Centred(mark.Width, mark.Height), WatermarkText.Items(ctx, mark)));
         text = sb.ToString();
         if (text.Contains('\t')) tabStops = TabStops.Of(para);
         leaders = new char[text.Length];
@@ -576,7 +581,7 @@ internal sealed class ParagraphLayout
             double x1 = Left(pos[a - start], pos[b - start]), x2 = x1 + pos[b - start] - pos[a - start];
             if (p.Image != null)
             {
-                block.Items.Add(new ImageItem(x1, baseline - p.Image.Height, p.Image.Width, p.Image.Height, p.Image.ImageData.ImageBytes!));
+                block.Items.Add(new ImageItem(x1, baseline - p.Image.Height, p.Image.Width, p.Image.Height, p.Image.ImageData.ImageBytes!, false));
                 if (!block.Nodes.Contains(p.Image)) block.Nodes.Add(p.Image);
             }
             var st = p.Style;

@@ -44,7 +44,19 @@ internal static class PagePainter
                 case ImageItem i:
                     using (var image = SKImage.FromEncodedData(i.Bytes))
                         if (image != null)
-                            canvas.DrawImage(image, SKRect.Create((float)i.X, (float)i.Y, (float)i.Width, (float)i.Height), new SKSamplingOptions(SKFilterMode.Linear, SKMipmapMode.Linear));
+                        {
+                            // Washed out: a third of the picture over the white page.
+                            using var fade = i.Washout ? new SKPaint { Color = SKColors.Black.WithAlpha(77) } : null;
+                            canvas.DrawImage(image, SKRect.Create((float)i.X, (float)i.Y, (float)i.Width, (float)i.Height), new SKSamplingOptions(SKFilterMode.Linear, SKMipmapMode.Linear), fade);
+                        }
+                    break;
+                case TurnedItems t:
+                    canvas.Save();
+                    canvas.Translate((float)t.X, (float)t.Y);
+                    canvas.RotateDegrees((float)t.Degrees);
+                    foreach (var inner in t.Items)
+                        if (inner is GlyphRun g) DrawGlyphs(canvas, g, paint, FontFor(g, fonts));
+                    canvas.Restore();
                     break;
                 case LinkItem link when withLinks:
                     var rect = SKRect.Create((float)link.X, (float)link.Y, (float)link.Width, (float)link.Height);
