@@ -166,6 +166,91 @@ public class CompareTests
         Assert.True(RunWith(both, "brown").Font.Italic);
     }
 
+    /// <summary>Three paragraphs; the middle one's paragraph formatting set by <paramref name="look"/>.</summary>
+    private static Document Laid(string middle, Action<ParagraphFormat> look)
+    {
+        var d = new Document();
+        var b = new DocumentBuilder(d);
+        b.Writeln("A first paragraph.");
+        look(b.ParagraphFormat);
+        b.Writeln(middle);
+        b.ParagraphFormat.ClearFormatting();
+        b.Writeln("A last paragraph.");
+        return d;
+    }
+
+    private static Paragraph ParagraphWith(Document d, string text) =>
+        d.FirstSection!.Body!.Paragraphs.ToArray().Single(p => p.GetText().Trim() == text);
+
+    [Fact]
+    public void ParagraphFormattingChangesAreRecordedAndDecidedLikeOtherChanges()
+    {
+        var v1 = Laid("The middle one.", _ => { });
+        var v2 = Laid("The middle one.", f => { f.Alignment = ParagraphAlignment.Center; f.LeftIndent = 36; f.StyleIdentifier = StyleIdentifier.Heading2; });
+        var c = v1.Clone();
+        c.Compare(v2, "Reviewer", When);
+        var rev = Assert.Single(c.Revisions);
+        Assert.Equal((RevisionType.FormatChange, "Reviewer", When), (rev.RevisionType, rev.Author, rev.DateTime));
+        Assert.IsType<Paragraph>(rev.ParentNode);
+        Assert.Contains("<w:pPrChange", TestSupport.Part(TestSupport.ToBytes(c), "word/document.xml"));
+        // Until decided, the paragraph shows the other document's formatting.
+        Assert.Equal(ParagraphAlignment.Center, ParagraphWith(c, "The middle one.").ParagraphFormat.Alignment);
+        var accepted = TestSupport.RoundTrip(c);
+        accepted.AcceptAllRevisions();
+        var a = ParagraphWith(accepted, "The middle one.").ParagraphFormat;
+        Assert.Equal((ParagraphAlignment.Center, 36.0, StyleIdentifier.Heading2), (a.Alignment, a.LeftIndent, a.StyleIdentifier));
+        Assert.False(accepted.HasRevisions);
+        var rejected = TestSupport.RoundTrip(c);
+        rejected.RejectAllRevisions();
+        var r = ParagraphWith(rejected, "The middle one.").ParagraphFormat;
+        Assert.Equal((ParagraphAlignment.Left, 0.0, StyleIdentifier.Normal), (r.Alignment, r.LeftIndent, r.StyleIdentifier));
+
+        // A paragraph whose words changed too: both kinds of change, and each way gives its document back.
+        var w2 = Laid("The middle two.", f => f.Alignment = ParagraphAlignment.Right);
+        var cw = v1.Clone();
+        cw.Compare(w2, "Reviewer", When);
+        var kinds = cw.Revisions.Select(x => x.RevisionType).ToArray();
+        Assert.Contains(RevisionType.FormatChange, kinds);
+        Assert.Contains(RevisionType.Insertion, kinds);
+        AssertBothWays(v1, w2);
+        var both = TestSupport.RoundTrip(cw);
+        both.AcceptAllRevisions();
+        Assert.Equal(ParagraphAlignment.Right, ParagraphWith(both, "The middle two.").ParagraphFormat.Alignment);
+
+        var ignored = v1.Clone();
+        ignored.Compare(v2, "Reviewer", When, new CompareOptions { IgnoreFormatting = true });
+        Assert.False(ignored.HasRevisions);
+        Assert.Equal(ParagraphAlignment.Left, ParagraphWith(ignored, "The middle one.").ParagraphFormat.Alignment);
+    }
+
+    [Fact]
+    public void TheNewDocumentAsTargetGivesItsFormattingWithoutTrackingIt()
+    {
+        var v1 = Laid("Same words here.", _ => { });
+        var v2 = Laid("Same words there.", f => f.Alignment = ParagraphAlignment.Justify);
+        RunWith(v2, "A first paragraph.").Font.Bold = true;
+        v2.FirstSection!.PageSetup.Orientation = Orientation.Landscape;
+        var options = new CompareOptions { Target = ComparisonTargetType.New };
+        var c = v1.Clone();
+        c.Compare(v2, "Reviewer", When, options);
+        // Only the changed word is tracked; the formatting is the other document's already.
+        Assert.All(c.Revisions, x => Assert.NotEqual(RevisionType.FormatChange, x.RevisionType));
+        Assert.Contains(c.Revisions.Groups, g => g.RevisionType == RevisionType.Insertion && g.Text == "there");
+        Assert.Equal(ParagraphAlignment.Justify, c.FirstSection!.Body!.Paragraphs[1].ParagraphFormat.Alignment);
+        Assert.True(RunWith(c, "A first paragraph.").Font.Bold);
+        Assert.Equal(Orientation.Landscape, c.FirstSection!.PageSetup.Orientation);
+        var rejected = TestSupport.RoundTrip(c);
+        rejected.RejectAllRevisions();
+        Assert.Equal(v1.GetText(), rejected.GetText());
+
+        // The default target keeps the document's own layout and tracks the formatting.
+        var current = v1.Clone();
+        current.Compare(v2, "Reviewer", When);
+        Assert.Equal(Orientation.Portrait, current.FirstSection!.PageSetup.Orientation);
+        Assert.Equal(2, current.Revisions.Count(x => x.RevisionType == RevisionType.FormatChange));
+        Assert.Equal(ComparisonTargetType.Current, new CompareOptions().Target);
+    }
+
     [Fact]
     public void MovedParagraphsBecomeMoves()
     {

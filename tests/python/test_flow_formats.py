@@ -212,3 +212,30 @@ def test_comparison_of_formatting_and_moves():
     assert sorted({r.revision_type for r in plain.revisions}) == [qf.RevisionType.INSERTION, qf.RevisionType.DELETION]
     compared.accept_all_revisions()
     assert compared.get_text() == v2.get_text()
+
+
+def test_comparison_of_paragraph_formatting_and_its_target():
+    def doc(alignment):
+        d = qf.Document()
+        b = qf.DocumentBuilder(d)
+        b.writeln("Unchanged first paragraph.")
+        b.paragraph_format.alignment = alignment
+        b.writeln("A paragraph that only moves to the middle.")
+        b.paragraph_format.alignment = qf.ParagraphAlignment.LEFT
+        return d
+    v1, v2 = doc(qf.ParagraphAlignment.LEFT), doc(qf.ParagraphAlignment.CENTER)
+    when = datetime.datetime(2026, 1, 2)
+    tracked = v1.clone()
+    tracked.compare(v2, "Reviewer", when)
+    assert [r.revision_type for r in tracked.revisions] == [qf.RevisionType.FORMAT_CHANGE]
+    tracked.reject_all_revisions()
+    assert tracked.first_section.body.paragraphs[1].paragraph_format.alignment == qf.ParagraphAlignment.LEFT
+    options = qf.comparing.CompareOptions()
+    assert options.target == qf.comparing.ComparisonTargetType.CURRENT
+    options.target = qf.comparing.ComparisonTargetType.NEW
+    taken = v1.clone()
+    taken.compare(v2, "Reviewer", when, options)
+    assert taken.revisions.count == 0
+    assert taken.first_section.body.paragraphs[1].paragraph_format.alignment == qf.ParagraphAlignment.CENTER
+    with pytest.raises(TypeError):
+        options.target = 1

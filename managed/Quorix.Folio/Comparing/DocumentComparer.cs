@@ -1,5 +1,6 @@
 using System.Globalization;
 using System.Text;
+using Quorix.Folio.Formats.Flow;
 using Quorix.Folio.Formatting;
 using Quorix.Folio.Tables;
 
@@ -15,6 +16,8 @@ internal sealed class DocumentComparer
     private readonly CompareOptions options;
     private readonly string author;
     private readonly string date;
+    // With the other document as the target its formatting is taken as it is, not tracked.
+    private readonly bool trackFormatting;
     private int nextId = 9000;
 
     public DocumentComparer(Document doc, Document other, string author, DateTime when, CompareOptions options)
@@ -23,6 +26,7 @@ internal sealed class DocumentComparer
         this.other = other;
         this.author = author;
         this.options = options;
+        trackFormatting = options.Target == ComparisonTargetType.Current;
         date = when.ToUniversalTime().ToString("yyyy-MM-dd'T'HH:mm:ss'Z'", CultureInfo.InvariantCulture);
     }
 
@@ -37,6 +41,7 @@ internal sealed class DocumentComparer
         var theirKeys = theirs.ConvertAll(Key);
         var edits = SequenceDiff.Compute(mineKeys, theirKeys, keyComparer);
         var (movedFrom, movedTo) = Moves(edits, mineKeys, theirKeys, keyComparer);
+        if (!trackFormatting) TakeSectionLayout();
         Node? anchor = null;
         for (int e = 0; e < edits.Count; e++)
         {
@@ -45,7 +50,11 @@ internal sealed class DocumentComparer
             {
                 case EditKind.Equal:
                     for (int k = 0; k < edit.Length && !options.IgnoreFormatting; k++)
-                        if (mine[edit.OldIndex + k] is Paragraph p && theirs[edit.NewIndex + k] is Paragraph q) Restyle(p, q);
+                        if (mine[edit.OldIndex + k] is Paragraph p && theirs[edit.NewIndex + k] is Paragraph q)
+                        {
+                            Reformat(p, q);
+                            Restyle(p, q);
+                        }
                     anchor = mine[edit.OldIndex + edit.Length - 1];
                     break;
                 case EditKind.Delete when e + 1 < edits.Count && edits[e + 1].Kind == EditKind.Insert:
@@ -117,7 +126,11 @@ internal sealed class DocumentComparer
             for (; nextNew < j; nextNew++) anchor = Insert(theirs[nextNew], anchor, movedTo.GetValueOrDefault(nextNew));
             nextNew = j + 1;
             var now = theirs[j];
-            if (old is Paragraph p && now is Paragraph q) Words(p, q);
+            if (old is Paragraph p && now is Paragraph q)
+            {
+                if (!options.IgnoreFormatting) Reformat(p, q);
+                Words(p, q);
+            }
             else
             {
                 Delete(old, null);
@@ -293,6 +306,11 @@ internal sealed class DocumentComparer
             }
             var changed = (Run)doc.ImportNode(newRuns[n], false, ImportFormatMode.KeepSourceFormatting);
             changed.Text = text;
+            if (!trackFormatting)
+            {
+                yield return changed;
+                continue;
+            }
             var record = Mark("rPrChange");
             // The record holds the old run's whole formatting, as rejecting decodes it back.
             var before = oldRuns[o].RPr;
@@ -301,6 +319,47 @@ internal sealed class DocumentComparer
             record.Children = new List<PropElement> { new PropElement("rPr") { Children = oldItems } };
             (changed.RunKept ??= new PropBag(PropOrder.Run)).Add(record);
             yield return changed;
+        }
+    }
+
+    /// <summary>Paragraphs side by side whose paragraph formatting or style differs: the original's takes
+    /// the other's properties, its own recorded as a paragraph formatting change (or not, with the other
+    /// document as the target). The paragraph mark's character formatting stays.</summary>
+    private void Reformat(Paragraph p, Paragraph q)
+    {
+        var mineFormat = p.ParagraphFormat;
+        var theirFormat = q.ParagraphFormat;
+        if (ParaLook.Of(mineFormat) == ParaLook.Of(theirFormat) && mineFormat.StyleName == theirFormat.StyleName) return;
+        PropElement? record = null;
+        if (trackFormatting)
+        {
+            record = Mark("pPrChange");
+            var oldItems = Docx.PropsCodec.Paragraph.Encode(p.ParaAttrs);
+            oldItems.AddRange(p.PPr.Items.Where(x => x.Local is not ("rPr" or "sectPr" or "pPrChange")).Select(x => x.Clone()));
+            record.Children = new List<PropElement> { new PropElement("pPr") { Children = oldItems } };
+        }
+        var taken = (Paragraph)doc.ImportNode(q, false, ImportFormatMode.KeepSourceFormatting);
+        p.ParaAttrs = taken.ParaAttrs;
+        p.PPr.RemoveAll(x => x.Local is not ("rPr" or "sectPr"));
+        foreach (var x in taken.PPr.Items)
+            if (x.Local is not ("rPr" or "sectPr" or "pPrChange")) p.PPr.Add(x.Clone());
+        if (record != null) p.PPr.Add(record);
+    }
+
+    // The page's geometry of each section the other document has too, for the other document as the target.
+    private void TakeSectionLayout()
+    {
+        var mineSections = doc.Sections.ToArray();
+        var theirSections = other.Sections.ToArray();
+        for (int i = 0; i < Math.Min(mineSections.Length, theirSections.Length); i++)
+        {
+            var to = mineSections[i].SectPr;
+            var from = theirSections[i].SectPr;
+            foreach (var local in new[] { "pgSz", "pgMar", "cols", "vAlign", "textDirection", "docGrid", "pgNumType", "titlePg" })
+            {
+                to.Remove(local);
+                if (from.Find(local) is { } e) to.Add(e.Clone());
+            }
         }
     }
 

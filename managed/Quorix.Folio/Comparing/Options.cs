@@ -9,6 +9,18 @@ public enum Granularity
     WordLevel = 1,
 }
 
+/// <summary>Which document's formatting the result is based on.</summary>
+public enum ComparisonTargetType
+{
+    /// <summary>The document compared keeps its formatting and section layout; where the other formats
+    /// the same text differently, the other's formatting comes in as a formatting change.</summary>
+    Current = 0,
+
+    /// <summary>The result takes the other document's formatting and section layout as they are:
+    /// only its text changes are tracked.</summary>
+    New = 1,
+}
+
 /// <summary>What a comparison of two documents looks at and how finely.</summary>
 public sealed class CompareOptions
 {
@@ -26,6 +38,9 @@ public sealed class CompareOptions
 
     /// <summary>Whether changes are found by character or by word.</summary>
     public Granularity Granularity { get; set; } = Granularity.WordLevel;
+
+    /// <summary>Which document's formatting and page layout the result is based on.</summary>
+    public ComparisonTargetType Target { get; set; } = ComparisonTargetType.Current;
 
     /// <summary>Finer choices of how differences are reported.</summary>
     public AdvancedCompareOptions AdvancedOptions
