@@ -9,7 +9,7 @@ internal sealed class FormatCascade
     private long stamp = -1;
     private readonly Dictionary<(Style? Paragraph, string? Character), AttrSet> runs = new();
     private readonly Dictionary<Style, AttrSet> styleBases = new();
-    private readonly Dictionary<Style, AttrSet> paragraphs = new(), paragraphStyleBases = new();
+    private readonly Dictionary<Style, AttrSet> paragraphs = new(), paragraphStyleBases = new(), characterStyles = new();
     private AttrSet? paragraphDefaults;
     // One instance per distinct formatting in the document, whichever node or edit made it.
     private readonly Dictionary<AttrSet, AttrSet> shared = new();
@@ -29,6 +29,7 @@ internal sealed class FormatCascade
         styleBases.Clear();
         paragraphs.Clear();
         paragraphStyleBases.Clear();
+        characterStyles.Clear();
         paragraphDefaults = null;
         stamp = now;
     }
@@ -70,7 +71,12 @@ internal sealed class FormatCascade
     }
 
     /// <summary>A character style with its bases, without the document defaults.</summary>
-    public AttrSet CharacterStyle(Style style) => Chain(style, RunCodec, true, false);
+    public AttrSet CharacterStyle(Style style)
+    {
+        Check();
+        if (characterStyles.TryGetValue(style, out var set)) return set;
+        return characterStyles[style] = Chain(style, RunCodec, true, false);
+    }
 
     private static Docx.PropsCodec RunCodec => Docx.PropsCodec.Run;
 

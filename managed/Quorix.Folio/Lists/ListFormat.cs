@@ -25,9 +25,7 @@ public sealed class ListFormat
         // A list style (for example "List Bullet") may carry the numbering for the paragraph.
         var p = paragraph();
         if (p == null) return null;
-        foreach (var b in p.StyleChain())
-            if (b.Find("numPr") is { } e) return e;
-        return null;
+        return p.ParagraphChain().Find("numPr");
     }
 
     /// <summary>Whether the paragraph belongs to a list.</summary>
