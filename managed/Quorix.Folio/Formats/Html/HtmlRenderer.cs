@@ -1,3 +1,4 @@
+using System.Buffers;
 using System.Globalization;
 using System.Net;
 using System.Text;
@@ -242,7 +243,17 @@ internal sealed class HtmlRenderer
         while (openLists.Count > keep) CloseLast();
     }
 
+    // Paragraph style attributes depend only on the paragraph's own formatting, its style and whether it is a list item.
+    private readonly Dictionary<(AttrSet Own, Style? Style, bool InList), string> paragraphCss = new();
+
     private string ParagraphCss(Paragraph p, bool inList)
+    {
+        var key = (p.ParaAttrs, p.ParagraphStyle, inList);
+        if (!paragraphCss.TryGetValue(key, out var css)) paragraphCss[key] = css = ParagraphCssOf(p, inList);
+        return css;
+    }
+
+    private static string ParagraphCssOf(Paragraph p, bool inList)
     {
         var pf = p.ParagraphFormat;
         var css = new StringBuilder();
@@ -265,12 +276,13 @@ internal sealed class HtmlRenderer
     private void Inlines(Paragraph p)
     {
         bool inLink = false;
+        var style = p.ParagraphStyle;
         foreach (var piece in InlineText.Walk(p))
         {
             switch (piece.Kind)
             {
                 case InlineText.Kind.Text when piece.Node is Inline i:
-                    Run(i, piece.Text);
+                    Run(i, piece.Text, p, style);
                     break;
                 case InlineText.Kind.Text:
                     Out.Append(Escape(piece.Text));
@@ -303,7 +315,21 @@ internal sealed class HtmlRenderer
                 Out.Append("<a id=\"").Append(Attr(bs.Name)).Append("\"></a>");
     }
 
-    private void Run(Inline r, string text)
+    // A run's markup depends only on its own formatting and its paragraph's style, which whole
+    // documents repeat: each combination is worked out once.
+    private readonly Dictionary<(AttrSet Own, Style? ParagraphStyle), (string Open, string Close)> runMarkup = new();
+
+    private void Run(Inline r, string text, Paragraph para, Style? paragraphStyle)
+    {
+        var key = (r.RunAttrs, paragraphStyle);
+        if (!runMarkup.TryGetValue(key, out var markup)) runMarkup[key] = markup = RunMarkup(r, para);
+        Out.Append(markup.Open);
+        EscapeInto(Out, text);
+        Out.Append(markup.Close);
+    }
+
+    /// <summary>The elements and style a run's text goes between.</summary>
+    private (string Open, string Close) RunMarkup(Inline r, Paragraph? para)
     {
         var e = ModelFacts.EmphasisOf(doc, r);
         var f = r.Font;
@@ -311,7 +337,7 @@ internal sealed class HtmlRenderer
         // The link element shows itself as a link; the link style's look is not repeated on its text.
         bool linkLook = doc.Styles.FindById(r.RPr.CharStyle)?.StyleIdentifier == StyleIdentifier.Hyperlink;
         var open = new StringBuilder();
-        var close = new List<string>();
+        var close = new StringBuilder();
         void Wrap(string tag, bool on)
         {
             if (!on) return;
@@ -328,16 +354,18 @@ internal sealed class HtmlRenderer
         var css = new StringBuilder();
         if (!code && f.Name != baseFont) css.Append("font-family:'").Append(f.Name.Replace("'", "")).Append("';");
         var size = f.Size;
-        var paraSize = (r.ParentNode as Paragraph)?.ParagraphFormat.Style.Font.Size ?? baseSize;
+        var paraSize = para?.ParagraphFormat.Style.Font.Size ?? baseSize;
         if (Math.Abs(size - paraSize) > 0.01) css.Append("font-size:").Append(Pt(size)).Append(';');
         if (f.ColorHex is { } c && c != "auto" && c != "000000" && !(linkLook && !r.RunAttrs.HasGroup(FormatAttr.Color))) css.Append("color:#").Append(c).Append(';');
         if (f.AllCaps) css.Append("text-transform:uppercase;");
         if (f.SmallCaps) css.Append("font-variant:small-caps;");
         if (f.Hidden) css.Append("display:none;");
-        var body = Escape(text);
-        if (css.Length > 0) body = "<span" + Css.Attribute(css.ToString()) + ">" + body + "</span>";
-        Out.Append(open).Append(body);
-        foreach (var t in close) Out.Append(t);
+        if (css.Length > 0)
+        {
+            open.Append("<span").Append(Css.Attribute(css.ToString())).Append('>');
+            close.Insert(0, "</span>");
+        }
+        return (open.ToString(), close.ToString());
     }
 
     private void Image(Shape s)
@@ -422,8 +450,21 @@ internal sealed class HtmlRenderer
     private string Escape(string s)
     {
         var sb = new StringBuilder(s.Length + 8);
-        foreach (var c in s)
+        EscapeInto(sb, s);
+        return sb.ToString();
+    }
+
+    // Characters that are not written as they are: markup's own and the control characters.
+    private static readonly SearchValues<char> Special = SearchValues.Create("&<>\0\u0001\u0002\u0003\u0004\u0005\u0006\a\b\t\n\v\f\r\u000E\u000F" +
+        "\u0010\u0011\u0012\u0013\u0014\u0015\u0016\u0017\u0018\u0019\u001A\u001B\u001C\u001D\u001E\u001F");
+
+    private void EscapeInto(StringBuilder sb, string s)
+    {
+        var rest = s.AsSpan();
+        for (int i; (i = rest.IndexOfAny(Special)) >= 0; rest = rest[(i + 1)..])
         {
+            sb.Append(rest[..i]);
+            char c = rest[i];
             switch (c)
             {
                 case '&': sb.Append("&amp;"); break;
@@ -433,13 +474,9 @@ internal sealed class HtmlRenderer
                 case ControlChar.PageBreakChar: sb.Append(xhtml ? "<br style=\"page-break-before:always\" />" : "<br style=\"page-break-before:always\">"); break;
                 case ControlChar.ColumnBreakChar or '\a' or '\r': break;
                 case '\t': sb.Append("&#9;"); break;
-                default:
-                    if (c < ' ') break;
-                    sb.Append(c);
-                    break;
             }
         }
-        return sb.ToString();
+        sb.Append(rest);
     }
 
     internal static string Attr(string s) => WebUtility.HtmlEncode(s);
