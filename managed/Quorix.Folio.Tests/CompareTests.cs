@@ -251,6 +251,72 @@ public class CompareTests
         Assert.Equal(ComparisonTargetType.Current, new CompareOptions().Target);
     }
 
+    /// <summary>A body paragraph with a footnote, a comment and a field, and a header, each with the given text.</summary>
+    private static Document WithStories(string note, string comment, string fieldResult, string header)
+    {
+        var d = new Document();
+        var b = new DocumentBuilder(d);
+        b.Write("Body words");
+        b.InsertFootnote(Notes.FootnoteType.Footnote, note);
+        var c = new Comment(d, "Ann", "A", When);
+        c.SetText(comment);
+        b.CurrentParagraph.AppendChild(c);
+        b.Write(" and ");
+        b.InsertField("QUOTE \"" + fieldResult + "\"", fieldResult);
+        b.Writeln(".");
+        b.MoveToHeaderFooter(HeaderFooterType.HeaderPrimary);
+        b.Write(header);
+        return d;
+    }
+
+    [Fact]
+    public void NotesCommentsFieldsAndHeadersAreComparedUnlessIgnored()
+    {
+        var v1 = WithStories("first note", "first remark", "one", "Draft header");
+        int Changes(Document v2, CompareOptions o)
+        {
+            var c = v1.Clone();
+            c.Compare(v2, "Reviewer", When, o);
+            return c.Revisions.Count;
+        }
+        var cases = new (Document V2, CompareOptions Ignoring)[]
+        {
+            (WithStories("second note", "first remark", "one", "Draft header"), new CompareOptions { IgnoreFootnotes = true }),
+            (WithStories("first note", "second remark", "one", "Draft header"), new CompareOptions { IgnoreComments = true }),
+            (WithStories("first note", "first remark", "two", "Draft header"), new CompareOptions { IgnoreFields = true }),
+            (WithStories("first note", "first remark", "one", "Final header"), new CompareOptions { IgnoreHeadersAndFooters = true }),
+        };
+        foreach (var (v2, ignoring) in cases)
+        {
+            Assert.True(Changes(v2, new CompareOptions()) > 0);
+            Assert.Equal(0, Changes(v2, ignoring));
+        }
+        Assert.Equal(0, Changes(v1.Clone(), new CompareOptions()));
+
+        // A header's change is tracked in the header, word by word, and decided like any other.
+        var final = cases[3].V2;
+        var c = v1.Clone();
+        c.Compare(final, "Reviewer", When);
+        Assert.All(c.Revisions, r => Assert.NotNull(r.ParentNode.GetAncestor(NodeType.HeaderFooter)));
+        Assert.Contains(c.Revisions.Groups, g => g.RevisionType == RevisionType.Deletion && g.Text == "Draft");
+        Assert.Contains(c.Revisions.Groups, g => g.RevisionType == RevisionType.Insertion && g.Text == "Final");
+        var accepted = TestSupport.RoundTrip(c);
+        accepted.AcceptAllRevisions();
+        Assert.Equal("Final header", accepted.FirstSection!.HeadersFooters[HeaderFooterType.HeaderPrimary]!.GetText().Trim());
+        var rejected = TestSupport.RoundTrip(c);
+        rejected.RejectAllRevisions();
+        Assert.Equal("Draft header", rejected.FirstSection!.HeadersFooters[HeaderFooterType.HeaderPrimary]!.GetText().Trim());
+
+        // A footer only the other document has comes in as inserted.
+        var footed = v1.Clone();
+        var fb = new DocumentBuilder(footed);
+        fb.MoveToHeaderFooter(HeaderFooterType.FooterPrimary);
+        fb.Write("Page footer");
+        var cf = v1.Clone();
+        cf.Compare(footed, "Reviewer", When);
+        Assert.Contains(cf.Revisions.Groups, g => g.RevisionType == RevisionType.Insertion && g.Text.Contains("Page footer"));
+    }
+
     [Fact]
     public void MovedParagraphsBecomeMoves()
     {

@@ -19,6 +19,7 @@ internal sealed class DocumentComparer
     // With the other document as the target its formatting is taken as it is, not tracked.
     private readonly bool trackFormatting;
     private int nextId = 9000;
+    private int moves;
 
     public DocumentComparer(Document doc, Document other, string author, DateTime when, CompareOptions options)
     {
@@ -34,14 +35,24 @@ internal sealed class DocumentComparer
     {
         if (doc.HasRevisions || other.HasRevisions)
             throw new InvalidOperationException("Documents with tracked changes cannot be compared: accept or reject them first.");
-        var mine = Blocks(doc);
-        var theirs = Blocks(other);
+        if (!trackFormatting) TakeSectionLayout();
+        CompareStory(Blocks(doc), Blocks(other), doc.FirstSection!.Body!);
+        if (!options.IgnoreHeadersAndFooters) CompareHeadersAndFooters();
+        doc.Changed();
+    }
+
+    // Where a story's first block goes when nothing of the original comes before it.
+    private CompositeNode storyStart = null!;
+
+    /// <summary>Turns one story's blocks into the other's: the main text, or a header or footer.</summary>
+    private void CompareStory(List<Node> mine, List<Node> theirs, CompositeNode start)
+    {
+        storyStart = start;
         var keyComparer = options.IgnoreCaseChanges ? StringComparer.OrdinalIgnoreCase : StringComparer.Ordinal;
         var mineKeys = mine.ConvertAll(Key);
         var theirKeys = theirs.ConvertAll(Key);
         var edits = SequenceDiff.Compute(mineKeys, theirKeys, keyComparer);
         var (movedFrom, movedTo) = Moves(edits, mineKeys, theirKeys, keyComparer);
-        if (!trackFormatting) TakeSectionLayout();
         Node? anchor = null;
         for (int e = 0; e < edits.Count; e++)
         {
@@ -69,7 +80,36 @@ internal sealed class DocumentComparer
                     break;
             }
         }
-        doc.Changed();
+    }
+
+    /// <summary>Each section's headers and footers against the other document's of the same kind. A
+    /// section after the first without one shows the previous section's, so only the first section's
+    /// missing ones count as empty.</summary>
+    private void CompareHeadersAndFooters()
+    {
+        var mineSections = doc.Sections.ToArray();
+        var theirSections = other.Sections.ToArray();
+        for (int i = 0; i < Math.Min(mineSections.Length, theirSections.Length); i++)
+            foreach (var type in Enum.GetValues<HeaderFooterType>())
+            {
+                var mine = mineSections[i].HeadersFooters[type];
+                var theirs = theirSections[i].HeadersFooters[type];
+                if (mine == null && theirs == null || i > 0 && (mine == null || theirs == null)) continue;
+                if (mine == null)
+                {
+                    mine = new HeaderFooter(doc, type);
+                    mineSections[i].AppendChild(mine);
+                }
+                CompareStory(StoryBlocks(mine), theirs != null ? StoryBlocks(theirs) : new List<Node>(), mine);
+            }
+    }
+
+    private List<Node> StoryBlocks(CompositeNode story)
+    {
+        var list = new List<Node>();
+        for (var n = story.FirstChild; n != null; n = n.NextSibling)
+            if (n is Paragraph || (n is Table && !options.IgnoreTables)) list.Add(n);
+        return list;
     }
 
     /// <summary>Paragraphs deleted in one place and inserted unchanged in another, each text found once on
@@ -93,11 +133,10 @@ internal sealed class DocumentComparer
                 if (e.Kind == EditKind.Delete) Note(deleted, mineKeys[e.OldIndex + k], e.OldIndex + k);
                 else if (e.Kind == EditKind.Insert) Note(inserted, theirKeys[e.NewIndex + k], e.NewIndex + k);
             }
-        int n = 0;
         foreach (var (key, d) in deleted)
         {
             if (d.Count != 1 || !inserted.TryGetValue(key, out var i) || i.Count != 1) continue;
-            var name = "move" + (++n).ToString(CultureInfo.InvariantCulture);
+            var name = "move" + (++moves).ToString(CultureInfo.InvariantCulture);
             from[d.Index] = name;
             to[i.Index] = name;
         }
@@ -146,12 +185,55 @@ internal sealed class DocumentComparer
     {
         var list = new List<Node>();
         foreach (var s in d.Sections.ToArray())
-            for (var n = s.Body?.FirstChild; n != null; n = n.NextSibling)
-                if (n is Paragraph || (n is Table && !options.IgnoreTables)) list.Add(n);
+            if (s.Body != null) list.AddRange(StoryBlocks(s.Body));
         return list;
     }
 
-    private static string Key(Node n) => (n is Table ? "T" : "P") + n.GetText();
+    /// <summary>What decides whether two blocks are the same: their text as the options see it, with the
+    /// text of their notes and comments unless those are ignored, without fields or text boxes when they are.</summary>
+    private string Key(Node n)
+    {
+        var sb = new StringBuilder(n is Table ? "T" : "P");
+        foreach (var p in Paragraphs(n)) AppendKey(sb, p);
+        return sb.ToString();
+    }
+
+    private void AppendKey(StringBuilder sb, Paragraph p)
+    {
+        int fields = 0;
+        foreach (var n in p.InlineNodes())
+        {
+            switch (n)
+            {
+                case Fields.FieldStart when options.IgnoreFields:
+                    // A field stands as one mark whatever its code and result.
+                    if (fields++ == 0) sb.Append(ControlChar.FieldStartChar);
+                    continue;
+                case Fields.FieldEnd when options.IgnoreFields:
+                    fields = Math.Max(0, fields - 1);
+                    continue;
+                case Notes.Footnote note:
+                    if (!options.IgnoreFootnotes) Story(sb, note, '\u0002');
+                    continue;
+                case Comment comment:
+                    if (!options.IgnoreComments) Story(sb, comment, '\u0005');
+                    continue;
+                case Drawing.Shape { IsTextBox: true } box:
+                    if (!options.IgnoreTextboxes) Story(sb, box, '\u0001');
+                    continue;
+            }
+            if (fields == 0) n.AppendText(sb);
+        }
+        sb.Append(ControlChar.ParagraphBreakChar);
+    }
+
+    // An inline story's text between marks, so that it cannot run into the text around it.
+    private void Story(StringBuilder sb, CompositeNode story, char mark)
+    {
+        sb.Append(mark);
+        foreach (var p in Paragraphs(story)) AppendKey(sb, p);
+        sb.Append(mark);
+    }
 
     private PropElement Mark(string kind) =>
         new PropElement(kind).Set("id", (nextId++).ToString(CultureInfo.InvariantCulture)).Set("author", author).Set("date", date);
@@ -182,11 +264,7 @@ internal sealed class DocumentComparer
     {
         var copy = doc.ImportNode(block, true, ImportFormatMode.KeepSourceFormatting);
         if (anchor?.ParentNode is CompositeNode parent) parent.InsertAfter(copy, anchor);
-        else
-        {
-            var body = doc.FirstSection!.Body!;
-            body.InsertBefore(copy, body.FirstChild);
-        }
+        else storyStart.InsertBefore(copy, storyStart.FirstChild);
         var kind = move == null ? "ins" : "moveTo";
         var mark = Mark(kind);
         foreach (var p in Paragraphs(copy))

@@ -36,6 +36,22 @@ public sealed class CompareOptions
     /// formatting it takes is recorded as a formatting change.</summary>
     public bool IgnoreFormatting { get; set; }
 
+    /// <summary>Fields count as the same whatever their codes and results.</summary>
+    public bool IgnoreFields { get; set; }
+
+    /// <summary>The text of comments is not compared.</summary>
+    public bool IgnoreComments { get; set; }
+
+    /// <summary>Headers and footers are left as they are in the original; otherwise each is compared
+    /// with the other document's of the same kind in the same section.</summary>
+    public bool IgnoreHeadersAndFooters { get; set; }
+
+    /// <summary>The text of footnotes and endnotes is not compared.</summary>
+    public bool IgnoreFootnotes { get; set; }
+
+    /// <summary>The text of text boxes is not compared.</summary>
+    public bool IgnoreTextboxes { get; set; }
+
     /// <summary>Whether changes are found by character or by word.</summary>
     public Granularity Granularity { get; set; } = Granularity.WordLevel;
 
