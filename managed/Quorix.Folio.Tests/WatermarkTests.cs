@@ -221,8 +221,10 @@ public class WatermarkTests
         var options = new Saving.HtmlSaveOptions { ExportHeadersFootersMode = Saving.ExportHeadersFootersMode.None, ExportImagesAsBase64 = true };
         var html = System.Text.Encoding.UTF8.GetString(TestSupport.ToBytes(doc, options));
         // Both sections have the same watermark: one element, before the text, whatever headers are exported.
-        var div = Assert.Single(System.Text.RegularExpressions.Regex.Matches(html, "<div class=\"watermark\"[^>]*>([^<]*)</div>"));
+        var div = Assert.Single(System.Text.RegularExpressions.Regex.Matches(html, "<div class=\"watermark\" data-watermark=\"([^\"]*)\"[^>]*></div>"));
         Assert.Equal("DRAFT &amp; &lt;X&gt;", div.Groups[1].Value);
+        // The text comes from the style sheet, so that text readers do not take it for a paragraph.
+        Assert.Contains(".watermark::before{content:attr(data-watermark)}", html[..html.IndexOf("</head>", StringComparison.Ordinal)]);
         Assert.True(div.Index < html.IndexOf("Body text", StringComparison.Ordinal));
         foreach (var css in new[] { "position:fixed", "rotate(315deg)", "opacity:0.5", "color:#00AA00", "font-family:&#39;Arial&#39;", "z-index:-1" })
             Assert.Contains(css, div.Value);

@@ -153,6 +153,27 @@ def test_watermarks_from_python(tmp_path):
     assert doc.watermark.type == qf.WatermarkType.NONE
 
 
+def test_watermark_shows_in_html_rtf_and_pdf_but_is_no_text(notes, tmp_path):
+    plain = qf.Document(str(notes))
+    marked = plain.clone()
+    marked.watermark.set_text("CONFIDENTIAL")
+    for d, name in ((plain, "plain"), (marked, "marked")):
+        d.save(str(tmp_path / f"{name}.html"))
+        d.save(str(tmp_path / f"{name}.rtf"))
+    html = (tmp_path / "marked.html").read_text(encoding="utf-8")
+    assert 'data-watermark="CONFIDENTIAL"' in html and "rotate(315deg)" in html
+    # pandoc reads the same text from either page: the watermark is drawn, not written.
+    def pandoc(path, fmt):
+        return subprocess.run(["pandoc", "-f", fmt, "-t", "plain", str(path)], check=True, capture_output=True, text=True).stdout
+    assert pandoc(tmp_path / "marked.html", "html") == pandoc(tmp_path / "plain.html", "html")
+    assert pandoc(tmp_path / "marked.rtf", "rtf") == pandoc(tmp_path / "plain.rtf", "rtf")
+    assert r"{\sn gtextUNICODE}{\sv CONFIDENTIAL}" in (tmp_path / "marked.rtf").read_text(encoding="ascii")
+    # Our PDF draws it as text: pdftotext finds its letters (in pieces, as it is slanted) beside the body's.
+    marked.save(str(tmp_path / "marked.pdf"))
+    text = subprocess.run(["pdftotext", str(tmp_path / "marked.pdf"), "-"], check=True, capture_output=True, text=True).stdout
+    assert "CONFIDENTIAL" in "".join(text.split()) and "Some bold text" in text
+
+
 def test_lowcode_contexts_mail_merge_and_reports(notes, tmp_path):
     lc = qf.lowcode
     lc.Converter.create(lc.ConverterContext()).from_file(str(notes)).to_file(str(tmp_path / "a.docx")).execute()

@@ -37,7 +37,7 @@ internal sealed class EpubWriter : IDocumentWriter
         for (int i = 0; i < pages.Count; i++)
         {
             var name = $"part{i + 1:000}.xhtml";
-            var page = HtmlWriter.Page(document, o, renderer.Css, pages[i], "styles.css", "utf-8", title);
+            var page = HtmlWriter.Page(document, o, renderer.Css, pages[i], "styles.css", "utf-8", title, renderer.HasTextWatermark);
             // EPUB pages are XHTML5: no DTD.
             page = page.Replace("<!DOCTYPE html PUBLIC \"-//W3C//DTD XHTML 1.0 Transitional//EN\" \"http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd\">", "<!DOCTYPE html>");
             zip.Add("OEBPS/" + name, Encoding.UTF8.GetBytes(page));

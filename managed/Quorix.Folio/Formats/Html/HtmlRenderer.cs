@@ -48,6 +48,12 @@ internal sealed class HtmlRenderer
 
     private StringBuilder Out => pages[^1];
 
+    /// <summary>Whether a page shows a text watermark, whose text the page's style sheet supplies.</summary>
+    public bool HasTextWatermark { get; private set; }
+
+    /// <summary>The rule that shows a text watermark's text.</summary>
+    public const string WatermarkRule = ".watermark::before{content:attr(data-watermark)}";
+
     /// <summary>Page bodies in order; more than one when the options split the document.</summary>
     public IReadOnlyList<string> Render()
     {
@@ -106,7 +112,9 @@ internal sealed class HtmlRenderer
                       "color:#" + mark.ColorHex + ";opacity:" + mark.Opacity.ToString("0.##", CultureInfo.InvariantCulture) + ";" +
                       "font-family:'" + mark.FontFamily.Replace("'", "") + "';font-size:" + Pt(size) + ";line-height:" + Pt(mark.Height) +
                       ";text-align:center;white-space:nowrap;";
-            html = "<div class=\"watermark\" aria-hidden=\"true\" style=\"" + Attr(css) + "\">" + Escape(mark.Text) + "</div>";
+            // The text is the style sheet's to show, not the page's: readers of the text do not take it for a paragraph.
+            html = "<div class=\"watermark\" data-watermark=\"" + Attr(mark.Text) + "\" aria-hidden=\"true\" style=\"" + Attr(css) + "\"></div>";
+            HasTextWatermark = true;
         }
         if (html == pageMark) return;
         Line();

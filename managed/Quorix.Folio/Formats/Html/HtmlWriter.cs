@@ -39,7 +39,7 @@ internal sealed class HtmlWriter : IDocumentWriter
         var enc = o.Encoding ?? new UTF8Encoding(false);
         for (int i = 0; i < pages.Count; i++)
         {
-            var html = Page(document, o, renderer.Css, pages[i], cssLink, enc.WebName, i > 0 ? $"{stem} ({i + 1})" : stem);
+            var html = Page(document, o, renderer.Css, pages[i], cssLink, enc.WebName, i > 0 ? $"{stem} ({i + 1})" : stem, renderer.HasTextWatermark);
             var bytes = enc.GetBytes(html);
             if (i == 0) output.Write(bytes);
             else WritePart(document, o, bytes, dir, $"{stem}-{i}{(path != null ? Path.GetExtension(path) : ".html")}");
@@ -83,7 +83,7 @@ internal sealed class HtmlWriter : IDocumentWriter
     }
 
     /// <summary>A whole page around one rendered body.</summary>
-    internal static string Page(Document doc, HtmlSaveOptions o, CssRules css, string body, string? cssLink, string charset, string title)
+    internal static string Page(Document doc, HtmlSaveOptions o, CssRules css, string body, string? cssLink, string charset, string title, bool watermark)
     {
         bool x = o.HtmlVersion == HtmlVersion.Xhtml;
         var sb = new StringBuilder(body.Length + 1024);
@@ -104,6 +104,7 @@ internal sealed class HtmlWriter : IDocumentWriter
                 sb.Append("<style type=\"text/css\">\n").Append(css.Sheet(BodyCss(doc))).Append("</style>");
                 break;
         }
+        if (watermark) sb.Append("<style type=\"text/css\">").Append(HtmlRenderer.WatermarkRule).Append("</style>");
         sb.Append("</head>");
         sb.Append(o.CssStyleSheetType == CssStyleSheetType.Inline ? "<body style=\"" + HtmlRenderer.Attr(BodyCss(doc)) + "\">" : "<body>");
         if (o.PrettyFormat) sb.Append('\n');

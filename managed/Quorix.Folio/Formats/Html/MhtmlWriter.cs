@@ -22,7 +22,7 @@ internal sealed class MhtmlWriter : IDocumentWriter
             cssLink = "styles.css";
             res.Collected.Add(new HtmlResource(cssLink, "text/css", Encoding.UTF8.GetBytes(renderer.Css.Sheet(HtmlWriter.BodyCss(document)))));
         }
-        var html = HtmlWriter.Page(document, o, renderer.Css, pages[0], cssLink, "utf-8", stem);
+        var html = HtmlWriter.Page(document, o, renderer.Css, pages[0], cssLink, "utf-8", stem, renderer.HasTextWatermark);
         var boundary = "----=_NextPart_" + Guid.NewGuid().ToString("N");
         var sb = new StringBuilder(html.Length * 2);
         sb.Append("MIME-Version: 1.0\r\nContent-Type: multipart/related; type=\"text/html\"; boundary=\"").Append(boundary).Append("\"\r\n\r\n");
