@@ -116,4 +116,37 @@ public class TextOutputTests
         var md = System.Text.Encoding.UTF8.GetString(ms.ToArray());
         Assert.Equal("III. alpha\n\nIV. beta\n", md);
     }
+
+    [Fact]
+    public void MarkdownReferenceLinksListTheirAddressesOnceAtTheEnd()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.Write("See ");
+        b.InsertHyperlink("the site", "https://example.com/a b", false);
+        b.Write(", the ");
+        b.InsertHyperlink("other one", "https://example.org/", false);
+        b.Writeln(".");
+        b.Write("Again ");
+        b.InsertHyperlink("the site", "https://example.com/a b", false);
+        b.Writeln();
+        string Save(MarkdownLinkExportMode mode)
+        {
+            var ms = new MemoryStream();
+            doc.Save(ms, new MarkdownSaveOptions { LinkExportMode = mode });
+            return System.Text.Encoding.UTF8.GetString(ms.ToArray());
+        }
+        Assert.Equal("See [the site][1], the [other one][2].\n\nAgain [the site][1]\n\n[1]: <https://example.com/a b>\n[2]: <https://example.org/>\n",
+            Save(MarkdownLinkExportMode.Reference));
+        Assert.Equal(Save(MarkdownLinkExportMode.Inline), Save(MarkdownLinkExportMode.Auto));
+        Assert.Contains("[other one](https://example.org/)", Save(MarkdownLinkExportMode.Inline));
+        // Read back, both forms give the same links.
+        foreach (var mode in new[] { MarkdownLinkExportMode.Reference, MarkdownLinkExportMode.Inline })
+        {
+            var back = new Document(new MemoryStream(System.Text.Encoding.UTF8.GetBytes(Save(mode))), new Loading.LoadOptions { LoadFormat = LoadFormat.Markdown });
+            var codes = back.Range.Fields.Select(f => f.GetFieldCode()).ToArray();
+            Assert.Equal(3, codes.Length);
+            Assert.Contains("https://example.org/", codes[1]);
+        }
+    }
 }

@@ -260,3 +260,18 @@ def test_comparison_of_paragraph_formatting_and_its_target():
     assert taken.first_section.body.paragraphs[1].paragraph_format.alignment == qf.ParagraphAlignment.CENTER
     with pytest.raises(TypeError):
         options.target = 1
+
+
+def test_pandoc_reads_reference_links_as_links(tmp_path):
+    doc = qf.Document()
+    b = qf.DocumentBuilder(doc)
+    b.write("Go to ")
+    b.insert_hyperlink("the site", "https://example.com/x", False)
+    b.writeln(" now.")
+    options = qf.saving.MarkdownSaveOptions()
+    options.link_export_mode = qf.saving.MarkdownLinkExportMode.REFERENCE
+    doc.save(str(tmp_path / "refs.md"), options)
+    assert "[the site][1]" in (tmp_path / "refs.md").read_text(encoding="utf-8")
+    html = subprocess.run(["pandoc", "-f", "markdown", "-t", "html", str(tmp_path / "refs.md")],
+                          check=True, capture_output=True, text=True).stdout
+    assert '<a href="https://example.com/x">the site</a>' in html

@@ -57,6 +57,15 @@ public enum MarkdownListExportMode
     PlainText = 1,
 }
 
+/// <summary>How Markdown writes links: with the address in the text, or as a numbered reference
+/// whose address is listed at the end; automatic takes the inline form.</summary>
+public enum MarkdownLinkExportMode
+{
+    Auto = 0,
+    Inline = 1,
+    Reference = 2,
+}
+
 /// <summary>What to save and how; each format has its own subclass.</summary>
 public abstract class SaveOptions
 {
@@ -192,6 +201,8 @@ public sealed class MarkdownSaveOptions : TxtSaveOptionsBase
 
     /// <summary>Whether lists are written as Markdown lists or as text with their labels.</summary>
     public MarkdownListExportMode ListExportMode { get; set; } = MarkdownListExportMode.MarkdownSyntax;
+
+    public MarkdownLinkExportMode LinkExportMode { get; set; } = MarkdownLinkExportMode.Auto;
 
     /// <summary>Where pictures are written; beside the output file when empty.</summary>
     public string ImagesFolder { get; set; } = "";

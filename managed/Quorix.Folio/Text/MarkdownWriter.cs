@@ -40,6 +40,15 @@ internal sealed class MarkdownWriter : StoryVisitor
         output.Write(new UTF8Encoding(false).GetBytes(text));
     }
 
+    // Link addresses written as references, in order of first use; a repeated address keeps its number.
+    private readonly Dictionary<string, int> references = new();
+
+    private int Reference(string target)
+    {
+        if (!references.TryGetValue(target, out var n)) references[target] = n = references.Count + 1;
+        return n;
+    }
+
     public override VisitorAction VisitDocumentEnd(Document document)
     {
         for (int i = 0; i < notes.Count; i++)
@@ -54,6 +63,11 @@ internal sealed class MarkdownWriter : StoryVisitor
                 first = false;
             }
             sb.Append('\n');
+        }
+        if (references.Count > 0)
+        {
+            Separate(false);
+            foreach (var (target, n) in references) sb.Append('[').Append(n).Append("]: <").Append(target.Replace("<", "%3C").Replace(">", "%3E")).Append(">\n");
         }
         return VisitorAction.Continue;
     }
@@ -263,7 +277,9 @@ internal sealed class MarkdownWriter : StoryVisitor
                     FlushRun();
                     if (linkText != null)
                     {
-                        outp.Append('[').Append(linkText).Append("](").Append(UrlEscape(linkTarget ?? "")).Append(')');
+                        outp.Append('[').Append(linkText).Append(']');
+                        if (options.LinkExportMode == MarkdownLinkExportMode.Reference) outp.Append('[').Append(Reference(linkTarget ?? "")).Append(']');
+                        else outp.Append('(').Append(UrlEscape(linkTarget ?? "")).Append(')');
                         linkText = null;
                     }
                     break;
