@@ -279,6 +279,21 @@ public class WatermarkTests
         finally { Directory.Delete(dir, true); }
     }
 
+    [Fact]
+    public void WordML2003KeepsTheTextWatermarkAsWordArt()
+    {
+        var doc = Marked(d => d.Watermark.SetText("ARCHIVE", new TextWatermarkOptions { FontFamily = "Arial", ColorHex = "336699", Layout = WatermarkLayout.Horizontal }));
+        var xml = TestSupport.ToText(doc, SaveFormat.WordML);
+        Assert.Equal(3, System.Text.RegularExpressions.Regex.Matches(xml, "<v:textpath [^>]*string=\"ARCHIVE\"").Count);
+        Assert.Contains("fillcolor=\"#336699\"", xml);
+        System.Xml.Linq.XDocument.Parse(xml);
+        var back = new Document(new MemoryStream(TestSupport.ToBytes(doc, SaveFormat.WordML)));
+        Assert.Equal(WatermarkType.Text, back.Watermark.Type);
+        Assert.DoesNotContain("ARCHIVE", back.GetText());
+        var mark = WatermarkMark.In(back.FirstSection!.HeadersFooters[HeaderFooterType.HeaderPrimary])!;
+        Assert.Equal(("ARCHIVE", "Arial", "336699", 0.0, 0.5), (mark.Text, mark.FontFamily, mark.ColorHex, mark.Rotation, mark.Opacity));
+    }
+
     /// <summary>Dark pixels in the middle third of the first page, rendered small in grey.</summary>
     private static int CentreInk(string dir, string name)
     {

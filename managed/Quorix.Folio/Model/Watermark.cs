@@ -237,7 +237,7 @@ public sealed class Watermark
     private static string Num(double v) => v.ToString("0.##", CultureInfo.InvariantCulture);
 
     /// <summary>Word art along a text path, centred on the page's margins, behind the text.</summary>
-    private static string TextShape(string text, TextWatermarkOptions o, double width, double height, int n)
+    internal static string TextShape(string text, TextWatermarkOptions o, double width, double height, int n)
     {
         var style = $"position:absolute;margin-left:0;margin-top:0;width:{Num(width)}pt;height:{Num(height)}pt;" +
                     (o.Layout == WatermarkLayout.Diagonal ? "rotation:315;" : "") +

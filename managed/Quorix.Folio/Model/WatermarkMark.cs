@@ -26,6 +26,18 @@ internal sealed record WatermarkMark(string? Text, Shape? Picture, string FontFa
         _ => null,
     };
 
+    /// <summary>The text watermark a VML drawing shows, or null.</summary>
+    public static WatermarkMark? OfVml(string xml) => xml.Contains(Watermark.TextShapeId, StringComparison.Ordinal) ? OfText(xml) : null;
+
+    /// <summary>The options that make a text watermark look like this one.</summary>
+    public TextWatermarkOptions Options() => new()
+    {
+        FontFamily = FontFamily,
+        ColorHex = ColorHex,
+        IsSemitransparent = Opacity < 1,
+        Layout = Rotation != 0 ? WatermarkLayout.Diagonal : WatermarkLayout.Horizontal,
+    };
+
     /// <summary>The first watermark in a header, or null.</summary>
     public static WatermarkMark? In(HeaderFooter? header)
     {

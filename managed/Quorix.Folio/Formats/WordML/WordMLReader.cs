@@ -98,7 +98,11 @@ internal sealed class WordMLReader : IDocumentReader
             var body = root.Element(W + "body") ?? throw new FileCorruptedException("The WordprocessingML 2003 document has no body.");
             Blocks(body, true);
             b.Finish();
+            // Every header had it; set once, it goes back into every header.
+            if (watermark is { Text: { } text } mark) doc.Watermark.SetText(text, mark.Options());
         }
+
+        private WatermarkMark? watermark;
 
         private void Properties()
         {
@@ -399,6 +403,11 @@ internal sealed class WordMLReader : IDocumentReader
 
         private void Picture(XElement pict)
         {
+            if (WatermarkMark.OfVml(pict.ToString(SaveOptions.DisableFormatting)) is { } mark)
+            {
+                watermark ??= mark;
+                return;
+            }
             var data = pict.Element(W + "binData");
             var shape = pict.Element(V + "shape");
             var src = shape?.Element(V + "imagedata")?.Attribute("src")?.Value ?? data?.Attribute(W + "name")?.Value;

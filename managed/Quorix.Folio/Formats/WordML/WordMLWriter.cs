@@ -289,8 +289,24 @@ internal sealed class WordMLWriter : IDocumentWriter
             var style = pf.Style;
             ParagraphProperties(p, ParaLook.Of(pf), ParaLook.Of(style.ParagraphFormat), style, sectionEnd);
             var baseline = RunLook.Of(style.Font);
+            if (p.ParentNode is HeaderFooter) TextWatermarks(p);
             Inlines(p, baseline, false);
             w.WriteEndElement();
+        }
+
+        private int watermarks;
+
+        // A text watermark is a kept drawing, which the inline walk does not see; written afresh as
+        // the VML word art this format shares with its successor.
+        private void TextWatermarks(Paragraph p)
+        {
+            foreach (var n in p.InlineNodes())
+                if (n is OpaqueNode && WatermarkMark.Of(n) is { Text: { } text } mark)
+                {
+                    w.WriteStartElement("r", WordMLNs.W);
+                    w.WriteRaw(Watermark.TextShape(text, mark.Options(), mark.Width, mark.Height, ++watermarks));
+                    w.WriteEndElement();
+                }
         }
 
         // Properties in the order the format's schema gives them.
