@@ -61,8 +61,11 @@ public enum MarkdownListExportMode
 /// whose address is listed at the end; automatic takes the inline form.</summary>
 public enum MarkdownLinkExportMode
 {
+    /// <summary>The writer chooses: links are written inline.</summary>
     Auto = 0,
+    /// <summary>Each link as [text](address).</summary>
     Inline = 1,
+    /// <summary>Each link as [text][n], the addresses listed as [n]: address at the end, once each.</summary>
     Reference = 2,
 }
 
@@ -202,6 +205,7 @@ public sealed class MarkdownSaveOptions : TxtSaveOptionsBase
     /// <summary>Whether lists are written as Markdown lists or as text with their labels.</summary>
     public MarkdownListExportMode ListExportMode { get; set; } = MarkdownListExportMode.MarkdownSyntax;
 
+    /// <summary>Whether links carry their address inline or refer to a list of addresses at the end.</summary>
     public MarkdownLinkExportMode LinkExportMode { get; set; } = MarkdownLinkExportMode.Auto;
 
     /// <summary>Where pictures are written; beside the output file when empty.</summary>
