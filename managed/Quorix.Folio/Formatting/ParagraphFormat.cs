@@ -253,28 +253,21 @@ public sealed class ParagraphFormat
     /// <summary>Whether a single first or last line of the paragraph is kept from standing alone on a page.</summary>
     public bool WidowControl { get => Toggle(FormatAttr.WidowControl); set => SetToggle(FormatAttr.WidowControl, value); }
 
-    // Shading, borders and tab stops are not modelled yet: they live with the markup kept beside the attributes.
-    /// <summary>The background shading behind the paragraph.</summary>
-    public Shading Shading => new Shading(Bag);
+    private AttrHost Host => new(() => Own, Put, inherited);
 
-    /// <summary>The paragraph's border on that side, or between paragraphs.</summary>
-    public Border GetBorder(BorderType borderType)
-    {
-        var pBdr = Bag.GetOrAdd("pBdr");
-        pBdr.Children ??= new List<PropElement>();
-        return new Border(new PropBag(PropOrder.Borders, pBdr.Children), BorderTypeXml(borderType));
-    }
+    public Shading Shading => new Shading(Host);
 
-    internal static string BorderTypeXml(BorderType t) => t switch
+    /// <summary>A border of the paragraph; Horizontal is the line between paragraphs with the same borders.</summary>
+    public Border GetBorder(BorderType borderType) => new Border(Host, borderType switch
     {
-        BorderType.Top => "top",
-        BorderType.Left => "left",
-        BorderType.Bottom => "bottom",
-        BorderType.Right => "right",
-        BorderType.Horizontal => "insideH",
-        BorderType.Vertical => "insideV",
-        _ => throw new ArgumentOutOfRangeException(nameof(t)),
-    };
+        BorderType.Top => FormatAttr.ParaBorderTop,
+        BorderType.Left => FormatAttr.ParaBorderLeft,
+        BorderType.Bottom => FormatAttr.ParaBorderBottom,
+        BorderType.Right => FormatAttr.ParaBorderRight,
+        BorderType.Horizontal => FormatAttr.ParaBorderBetween,
+        BorderType.Vertical => throw new ArgumentOutOfRangeException(nameof(borderType), "A paragraph has no vertical inside border."),
+        _ => throw new ArgumentOutOfRangeException(nameof(borderType)),
+    });
 
     /// <summary>Keeps the paragraph's list membership and section break: those are structure, not formatting.</summary>
     public void ClearFormatting()

@@ -1,0 +1,64 @@
+namespace Quorix.Folio.Formatting;
+
+/// <summary>One border line as the model holds it: its line style name, width in eighths of a point,
+/// distance from the text in points and colour. Immutable, compared by value, so equal borders share sets.</summary>
+internal sealed record BorderLine(string Style, int Size, int Space, string? Color, string? ThemeColor = null,
+    string? ThemeTint = null, string? ThemeShade = null, bool Shadow = false, bool Frame = false)
+{
+    public static readonly BorderLine None = new("none", 0, 0, null);
+
+    /// <summary>Whether the line is drawn.</summary>
+    public bool Visible => Style is not ("none" or "nil");
+
+    public LineStyle LineStyle => Style switch
+    {
+        "none" or "nil" => LineStyle.None,
+        "thick" => LineStyle.Thick,
+        "double" => LineStyle.Double,
+        "dotted" => LineStyle.Dot,
+        "dashed" => LineStyle.DashLargeGap,
+        _ => LineStyle.Single,
+    };
+
+    /// <summary>The line style's stored name; throws for a style the model cannot store.</summary>
+    public static string StyleName(LineStyle style) => style switch
+    {
+        LineStyle.None => "none",
+        LineStyle.Single => "single",
+        LineStyle.Thick => "thick",
+        LineStyle.Double => "double",
+        LineStyle.Dot => "dotted",
+        LineStyle.DashLargeGap => "dashed",
+        _ => throw new ArgumentOutOfRangeException(nameof(style)),
+    };
+}
+
+/// <summary>The widths of unevenly spaced text columns, and the space after each, in twips.</summary>
+internal sealed class ColumnList : IEquatable<ColumnList>
+{
+    private readonly (int Width, int? Space)[] columns;
+
+    public ColumnList((int Width, int? Space)[] columns) { this.columns = columns; }
+
+    public int Count => columns.Length;
+
+    public (int Width, int? Space) this[int i] => columns[i];
+
+    public ColumnList With(int i, int? width, int? space)
+    {
+        var copy = ((int, int?)[])columns.Clone();
+        copy[i] = (width ?? copy[i].Item1, space ?? copy[i].Item2);
+        return new ColumnList(copy);
+    }
+
+    public bool Equals(ColumnList? other) => other != null && columns.AsSpan().SequenceEqual(other.columns);
+
+    public override bool Equals(object? obj) => Equals(obj as ColumnList);
+
+    public override int GetHashCode()
+    {
+        var h = new HashCode();
+        foreach (var c in columns) h.Add(c);
+        return h.ToHashCode();
+    }
+}
