@@ -14,7 +14,7 @@ public sealed class Border
         this.side = side;
     }
 
-    private BorderLine? Line => host.Get(side) as BorderLine;
+    internal BorderLine? Line => host.Get(side) as BorderLine;
 
     // A new line starts as a thin automatic-coloured one, as word processors draw it.
     private BorderLine Editable => host.Own.Get(side) as BorderLine ?? Line ?? new BorderLine("none", 4, 0, "auto");

@@ -541,7 +541,7 @@ internal sealed class WordMLWriter : IDocumentWriter
             if (t.Alignment != TableAlignment.Left) Val("jc", t.Alignment == TableAlignment.Center ? "center" : "right");
             if (t.Attrs.Where(a => a is >= FormatAttr.BorderTop and <= FormatAttr.BorderInsideV).IsEmpty is false &&
                 new[] { BorderType.Top, BorderType.Left, BorderType.Bottom, BorderType.Right, BorderType.Horizontal, BorderType.Vertical }
-                    .Any(side => t.Attrs.Get(Table.Side(side)) is BorderLine { Visible: true }))
+                    .Any(side => t.Attrs.Get(Tables.Table.Side(side)) is BorderLine { Visible: true }))
             {
                 w.WriteStartElement("tblBorders", WordMLNs.W);
                 foreach (var side in new[] { "top", "left", "bottom", "right", "insideH", "insideV" })
