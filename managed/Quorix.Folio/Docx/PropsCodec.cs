@@ -228,13 +228,12 @@ internal sealed class PropsCodec
                 else (kept ??= new List<PropElement>()).Add(e);
                 continue;
             }
-            var withChildren = attrs;
-            if (e.Children != null && !DecodeChildren(slots, e.Children, ref withChildren))
+            List<PropElement>? keptChildren = null;
+            if (e.Children != null && !DecodeChildren(slots, e.Children, ref attrs, ref keptChildren))
             {
                 (kept ??= new List<PropElement>()).Add(e);
                 continue;
             }
-            attrs = withChildren;
             var flag = slots[0].Kind is Kind.Toggle or Kind.Present ? slots[0] : (Slot?)null;
             if (flag is { } f && e.Attrs == null) attrs = attrs.With(f.Attr, f.Kind == Kind.Toggle ? AttrSet.True : "");
             List<PropElement.Attr>? rest = null;
@@ -247,41 +246,48 @@ internal sealed class PropsCodec
             // A flag written with only foreign attributes is on.
             if (flag is { } g && e.Attrs != null && !attrs.Has(g.Attr) && (rest == null || !rest.Exists(a => a.Local == "val")))
                 attrs = attrs.With(g.Attr, g.Kind == Kind.Toggle ? AttrSet.True : "");
-            if (rest != null) (kept ??= new List<PropElement>()).Add(new PropElement(e.Local) { Attrs = rest });
+            if (rest != null || keptChildren != null) (kept ??= new List<PropElement>()).Add(new PropElement(e.Local) { Attrs = rest, Children = keptChildren });
         }
         return new FormatProps(intern != null ? attrs.Intern(intern) : attrs, kept != null ? new PropBag(order, kept) : null);
     }
 
-    // All children or none: an element the model can only partly read is kept whole.
-    private static bool DecodeChildren(Slot[] slots, List<PropElement> children, ref AttrSet attrs)
+    // Border children one by one: a side the model cannot read stays kept beside the others. Columns
+    // all or none; false keeps the whole element as read.
+    private static bool DecodeChildren(Slot[] slots, List<PropElement> children, ref AttrSet attrs, ref List<PropElement>? keptChildren)
     {
         List<(int, int?)>? columns = null;
         Slot? columnSlot = null;
+        var decoded = attrs;
         foreach (var c in children)
         {
-            if (!PropElement.IsMain(c.Ns) || c.Children != null || c.Text != null) return false;
             Slot? slot = null;
-            foreach (var s in slots)
-                if (s.IsChild && s.Attribute == c.Local) { slot = s; break; }
-            if (slot is not { } found) return false;
-            if (found.Kind == Kind.Columns)
+            if (PropElement.IsMain(c.Ns))
+                foreach (var s in slots)
+                    if (s.IsChild && s.Attribute == c.Local) { slot = s; break; }
+            if (slot is { Kind: Kind.Columns } cs)
             {
-                if (ReadColumn(c) is not { } col) return false;
+                if (c.Children != null || c.Text != null || ReadColumn(c) is not { } col) return false;
                 (columns ??= new List<(int, int?)>()).Add(col);
-                columnSlot = found;
+                columnSlot = cs;
                 continue;
             }
-            if (attrs.Has(found.Attr) || ReadBorder(c) is not { } border) return false;
-            attrs = attrs.With(found.Attr, border);
+            if (slot is { } found && c.Children == null && c.Text == null && !decoded.Has(found.Attr) && ReadBorder(c) is { } border)
+                decoded = decoded.With(found.Attr, border);
+            else (keptChildren ??= new List<PropElement>()).Add(c);
         }
-        if (columns != null) attrs = attrs.With(columnSlot!.Value.Attr, new ColumnList(columns.ToArray()));
+        if (columns != null)
+        {
+            if (keptChildren != null) return false;
+            decoded = decoded.With(columnSlot!.Value.Attr, new ColumnList(columns.ToArray()));
+        }
+        attrs = decoded;
         return true;
     }
 
     private static BorderLine? ReadBorder(PropElement e)
     {
         string? style = null, color = null, theme = null, tint = null, shade = null;
-        int size = 0, space = 0;
+        int? size = null, space = null;
         bool shadow = false, frame = false;
         if (e.Attrs == null) return null;
         foreach (var a in e.Attrs)
@@ -312,8 +318,8 @@ internal sealed class PropsCodec
             if (v != null) e.Attrs!.Add(new PropElement.Attr(Ns.W, local, v));
         }
         Add("val", b.Style);
-        Add("sz", Units.Str(b.Size));
-        Add("space", Units.Str(b.Space));
+        if (b.Size is { } size) Add("sz", Units.Str(size));
+        if (b.Space is { } space) Add("space", Units.Str(space));
         Add("color", b.Color);
         Add("themeColor", b.ThemeColor);
         Add("themeTint", b.ThemeTint);
@@ -470,12 +476,11 @@ internal sealed class PropsCodec
         foreach (var a in extra.Attrs ?? new List<PropElement.Attr>())
             if (e.Attrs == null || !e.Attrs.Exists(x => x.Local == a.Local && x.Ns == a.Ns))
                 PropElement.WriteAttr(w, a);
-        // So do kept children: a container kept whole, then given a modelled side, keeps the others.
-        if (e.Children != null)
-            foreach (var c in e.Children) c.Write(w);
+        // So do kept children (sides the model could not read), the rest written in schema order.
+        var children = new List<PropElement>(e.Children ?? new List<PropElement>());
         foreach (var c in extra.Children ?? new List<PropElement>())
-            if (e.Children == null || !e.Children.Exists(x => x.Local == c.Local && x.Ns == c.Ns))
-                c.Write(w);
+            if (e.Children == null || !e.Children.Exists(x => x.Local == c.Local && x.Ns == c.Ns)) children.Add(c);
+        foreach (var c in children.OrderBy(c => PropOrder.Borders.Rank(c.Local))) c.Write(w);
         w.WriteEndElement();
     }
 

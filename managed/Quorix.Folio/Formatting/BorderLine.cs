@@ -1,8 +1,9 @@
 namespace Quorix.Folio.Formatting;
 
 /// <summary>One border line as the model holds it: its line style name, width in eighths of a point,
-/// distance from the text in points and colour. Immutable, compared by value, so equal borders share sets.</summary>
-internal sealed record BorderLine(string Style, int Size, int Space, string? Color, string? ThemeColor = null,
+/// distance from the text in points and colour; what the file left out stays null. Immutable, compared
+/// by value, so equal borders share sets.</summary>
+internal sealed record BorderLine(string Style, int? Size, int? Space, string? Color, string? ThemeColor = null,
     string? ThemeTint = null, string? ThemeShade = null, bool Shadow = false, bool Frame = false)
 {
     public static readonly BorderLine None = new("none", 0, 0, null);

@@ -3,7 +3,7 @@ using Quorix.Folio.Tables;
 namespace Quorix.Folio.Formatting;
 
 /// <summary>The parts of a table a style may format apart, in the order their formatting applies:
-/// later parts override earlier ones where both say something.</summary>
+/// later parts override earlier ones where both say something, rows over columns, corners over both.</summary>
 [Flags]
 internal enum TableArea : ushort
 {
@@ -12,10 +12,10 @@ internal enum TableArea : ushort
     Band2Vertical = 1 << 1,
     Band1Horizontal = 1 << 2,
     Band2Horizontal = 1 << 3,
-    FirstRow = 1 << 4,
-    LastRow = 1 << 5,
-    FirstColumn = 1 << 6,
-    LastColumn = 1 << 7,
+    FirstColumn = 1 << 4,
+    LastColumn = 1 << 5,
+    FirstRow = 1 << 6,
+    LastRow = 1 << 7,
     TopLeft = 1 << 8,
     TopRight = 1 << 9,
     BottomLeft = 1 << 10,
@@ -38,7 +38,7 @@ internal sealed class TableStyleCascade
     // The stored names of the parts, in TableArea's bit order.
     internal static readonly string[] PartNames =
     {
-        "band1Vert", "band2Vert", "band1Horz", "band2Horz", "firstRow", "lastRow", "firstCol", "lastCol", "nwCell", "neCell", "swCell", "seCell",
+        "band1Vert", "band2Vert", "band1Horz", "band2Horz", "firstCol", "lastCol", "firstRow", "lastRow", "nwCell", "neCell", "swCell", "seCell",
     };
 
     private readonly DocumentBase doc;

@@ -214,7 +214,7 @@ internal static class TableLayout
     {
         if (line is not { Visible: true }) return null;
         // Widths are stored in eighths of a point.
-        double w = (line.Size == 0 ? 4 : line.Size) / 8.0;
+        double w = (line.Size ?? 4) / 8.0;
         return new Edge(Math.Max(0.25, w), TextStyle.ParseColor(line.Color));
     }
 

@@ -20,7 +20,12 @@ public sealed class Section : CompositeNode, IBlockFormatted
     internal AttrSet Attrs
     {
         get => Props.Attrs;
-        set => Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
+        set
+        {
+            Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
+            // Resolved formatting and laid-out pages depend on it.
+            FormatStamp.Bump();
+        }
     }
 
     /// <summary>The section's markup kept beside the attributes: note options, line numbering, its change record.</summary>

@@ -20,7 +20,12 @@ public sealed class Cell : CompositeNode, IBlockFormatted
     internal AttrSet Attrs
     {
         get => Props.Attrs;
-        set => Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
+        set
+        {
+            Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
+            // Resolved formatting and laid-out pages depend on it.
+            FormatStamp.Bump();
+        }
     }
 
     /// <summary>The cell's own formatting over what its table's style gives the cell's place in the table.</summary>

@@ -40,7 +40,12 @@ public sealed class Table : CompositeNode, IBlockFormatted
     internal AttrSet Attrs
     {
         get => Props.Attrs;
-        set => Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
+        set
+        {
+            Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
+            // Resolved formatting and laid-out pages depend on it.
+            FormatStamp.Bump();
+        }
     }
 
     /// <summary>The table's own formatting over what its style gives.</summary>
