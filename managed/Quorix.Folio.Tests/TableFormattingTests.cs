@@ -1,5 +1,6 @@
 using System.Xml.Linq;
 using Quorix.Folio.Formatting;
+using Quorix.Folio.Lists;
 using Quorix.Folio.Tables;
 
 namespace Quorix.Folio.Tests;
@@ -251,5 +252,56 @@ public class TableFormattingTests
         // A refused value leaves the formatting as it was.
         Assert.Equal(CellMerge.None, cell.CellFormat.VerticalMerge);
         Assert.Equal("auto", cell.CellFormat.Shading.BackgroundPatternColorHex);
+    }
+}
+
+/// <summary>List levels read and written as typed formatting, their definition's other markup kept.</summary>
+public class ListLevelFormattingTests
+{
+    private static readonly XNamespace Wn = "http://schemas.openxmlformats.org/wordprocessingml/2006/main";
+
+    [Fact]
+    public void LevelsReadAndWriteTypedValuesAndKeepTheRest()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        b.ListFormat.ApplyNumberDefault();
+        b.Writeln("one");
+        b.ListFormat.ListIndent();
+        b.Writeln("nested");
+        b.ListFormat.RemoveNumbers();
+        // A foreign attribute and an element the model does not hold, as another tool might write them.
+        var bytes = TestSupport.WithPart(TestSupport.ToBytes(doc), "word/numbering.xml", x =>
+        {
+            int at = x!.IndexOf("<w:numFmt ", StringComparison.Ordinal);
+            return x[..at] + "<w:numFmt xmlns:w14=\"urn:x\" w14:foo=\"kept\" " + x[(at + "<w:numFmt ".Length)..].Replace("<w:lvlJc ", "<w:legacy w:legacy=\"1\"/><w:lvlJc ");
+        });
+        doc = new Document(new MemoryStream(bytes));
+        var level = doc.Lists[0].ListLevels[0];
+        Assert.Equal((1, NumberStyle.Arabic, "%1.", ListTrailingCharacter.Tab), (level.StartAt, level.NumberStyle, level.NumberFormat, level.TrailingCharacter));
+        Assert.Equal(-1, level.RestartAfterLevel);
+        Assert.Equal(0, doc.Lists[0].ListLevels[1].RestartAfterLevel);
+
+        level.StartAt = 4;
+        level.NumberStyle = NumberStyle.UppercaseRoman;
+        level.Alignment = ListLevelAlignment.Right;
+        level.IsLegal = true;
+        doc.Lists[0].ListLevels[1].RestartAfterLevel = -1;
+        var saved = TestSupport.ToBytes(doc);
+        var lvl = XDocument.Parse(TestSupport.Part(saved, "word/numbering.xml")).Descendants(Wn + "lvl").First();
+        var names = lvl.Elements().Select(e => e.Name.LocalName).ToList();
+        // Schema order with the changed and the kept elements in place.
+        Assert.Equal(names.OrderBy(n => Formatting.PropOrder.Level.Rank(n)).ToList(), names);
+        Assert.Contains("legacy", names);
+        Assert.Contains("isLgl", names);
+        var numFmt = lvl.Element(Wn + "numFmt")!;
+        Assert.Equal(("upperRoman", "kept"), (numFmt.Attribute(Wn + "val")!.Value, numFmt.Attribute(XNamespace.Get("urn:x") + "foo")!.Value));
+        Assert.Equal("4", lvl.Element(Wn + "start")!.Attribute(Wn + "val")!.Value);
+
+        var again = new Document(new MemoryStream(saved)).Lists[0];
+        Assert.Equal((4, NumberStyle.UppercaseRoman, ListLevelAlignment.Right, true), (again.ListLevels[0].StartAt, again.ListLevels[0].NumberStyle, again.ListLevels[0].Alignment, again.ListLevels[0].IsLegal));
+        Assert.Equal(-1, again.ListLevels[1].RestartAfterLevel);
+        Assert.Throws<ArgumentOutOfRangeException>(() => again.ListLevels[1].RestartAfterLevel = 9);
+        Assert.Throws<ArgumentOutOfRangeException>(() => again.ListLevels[0].Alignment = (ListLevelAlignment)7);
     }
 }

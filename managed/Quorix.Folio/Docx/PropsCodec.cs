@@ -206,6 +206,18 @@ internal sealed class PropsCodec
     }.Concat(Borders("pgBorders", (FormatAttr.PageBorderTop, "top"), (FormatAttr.PageBorderLeft, "left"),
         (FormatAttr.PageBorderBottom, "bottom"), (FormatAttr.PageBorderRight, "right"))).ToArray());
 
+    public static readonly PropsCodec Level = new("lvl", PropOrder.Level, new Slot[]
+    {
+        new(FormatAttr.LevelStart, "start", "val", Kind.Int),
+        new(FormatAttr.LevelNumberStyle, "numFmt", "val", Kind.Text),
+        new(FormatAttr.LevelRestart, "lvlRestart", "val", Kind.Int),
+        new(FormatAttr.LevelParagraphStyle, "pStyle", "val", Kind.Text),
+        new(FormatAttr.LevelLegal, "isLgl", "val", Kind.Toggle),
+        new(FormatAttr.LevelSuffix, "suff", "val", Kind.Text),
+        new(FormatAttr.LevelText, "lvlText", "val", Kind.Text),
+        new(FormatAttr.LevelAlignment, "lvlJc", "val", Kind.Text),
+    });
+
     /// <summary>Splits read properties into attributes (shared through the table when given) and kept markup.</summary>
     public FormatProps Decode(PropBag? bag, Dictionary<AttrSet, AttrSet>? intern = null)
     {
@@ -553,4 +565,7 @@ internal sealed class BagFormat : IRunFormatted, IParaFormatted
     public PropBag? RunKept(bool create) => bag;
 
     public PropBag ParaKept => bag;
+
+    /// <summary>The attributes as a public format object reads and changes them.</summary>
+    public AttrHost Host => new(() => Attrs, v => Attrs = v);
 }

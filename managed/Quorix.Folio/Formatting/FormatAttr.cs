@@ -107,6 +107,16 @@ internal enum FormatAttr : byte
     SectionBidi,
     GutterRight,
     GridType, GridLinePitch, GridCharSpace,
+
+    // List level formatting.
+    LevelStart,
+    LevelNumberStyle,
+    LevelRestart,
+    LevelParagraphStyle,
+    LevelLegal,
+    LevelSuffix,
+    LevelText,
+    LevelAlignment,
     Count,
 }
 
