@@ -305,3 +305,40 @@ public class ListLevelFormattingTests
         Assert.Throws<ArgumentOutOfRangeException>(() => again.ListLevels[0].Alignment = (ListLevelAlignment)7);
     }
 }
+
+/// <summary>Tab stops as typed formatting: a paragraph's own added to or clearing its style's.</summary>
+public class TabStopTests
+{
+    private const string W = "xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\"";
+    private static readonly XNamespace Wn = "http://schemas.openxmlformats.org/wordprocessingml/2006/main";
+
+    [Fact]
+    public void OwnStopsAddToAndClearTheStylesAndRoundTrip()
+    {
+        var bytes = TestSupport.WithPart(TestSupport.ToBytes(new Document()), "word/document.xml", _ =>
+            "<w:document " + W + "><w:body><w:p><w:pPr><w:pStyle w:val=\"Tabbed\"/><w:tabs><w:tab w:val=\"clear\" w:pos=\"1440\"/>" +
+            "<w:tab w:val=\"right\" w:leader=\"dot\" w:pos=\"4320\"/></w:tabs></w:pPr><w:r><w:t>a</w:t></w:r></w:p></w:body></w:document>");
+        bytes = TestSupport.WithPart(bytes, "word/styles.xml", s => s!.Replace("</w:styles>",
+            "<w:style w:type=\"paragraph\" w:styleId=\"Tabbed\"><w:name w:val=\"Tabbed\"/><w:pPr><w:tabs><w:tab w:val=\"left\" w:pos=\"1440\"/>" +
+            "<w:tab w:val=\"center\" w:pos=\"2880\"/></w:tabs></w:pPr></w:style></w:styles>"));
+        var doc = new Document(new MemoryStream(bytes));
+        var tabs = doc.FirstSection!.Body!.FirstParagraph!.ParagraphFormat.TabStops;
+        Assert.Equal(new[] { (144.0, TabAlignment.Center, TabLeader.None), (216.0, TabAlignment.Right, TabLeader.Dots) },
+            Enumerable.Range(0, tabs.Count).Select(i => (tabs[i].Position, tabs[i].Alignment, tabs[i].Leader)));
+
+        tabs.Add(36, TabAlignment.Decimal, TabLeader.Line);
+        tabs.RemoveByPosition(144);
+        Assert.Equal(new[] { 36.0, 216.0 }, Enumerable.Range(0, tabs.Count).Select(i => tabs[i].Position));
+
+        var saved = TestSupport.ToBytes(doc);
+        var own = XDocument.Parse(TestSupport.Part(saved, "word/document.xml")).Descendants(Wn + "tabs").Single();
+        Assert.Equal(new[] { "decimal:720", "clear:1440", "clear:2880", "right:4320" },
+            own.Elements().Select(t => t.Attribute(Wn + "val")!.Value + ":" + t.Attribute(Wn + "pos")!.Value));
+        var again = new Document(new MemoryStream(saved)).FirstSection!.Body!.FirstParagraph!.ParagraphFormat.TabStops;
+        Assert.Equal(2, again.Count);
+        again.Clear();
+        Assert.Equal(0, again.Count);
+        Assert.Throws<ArgumentOutOfRangeException>(() => again.Add(10, (TabAlignment)9, TabLeader.None));
+        Assert.Throws<ArgumentOutOfRangeException>(() => again[0]);
+    }
+}

@@ -11,12 +11,13 @@ internal sealed class PropsCodec
 {
     // Element: the element's on/off value. Int, Text: an attribute. OnOff: a "0"/"1" attribute.
     // Present: an element whose presence counts, its value optional. Border: a border child of a
-    // container element. Columns: the column children of a columns element. Line: an element that is a border itself.
-    private enum Kind : byte { Toggle, Int, Text, OnOff, Present, Border, Columns, Line }
+    // container element. Columns: the column children of a columns element. Line: an element that is a
+    // border itself. Tabs: the tab children of a tabs element.
+    private enum Kind : byte { Toggle, Int, Text, OnOff, Present, Border, Columns, Line, Tabs }
 
     private readonly record struct Slot(FormatAttr Attr, string Element, string Attribute, Kind Kind)
     {
-        public bool IsChild => Kind is Kind.Border or Kind.Columns;
+        public bool IsChild => Kind is Kind.Border or Kind.Columns or Kind.Tabs;
     }
 
     private readonly Slot[] slots;
@@ -123,6 +124,7 @@ internal sealed class PropsCodec
         new(FormatAttr.IndentFirstLine, "ind", "firstLine", Kind.Int),
         new(FormatAttr.Alignment, "jc", "val", Kind.Text),
         new(FormatAttr.OutlineLevel, "outlineLvl", "val", Kind.Int),
+        new(FormatAttr.Tabs, "tabs", "tab", Kind.Tabs),
     }.Concat(Borders("pBdr", (FormatAttr.ParaBorderTop, "top"), (FormatAttr.ParaBorderLeft, "left"), (FormatAttr.ParaBorderBottom, "bottom"),
         (FormatAttr.ParaBorderRight, "right"), (FormatAttr.ParaBorderBetween, "between"))).Concat(Shading()).ToArray());
 
@@ -268,7 +270,8 @@ internal sealed class PropsCodec
     private static bool DecodeChildren(Slot[] slots, List<PropElement> children, ref AttrSet attrs, ref List<PropElement>? keptChildren)
     {
         List<(int, int?)>? columns = null;
-        Slot? columnSlot = null;
+        List<TabList.Entry>? tabs = null;
+        Slot? columnSlot = null, tabSlot = null;
         var decoded = attrs;
         foreach (var c in children)
         {
@@ -276,6 +279,13 @@ internal sealed class PropsCodec
             if (PropElement.IsMain(c.Ns))
                 foreach (var s in slots)
                     if (s.IsChild && s.Attribute == c.Local) { slot = s; break; }
+            if (slot is { Kind: Kind.Tabs } ts)
+            {
+                if (c.Children != null || c.Text != null || ReadTab(c) is not { } tab) return false;
+                (tabs ??= new List<TabList.Entry>()).Add(tab);
+                tabSlot = ts;
+                continue;
+            }
             if (slot is { Kind: Kind.Columns } cs)
             {
                 if (c.Children != null || c.Text != null || ReadColumn(c) is not { } col) return false;
@@ -287,10 +297,16 @@ internal sealed class PropsCodec
                 decoded = decoded.With(found.Attr, border);
             else (keptChildren ??= new List<PropElement>()).Add(c);
         }
-        if (columns != null)
+        if (columns != null || tabs != null)
         {
             if (keptChildren != null) return false;
-            decoded = decoded.With(columnSlot!.Value.Attr, new ColumnList(columns.ToArray()));
+            if (columns != null) decoded = decoded.With(columnSlot!.Value.Attr, new ColumnList(columns.ToArray()));
+            // Two stops at one position cannot be told apart: kept as read.
+            if (tabs != null)
+            {
+                if (tabs.Select(t => t.Position).Distinct().Count() != tabs.Count) return false;
+                decoded = decoded.With(tabSlot!.Value.Attr, new TabList(tabs));
+            }
         }
         attrs = decoded;
         return true;
@@ -352,6 +368,21 @@ internal sealed class PropsCodec
             else return null;
         }
         return width is { } cw ? (cw, space) : null;
+    }
+
+    private static TabList.Entry? ReadTab(PropElement e)
+    {
+        string? kind = null, leader = null;
+        int? position = null;
+        foreach (var a in e.Attrs ?? new List<PropElement.Attr>())
+        {
+            if (!PropElement.IsMain(a.Ns)) return null;
+            if (a.Local == "val") kind = a.Value;
+            else if (a.Local == "pos" && ExactInt(a.Value) is { } p) position = p;
+            else if (a.Local == "leader") leader = a.Value;
+            else return null;
+        }
+        return kind != null && position is { } at ? new TabList.Entry(at, kind, leader) : null;
     }
 
     private static int? ExactInt(string v) => Units.ParseInt(v) is { } i && Units.Str(i) == v ? i : null;
@@ -419,13 +450,24 @@ internal sealed class PropsCodec
                     (e.Children ??= new List<PropElement>()).Add(WriteBorder(slot.Attribute, (BorderLine)value));
                     e.Children.Sort((a, b) => PropOrder.Borders.Rank(a.Local).CompareTo(PropOrder.Borders.Rank(b.Local)));
                     break;
+                case Kind.Tabs:
+                    e.Children ??= new List<PropElement>();
+                    foreach (var t in ((TabList)value).Entries)
+                    {
+                        var tab = new PropElement("tab") { Attrs = new List<PropElement.Attr>(3) { new(Ns.W, "val", t.Kind) } };
+                        if (t.Leader != null) tab.Attrs.Add(new PropElement.Attr(Ns.W, "leader", t.Leader));
+                        tab.Attrs.Add(new PropElement.Attr(Ns.W, "pos", Units.Str(t.Position)));
+                        e.Children.Add(tab);
+                    }
+                    break;
                 case Kind.Columns:
                     var cols = (ColumnList)value;
                     e.Children ??= new List<PropElement>();
                     for (int c = 0; c < cols.Count; c++)
                     {
-                        var col = new PropElement("col").Set("w", Units.Str(cols[c].Width));
-                        if (cols[c].Space is { } sp) col.Set("space", Units.Str(sp));
+                        // Built directly: encoding is no formatting edit.
+                        var col = new PropElement("col") { Attrs = new List<PropElement.Attr>(2) { new(Ns.W, "w", Units.Str(cols[c].Width)) } };
+                        if (cols[c].Space is { } sp) col.Attrs.Add(new PropElement.Attr(Ns.W, "space", Units.Str(sp)));
                         e.Children.Add(col);
                     }
                     break;

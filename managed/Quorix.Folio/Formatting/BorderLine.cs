@@ -63,3 +63,50 @@ internal sealed class ColumnList : IEquatable<ColumnList>
         return h.ToHashCode();
     }
 }
+
+/// <summary>A value that a more specific level adds to rather than replaces: tab stops.</summary>
+internal interface IMergedValue
+{
+    /// <summary>This value over the one inherited.</summary>
+    object Over(object inherited);
+}
+
+/// <summary>Tab stops as one level of formatting says them: stops by position in twips, with their
+/// kind and leader as stored, and "clear" entries that remove an inherited stop at their position.</summary>
+internal sealed class TabList : IEquatable<TabList>, IMergedValue
+{
+    public readonly record struct Entry(int Position, string Kind, string? Leader);
+
+    private readonly Entry[] entries;
+
+    public TabList(IEnumerable<Entry> entries) { this.entries = entries.OrderBy(e => e.Position).ToArray(); }
+
+    public IReadOnlyList<Entry> Entries => entries;
+
+    public object Over(object inherited)
+    {
+        if (inherited is not TabList under) return this;
+        var byPosition = new SortedDictionary<int, Entry>();
+        foreach (var e in under.entries) byPosition[e.Position] = e;
+        // The result is what a reader sees, so a clear leaves nothing at its position.
+        foreach (var e in entries)
+            if (e.Kind == "clear") byPosition.Remove(e.Position);
+            else byPosition[e.Position] = e;
+        return new TabList(byPosition.Values);
+    }
+
+    public TabList With(Entry entry) => new(entries.Where(e => e.Position != entry.Position).Append(entry));
+
+    public TabList Without(int position) => new(entries.Where(e => e.Position != position));
+
+    public bool Equals(TabList? other) => other != null && entries.AsSpan().SequenceEqual(other.entries);
+
+    public override bool Equals(object? obj) => Equals(obj as TabList);
+
+    public override int GetHashCode()
+    {
+        var h = new HashCode();
+        foreach (var e in entries) h.Add(e);
+        return h.ToHashCode();
+    }
+}

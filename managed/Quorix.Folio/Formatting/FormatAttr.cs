@@ -60,6 +60,7 @@ internal enum FormatAttr : byte
     Alignment,
     OutlineLevel,
     ParaBorderTop, ParaBorderLeft, ParaBorderBottom, ParaBorderRight, ParaBorderBetween,
+    Tabs,
 
     // Shading of a run, paragraph, table or cell: one setting, so inherited whole.
     ShadingPattern, ShadingColor, ShadingFill,

@@ -257,6 +257,9 @@ public sealed class ParagraphFormat
 
     public Shading Shading => new Shading(Host);
 
+    /// <summary>The paragraph's tab stops, its style's included.</summary>
+    public TabStopCollection TabStops => new(Host, inherited);
+
     /// <summary>A border of the paragraph; Horizontal is the line between paragraphs with the same borders.</summary>
     public Border GetBorder(BorderType borderType) => new Border(Host, borderType switch
     {
