@@ -34,33 +34,39 @@ internal sealed record BorderLine(string Style, int? Size, int? Space, string? C
     };
 }
 
-/// <summary>The widths of unevenly spaced text columns, and the space after each, in twips.</summary>
-internal sealed class ColumnList : IEquatable<ColumnList>
+/// <summary>An immutable array compared by its items, so sets holding it compare and share by value.</summary>
+internal abstract class ValueArray<T> : IEquatable<ValueArray<T>> where T : IEquatable<T>
 {
-    private readonly (int Width, int? Space)[] columns;
+    protected readonly T[] Items;
 
-    public ColumnList((int Width, int? Space)[] columns) { this.columns = columns; }
+    protected ValueArray(T[] items) { Items = items; }
 
-    public int Count => columns.Length;
+    public int Count => Items.Length;
 
-    public (int Width, int? Space) this[int i] => columns[i];
+    public bool Equals(ValueArray<T>? other) => other != null && other.GetType() == GetType() && Items.AsSpan().SequenceEqual(other.Items);
 
-    public ColumnList With(int i, int? width, int? space)
-    {
-        var copy = ((int, int?)[])columns.Clone();
-        copy[i] = (width ?? copy[i].Item1, space ?? copy[i].Item2);
-        return new ColumnList(copy);
-    }
-
-    public bool Equals(ColumnList? other) => other != null && columns.AsSpan().SequenceEqual(other.columns);
-
-    public override bool Equals(object? obj) => Equals(obj as ColumnList);
+    public override bool Equals(object? obj) => Equals(obj as ValueArray<T>);
 
     public override int GetHashCode()
     {
         var h = new HashCode();
-        foreach (var c in columns) h.Add(c);
+        foreach (var c in Items) h.Add(c);
         return h.ToHashCode();
+    }
+}
+
+/// <summary>The widths of unevenly spaced text columns, and the space after each, in twips.</summary>
+internal sealed class ColumnList : ValueArray<(int Width, int? Space)>
+{
+    public ColumnList((int Width, int? Space)[] columns) : base(columns) { }
+
+    public (int Width, int? Space) this[int i] => Items[i];
+
+    public ColumnList With(int i, int? width, int? space)
+    {
+        var copy = ((int, int?)[])Items.Clone();
+        copy[i] = (width ?? copy[i].Item1, space ?? copy[i].Item2);
+        return new ColumnList(copy);
     }
 }
 
@@ -73,40 +79,29 @@ internal interface IMergedValue
 
 /// <summary>Tab stops as one level of formatting says them: stops by position in twips, with their
 /// kind and leader as stored, and "clear" entries that remove an inherited stop at their position.</summary>
-internal sealed class TabList : IEquatable<TabList>, IMergedValue
+internal sealed class TabList : ValueArray<TabList.Entry>, IMergedValue
 {
     public readonly record struct Entry(int Position, string Kind, string? Leader);
 
-    private readonly Entry[] entries;
+    public static readonly TabList Empty = new(Array.Empty<Entry>());
 
-    public TabList(IEnumerable<Entry> entries) { this.entries = entries.OrderBy(e => e.Position).ToArray(); }
+    public TabList(IEnumerable<Entry> entries) : base(entries.OrderBy(e => e.Position).ToArray()) { }
 
-    public IReadOnlyList<Entry> Entries => entries;
+    public IReadOnlyList<Entry> Entries => Items;
 
     public object Over(object inherited)
     {
         if (inherited is not TabList under) return this;
         var byPosition = new SortedDictionary<int, Entry>();
-        foreach (var e in under.entries) byPosition[e.Position] = e;
+        foreach (var e in under.Items) byPosition[e.Position] = e;
         // The result is what a reader sees, so a clear leaves nothing at its position.
-        foreach (var e in entries)
+        foreach (var e in Items)
             if (e.Kind == "clear") byPosition.Remove(e.Position);
             else byPosition[e.Position] = e;
         return new TabList(byPosition.Values);
     }
 
-    public TabList With(Entry entry) => new(entries.Where(e => e.Position != entry.Position).Append(entry));
+    public TabList With(Entry entry) => new(Items.Where(e => e.Position != entry.Position).Append(entry));
 
-    public TabList Without(int position) => new(entries.Where(e => e.Position != position));
-
-    public bool Equals(TabList? other) => other != null && entries.AsSpan().SequenceEqual(other.entries);
-
-    public override bool Equals(object? obj) => Equals(obj as TabList);
-
-    public override int GetHashCode()
-    {
-        var h = new HashCode();
-        foreach (var e in entries) h.Add(e);
-        return h.ToHashCode();
-    }
+    public TabList Without(int position) => new(Items.Where(e => e.Position != position));
 }

@@ -28,6 +28,14 @@ internal readonly struct FormatProps
         return props.Kept;
     }
 
+    /// <summary>Gives the formatting in the variable new attributes, shared through the document when
+    /// there is one; resolved formatting and laid-out pages depend on them, so the stamp moves.</summary>
+    public static void Put(ref FormatProps props, DocumentBase? doc, AttrSet attrs)
+    {
+        props = props with { Attrs = doc?.Cascade.Shared(attrs) ?? attrs };
+        FormatStamp.Bump();
+    }
+
     public string? CharStyle => Attrs.String(FormatAttr.CharStyle);
 
     public FormatProps WithCharStyle(string? id) => this with { Attrs = Attrs.With(FormatAttr.CharStyle, id) };

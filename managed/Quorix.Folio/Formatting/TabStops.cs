@@ -62,7 +62,7 @@ public sealed class TabStopCollection
 
     private List<TabList.Entry> Shown()
     {
-        var shown = Own is { } own ? (TabList)own.Over(Inherited ?? new TabList(Array.Empty<TabList.Entry>())) : Inherited;
+        var shown = Own is { } own ? (TabList)own.Over(Inherited ?? TabList.Empty) : Inherited;
         return shown?.Entries.Where(e => e.Kind != "clear").ToList() ?? new List<TabList.Entry>();
     }
 
@@ -84,14 +84,14 @@ public sealed class TabStopCollection
     {
         Units.CheckRange(position, -1584, 1584, nameof(position));
         var entry = new TabList.Entry((int)Math.Round(position * 20), KindOf(alignment), LeaderName(leader));
-        host.Set(FormatAttr.Tabs, (Own ?? new TabList(Array.Empty<TabList.Entry>())).With(entry));
+        host.Set(FormatAttr.Tabs, (Own ?? TabList.Empty).With(entry));
     }
 
     /// <summary>Removes the stop at the position; one the style gives is cleared for this paragraph.</summary>
     public void RemoveByPosition(double position)
     {
         int at = (int)Math.Round(position * 20);
-        var own = (Own ?? new TabList(Array.Empty<TabList.Entry>())).Without(at);
+        var own = (Own ?? TabList.Empty).Without(at);
         if (Inherited?.Entries.Any(e => e.Position == at && e.Kind != "clear") == true) own = own.With(new TabList.Entry(at, "clear", null));
         host.Set(FormatAttr.Tabs, own.Entries.Count == 0 ? null : own);
     }

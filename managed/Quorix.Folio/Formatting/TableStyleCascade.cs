@@ -116,34 +116,34 @@ internal sealed class TableStyleCascade
     internal static TableArea AreaOf(Table t, Row r, Cell? c)
     {
         var look = TableLook.Of(t.Host);
-        var area = TableArea.None;
-        bool firstRow = look.HasFlag(TableStyleOptions.FirstRow) && r.IsFirstRow;
-        bool lastRow = look.HasFlag(TableStyleOptions.LastRow) && r.IsLastRow;
-        if (firstRow) area |= TableArea.FirstRow;
-        if (lastRow) area |= TableArea.LastRow;
-        if (look.HasFlag(TableStyleOptions.RowBands) && !firstRow && !lastRow)
-        {
-            int size = Math.Max(1, t.Host.Get(FormatAttr.RowBandSize) as int? ?? 1);
-            int index = IndexIn(r) - (look.HasFlag(TableStyleOptions.FirstRow) ? 1 : 0);
-            area |= index / size % 2 == 0 ? TableArea.Band1Horizontal : TableArea.Band2Horizontal;
-        }
+        var area = Along(look, r, t.Host.Get(FormatAttr.RowBandSize),
+            (TableStyleOptions.FirstRow, TableStyleOptions.LastRow, TableStyleOptions.RowBands),
+            (TableArea.FirstRow, TableArea.LastRow, TableArea.Band1Horizontal, TableArea.Band2Horizontal));
         if (c == null) return area;
-        bool firstCol = look.HasFlag(TableStyleOptions.FirstColumn) && c.IsFirstCell;
-        bool lastCol = look.HasFlag(TableStyleOptions.LastColumn) && c.IsLastCell;
-        if (firstCol) area |= TableArea.FirstColumn;
-        if (lastCol) area |= TableArea.LastColumn;
-        if (look.HasFlag(TableStyleOptions.ColumnBands) && !firstCol && !lastCol)
-        {
-            int size = Math.Max(1, t.Host.Get(FormatAttr.ColumnBandSize) as int? ?? 1);
-            int index = IndexIn(c) - (look.HasFlag(TableStyleOptions.FirstColumn) ? 1 : 0);
-            area |= index / size % 2 == 0 ? TableArea.Band1Vertical : TableArea.Band2Vertical;
-        }
+        area |= Along(look, c, t.Host.Get(FormatAttr.ColumnBandSize),
+            (TableStyleOptions.FirstColumn, TableStyleOptions.LastColumn, TableStyleOptions.ColumnBands),
+            (TableArea.FirstColumn, TableArea.LastColumn, TableArea.Band1Vertical, TableArea.Band2Vertical));
         // Corners need both their row and their column chosen.
         if (r.IsFirstRow && c.IsFirstCell && look.HasFlag(TableStyleOptions.FirstRow) && look.HasFlag(TableStyleOptions.FirstColumn)) area |= TableArea.TopLeft;
         if (r.IsFirstRow && c.IsLastCell && look.HasFlag(TableStyleOptions.FirstRow) && look.HasFlag(TableStyleOptions.LastColumn)) area |= TableArea.TopRight;
         if (r.IsLastRow && c.IsFirstCell && look.HasFlag(TableStyleOptions.LastRow) && look.HasFlag(TableStyleOptions.FirstColumn)) area |= TableArea.BottomLeft;
         if (r.IsLastRow && c.IsLastCell && look.HasFlag(TableStyleOptions.LastRow) && look.HasFlag(TableStyleOptions.LastColumn)) area |= TableArea.BottomRight;
         return area;
+    }
+
+    // One direction, rows or columns: the first or last of them, else the band it falls in, counted
+    // from the first after a first one formatted apart.
+    private static TableArea Along(TableStyleOptions look, Node n, object? bandSize,
+        (TableStyleOptions First, TableStyleOptions Last, TableStyleOptions Bands) options, (TableArea First, TableArea Last, TableArea Band1, TableArea Band2) parts)
+    {
+        bool hasFirst = look.HasFlag(options.First);
+        var edge = TableArea.None;
+        if (hasFirst && n.PreviousSibling == null) edge |= parts.First;
+        if (look.HasFlag(options.Last) && n.NextSibling == null) edge |= parts.Last;
+        if (edge != TableArea.None || !look.HasFlag(options.Bands)) return edge;
+        int size = Math.Max(1, bandSize as int? ?? 1);
+        int index = IndexIn(n) - (hasFirst ? 1 : 0);
+        return index / size % 2 == 0 ? parts.Band1 : parts.Band2;
     }
 
     private static int IndexIn(Node n)

@@ -20,12 +20,7 @@ public sealed class Section : CompositeNode, IBlockFormatted
     internal AttrSet Attrs
     {
         get => Props.Attrs;
-        set
-        {
-            Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
-            // Resolved formatting and laid-out pages depend on it.
-            FormatStamp.Bump();
-        }
+        set => FormatProps.Put(ref Props, doc, value);
     }
 
     /// <summary>The section's markup kept beside the attributes: note options, line numbering, its change record.</summary>

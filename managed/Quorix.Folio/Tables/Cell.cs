@@ -20,12 +20,7 @@ public sealed class Cell : CompositeNode, IBlockFormatted
     internal AttrSet Attrs
     {
         get => Props.Attrs;
-        set
-        {
-            Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
-            // Resolved formatting and laid-out pages depend on it.
-            FormatStamp.Bump();
-        }
+        set => FormatProps.Put(ref Props, doc, value);
     }
 
     /// <summary>The cell's own formatting over what its table's style gives the cell's place in the table.</summary>

@@ -21,12 +21,7 @@ public sealed class Row : CompositeNode, IBlockFormatted
     internal AttrSet Attrs
     {
         get => Props.Attrs;
-        set
-        {
-            Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
-            // Resolved formatting and laid-out pages depend on it.
-            FormatStamp.Bump();
-        }
+        set => FormatProps.Put(ref Props, doc, value);
     }
 
     /// <summary>The markup kept beside the attributes (tracked insertion or deletion of the row, its change record).</summary>

@@ -40,12 +40,7 @@ public sealed class Table : CompositeNode, IBlockFormatted
     internal AttrSet Attrs
     {
         get => Props.Attrs;
-        set
-        {
-            Props = Props with { Attrs = doc?.Cascade.Shared(value) ?? value };
-            // Resolved formatting and laid-out pages depend on it.
-            FormatStamp.Bump();
-        }
+        set => FormatProps.Put(ref Props, doc, value);
     }
 
     /// <summary>The table's own formatting over what its style gives.</summary>
