@@ -306,6 +306,33 @@ public class ListLevelFormattingTests
     }
 }
 
+/// <summary>A paragraph's direction as typed formatting, inherited from its style.</summary>
+public class ParagraphDirectionTests
+{
+    private static readonly XNamespace Wn = "http://schemas.openxmlformats.org/wordprocessingml/2006/main";
+
+    [Fact]
+    public void DirectionComesFromTheStyleUnlessTheParagraphSaysAndRoundTrips()
+    {
+        var doc = new Document();
+        var b = new DocumentBuilder(doc);
+        var rtl = doc.Styles.Add(StyleType.Paragraph, "Right to left");
+        rtl.ParagraphFormat.Bidi = true;
+        b.ParagraphFormat.StyleName = "Right to left";
+        b.Writeln("\u05D0\u05D1");
+        b.Writeln("mixed");
+        var paras = doc.FirstSection!.Body!.Paragraphs;
+        Assert.True(paras[0].ParagraphFormat.Bidi);
+        paras[1].ParagraphFormat.Bidi = false;
+        var saved = TestSupport.ToBytes(doc);
+        var ps = XDocument.Parse(TestSupport.Part(saved, "word/document.xml")).Descendants(Wn + "p").ToList();
+        Assert.Null(ps[0].Element(Wn + "pPr")!.Element(Wn + "bidi"));
+        Assert.Equal("0", ps[1].Element(Wn + "pPr")!.Element(Wn + "bidi")!.Attribute(Wn + "val")!.Value);
+        var again = new Document(new MemoryStream(saved)).FirstSection!.Body!.Paragraphs;
+        Assert.Equal((true, false), (again[0].ParagraphFormat.Bidi, again[1].ParagraphFormat.Bidi));
+    }
+}
+
 /// <summary>Tab stops as typed formatting: a paragraph's own added to or clearing its style's.</summary>
 public class TabStopTests
 {

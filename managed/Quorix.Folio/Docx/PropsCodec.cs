@@ -124,6 +124,7 @@ internal sealed class PropsCodec
         new(FormatAttr.IndentFirstLine, "ind", "firstLine", Kind.Int),
         new(FormatAttr.Alignment, "jc", "val", Kind.Text),
         new(FormatAttr.OutlineLevel, "outlineLvl", "val", Kind.Int),
+        new(FormatAttr.ParaBidi, "bidi", "val", Kind.Toggle),
         new(FormatAttr.Tabs, "tabs", "tab", Kind.Tabs),
     }.Concat(Borders("pBdr", (FormatAttr.ParaBorderTop, "top"), (FormatAttr.ParaBorderLeft, "left"), (FormatAttr.ParaBorderBottom, "bottom"),
         (FormatAttr.ParaBorderRight, "right"), (FormatAttr.ParaBorderBetween, "between"))).Concat(Shading()).ToArray());

@@ -59,6 +59,7 @@ internal enum FormatAttr : byte
     IndentHanging, IndentFirstLine,
     Alignment,
     OutlineLevel,
+    ParaBidi,
     ParaBorderTop, ParaBorderLeft, ParaBorderBottom, ParaBorderRight, ParaBorderBetween,
     Tabs,
 

@@ -203,6 +203,7 @@ public sealed class ParagraphFormat
         }
     }
 
+    // Frames, dropped capitals among them, are not modelled: they live with the kept markup.
     /// <summary>Whether the paragraph is a dropped capital for the paragraph after it, beside its first lines or in the margin.</summary>
     public DropCapPosition DropCapPosition
     {
@@ -238,8 +239,7 @@ public sealed class ParagraphFormat
     }
 
     /// <summary>Whether the paragraph is set right to left: its start is at the right.</summary>
-    // Direction and dropped capitals are not modelled yet: they live with the kept markup.
-    public bool Bidi { get => Bag.Toggle("bidi") ?? false; set => Bag.SetToggle("bidi", value); }
+    public bool Bidi { get => Toggle(FormatAttr.ParaBidi); set => SetToggle(FormatAttr.ParaBidi, value); }
 
     /// <summary>Whether all lines of the paragraph stay on one page.</summary>
     public bool KeepTogether { get => Toggle(FormatAttr.KeepLines); set => SetToggle(FormatAttr.KeepLines, value); }
