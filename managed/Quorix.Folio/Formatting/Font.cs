@@ -193,9 +193,10 @@ public sealed class Font
         }
     }
 
-    // Borders and shading of text are not modelled yet: they live with the markup kept beside the attributes.
+    /// <summary>The border drawn around the text.</summary>
     public Border Border => new Border(Host, FormatAttr.RunBorder);
 
+    /// <summary>The background shading behind the text.</summary>
     public Shading Shading => new Shading(Host);
 
     private AttrHost Host => new(() => Own, Put, inherited);

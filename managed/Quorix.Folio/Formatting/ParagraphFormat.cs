@@ -255,6 +255,7 @@ public sealed class ParagraphFormat
 
     private AttrHost Host => new(() => Own, Put, inherited);
 
+    /// <summary>The background shading behind the paragraph.</summary>
     public Shading Shading => new Shading(Host);
 
     /// <summary>The paragraph's tab stops, its style's included.</summary>

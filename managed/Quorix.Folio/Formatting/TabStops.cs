@@ -5,9 +5,13 @@ namespace Quorix.Folio;
 /// <summary>How text lines up at a tab stop.</summary>
 public enum TabAlignment
 {
+    /// <summary>Text starts at the stop.</summary>
     Left = 0,
+    /// <summary>Text is centred on the stop.</summary>
     Center = 1,
+    /// <summary>Text ends at the stop.</summary>
     Right = 2,
+    /// <summary>A number's decimal point sits at the stop.</summary>
     Decimal = 3,
     /// <summary>Not a stop: a vertical line drawn at the position.</summary>
     Bar = 4,
@@ -16,11 +20,17 @@ public enum TabAlignment
 /// <summary>What fills the space before a tab stop.</summary>
 public enum TabLeader
 {
+    /// <summary>Blank space.</summary>
     None = 0,
+    /// <summary>A row of dots.</summary>
     Dots = 1,
+    /// <summary>A row of hyphens.</summary>
     Dashes = 2,
+    /// <summary>A line along the baseline.</summary>
     Line = 3,
+    /// <summary>A heavy line.</summary>
     Heavy = 4,
+    /// <summary>A row of dots at mid height.</summary>
     MiddleDot = 5,
 }
 
@@ -34,12 +44,16 @@ public sealed class TabStop
         Leader = leader;
     }
 
+    /// <summary>Where the stop is, in points from the start of the text.</summary>
     public double Position { get; }
 
+    /// <summary>How text lines up at the stop.</summary>
     public TabAlignment Alignment { get; }
 
+    /// <summary>What fills the space before the stop.</summary>
     public TabLeader Leader { get; }
 
+    /// <summary>The stop's kind and position, for reading.</summary>
     public override string ToString() => $"{Alignment} tab at {Position}pt";
 }
 
@@ -66,8 +80,10 @@ public sealed class TabStopCollection
         return shown?.Entries.Where(e => e.Kind != "clear").ToList() ?? new List<TabList.Entry>();
     }
 
+    /// <summary>How many stops the paragraph shows.</summary>
     public int Count => Shown().Count;
 
+    /// <summary>The stop at the index, from the leftmost.</summary>
     public TabStop this[int index]
     {
         get

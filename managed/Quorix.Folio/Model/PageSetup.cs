@@ -154,6 +154,7 @@ public sealed class PageSetup
         }
     }
 
+    /// <summary>The columns the section's text flows in.</summary>
     public TextColumnCollection TextColumns => new(section, this);
 
     /// <summary>A border line around the pages of the section: top, left, bottom or right.</summary>
@@ -205,8 +206,10 @@ public sealed class PageSetup
     internal bool HasPageBorders => PageBorder(BorderType.Top) != null || PageBorder(BorderType.Left) != null ||
                                     PageBorder(BorderType.Bottom) != null || PageBorder(BorderType.Right) != null;
 
+    /// <summary>How the section numbers and places its footnotes.</summary>
     public Notes.FootnoteOptions FootnoteOptions => new(() => new[] { section.Kept }, Notes.FootnoteType.Footnote);
 
+    /// <summary>How the section numbers and places its endnotes.</summary>
     public Notes.EndnoteOptions EndnoteOptions => new(() => new[] { section.Kept }, Notes.FootnoteType.Endnote);
 
     internal void ApplyDefaults()
@@ -245,8 +248,12 @@ public enum PageBorderAppliesTo
 /// <summary>How a section's text sits between the top and bottom margins.</summary>
 public enum PageVerticalAlignment
 {
+    /// <summary>At the top margin.</summary>
     Top = 0,
+    /// <summary>Centred between the margins.</summary>
     Center = 1,
+    /// <summary>Spread so that the first line is at the top and the last at the bottom.</summary>
     Justify = 2,
+    /// <summary>At the bottom margin.</summary>
     Bottom = 3,
 }

@@ -20,6 +20,7 @@ public sealed class TextColumnCollection : IEnumerable<TextColumn>
 
     private ColumnList? Columns => Own.Get(FormatAttr.ColumnList) as ColumnList;
 
+    /// <summary>How many columns the section has.</summary>
     public int Count => EvenlySpaced ? Math.Max(1, Own.Int(FormatAttr.ColumnCount) ?? 1) : Math.Max(1, Columns?.Count ?? 0);
 
     /// <summary>Whether the columns share the text width equally, with <see cref="Spacing"/> between them.</summary>
@@ -136,7 +137,9 @@ public sealed class TextColumn
         this.index = index;
     }
 
+    /// <summary>The column's width in points.</summary>
     public double Width { get => owner.ColumnWidth(index); set => owner.SetOwn(index, true, value); }
 
+    /// <summary>The space after the column, before the next one, in points.</summary>
     public double SpaceAfter { get => owner.SpaceAfter(index); set => owner.SetOwn(index, false, value); }
 }
