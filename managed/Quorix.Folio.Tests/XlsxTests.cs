@@ -25,7 +25,7 @@ public class XlsxTests
         b.EndRow();
         b.EndTable();
         var wide = doc.FirstSection!.Body!.Tables[0].Rows[2].Cells[0];
-        wide.TcPr.SetVal("gridSpan", "2");
+        wide.Span = 2;
         b.MoveToDocumentEnd();
         b.InsertBreak(BreakType.SectionBreakNewPage);
         b.Write("second section");

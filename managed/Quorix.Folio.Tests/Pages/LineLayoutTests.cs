@@ -208,11 +208,10 @@ public class LineLayoutTests
 
     private static void AddTabStop(Paragraph p, string align, double points, string? leader = null)
     {
-        var tabs = p.PPr.GetOrAdd("tabs");
-        tabs.Children ??= new List<Quorix.Folio.Formatting.PropElement>();
-        var tab = new Quorix.Folio.Formatting.PropElement("tab").Set("val", align).Set("pos", ((int)Math.Round(points * 20)).ToString());
-        if (leader != null) tab.Set("leader", leader);
-        tabs.Children.Add(tab);
+        var tabs = p.ParagraphFormat.TabStops;
+        if (align == "clear") tabs.RemoveByPosition(points);
+        else tabs.Add(points, align switch { "right" => TabAlignment.Right, "center" => TabAlignment.Center, _ => TabAlignment.Left },
+            leader == "dot" ? TabLeader.Dots : TabLeader.None);
     }
 
     [Fact]

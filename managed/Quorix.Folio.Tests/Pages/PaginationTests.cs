@@ -296,7 +296,7 @@ public class PaginationTests
             b.EndRow();
             b.EndTable();
             table.StyleIdentifier = StyleIdentifier.TableGrid;
-            var style = b.Document.Styles.FindById(table.TblPr.Val("tblStyle"))!;
+            var style = table.TableStyle!;
             if (tableStyleSpacing) style.ParagraphFormat.SpaceAfter = 0;
             else style.ParagraphFormat.ClearFormatting();
             var lines = LayoutProbe.Lines(b.Document, 0);

@@ -255,7 +255,7 @@ internal sealed class DocumentComparer
             MarkParagraph(p, Mark(kind));
             if (move != null) MoveRange(p, "moveFrom", move);
         }
-        if (block is Table t) foreach (var r in t.Rows) r.TrPr.Add(Mark("del"));
+        if (block is Table t) foreach (var r in t.Rows) r.Kept.Add(Mark("del"));
     }
 
     /// <summary>Brings a block of the other document in after <paramref name="anchor"/>, as inserted or as
@@ -273,7 +273,7 @@ internal sealed class DocumentComparer
             MarkParagraph(p, Mark(kind));
             if (move != null) MoveRange(p, "moveTo", move);
         }
-        if (copy is Table t) foreach (var r in t.Rows) r.TrPr.Add(Mark("ins"));
+        if (copy is Table t) foreach (var r in t.Rows) r.Kept.Add(Mark("ins"));
         return copy;
     }
 

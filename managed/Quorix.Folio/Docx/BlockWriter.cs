@@ -16,6 +16,9 @@ internal static partial class BodyWriter
         // Written at the start of the first paragraph, then dropped.
         public Action<XmlWriter>? Prefix;
         public bool LastWasParagraph;
+        // The section's properties, written in the pPr of its last block when that is a paragraph.
+        public Action<XmlWriter>? SectionProps;
+        public Node? LastBlock;
 
         public BlockWriter(XmlWriter w, PartWriter pw, Action<XmlWriter>? prefix)
         {
@@ -26,16 +29,54 @@ internal static partial class BodyWriter
 
         public override VisitorAction VisitParagraphStart(Paragraph p)
         {
-            WriteParagraph(w, p, pw, null, Prefix);
+            WriteParagraph(w, p, pw, p == LastBlock ? SectionProps : null, Prefix);
             Prefix = null;
             LastWasParagraph = true;
             return VisitorAction.SkipThisNode;
         }
 
+        // Rows and cells are written as the walk reaches them; a cell's own blocks by a writer of their own.
+        private int tableDepth;
+        private bool rowHasCells;
+
         public override VisitorAction VisitTableStart(Table t)
         {
-            WriteTable(w, t, pw);
+            if (t.FirstRow == null) return VisitorAction.SkipThisNode;
+            StartTable(w, t, pw);
+            tableDepth++;
+            return VisitorAction.Continue;
+        }
+
+        public override VisitorAction VisitTableEnd(Table t)
+        {
+            w.WriteEndElement();
+            tableDepth--;
             LastWasParagraph = false;
+            return VisitorAction.Continue;
+        }
+
+        public override VisitorAction VisitRowStart(Row row)
+        {
+            StartRow(w, row, pw);
+            rowHasCells = false;
+            return VisitorAction.Continue;
+        }
+
+        public override VisitorAction VisitRowEnd(Row row)
+        {
+            if (!rowHasCells) EmptyCell(w);
+            w.WriteEndElement();
+            return VisitorAction.Continue;
+        }
+
+        public override VisitorAction VisitCellStart(Cell cell)
+        {
+            // The cells a merged group swallows are written as part of its first cell.
+            if (!Swallowed(cell))
+            {
+                WriteCell(w, cell, pw);
+                rowHasCells = true;
+            }
             return VisitorAction.SkipThisNode;
         }
 
@@ -46,10 +87,23 @@ internal static partial class BodyWriter
             return VisitorAction.SkipThisNode;
         }
 
+        private static bool Swallowed(Cell cell)
+        {
+            if (cell.HMerge != CellMerge.Previous) return false;
+            for (var n = cell.prev; n is Cell p; n = n.prev)
+            {
+                if (p.HMerge == CellMerge.First) return true;
+                if (p.HMerge != CellMerge.Previous) return false;
+            }
+            return false;
+        }
+
         internal override VisitorAction VisitKept(OpaqueNode o)
         {
+            // Inside a table, kept rows and cells are written where they stood.
+            if (tableDepth > 0) w.WriteRaw(o.Xml);
             // The content between a container's markers decides how the container ends.
-            if (o.Partner != null) Kept.Write(w, o);
+            else if (o.Partner != null) Kept.Write(w, o);
             else
             {
                 w.WriteRaw(o.Xml);

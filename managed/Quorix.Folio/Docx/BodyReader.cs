@@ -80,13 +80,13 @@ internal static class BodyReader
 
     private static Section FinishSection(Document doc, Body body, PropBag sectPr, ReadContext ctx, Dictionary<string, HeaderFooter> headers)
     {
-        var section = new Section(doc, sectPr);
+        var refs = sectPr.Items.Where(e => e.Ns == Ns.W && e.Local is "headerReference" or "footerReference").ToList();
+        if (refs.Count > 0) sectPr.RemoveAll(refs.Contains);
+        var section = new Section(doc, PropsCodec.Section.Decode(sectPr, doc.Cascade.SharedTable));
         doc.LinkLast(section);
         section.LinkLast(body);
-        foreach (var e in sectPr.Items.ToArray())
+        foreach (var e in refs)
         {
-            if (e.Ns != Ns.W || (e.Local != "headerReference" && e.Local != "footerReference")) continue;
-            sectPr.RemoveAll(x => x == e);
             var id = e.Get("id", Ns.R);
             if (id == null || !ctx.Rels.TryGetValue(id, out var rel) || rel.External) continue;
             var part = OpcPackage.Resolve(ctx.Part, rel.Target);
@@ -540,7 +540,7 @@ internal static class BodyReader
     public static Table ReadTable(XmlReader r, ReadContext ctx)
     {
         if (r.Depth > PropElement.MaxDepth) throw new FileCorruptedException($"Tables nest more deeply than the document format allows.");
-        var t = new Table(ctx.Doc, new PropBag(PropOrder.Table));
+        var t = new Table(ctx.Doc, FormatProps.None);
         if (r.IsEmptyElement) { r.Read(); return t; }
         int depth = r.Depth;
         r.Read();
@@ -561,7 +561,7 @@ internal static class BodyReader
             else t.LinkLast(Opaque(r, ctx, OpaqueKind.Block));
         }
         r.Read();
-        if (tblPr != null) t.TblPr.MergeFrom(tblPr);
+        if (tblPr != null) t.Props = PropsCodec.Table.Decode(tblPr, ctx.Doc.Cascade.SharedTable);
         return t;
     }
 
@@ -586,8 +586,8 @@ internal static class BodyReader
                     cells.Add(cell);
                     for (int i = 0; i < spanned; i++)
                     {
-                        var filler = new Cell(ctx.Doc, new PropBag(PropOrder.TableCell)) { HMerge = CellMerge.Previous };
-                        if (cell.TcPr.Find("vMerge") is { } vm) filler.TcPr.Add(vm.Clone());
+                        var filler = new Cell(ctx.Doc, FormatProps.None) { HMerge = CellMerge.Previous };
+                        filler.Attrs = AttrSet.Empty.With(FormatAttr.VerticalMerge, cell.Attrs.Get(FormatAttr.VerticalMerge));
                         filler.LinkLast(new Paragraph(ctx.Doc));
                         cells.Add(filler);
                     }
@@ -596,7 +596,7 @@ internal static class BodyReader
             }
         }
         r.Read();
-        var row = new Row(ctx.Doc, trPr ?? new PropBag(PropOrder.TableRow)) { TblPrEx = ex, XAttrs = attrs };
+        var row = new Row(ctx.Doc, PropsCodec.TableRow.Decode(trPr, ctx.Doc.Cascade.SharedTable)) { TblPrEx = ex, XAttrs = attrs };
         foreach (var c in cells) row.LinkLast(c);
         return row;
     }
@@ -604,7 +604,7 @@ internal static class BodyReader
     private static Cell ReadCell(XmlReader r, ReadContext ctx, out int spanned)
     {
         spanned = 0;
-        var cell = new Cell(ctx.Doc, new PropBag(PropOrder.TableCell));
+        var cell = new Cell(ctx.Doc, FormatProps.None);
         if (r.IsEmptyElement) { r.Read(); return cell; }
         int depth = r.Depth;
         r.Read();
@@ -621,12 +621,12 @@ internal static class BodyReader
                     cell.HMerge = h.Get("val") == "restart" ? CellMerge.First : CellMerge.Previous;
                     bag.Remove("hMerge");
                 }
-                cell.TcPr.MergeFrom(bag);
+                cell.Props = PropsCodec.TableCell.Decode(bag, ctx.Doc.Cascade.SharedTable);
                 // A cell spanning columns becomes the first of a merged group, as the builder makes them.
-                var span = cell.TcPr.Int("gridSpan") ?? 1;
+                var span = cell.Span;
                 if (span > 1 && cell.HMerge == CellMerge.None && span <= 64)
                 {
-                    cell.TcPr.Remove("gridSpan");
+                    cell.Span = 1;
                     cell.HMerge = CellMerge.First;
                     spanned = span - 1;
                 }

@@ -224,14 +224,13 @@ internal static partial class BodyWriter
         w.WriteEndElement();
     }
 
-    public static void WriteTable(XmlWriter w, Table t, PartWriter pw)
+    /// <summary>The table's start: its properties and column grid.</summary>
+    private static void StartTable(XmlWriter w, Table t, PartWriter pw)
     {
-        if (t.FirstRow == null) return;
         w.WriteStartElement("tbl", Ns.W);
-        w.WriteStartElement("tblPr", Ns.W);
-        if (!t.TblPr.Has("tblW")) t.TblPr.GetOrAdd("tblW").Set("w", "0").Set("type", "auto");
-        foreach (var e in t.TblPr.Items) e.Write(w);
-        w.WriteEndElement();
+        // Readers expect a width; a table without one fits its content.
+        var attrs = t.Attrs.HasGroup(FormatAttr.TableWidth) ? t.Attrs : t.Attrs.With(FormatAttr.TableWidth, 0).With(FormatAttr.TableWidthType, "auto");
+        PropsCodec.Table.Write(w, pw.State.Elements(PropsCodec.Table, attrs), t.Props.Kept, always: true);
         // The grid read with the table stays as it was unless the rows now need more columns:
         // rows may span columns or leave some out, and the widths are the author's.
         int cols = Math.Max(1, t.GridColumns());
@@ -242,12 +241,6 @@ internal static partial class BodyWriter
             w.WriteStartElement("gridCol", Ns.W);
             w.WriteAttributeString("w", Ns.W, Units.Str(g));
             w.WriteEndElement();
-        }
-        w.WriteEndElement();
-        for (var n = t.first; n != null; n = n.next)
-        {
-            if (n is Row row) WriteRow(w, row, pw);
-            else if (n is OpaqueNode o) w.WriteRaw(o.Xml);
         }
         w.WriteEndElement();
     }
@@ -278,52 +271,32 @@ internal static partial class BodyWriter
         return Enumerable.Repeat(each, cols).ToList();
     }
 
-    private static void WriteRow(XmlWriter w, Row row, PartWriter pw)
+    private static void StartRow(XmlWriter w, Row row, PartWriter pw)
     {
         w.WriteStartElement("tr", Ns.W);
         PropElement.WriteAttrs(w, row.XAttrs);
         row.TblPrEx?.Write(w, "tblPrEx");
-        row.TrPr.Write(w, "trPr");
-        bool any = false;
-        for (var n = row.first; n != null;)
-        {
-            if (n is OpaqueNode o) { w.WriteRaw(o.Xml); n = n.next; continue; }
-            if (n is not Cell cell) { n = n.next; continue; }
-            // A horizontally merged group is written as one cell spanning the group's columns.
-            int span = cell.Span;
-            var after = n.next;
-            if (cell.HMerge == CellMerge.First)
-            {
-                while (after is Cell c2 && c2.HMerge == CellMerge.Previous)
-                {
-                    span += c2.Span;
-                    after = after.next;
-                }
-            }
-            WriteCell(w, cell, span, pw);
-            any = true;
-            n = after;
-        }
-        if (!any)
-        {
-            w.WriteStartElement("tc", Ns.W);
-            Empty(w, "p");
-            w.WriteEndElement();
-        }
+        PropsCodec.TableRow.Write(w, pw.State.Elements(PropsCodec.TableRow, row.Attrs), row.Props.Kept);
+    }
+
+    /// <summary>A cell, or a horizontally merged group written as one cell spanning the group's columns.</summary>
+    private static void WriteCell(XmlWriter w, Cell cell, PartWriter pw)
+    {
+        int span = cell.Span;
+        if (cell.HMerge == CellMerge.First)
+            for (var n = cell.next; n is Cell c2 && c2.HMerge == CellMerge.Previous; n = n.next) span += c2.Span;
+        w.WriteStartElement("tc", Ns.W);
+        var attrs = span != cell.Span ? cell.Attrs.With(FormatAttr.GridSpan, span) : cell.Attrs;
+        PropsCodec.TableCell.Write(w, pw.State.Elements(PropsCodec.TableCell, attrs), cell.Props.Kept);
+        WriteBlocks(w, cell, pw);
         w.WriteEndElement();
     }
 
-    private static void WriteCell(XmlWriter w, Cell cell, int span, PartWriter pw)
+    /// <summary>A row left without cells still needs one to be valid.</summary>
+    private static void EmptyCell(XmlWriter w)
     {
         w.WriteStartElement("tc", Ns.W);
-        var tcPr = cell.TcPr;
-        if (span != cell.Span)
-        {
-            tcPr = tcPr.Clone();
-            tcPr.SetVal("gridSpan", Units.Str(span));
-        }
-        tcPr.Write(w, "tcPr");
-        WriteBlocks(w, cell, pw);
+        Empty(w, "p");
         w.WriteEndElement();
     }
 }

@@ -234,74 +234,8 @@ internal static class DocxWriter
         RootInfo.WriteStart(w, "document", docxKept.Roots.GetValueOrDefault(main));
         docxKept.BodyTail?.Write(w);
         w.WriteStartElement("body", Ns.W);
-        var sections = doc.Sections.ToArray();
-        var progress = doc.SaveProgress;
-        int blocks = progress == null ? 0 : sections.Sum(s => s.Body?.RawChildren().Count() ?? 0), written = 0;
-        for (int i = 0; i < sections.Length; i++)
-        {
-            var s = sections[i];
-            bool lastSection = i == sections.Length - 1;
-            Action<XmlWriter> sectPr = x => SectPr(x, s, hfRelIds);
-            var body = s.Body;
-            Node? lastBlock = body?.last;
-            while (lastBlock is OpaqueNode) lastBlock = lastBlock.prev;
-            if (body != null)
-            {
-                var kept = new KeptContainers();
-                for (var n = body.first; n != null; n = n.next)
-                {
-                    switch (n)
-                    {
-                        case Paragraph p:
-                            BodyWriter.WriteParagraph(w, p, pw, !lastSection && n == lastBlock ? sectPr : null);
-                            break;
-                        case Tables.Table t:
-                            BodyWriter.WriteTable(w, t, pw);
-                            break;
-                        case Markup.StructuredDocumentTag sdt:
-                            BodyWriter.WriteControl(w, sdt, pw, null, null);
-                            break;
-                        case OpaqueNode o:
-                            kept.Write(w, o);
-                            break;
-                    }
-                    progress?.Report(BodyShare * ++written / blocks);
-                }
-                kept.CloseAll(w);
-            }
-            if (lastBlock == null && lastSection)
-            {
-                // Word processors expect at least one paragraph in the body.
-                w.WriteStartElement("p", Ns.W);
-                w.WriteEndElement();
-            }
-            if (!lastSection && lastBlock is not Paragraph)
-            {
-                w.WriteStartElement("p", Ns.W);
-                w.WriteStartElement("pPr", Ns.W);
-                sectPr(w);
-                w.WriteEndElement();
-                w.WriteEndElement();
-            }
-            if (lastSection) sectPr(w);
-        }
+        doc.AcceptCore(new BodyWriter.SectionWriter(w, pw, doc, hfRelIds, BodyShare));
         w.WriteEndElement();
-        w.WriteEndElement();
-    }
-
-    private static void SectPr(XmlWriter w, Section s, Dictionary<HeaderFooter, string> hfRelIds)
-    {
-        w.WriteStartElement("sectPr", Ns.W);
-        PropElement.WriteAttrs(w, s.XAttrs);
-        foreach (HeaderFooter hf in s.HeadersFooters)
-        {
-            if (!hfRelIds.TryGetValue(hf, out var id)) continue;
-            w.WriteStartElement(hf.IsHeader ? "headerReference" : "footerReference", Ns.W);
-            w.WriteAttributeString("type", Ns.W, HeaderFooter.XmlType(hf.HeaderFooterType));
-            w.WriteAttributeString("id", Ns.R, id);
-            w.WriteEndElement();
-        }
-        foreach (var e in s.SectPr.Items) e.Write(w);
         w.WriteEndElement();
     }
 

@@ -84,6 +84,15 @@ internal sealed class SaveState
 
     public List<PropElement> ParagraphElements(AttrSet attrs) => Encoded(paragraphProps, PropsCodec.Paragraph, attrs);
 
+    private readonly Dictionary<(PropsCodec, AttrSet), List<PropElement>> blockProps = new();
+
+    /// <summary>The elements of a table's, row's, cell's or section's attributes; equal sets are encoded once.</summary>
+    public List<PropElement> Elements(PropsCodec codec, AttrSet attrs)
+    {
+        if (!blockProps.TryGetValue((codec, attrs), out var list)) blockProps[(codec, attrs)] = list = codec.Encode(attrs);
+        return list;
+    }
+
     private static List<PropElement> Encoded(Dictionary<AttrSet, List<PropElement>> cache, PropsCodec codec, AttrSet attrs)
     {
         if (!cache.TryGetValue(attrs, out var list)) cache[attrs] = list = codec.Encode(attrs);

@@ -125,7 +125,13 @@ internal sealed class AttrSet : IEquatable<AttrSet>
         if (over.IsEmpty) return this;
         if (IsEmpty) return over;
         var result = Where(k => !over.HasGroup(k));
-        for (int i = 0; i < over.keys.Length; i++) result = result.With(over.keys[i], over.values[i]);
+        for (int i = 0; i < over.keys.Length; i++)
+        {
+            var value = over.values[i];
+            // Some values add to what is inherited rather than replace it.
+            if (value is IMergedValue merged && Get(over.keys[i]) is { } under) value = merged.Over(under);
+            result = result.With(over.keys[i], value);
+        }
         return result;
     }
 

@@ -2,91 +2,81 @@ using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio;
 
-/// <summary>One border line of a run, paragraph, cell or table.</summary>
+/// <summary>One border line of a run, paragraph, cell, table or page.</summary>
 public sealed class Border
 {
-    private readonly PropBag bag;
-    private readonly string local;
+    private readonly AttrHost host;
+    private readonly FormatAttr side;
 
-    internal Border(PropBag bag, string local)
+    internal Border(AttrHost host, FormatAttr side)
     {
-        this.bag = bag;
-        this.local = local;
+        this.host = host;
+        this.side = side;
     }
 
-    private PropElement? Element => bag.Find(local);
+    internal BorderLine? Line => host.Get(side) as BorderLine;
+
+    // A new line starts as a thin automatic-coloured one, as word processors draw it.
+    private BorderLine Editable => host.Own.Get(side) as BorderLine ?? Line ?? new BorderLine("none", 4, 0, "auto");
 
     /// <summary>The border's line; None for no border.</summary>
     public LineStyle LineStyle
     {
-        get => Element?.Get("val") switch
-        {
-            null or "none" or "nil" => LineStyle.None,
-            "thick" => LineStyle.Thick,
-            "double" => LineStyle.Double,
-            "dotted" => LineStyle.Dot,
-            "dashed" => LineStyle.DashLargeGap,
-            _ => LineStyle.Single,
-        };
-        set
-        {
-            var v = value switch
-            {
-                LineStyle.None => "none",
-                LineStyle.Single => "single",
-                LineStyle.Thick => "thick",
-                LineStyle.Double => "double",
-                LineStyle.Dot => "dotted",
-                LineStyle.DashLargeGap => "dashed",
-                _ => throw new ArgumentOutOfRangeException(nameof(value)),
-            };
-            var e = bag.GetOrAdd(local).Set("val", v);
-            if (e.Get("sz") == null) e.Set("sz", "4");
-            if (e.Get("space") == null) e.Set("space", "0");
-            if (e.Get("color") == null) e.Set("color", "auto");
-        }
+        get => Line?.LineStyle ?? LineStyle.None;
+        set => host.Set(side, Editable with { Style = BorderLine.StyleName(value) });
     }
 
     /// <summary>Line width in points.</summary>
     public double LineWidth
     {
-        get => (Units.ParseInt(Element?.Get("sz")) ?? 0) / 8.0;
+        get => (Line?.Size ?? 0) / 8.0;
         set
         {
             Units.CheckRange(value, 0, 12, nameof(value));
-            bag.GetOrAdd(local).Set("sz", Units.Str((int)Math.Round(value * 8)));
+            host.Set(side, Editable with { Size = (int)Math.Round(value * 8) });
         }
     }
 
     /// <summary>Distance of the line from the text, in points.</summary>
     public double DistanceFromText
     {
-        get => Units.ParseInt(Element?.Get("space")) ?? 0;
+        get => Line?.Space ?? 0;
         set
         {
             Units.CheckRange(value, 0, 31, nameof(value));
-            bag.GetOrAdd(local).Set("space", Units.Str((int)Math.Round(value)));
+            host.Set(side, Editable with { Space = (int)Math.Round(value) });
+        }
+    }
+
+    /// <summary>The line's colour as six hexadecimal digits, or "auto".</summary>
+    public string ColorHex
+    {
+        get => Line?.Color ?? "auto";
+        set
+        {
+            Shading.CheckColor(value);
+            host.Set(side, Editable with { Color = value == "auto" ? value : value.ToUpperInvariant(), ThemeColor = null, ThemeTint = null, ThemeShade = null });
         }
     }
 
     /// <summary>Whether the border is drawn.</summary>
-    public bool IsVisible => LineStyle != LineStyle.None;
+    public bool IsVisible => Line?.Visible ?? false;
 
     /// <summary>Removes the border's own formatting, leaving what styles give.</summary>
-    public void ClearFormatting() => bag.Remove(local);
+    public void ClearFormatting() => host.Set(side, null);
 }
 
-/// <summary>Background shading of a run, paragraph or cell.</summary>
+/// <summary>Background shading of a run, paragraph, table or cell.</summary>
 public sealed class Shading
 {
-    private readonly PropBag bag;
+    private readonly AttrHost host;
 
-    internal Shading(PropBag bag) { this.bag = bag; }
+    internal Shading(AttrHost host) { this.host = host; }
 
     /// <summary>The shading's pattern.</summary>
     public TextureIndex Texture
     {
-        get => bag.Find("shd")?.Get("val") switch
+        get => host.Get(FormatAttr.ShadingPattern) switch
         {
             "solid" => TextureIndex.TextureSolid,
             "pct10" => TextureIndex.Texture10Percent,
@@ -109,25 +99,39 @@ public sealed class Shading
                 TextureIndex.Texture75Percent => "pct75",
                 _ => throw new ArgumentOutOfRangeException(nameof(value)),
             };
-            var e = bag.GetOrAdd("shd").Set("val", v);
-            if (e.Get("color") == null) e.Set("color", "auto");
-            if (e.Get("fill") == null) e.Set("fill", "auto");
+            Put(v, null);
         }
     }
 
     /// <summary>Fill colour as six hexadecimal digits, or "auto".</summary>
     public string BackgroundPatternColorHex
     {
-        get => bag.Find("shd")?.Get("fill") ?? "auto";
+        get => host.Get(FormatAttr.ShadingFill) as string ?? "auto";
         set
         {
-            var e = bag.GetOrAdd("shd");
-            if (e.Get("val") == null) e.Set("val", "clear");
-            if (e.Get("color") == null) e.Set("color", "auto");
-            e.Set("fill", value);
+            CheckColor(value);
+            Put(null, value == "auto" ? value : value.ToUpperInvariant());
         }
     }
 
+    // Pattern, colour and fill are one setting: a change keeps the others the owner shows.
+    private void Put(string? pattern, string? fill)
+    {
+        var own = host.Own;
+        bool has = own.HasGroup(FormatAttr.ShadingPattern);
+        string Shown(FormatAttr a, string fallback) => (has ? own.Get(a) : host.Get(a)) as string ?? fallback;
+        host.Put(own.With(FormatAttr.ShadingPattern, pattern ?? Shown(FormatAttr.ShadingPattern, "clear"))
+            .With(FormatAttr.ShadingColor, Shown(FormatAttr.ShadingColor, "auto"))
+            .With(FormatAttr.ShadingFill, fill ?? Shown(FormatAttr.ShadingFill, "auto")));
+    }
+
+    internal static void CheckColor(string value)
+    {
+        ArgumentNullException.ThrowIfNull(value);
+        if (value != "auto" && (value.Length != 6 || !value.All(Uri.IsHexDigit)))
+            throw new ArgumentException($"'{value}' is not a colour: give six hexadecimal digits or \"auto\".", nameof(value));
+    }
+
     /// <summary>Removes the shading's own formatting, leaving what styles give.</summary>
-    public void ClearFormatting() => bag.Remove("shd");
+    public void ClearFormatting() => host.Put(host.Own.WithoutGroup(FormatAttr.ShadingPattern));
 }

@@ -193,12 +193,13 @@ public sealed class Font
         }
     }
 
-    // Borders and shading of text are not modelled yet: they live with the markup kept beside the attributes.
     /// <summary>The border drawn around the text.</summary>
-    public Border Border => new Border(owner.RunKept(true)!, "bdr");
+    public Border Border => new Border(Host, FormatAttr.RunBorder);
 
     /// <summary>The background shading behind the text.</summary>
-    public Shading Shading => new Shading(owner.RunKept(true)!);
+    public Shading Shading => new Shading(Host);
+
+    private AttrHost Host => new(() => Own, Put, inherited);
 
     /// <summary>Removes the text's own character formatting, so it shows its styles' formatting only.</summary>
     public void ClearFormatting()

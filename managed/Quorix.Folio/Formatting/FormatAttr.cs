@@ -41,6 +41,7 @@ internal enum FormatAttr : byte
     Underline, UnderlineColor,
     VerticalAlign,
     Language, LanguageEastAsian, LanguageBidi,
+    RunBorder,
 
     // Paragraph formatting. Spacing and indents are inherited value by value, except the two ways
     // of giving each indent, which replace each other.
@@ -58,6 +59,66 @@ internal enum FormatAttr : byte
     IndentHanging, IndentFirstLine,
     Alignment,
     OutlineLevel,
+    ParaBidi,
+    ParaBorderTop, ParaBorderLeft, ParaBorderBottom, ParaBorderRight, ParaBorderBetween,
+    Tabs,
+
+    // Shading of a run, paragraph, table or cell: one setting, so inherited whole.
+    ShadingPattern, ShadingColor, ShadingFill,
+
+    // Table formatting.
+    TableStyle,
+    TableBidi,
+    RowBandSize,
+    ColumnBandSize,
+    TableWidth, TableWidthType,
+    TableAlignment,
+    TableIndent, TableIndentType,
+    TableLayoutFixed,
+    TableLook, TableLookFirstRow, TableLookLastRow, TableLookFirstColumn, TableLookLastColumn, TableLookNoRowBands, TableLookNoColumnBands,
+    BorderTop, BorderLeft, BorderStart, BorderBottom, BorderRight, BorderEnd, BorderInsideH, BorderInsideV, BorderDiagonalDown, BorderDiagonalUp,
+
+    // Row formatting.
+    GridBefore,
+    GridAfter,
+    CantSplit,
+    RowHeight, RowHeightRule,
+    HeaderRow,
+    RowAlignment,
+    RowHidden,
+
+    // Cell formatting.
+    CellWidth, CellWidthType,
+    GridSpan,
+    VerticalMerge,
+    NoWrap,
+    CellTextDirection,
+    CellVerticalAlignment,
+    HideMark,
+
+    // Section formatting.
+    PageWidth, PageHeight, PageOrientation, PaperCode,
+    MarginTop, MarginRight, MarginBottom, MarginLeft, MarginHeader, MarginFooter, MarginGutter,
+    SectionStart,
+    TitlePage,
+    PageNumberStart, PageNumberFormat,
+    ColumnCount, ColumnSpace, ColumnsEqual, ColumnSeparator, ColumnList,
+    PageBorderOffsetFrom, PageBorderDisplay, PageBorderZOrder,
+    PageBorderTop, PageBorderLeft, PageBorderBottom, PageBorderRight,
+    SectionVerticalAlignment,
+    SectionBidi,
+    GutterRight,
+    GridType, GridLinePitch, GridCharSpace,
+
+    // List level formatting.
+    LevelStart,
+    LevelNumberStyle,
+    LevelRestart,
+    LevelParagraphStyle,
+    LevelLegal,
+    LevelSuffix,
+    LevelText,
+    LevelAlignment,
     Count,
 }
 
@@ -81,6 +142,12 @@ internal static class FormatAttrs
         Group(FormatAttr.IndentLeft, FormatAttr.IndentStart);
         Group(FormatAttr.IndentRight, FormatAttr.IndentEnd);
         Group(FormatAttr.IndentHanging, FormatAttr.IndentFirstLine);
+        Group(FormatAttr.ShadingPattern, FormatAttr.ShadingFill);
+        Group(FormatAttr.TableWidth, FormatAttr.TableWidthType);
+        Group(FormatAttr.TableIndent, FormatAttr.TableIndentType);
+        Group(FormatAttr.RowHeight, FormatAttr.RowHeightRule);
+        Group(FormatAttr.CellWidth, FormatAttr.CellWidthType);
+        Group(FormatAttr.TableLook, FormatAttr.TableLookNoColumnBands);
         return g;
     }
 

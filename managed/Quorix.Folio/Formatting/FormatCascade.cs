@@ -8,13 +8,22 @@ internal sealed class FormatCascade
     private readonly DocumentBase doc;
     private long stamp = -1;
     private readonly Dictionary<(Style? Paragraph, string? Character), AttrSet> runs = new();
+    private readonly Dictionary<(Style? Paragraph, string? Character, TableStyleCascade.Layer Table), AttrSet> cellRuns = new();
+    private readonly Dictionary<(Style? Paragraph, TableStyleCascade.Layer Table), AttrSet> cellParagraphs = new();
+
+    /// <summary>Table styles with the formatting they give each part of a table.</summary>
+    public readonly TableStyleCascade Tables;
     private readonly Dictionary<Style, AttrSet> styleBases = new();
     private readonly Dictionary<Style, AttrSet> paragraphs = new(), paragraphStyleBases = new(), characterStyles = new();
     private AttrSet? paragraphDefaults;
     // One instance per distinct formatting in the document, whichever node or edit made it.
     private readonly Dictionary<AttrSet, AttrSet> shared = new();
 
-    public FormatCascade(DocumentBase doc) { this.doc = doc; }
+    public FormatCascade(DocumentBase doc)
+    {
+        this.doc = doc;
+        Tables = new TableStyleCascade(doc);
+    }
 
     /// <summary>The document's instance of a set equal to this one.</summary>
     public AttrSet Shared(AttrSet set) => set.Intern(shared);
@@ -26,6 +35,8 @@ internal sealed class FormatCascade
         long now = FormatStamp.Current;
         if (now == stamp) return;
         runs.Clear();
+        cellRuns.Clear();
+        cellParagraphs.Clear();
         styleBases.Clear();
         paragraphs.Clear();
         paragraphStyleBases.Clear();
@@ -43,6 +54,31 @@ internal sealed class FormatCascade
         var result = paragraphStyle != null ? Chain(paragraphStyle, RunCodec, true, true) : RunCodec.Decode(doc.Styles.DefaultsFor("rPr")).Attrs;
         if (doc.Styles.FindById(characterStyleId) is { Type: StyleType.Character } cs) result = result.Then(Chain(cs, RunCodec, true, false));
         return runs[(paragraphStyle, characterStyleId)] = result;
+    }
+
+    /// <summary>What a run inherits in a paragraph of a table cell: the table style's formatting for the
+    /// cell's place sits between the document defaults and the paragraph's style.</summary>
+    public AttrSet Run(Style? paragraphStyle, string? characterStyleId, TableStyleCascade.Layer? table)
+    {
+        if (table == null || table.Run.IsEmpty) return Run(paragraphStyle, characterStyleId);
+        Check();
+        paragraphStyle ??= doc.Styles.DefaultParagraphStyle;
+        if (cellRuns.TryGetValue((paragraphStyle, characterStyleId, table), out var set)) return set;
+        var result = RunCodec.Decode(doc.Styles.DefaultsFor("rPr")).Attrs.Then(table.Run);
+        if (paragraphStyle != null) result = result.Then(Chain(paragraphStyle, RunCodec, true, false));
+        if (doc.Styles.FindById(characterStyleId) is { Type: StyleType.Character } cs) result = result.Then(Chain(cs, RunCodec, true, false));
+        return cellRuns[(paragraphStyle, characterStyleId, table)] = result;
+    }
+
+    /// <summary>What a paragraph of that style inherits in a table cell, the table style's formatting beneath its style.</summary>
+    public AttrSet Paragraph(Style? style, TableStyleCascade.Layer? table)
+    {
+        if (table == null || table.Paragraph.IsEmpty) return Paragraph(style);
+        Check();
+        if (cellParagraphs.TryGetValue((style, table), out var set)) return set;
+        var result = Para.Decode(doc.Styles.DefaultsFor("pPr")).Attrs.Then(table.Paragraph);
+        if (style != null) result = result.Then(Chain(style, Para, true, false));
+        return cellParagraphs[(style, table)] = result;
     }
 
     /// <summary>What a style's own character formatting falls back on: its bases and the document defaults.</summary>

@@ -22,15 +22,32 @@ internal readonly struct FormatProps
     public FormatProps Clone() => new(Attrs, Kept?.Clone());
 
     /// <summary>The kept markup of the formatting in the variable, made first when asked to.</summary>
-    public static PropBag? KeptOf(ref FormatProps props, bool create)
+    public static PropBag? KeptOf(ref FormatProps props, bool create, PropOrder? order = null)
     {
-        if (create && props.Kept == null) props = props with { Kept = new PropBag(PropOrder.Run) };
+        if (create && props.Kept == null) props = props with { Kept = new PropBag(order ?? PropOrder.Run) };
         return props.Kept;
+    }
+
+    /// <summary>Gives the formatting in the variable new attributes, shared through the document when
+    /// there is one; resolved formatting and laid-out pages depend on them, so the stamp moves.</summary>
+    public static void Put(ref FormatProps props, DocumentBase? doc, AttrSet attrs)
+    {
+        props = props with { Attrs = doc?.Cascade.Shared(attrs) ?? attrs };
+        FormatStamp.Bump();
     }
 
     public string? CharStyle => Attrs.String(FormatAttr.CharStyle);
 
     public FormatProps WithCharStyle(string? id) => this with { Attrs = Attrs.With(FormatAttr.CharStyle, id) };
+}
+
+/// <summary>A block that holds its own typed formatting: a table, row, cell or section.</summary>
+internal interface IBlockFormatted
+{
+    ref FormatProps Props { get; }
+
+    /// <summary>The codec that reads and writes this kind's formatting.</summary>
+    Docx.PropsCodec Codec { get; }
 }
 
 /// <summary>Something that holds paragraph formatting: a paragraph, a style, a list level.</summary>

@@ -203,6 +203,7 @@ public sealed class ParagraphFormat
         }
     }
 
+    // Frames, dropped capitals among them, are not modelled: they live with the kept markup.
     /// <summary>Whether the paragraph is a dropped capital for the paragraph after it, beside its first lines or in the margin.</summary>
     public DropCapPosition DropCapPosition
     {
@@ -238,8 +239,7 @@ public sealed class ParagraphFormat
     }
 
     /// <summary>Whether the paragraph is set right to left: its start is at the right.</summary>
-    // Direction and dropped capitals are not modelled yet: they live with the kept markup.
-    public bool Bidi { get => Bag.Toggle("bidi") ?? false; set => Bag.SetToggle("bidi", value); }
+    public bool Bidi { get => Toggle(FormatAttr.ParaBidi); set => SetToggle(FormatAttr.ParaBidi, value); }
 
     /// <summary>Whether all lines of the paragraph stay on one page.</summary>
     public bool KeepTogether { get => Toggle(FormatAttr.KeepLines); set => SetToggle(FormatAttr.KeepLines, value); }
@@ -253,28 +253,25 @@ public sealed class ParagraphFormat
     /// <summary>Whether a single first or last line of the paragraph is kept from standing alone on a page.</summary>
     public bool WidowControl { get => Toggle(FormatAttr.WidowControl); set => SetToggle(FormatAttr.WidowControl, value); }
 
-    // Shading, borders and tab stops are not modelled yet: they live with the markup kept beside the attributes.
+    private AttrHost Host => new(() => Own, Put, inherited);
+
     /// <summary>The background shading behind the paragraph.</summary>
-    public Shading Shading => new Shading(Bag);
+    public Shading Shading => new Shading(Host);
 
-    /// <summary>The paragraph's border on that side, or between paragraphs.</summary>
-    public Border GetBorder(BorderType borderType)
-    {
-        var pBdr = Bag.GetOrAdd("pBdr");
-        pBdr.Children ??= new List<PropElement>();
-        return new Border(new PropBag(PropOrder.Borders, pBdr.Children), BorderTypeXml(borderType));
-    }
+    /// <summary>The paragraph's tab stops, its style's included.</summary>
+    public TabStopCollection TabStops => new(Host, inherited);
 
-    internal static string BorderTypeXml(BorderType t) => t switch
+    /// <summary>A border of the paragraph; Horizontal is the line between paragraphs with the same borders.</summary>
+    public Border GetBorder(BorderType borderType) => new Border(Host, borderType switch
     {
-        BorderType.Top => "top",
-        BorderType.Left => "left",
-        BorderType.Bottom => "bottom",
-        BorderType.Right => "right",
-        BorderType.Horizontal => "insideH",
-        BorderType.Vertical => "insideV",
-        _ => throw new ArgumentOutOfRangeException(nameof(t)),
-    };
+        BorderType.Top => FormatAttr.ParaBorderTop,
+        BorderType.Left => FormatAttr.ParaBorderLeft,
+        BorderType.Bottom => FormatAttr.ParaBorderBottom,
+        BorderType.Right => FormatAttr.ParaBorderRight,
+        BorderType.Horizontal => FormatAttr.ParaBorderBetween,
+        BorderType.Vertical => throw new ArgumentOutOfRangeException(nameof(borderType), "A paragraph has no vertical inside border."),
+        _ => throw new ArgumentOutOfRangeException(nameof(borderType)),
+    });
 
     /// <summary>Keeps the paragraph's list membership and section break: those are structure, not formatting.</summary>
     public void ClearFormatting()

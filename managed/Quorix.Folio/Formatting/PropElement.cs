@@ -82,6 +82,14 @@ internal sealed class PropElement
         return null;
     }
 
+    /// <summary>Takes the other element's attributes and children in place of its own.</summary>
+    public void CopyFrom(PropElement other)
+    {
+        FormatStamp.Bump();
+        Attrs = other.Attrs;
+        Children = other.Children;
+    }
+
     public PropElement Clone()
     {
         var c = new PropElement(Local, Ns) { Text = Text, Prefix = Prefix };

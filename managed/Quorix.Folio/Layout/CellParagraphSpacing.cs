@@ -12,7 +12,7 @@ internal static class CellParagraphSpacing
     {
         var result = (pf.SpaceBefore, pf.SpaceAfter, pf.LineSpacingRule, pf.LineSpacing);
         if (para.ParentNode is not Cell { ParentRow.ParentTable: { } table } || para.Document is not { } doc) return result;
-        var tableStyle = doc.Styles.FindById(table.TblPr.Val("tblStyle"));
+        var tableStyle = table.TableStyle;
         if (tableStyle == null) return result;
         static AttrSet Decoded(Style s) => s.SubOrNull("pPr", PropOrder.Paragraph) is { } b ? Docx.PropsCodec.Paragraph.Decode(b).Attrs : AttrSet.Empty;
         var fromTable = new[] { tableStyle }.Concat(tableStyle.Ancestors()).Select(Decoded).ToList();

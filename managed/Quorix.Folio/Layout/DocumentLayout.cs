@@ -203,19 +203,19 @@ internal sealed class DocumentLayout
     /// <summary>The section's page borders, at their distance from the text or from the page's edge.</summary>
     private static void AddBorders(LayoutPage page, PageSetup ps, bool firstOfSection)
     {
-        if (ps.PageBorders is not { } borders) return;
+        if (!ps.HasPageBorders) return;
         var applies = ps.BorderAppliesTo;
         if (applies == PageBorderAppliesTo.FirstPage && !firstOfSection || applies == PageBorderAppliesTo.OtherPages && firstOfSection) return;
         bool fromEdge = ps.BorderDistanceFrom == PageBorderDistanceFrom.PageEdge;
-        double Space(string side) => Units.ParseInt(borders.Child(side)?.Get("space")) ?? 0;
-        double top = fromEdge ? Space("top") : Math.Abs(ps.TopMargin) - Space("top");
-        double left = fromEdge ? Space("left") : ps.LeftMargin + ps.Gutter - Space("left");
-        double bottom = fromEdge ? page.Height - Space("bottom") : page.Height - Math.Abs(ps.BottomMargin) + Space("bottom");
-        double right = fromEdge ? page.Width - Space("right") : page.Width - ps.RightMargin + Space("right");
-        if (TableLayout.Side(borders, "top") is { } t) page.Items.Add(new LineItem(left, top, right, top, t.Width, t.Color));
-        if (TableLayout.Side(borders, "bottom") is { } b) page.Items.Add(new LineItem(left, bottom, right, bottom, b.Width, b.Color));
-        if (TableLayout.Side(borders, "left") is { } l) page.Items.Add(new LineItem(left, top, left, bottom, l.Width, l.Color));
-        if (TableLayout.Side(borders, "right") is { } r) page.Items.Add(new LineItem(right, top, right, bottom, r.Width, r.Color));
+        double Space(BorderType side) => ps.PageBorder(side)?.Space ?? 0;
+        double top = fromEdge ? Space(BorderType.Top) : Math.Abs(ps.TopMargin) - Space(BorderType.Top);
+        double left = fromEdge ? Space(BorderType.Left) : ps.LeftMargin + ps.Gutter - Space(BorderType.Left);
+        double bottom = fromEdge ? page.Height - Space(BorderType.Bottom) : page.Height - Math.Abs(ps.BottomMargin) + Space(BorderType.Bottom);
+        double right = fromEdge ? page.Width - Space(BorderType.Right) : page.Width - ps.RightMargin + Space(BorderType.Right);
+        if (TableLayout.Side(ps.PageBorder(BorderType.Top)) is { } t) page.Items.Add(new LineItem(left, top, right, top, t.Width, t.Color));
+        if (TableLayout.Side(ps.PageBorder(BorderType.Bottom)) is { } b) page.Items.Add(new LineItem(left, bottom, right, bottom, b.Width, b.Color));
+        if (TableLayout.Side(ps.PageBorder(BorderType.Left)) is { } l) page.Items.Add(new LineItem(left, top, left, bottom, l.Width, l.Color));
+        if (TableLayout.Side(ps.PageBorder(BorderType.Right)) is { } r) page.Items.Add(new LineItem(right, top, right, bottom, r.Width, r.Color));
     }
 
     /// <summary>The header or footer a page shows: first-page or even-page kinds where the section has

@@ -362,12 +362,11 @@ internal sealed class ParagraphLayout
     /// <summary>Paragraph shading behind the lines and borders around them, between the indents.</summary>
     private void Frame(List<Block> blocks, double x, double w)
     {
-        var chain = para.ParagraphChain();
-        var fill = (para.PPr.Find("shd") ?? chain.Find("shd"))?.Get("fill");
-        var borders = para.PPr.Find("pBdr") ?? chain.Find("pBdr");
-        if ((fill is null or "auto") && borders == null) return;
-        Edge? top = TableLayout.Side(borders, "top"), bottom = TableLayout.Side(borders, "bottom");
-        Edge? l = TableLayout.Side(borders, "left"), r = TableLayout.Side(borders, "right");
+        var pf = para.ParagraphFormat;
+        var fill = pf.Shading.BackgroundPatternColorHex;
+        Edge? Side(BorderType side) => TableLayout.Side(pf.GetBorder(side).Line);
+        Edge? top = Side(BorderType.Top), bottom = Side(BorderType.Bottom), l = Side(BorderType.Left), r = Side(BorderType.Right);
+        if ((fill is null or "auto") && top == null && bottom == null && l == null && r == null) return;
         for (int i = 0; i < blocks.Count; i++)
         {
             var items = ((ItemsBlock)blocks[i]).Items;

@@ -13,18 +13,17 @@ internal static class TabStops
     public static List<TabStop> Of(Paragraph para)
     {
         var stops = new SortedDictionary<int, TabStop>();
-        var bags = para.StyleChain().Reverse().Append(para.PPr);
-        foreach (var bag in bags)
+        var levels = para.StyleChain().Reverse().Select(bag => Docx.PropsCodec.Paragraph.Decode(bag).Attrs).Append(para.ParaAttrs);
+        foreach (var level in levels)
         {
-            if (bag.Find("tabs")?.Children is not { } tabs) continue;
-            foreach (var tab in tabs)
+            if (level.Get(FormatAttr.Tabs) is not TabList tabs) continue;
+            foreach (var tab in tabs.Entries)
             {
-                if (tab.Local != "tab" || Units.ParseInt(tab.Get("pos")) is not { } pos) continue;
-                var val = tab.Get("val");
-                if (val is "clear" or null) { stops.Remove(pos); continue; }
-                if (val == "bar") continue; // a bar tab draws a line, it is not a stop
-                char align = val switch { "right" or "end" or "decimal" => 'r', "center" => 'c', _ => 'l' };
-                char leader = tab.Get("leader") switch { "dot" => '.', "hyphen" => '-', "underscore" or "heavy" => '_', "middleDot" => '\u00B7', _ => '\0' };
+                int pos = tab.Position;
+                if (tab.Kind == "clear") { stops.Remove(pos); continue; }
+                if (tab.Kind == "bar") continue; // a bar tab draws a line, it is not a stop
+                char align = tab.Kind switch { "right" or "end" or "decimal" => 'r', "center" => 'c', _ => 'l' };
+                char leader = tab.Leader switch { "dot" => '.', "hyphen" => '-', "underscore" or "heavy" => '_', "middleDot" => '\u00B7', _ => '\0' };
                 stops[pos] = new TabStop(Units.TwipsToPoints(pos), align, leader);
             }
         }

@@ -145,7 +145,7 @@ internal static class TableLayout
             var rf = row.RowFormat;
             block.AllowBreak = rf.AllowBreakAcrossPages;
             if (rf.HeightRule != HeightRule.Auto) block.MinHeight = rf.Height;
-            int col = Math.Min(row.TrPr.Int("gridBefore") ?? 0, columns.Length);
+            int col = Math.Min(row.Attrs.Int(FormatAttr.GridBefore) ?? 0, columns.Length);
             block.Nodes.Add(table);
             block.Nodes.Add(row);
             foreach (var cell in row.Cells)
@@ -203,20 +203,19 @@ internal static class TableLayout
 
     private static TableEdges Edges(Table table)
     {
-        var e = BordersElement(table);
-        return new TableEdges(Side(e, "top"), Side(e, "left") ?? Side(e, "start"), Side(e, "bottom"), Side(e, "right") ?? Side(e, "end"),
-            Side(e, "insideH"), Side(e, "insideV"));
+        // The table's own borders over its style's, side by side.
+        var host = table.Host;
+        Edge? Of(FormatAttr a, FormatAttr? alt = null) => Side(host.Get(a) as BorderLine ?? (alt is { } b ? host.Get(b) as BorderLine : null));
+        return new TableEdges(Of(FormatAttr.BorderTop), Of(FormatAttr.BorderLeft, FormatAttr.BorderStart), Of(FormatAttr.BorderBottom),
+            Of(FormatAttr.BorderRight, FormatAttr.BorderEnd), Of(FormatAttr.BorderInsideH), Of(FormatAttr.BorderInsideV));
     }
 
-    /// <summary>The table's own borders, else those of its style or the style's ancestors.</summary>
-    private static PropElement? BordersElement(Table table)
+    internal static Edge? Side(BorderLine? line)
     {
-        if (table.TblPr.Find("tblBorders") is { } own) return own;
-        var style = table.Document?.Styles.FindById(table.TblPr.Val("tblStyle"));
-        if (style == null) return null;
-        foreach (var s in new[] { style }.Concat(style.Ancestors()))
-            if (s.SubOrNull("tblPr", PropOrder.Table)?.Find("tblBorders") is { } b) return b;
-        return null;
+        if (line is not { Visible: true }) return null;
+        // Widths are stored in eighths of a point.
+        double w = (line.Size ?? 4) / 8.0;
+        return new Edge(Math.Max(0.25, w), TextStyle.ParseColor(line.Color));
     }
 
     internal static Edge? Side(PropElement? borders, string side)

@@ -125,17 +125,10 @@ internal sealed class NodeImporterCore
                     if (i.RunAttrs.String(FormatAttr.CharStyle) is { } id) i.RunAttrs = i.RunAttrs.With(FormatAttr.CharStyle, MapStyle(id));
                     break;
                 case Tables.Table t:
-                    Remap(t.TblPr, "tblStyle");
+                    if (t.Attrs.String(FormatAttr.TableStyle) is { } tid) t.Attrs = t.Attrs.With(FormatAttr.TableStyle, MapStyle(tid));
                     break;
             }
         }
-    }
-
-    private void Remap(PropBag bag, string local)
-    {
-        var id = bag.Val(local);
-        if (id == null) return;
-        bag.SetVal(local, MapStyle(id));
     }
 
     private string MapStyle(string id)

@@ -241,7 +241,7 @@ public sealed partial class DocumentBuilder
             throw new InvalidOperationException("A section break can only be inserted in the main text.");
         InsertParagraph();
         var old = body.ParentSection!;
-        var section = new Section(doc, old.SectPr.Clone());
+        var section = new Section(doc, old.Props.Clone());
         section.PageSetup.SectionStart = start;
         doc.InsertAfter(section, old);
         var newBody = new Body(doc);

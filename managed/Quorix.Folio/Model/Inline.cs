@@ -38,7 +38,7 @@ public abstract class Inline : Node, IRunFormatted
     {
         if (doc == null) return AttrSet.Empty;
         var p = parent as Paragraph ?? GetAncestor(NodeType.Paragraph) as Paragraph;
-        return doc.Cascade.Run(p?.ParagraphStyle, RunAttrs.String(FormatAttr.CharStyle));
+        return doc.Cascade.Run(p?.ParagraphStyle, RunAttrs.String(FormatAttr.CharStyle), p?.TableLayer);
     }
 }
 

@@ -54,7 +54,10 @@ public sealed class Paragraph : CompositeNode, IParaFormatted
     public ParagraphFormat ParagraphFormat => new ParagraphFormat(this, doc, InheritedParaAttrs);
 
     /// <summary>What the paragraph inherits from its style and the document defaults.</summary>
-    internal AttrSet InheritedParaAttrs() => doc?.Cascade.Paragraph(ParagraphStyle) ?? AttrSet.Empty;
+    internal AttrSet InheritedParaAttrs() => doc?.Cascade.Paragraph(ParagraphStyle, TableLayer) ?? AttrSet.Empty;
+
+    /// <summary>What the style of the table the paragraph is in gives its cell; null outside a styled table.</summary>
+    internal TableStyleCascade.Layer? TableLayer => parent is Tables.Cell c ? doc?.Cascade.Tables.TextOf(c) : null;
 
     /// <summary>The paragraph's list numbering: its list and level.</summary>
     public ListFormat ListFormat => new ListFormat(this);
@@ -85,7 +88,7 @@ public sealed class Paragraph : CompositeNode, IParaFormatted
     }
 
     /// <summary>What a run of the paragraph without formatting of its own shows.</summary>
-    internal AttrSet InheritedRunAttrs() => doc?.Cascade.Run(ParagraphStyle, null) ?? AttrSet.Empty;
+    internal AttrSet InheritedRunAttrs() => doc?.Cascade.Run(ParagraphStyle, null, TableLayer) ?? AttrSet.Empty;
 
     internal IEnumerable<PropBag> StyleChain() => ParagraphChain().ToArray();
 

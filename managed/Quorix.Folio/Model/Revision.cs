@@ -120,6 +120,8 @@ public sealed class Revision
                     para.ParaAttrs = props.Attrs;
                     para.PPr = props.Kept ?? new PropBag(PropOrder.Paragraph);
                 }
+                else if (!accept && node is IBlockFormatted block && ReferenceEquals(block.Props.Kept, bag))
+                    block.Props = block.Codec.Decode(bag, node.Document?.Cascade.SharedTable);
                 break;
         }
         node.Touch();
@@ -184,18 +186,13 @@ public sealed class Revision
                     AddRecord(list, i, kept, "rPrChange");
                     break;
                 case Row r:
-                    foreach (var e in r.TrPr.Items)
-                        if (e.Ns == Ns.W && e.Local is "ins" or "del") list.Add(new Revision(Kind.Row, r, e, r.TrPr));
-                    AddRecord(list, r, r.TrPr, "trPrChange");
+                    if (r.Props.Kept is not { } rowKept) break;
+                    foreach (var e in rowKept.Items)
+                        if (e.Ns == Ns.W && e.Local is "ins" or "del") list.Add(new Revision(Kind.Row, r, e, rowKept));
+                    AddRecord(list, r, rowKept, "trPrChange");
                     break;
-                case Table t:
-                    AddRecord(list, t, t.TblPr, "tblPrChange");
-                    break;
-                case Cell c:
-                    AddRecord(list, c, c.TcPr, "tcPrChange");
-                    break;
-                case Section s:
-                    AddRecord(list, s, s.SectPr, "sectPrChange");
+                case IBlockFormatted { Props.Kept: { } kept } block:
+                    AddRecord(list, n, kept, block switch { Table => "tblPrChange", Cell => "tcPrChange", _ => "sectPrChange" });
                     break;
             }
         }

@@ -4,14 +4,27 @@ using Quorix.Folio.Formatting;
 namespace Quorix.Folio;
 
 /// <summary>A part of the document with its own page setup, headers and footers.</summary>
-public sealed class Section : CompositeNode
+public sealed class Section : CompositeNode, IBlockFormatted
 {
-    internal readonly PropBag SectPr;
+    internal FormatProps Props;
 
     /// <summary>A new empty section of doc, without a body, not yet inserted.</summary>
-    public Section(DocumentBase doc) : this(doc, new PropBag(PropOrder.Section)) { }
+    public Section(DocumentBase doc) : this(doc, FormatProps.None) { }
 
-    internal Section(DocumentBase doc, PropBag sectPr) : base(doc) { SectPr = sectPr; }
+    internal Section(DocumentBase doc, FormatProps props) : base(doc) { Props = props; }
+
+    ref FormatProps IBlockFormatted.Props => ref Props;
+
+    Docx.PropsCodec IBlockFormatted.Codec => Docx.PropsCodec.Section;
+
+    internal AttrSet Attrs
+    {
+        get => Props.Attrs;
+        set => FormatProps.Put(ref Props, doc, value);
+    }
+
+    /// <summary>The section's markup kept beside the attributes: note options, line numbering, its change record.</summary>
+    internal PropBag Kept => FormatProps.KeptOf(ref Props, true, PropOrder.Section)!;
 
     /// <summary>Always Section.</summary>
     public override NodeType NodeType => NodeType.Section;
@@ -26,7 +39,7 @@ public sealed class Section : CompositeNode
     public HeaderFooterCollection HeadersFooters => new HeaderFooterCollection(this);
 
     /// <summary>The size, margins and numbering of the section's pages.</summary>
-    public PageSetup PageSetup => new PageSetup(SectPr);
+    public PageSetup PageSetup => new PageSetup(this);
 
     internal override bool CanHold(Node child) => child is Body || child is HeaderFooter;
 
@@ -60,7 +73,7 @@ public sealed class Section : CompositeNode
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
-        var s = new Section(target!, SectPr.Clone()) { XAttrs = XAttrs };
+        var s = new Section(target!, Props.Clone()) { XAttrs = XAttrs };
         if (deep) CloneChildrenInto(s, target);
         return s;
     }

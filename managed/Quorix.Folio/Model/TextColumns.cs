@@ -3,65 +3,62 @@ using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio;
 
-/// <summary>The text columns of a section, kept in its section properties' cols element. Widths are
+/// <summary>The text columns of a section. Widths are
 /// in points; columns of equal width get theirs from the page's text width.</summary>
 public sealed class TextColumnCollection : IEnumerable<TextColumn>
 {
-    private readonly PropBag bag;
+    private readonly Section section;
     private readonly PageSetup page;
 
-    internal TextColumnCollection(PropBag sectPr, PageSetup page)
+    internal TextColumnCollection(Section section, PageSetup page)
     {
-        bag = sectPr;
+        this.section = section;
         this.page = page;
     }
 
-    private PropElement? Cols => bag.Find("cols");
+    private AttrSet Own { get => section.Attrs; set => section.Attrs = value; }
 
-    internal List<PropElement> Own => Cols?.Children?.Where(c => c.Local == "col").ToList() ?? new List<PropElement>();
+    private ColumnList? Columns => Own.Get(FormatAttr.ColumnList) as ColumnList;
 
-    /// <summary>How many columns the section's text flows in.</summary>
-    public int Count => EvenlySpaced ? Math.Max(1, Units.ParseInt(Cols?.Get("num")) ?? 1) : Math.Max(1, Own.Count);
+    /// <summary>How many columns the section has.</summary>
+    public int Count => EvenlySpaced ? Math.Max(1, Own.Int(FormatAttr.ColumnCount) ?? 1) : Math.Max(1, Columns?.Count ?? 0);
 
     /// <summary>Whether the columns share the text width equally, with <see cref="Spacing"/> between them.</summary>
     public bool EvenlySpaced
     {
-        get => Cols?.Get("equalWidth") is not ("0" or "false" or "off") || Own.Count == 0;
+        get => Own.Bool(FormatAttr.ColumnsEqual) != false || Columns == null;
         set
         {
             if (value == EvenlySpaced) return;
-            var cols = bag.GetOrAdd("cols");
             if (value)
             {
-                cols.Set("num", Units.Str(Count)).Set("equalWidth", null);
-                cols.Children?.RemoveAll(c => c.Local == "col");
+                Own = Own.With(FormatAttr.ColumnCount, Count).Without(FormatAttr.ColumnsEqual).Without(FormatAttr.ColumnList);
                 return;
             }
             // Unequal columns start from the widths the equal ones had.
             int n = Count;
-            double w = Width, space = Spacing;
-            cols.Set("equalWidth", "0").Set("num", Units.Str(n));
-            cols.Children = Enumerable.Range(0, n).Select(i => new PropElement("col").Set("w", Units.PointsToTwips(w))
-                .Set("space", i < n - 1 ? Units.PointsToTwips(space) : null)).ToList();
+            int w = (int)Math.Round(Width * 20), space = (int)Math.Round(Spacing * 20);
+            var cols = Enumerable.Range(0, n).Select(i => (w, i < n - 1 ? space : (int?)null)).ToArray();
+            Own = Own.With(FormatAttr.ColumnsEqual, false).With(FormatAttr.ColumnCount, n).With(FormatAttr.ColumnList, new ColumnList(cols));
         }
     }
 
     /// <summary>Space between evenly spaced columns.</summary>
     public double Spacing
     {
-        get => Units.ParseInt(Cols?.Get("space")) is { } s ? Units.TwipsToPoints(s) : 36;
+        get => Own.Int(FormatAttr.ColumnSpace) is { } s ? Units.TwipsToPoints(s) : 36;
         set
         {
             Units.CheckRange(value, 0, 1584, nameof(value));
-            bag.GetOrAdd("cols").Set("space", Units.PointsToTwips(value));
+            Own = Own.With(FormatAttr.ColumnSpace, (int)Math.Round(value * 20));
         }
     }
 
     /// <summary>Whether a vertical line is drawn between columns.</summary>
     public bool LineBetween
     {
-        get => Cols?.Get("sep") is "1" or "true" or "on";
-        set => bag.GetOrAdd("cols").Set("sep", value ? "1" : null);
+        get => Own.Bool(FormatAttr.ColumnSeparator) ?? false;
+        set => Own = Own.With(FormatAttr.ColumnSeparator, value ? AttrSet.True : null);
     }
 
     /// <summary>Width of each evenly spaced column.</summary>
@@ -79,9 +76,7 @@ public sealed class TextColumnCollection : IEnumerable<TextColumn>
     public void SetCount(int count)
     {
         if (count < 1 || count > 45) throw new ArgumentOutOfRangeException(nameof(count), "A section has from 1 to 45 columns.");
-        var cols = bag.GetOrAdd("cols");
-        cols.Children?.RemoveAll(c => c.Local == "col");
-        cols.Set("equalWidth", null).Set("num", count == 1 ? null : Units.Str(count));
+        Own = Own.Without(FormatAttr.ColumnList).Without(FormatAttr.ColumnsEqual).With(FormatAttr.ColumnCount, count == 1 ? null : count);
     }
 
     /// <summary>The column at that position, from the left.</summary>
@@ -109,15 +104,16 @@ public sealed class TextColumnCollection : IEnumerable<TextColumn>
         return result;
     }
 
-    internal double ColumnWidth(int i) => EvenlySpaced ? Width : Units.TwipsToPoints(Units.ParseInt(Own[i].Get("w")) ?? 0);
+    internal double ColumnWidth(int i) => EvenlySpaced ? Width : Units.TwipsToPoints(Columns![i].Width);
 
-    internal double SpaceAfter(int i) => EvenlySpaced ? (i < Count - 1 ? Spacing : 0) : Units.TwipsToPoints(Units.ParseInt(Own[i].Get("space")) ?? 0);
+    internal double SpaceAfter(int i) => EvenlySpaced ? (i < Count - 1 ? Spacing : 0) : Units.TwipsToPoints(Columns![i].Space ?? 0);
 
-    internal void SetOwn(int i, string attr, double points)
+    internal void SetOwn(int i, bool width, double points)
     {
         if (EvenlySpaced) throw new InvalidOperationException("Evenly spaced columns take their widths from the page; set EvenlySpaced to false first.");
-        Units.CheckRange(points, 0, 1584, attr);
-        Own[i].Set(attr, Units.PointsToTwips(points));
+        Units.CheckRange(points, 0, 1584, width ? "w" : "space");
+        int twips = (int)Math.Round(points * 20);
+        Own = Own.With(FormatAttr.ColumnList, Columns!.With(i, width ? twips : null, width ? null : twips));
     }
 
     /// <summary>The columns, left to right.</summary>
@@ -141,9 +137,9 @@ public sealed class TextColumn
         this.index = index;
     }
 
-    /// <summary>The column's width, in points.</summary>
-    public double Width { get => owner.ColumnWidth(index); set => owner.SetOwn(index, "w", value); }
+    /// <summary>The column's width in points.</summary>
+    public double Width { get => owner.ColumnWidth(index); set => owner.SetOwn(index, true, value); }
 
-    /// <summary>The gap between this column and the next, in points.</summary>
-    public double SpaceAfter { get => owner.SpaceAfter(index); set => owner.SetOwn(index, "space", value); }
+    /// <summary>The space after the column, before the next one, in points.</summary>
+    public double SpaceAfter { get => owner.SpaceAfter(index); set => owner.SetOwn(index, false, value); }
 }

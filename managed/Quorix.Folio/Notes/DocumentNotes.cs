@@ -10,5 +10,5 @@ public sealed partial class Document
     /// <summary>How the document numbers and places its endnotes.</summary>
     public EndnoteOptions EndnoteOptions => new(SectionProps, FootnoteType.Endnote);
 
-    private IEnumerable<Formatting.PropBag> SectionProps() => Sections.Cast<Section>().Select(s => s.SectPr);
+    private IEnumerable<Formatting.PropBag> SectionProps() => Sections.Cast<Section>().Select(s => s.Kept);
 }

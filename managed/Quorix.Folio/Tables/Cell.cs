@@ -3,15 +3,28 @@ using Quorix.Folio.Formatting;
 namespace Quorix.Folio.Tables;
 
 /// <summary>A cell of a row: a small story of paragraphs and tables.</summary>
-public sealed class Cell : CompositeNode
+public sealed class Cell : CompositeNode, IBlockFormatted
 {
-    internal readonly PropBag TcPr;
+    internal FormatProps Props;
     internal CellMerge HMerge;
 
     /// <summary>A new empty cell of doc, not yet in a row.</summary>
-    public Cell(DocumentBase doc) : this(doc, new PropBag(PropOrder.TableCell)) { }
+    public Cell(DocumentBase doc) : this(doc, FormatProps.None) { }
 
-    internal Cell(DocumentBase? doc, PropBag tcPr) : base(doc) { TcPr = tcPr; }
+    internal Cell(DocumentBase? doc, FormatProps props) : base(doc) { Props = props; }
+
+    ref FormatProps IBlockFormatted.Props => ref Props;
+
+    Docx.PropsCodec IBlockFormatted.Codec => Docx.PropsCodec.TableCell;
+
+    internal AttrSet Attrs
+    {
+        get => Props.Attrs;
+        set => FormatProps.Put(ref Props, doc, value);
+    }
+
+    /// <summary>The cell's own formatting over what its table's style gives the cell's place in the table.</summary>
+    internal AttrHost Host => new(() => Attrs, v => Attrs = v, () => doc?.Cascade.Tables.CellOf(this) ?? AttrSet.Empty);
 
     /// <summary>Always Cell.</summary>
     public override NodeType NodeType => NodeType.Cell;
@@ -43,7 +56,12 @@ public sealed class Cell : CompositeNode
     /// <summary>The cell's formatting.</summary>
     public CellFormat CellFormat => new CellFormat(this);
 
-    internal int Span => Math.Max(1, TcPr.Int("gridSpan") ?? 1);
+    /// <summary>The grid columns the cell spans.</summary>
+    internal int Span
+    {
+        get => Math.Max(1, Attrs.Int(FormatAttr.GridSpan) ?? 1);
+        set => Attrs = Attrs.With(FormatAttr.GridSpan, value > 1 ? value : null);
+    }
 
     internal override bool CanHold(Node child) => BlockRules.IsBlock(child);
 
@@ -56,7 +74,7 @@ public sealed class Cell : CompositeNode
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
-        var c = new Cell(target, TcPr.Clone()) { HMerge = HMerge };
+        var c = new Cell(target, Props.Clone()) { HMerge = HMerge };
         if (deep) CloneChildrenInto(c, target);
         return c;
     }

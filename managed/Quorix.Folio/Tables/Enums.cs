@@ -32,3 +32,25 @@ public enum TableAlignment
     /// <summary>At the right margin.</summary>
     Right = 2,
 }
+
+/// <summary>The parts of a table its style formats apart from the rest.</summary>
+[Flags]
+public enum TableStyleOptions
+{
+    /// <summary>No part formatted apart: the style's whole-table formatting only.</summary>
+    None = 0,
+    /// <summary>The first row.</summary>
+    FirstRow = 0x20,
+    /// <summary>The last row.</summary>
+    LastRow = 0x40,
+    /// <summary>The first column.</summary>
+    FirstColumn = 0x80,
+    /// <summary>The last column.</summary>
+    LastColumn = 0x100,
+    /// <summary>Alternate rows banded.</summary>
+    RowBands = 0x200,
+    /// <summary>Alternate columns banded.</summary>
+    ColumnBands = 0x400,
+    /// <summary>What new tables get: first row, first column and banded rows.</summary>
+    Default = FirstRow | FirstColumn | RowBands,
+}

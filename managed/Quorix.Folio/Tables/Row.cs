@@ -4,15 +4,30 @@ using Quorix.Folio.Formatting;
 namespace Quorix.Folio.Tables;
 
 /// <summary>A row of a table; its cells in column order.</summary>
-public sealed class Row : CompositeNode
+public sealed class Row : CompositeNode, IBlockFormatted
 {
-    internal readonly PropBag TrPr;
+    internal FormatProps Props;
     internal PropBag? TblPrEx;
 
     /// <summary>A new empty row of doc, not yet in a table.</summary>
-    public Row(DocumentBase doc) : this(doc, new PropBag(PropOrder.TableRow)) { }
+    public Row(DocumentBase doc) : this(doc, FormatProps.None) { }
 
-    internal Row(DocumentBase? doc, PropBag trPr) : base(doc) { TrPr = trPr; }
+    internal Row(DocumentBase? doc, FormatProps props) : base(doc) { Props = props; }
+
+    ref FormatProps IBlockFormatted.Props => ref Props;
+
+    Docx.PropsCodec IBlockFormatted.Codec => Docx.PropsCodec.TableRow;
+
+    internal AttrSet Attrs
+    {
+        get => Props.Attrs;
+        set => FormatProps.Put(ref Props, doc, value);
+    }
+
+    /// <summary>The markup kept beside the attributes (tracked insertion or deletion of the row, its change record).</summary>
+    internal PropBag Kept => FormatProps.KeptOf(ref Props, true, PropOrder.TableRow)!;
+
+    internal AttrHost Host => new(() => Attrs, v => Attrs = v, () => doc?.Cascade.Tables.RowOf(this) ?? AttrSet.Empty);
 
     /// <summary>Always Row.</summary>
     public override NodeType NodeType => NodeType.Row;
@@ -39,7 +54,7 @@ public sealed class Row : CompositeNode
     public bool IsLastRow => parent != null && NextSibling == null;
 
     /// <summary>The row's formatting.</summary>
-    public RowFormat RowFormat => new RowFormat(TrPr);
+    public RowFormat RowFormat => new RowFormat(this);
 
     internal override bool CanHold(Node child) => child is Cell || (child is OpaqueNode o && o.Kind == OpaqueKind.Block);
 
@@ -51,7 +66,7 @@ public sealed class Row : CompositeNode
 
     internal int GridWidth()
     {
-        int w = (TrPr.Int("gridBefore") ?? 0) + (TrPr.Int("gridAfter") ?? 0);
+        int w = (Attrs.Int(FormatAttr.GridBefore) ?? 0) + (Attrs.Int(FormatAttr.GridAfter) ?? 0);
         for (var c = first; c != null; c = c.next)
             if (c is Cell cell) w += cell.Span;
         return w;
@@ -59,7 +74,7 @@ public sealed class Row : CompositeNode
 
     internal override Node CloneTo(DocumentBase? target, bool deep)
     {
-        var r = new Row(target, TrPr.Clone()) { TblPrEx = TblPrEx?.Clone(), XAttrs = XAttrs };
+        var r = new Row(target, Props.Clone()) { TblPrEx = TblPrEx?.Clone(), XAttrs = XAttrs };
         if (deep) CloneChildrenInto(r, target);
         return r;
     }

@@ -2,56 +2,58 @@ using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio.Tables;
 
-/// <summary>The formatting of a table row.</summary>
+/// <summary>The formatting of a table row: its own, over what its table's style gives rows.</summary>
 public sealed class RowFormat
 {
-    private readonly PropBag bag;
+    private readonly Row row;
 
-    internal RowFormat(PropBag trPr) { bag = trPr; }
+    internal RowFormat(Row row) { this.row = row; }
+
+    private AttrHost Host => row.Host;
+
+    private AttrSet Own { get => row.Attrs; set => row.Attrs = value; }
 
     /// <summary>Height in points; 0 means automatic.</summary>
     public double Height
     {
-        get => Units.TwipsToPoints(Units.ParseInt(bag.Find("trHeight")?.Get("val")) ?? 0);
+        get => Host.Get(FormatAttr.RowHeight) is int h ? Units.TwipsToPoints(h) : 0;
         set
         {
             Units.CheckRange(value, 0, 1584, nameof(value));
-            if (value == 0) bag.Remove("trHeight");
-            else bag.GetOrAdd("trHeight").Set("val", Units.PointsToTwips(value));
+            Own = value == 0 ? Own.WithoutGroup(FormatAttr.RowHeight) : Own.With(FormatAttr.RowHeight, (int)Math.Round(value * 20));
         }
     }
 
     /// <summary>How the row's height is read: at least, exactly, or as its content needs.</summary>
     public HeightRule HeightRule
     {
-        get => bag.Find("trHeight") is not { } e ? HeightRule.Auto : e.Get("hRule") == "exact" ? HeightRule.Exactly : HeightRule.AtLeast;
+        get => Host.Get(FormatAttr.RowHeight) == null && Host.Get(FormatAttr.RowHeightRule) == null ? HeightRule.Auto
+            : Host.Get(FormatAttr.RowHeightRule) switch { "exact" => HeightRule.Exactly, "auto" => HeightRule.Auto, _ => HeightRule.AtLeast };
         set
         {
-            if (value == HeightRule.Auto) { bag.Remove("trHeight"); return; }
-            bag.GetOrAdd("trHeight").Set("hRule", value == HeightRule.Exactly ? "exact" : "atLeast");
+            if (value == HeightRule.Auto) { Own = Own.WithoutGroup(FormatAttr.RowHeight); return; }
+            if (value is not (HeightRule.Exactly or HeightRule.AtLeast)) throw new ArgumentOutOfRangeException(nameof(value));
+            var set = Own.With(FormatAttr.RowHeightRule, value == HeightRule.Exactly ? "exact" : "atLeast");
+            Own = set.Has(FormatAttr.RowHeight) ? set : set.With(FormatAttr.RowHeight, 0);
         }
     }
 
     /// <summary>The row repeats at the top of each page.</summary>
     public bool HeadingFormat
     {
-        get => bag.Toggle("tblHeader") ?? false;
-        set { if (value) bag.SetToggle("tblHeader", true); else bag.Remove("tblHeader"); }
+        get => Host.Get(FormatAttr.HeaderRow) is true;
+        set => Own = Own.With(FormatAttr.HeaderRow, value ? AttrSet.True : null);
     }
 
     /// <summary>Whether the row may be split between two pages.</summary>
     public bool AllowBreakAcrossPages
     {
-        get => !(bag.Toggle("cantSplit") ?? false);
-        set { if (value) bag.Remove("cantSplit"); else bag.SetToggle("cantSplit", true); }
+        get => Host.Get(FormatAttr.CantSplit) is not true;
+        set => Own = Own.With(FormatAttr.CantSplit, value ? null : AttrSet.True);
     }
 
-    internal void CopyFrom(RowFormat other)
-    {
-        bag.Clear();
-        bag.MergeFrom(other.bag);
-    }
+    internal void CopyFrom(RowFormat other) => Own = other.Own;
 
     /// <summary>Removes the row's own formatting.</summary>
-    public void ClearFormatting() => bag.Clear();
+    public void ClearFormatting() => Own = AttrSet.Empty;
 }

@@ -346,7 +346,7 @@ internal sealed class FlowBuilder
     {
         EndParagraph();
         var old = CurrentSection;
-        var s = new Section(doc, old.SectPr.Clone());
+        var s = new Section(doc, old.Props.Clone());
         s.PageSetup.SectionStart = start;
         doc.AppendChild(s);
         var body = new Body(doc);

@@ -441,7 +441,7 @@ internal sealed class HtmlReader : IDocumentReader
                     var cell = b.StartCell();
                     int colspan = Math.Clamp(int.TryParse(td.GetAttribute("colspan"), out var cs) ? cs : 1, 1, 63);
                     int rowspan = Math.Clamp(int.TryParse(td.GetAttribute("rowspan"), out var rs) ? rs : 1, 1, 1000);
-                    if (colspan > 1) cell.TcPr.SetVal("gridSpan", colspan.ToString(System.Globalization.CultureInfo.InvariantCulture));
+                    if (colspan > 1) cell.Span = colspan;
                     if (rowspan > 1)
                     {
                         cell.CellFormat.VerticalMerge = Tables.CellMerge.First;

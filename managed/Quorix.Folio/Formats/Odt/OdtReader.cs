@@ -426,7 +426,7 @@ internal sealed class OdtReader : IDocumentReader
                         var c = b.StartCell();
                         int span = int.TryParse((string?)cell.Attribute(TableNs + "number-columns-spanned"), out var cs) ? Math.Clamp(cs, 1, 63) : 1;
                         int rows = int.TryParse((string?)cell.Attribute(TableNs + "number-rows-spanned"), out var rs) ? Math.Clamp(rs, 1, 10000) : 1;
-                        if (span > 1) c.TcPr.SetVal("gridSpan", span.ToString(CultureInfo.InvariantCulture));
+                        if (span > 1) c.Span = span;
                         if (rows > 1)
                         {
                             c.CellFormat.VerticalMerge = CellMerge.First;

@@ -472,7 +472,7 @@ internal sealed class WordMLReader : IDocumentReader
                     var cf = cell.CellFormat;
                     if (tcPr?.Element(W + "tcW") is { } tcW && tcW.Attribute(W + "type")?.Value is null or "dxa" && Int(tcW.Attribute(W + "w")?.Value) is { } tw && tw is > 0 and <= 31680)
                         cf.Width = tw / 20.0;
-                    if (Int(Val(tcPr?.Element(W + "gridSpan"))) is { } span && span is > 1 and <= 63) cell.TcPr.SetVal("gridSpan", span.ToString(CultureInfo.InvariantCulture));
+                    if (Int(Val(tcPr?.Element(W + "gridSpan"))) is { } span && span is > 1 and <= 63) cell.Span = span;
                     if (tcPr?.Element(W + "vmerge") is { } vm) cf.VerticalMerge = Val(vm) == "restart" ? CellMerge.First : CellMerge.Previous;
                     if (tcPr?.Element(W + "hmerge") is { } hm) cf.HorizontalMerge = Val(hm) == "restart" ? CellMerge.First : CellMerge.Previous;
                     cf.VerticalAlignment = Val(tcPr?.Element(W + "vAlign")) switch { "center" => CellVerticalAlignment.Center, "bottom" => CellVerticalAlignment.Bottom, _ => CellVerticalAlignment.Top };

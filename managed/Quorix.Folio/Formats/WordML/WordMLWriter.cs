@@ -1,3 +1,4 @@
+using Quorix.Folio.Formatting;
 using System.Text;
 using System.Xml;
 using Quorix.Folio.Drawing;
@@ -548,13 +549,15 @@ internal sealed class WordMLWriter : IDocumentWriter
             if (rows.Length == 0) return;
             w.WriteStartElement("tbl", WordMLNs.W);
             w.WriteStartElement("tblPr", WordMLNs.W);
-            if (t.StyleIdentifier != StyleIdentifier.TableNormal && doc.Styles.FindById(t.TblPr.Val("tblStyle")) is { } ts) Val("tblStyle", ts.StyleId);
+            if (t.StyleIdentifier != StyleIdentifier.TableNormal && t.TableStyle is { } ts) Val("tblStyle", ts.StyleId);
             w.WriteStartElement("tblW", WordMLNs.W);
             Attr("w", 0);
             w.WriteAttributeString("type", WordMLNs.W, "auto");
             w.WriteEndElement();
             if (t.Alignment != TableAlignment.Left) Val("jc", t.Alignment == TableAlignment.Center ? "center" : "right");
-            if (t.TblPr.Find("tblBorders") is { } borders && borders.Children?.Any(b => b.Get("val") is not (null or "nil" or "none")) == true)
+            if (t.Attrs.Where(a => a is >= FormatAttr.BorderTop and <= FormatAttr.BorderInsideV).IsEmpty is false &&
+                new[] { BorderType.Top, BorderType.Left, BorderType.Bottom, BorderType.Right, BorderType.Horizontal, BorderType.Vertical }
+                    .Any(side => t.Attrs.Get(Tables.Table.Side(side)) is BorderLine { Visible: true }))
             {
                 w.WriteStartElement("tblBorders", WordMLNs.W);
                 foreach (var side in new[] { "top", "left", "bottom", "right", "insideH", "insideV" })
