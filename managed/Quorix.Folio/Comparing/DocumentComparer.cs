@@ -431,15 +431,21 @@ internal sealed class DocumentComparer
         var theirSections = other.Sections.ToArray();
         for (int i = 0; i < Math.Min(mineSections.Length, theirSections.Length); i++)
         {
-            var to = mineSections[i].SectPr;
-            var from = theirSections[i].SectPr;
-            foreach (var local in new[] { "pgSz", "pgMar", "cols", "vAlign", "textDirection", "docGrid", "pgNumType", "titlePg" })
-            {
-                to.Remove(local);
-                if (from.Find(local) is { } e) to.Add(e.Clone());
-            }
+            var to = mineSections[i];
+            var from = theirSections[i];
+            to.Attrs = to.Attrs.Where(a => !IsPageLayout(a)).Then(from.Attrs.Where(IsPageLayout));
+            // text direction is not modelled: it travels in the kept markup
+            to.Kept.Remove("textDirection");
+            if (from.Kept.Find("textDirection") is { } e) to.Kept.Add(e.Clone());
         }
     }
+
+    private static bool IsPageLayout(FormatAttr a) =>
+        a is >= FormatAttr.PageWidth and <= FormatAttr.MarginGutter
+          or >= FormatAttr.ColumnCount and <= FormatAttr.ColumnList
+          or >= FormatAttr.GridType and <= FormatAttr.GridCharSpace
+          or FormatAttr.SectionVerticalAlignment or FormatAttr.GutterRight or FormatAttr.TitlePage
+          or FormatAttr.PageNumberStart or FormatAttr.PageNumberFormat;
 
     /// <summary>Stretches of equal text, old from..to matched with new from newFrom, over which neither
     /// document's run changes: the old and new run indexes, the old offsets and where the old run starts.</summary>
