@@ -15,6 +15,7 @@
 #include "module/pysh_lock.h"
 #include "objects/clr_error.h"
 #include "objects/exception_crossing.h"
+#include "objects/twin_binding.h"
 
 // Managed code receives every callback as an untyped function pointer, entered with the
 // interpreter lock held: a long managed call may have released it (module/pysh_lock.h).

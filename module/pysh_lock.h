@@ -46,8 +46,16 @@ struct PyShLocked<Function> {
     }
 };
 
+// A callback that must never wait for the lock (it runs on the managed finalizer thread)
+// specialises this to true and is handed over as itself.
+template <auto Function>
+inline constexpr bool kPyShLockFree = false;
+
 // The untyped pointer managed code receives for a callback that may run without the lock.
 template <auto Function>
 inline void* PyShLocked_Entry() {
-    return reinterpret_cast<void*>(&PyShLocked<Function>::call);
+    if constexpr (kPyShLockFree<Function>)
+        return reinterpret_cast<void*>(Function);
+    else
+        return reinterpret_cast<void*>(&PyShLocked<Function>::call);
 }

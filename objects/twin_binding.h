@@ -12,6 +12,7 @@
 #include <cstdint>
 
 #include "marshal/records.h"
+#include "module/pysh_lock.h"
 #include "module/pysh_once.h"
 #include "objects/bound_class.h"
 #include "objects/handle_release.h"
@@ -53,6 +54,8 @@ struct PyShTwinHolder {
 void PyShTwin_ReleaseRefs(PyObject** refs, int32_t count);
 // Queues one reference for release on a Python thread; any thread, no lock needed.
 void PyShTwin_ReleaseLater(PyObject* obj);
+template <>
+inline constexpr bool kPyShLockFree<&PyShTwin_ReleaseLater> = true;
 
 // O& conversion of an argument typed as the interface `type`: an instance of a Python subclass
 // passes its twin (created on first use); anything else as PyShBound_ConvPyToClr. 1, or 0
@@ -86,6 +89,9 @@ struct PyTwinBlob {
 int PyShTwin_BytesResult(PyObject* obj, PyTwinBlob* out);
 // A fresh one-element list [None] that receives an out value.
 PyObject* PyShTwin_OutList();
+// A one-element list around `item` (a new reference, consumed; NULL passes through) that
+// carries a `ref` value in and out.
+PyObject* PyShTwin_RefList(PyObject* item);
 // The item an out list holds after the call (borrowed).
 inline PyObject* PyShTwin_OutItem(PyObject* list) { return PyList_GET_ITEM(list, 0); }
 // The interned method names of an interface: 0, or -1 with an error.

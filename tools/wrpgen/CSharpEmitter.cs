@@ -232,7 +232,7 @@ public static partial class CSharpEmitter
 
     private static void Setter(Writer w, TypeModel t, PropertyModel p)
     {
-        var args = Arguments([new ParameterModel("value", "value", p.Type)]);
+        var args = Arguments([new ParameterModel("value", "value", p.Type)], stored: true);
         Stub(w, "void", p.Setter!, ["IntPtr self", .. args.Declarations], [Receiver(t), .. args.Prelude], args.Flushes,
              $"target.{p.ManagedName} = {args.Call};", null);
     }
@@ -261,7 +261,7 @@ public static partial class CSharpEmitter
 
     private static void StaticSetter(Writer w, TypeModel t, StaticAttributeModel s)
     {
-        var args = Arguments([new ParameterModel("value", "value", s.Type)]);
+        var args = Arguments([new ParameterModel("value", "value", s.Type)], stored: true);
         Stub(w, "void", s.Setter!, args.Declarations, args.Prelude, args.Flushes,
              $"{Managed(t)}.{s.ManagedName} = {args.Call};", null);
     }
@@ -318,7 +318,9 @@ public static partial class CSharpEmitter
 
     private sealed record Args(List<string> Declarations, List<string> Prelude, List<string> Flushes, string Call);
 
-    private static Args Arguments(IReadOnlyList<ParameterModel> parameters)
+    /// <param name="stored">Whether the callee keeps the values (a property setter): a Python file then
+    /// becomes a stream that owns it, not one lent for the call.</param>
+    private static Args Arguments(IReadOnlyList<ParameterModel> parameters, bool stored = false)
     {
         var declarations = new List<string>();
         var prelude = new List<string>();
@@ -346,7 +348,11 @@ public static partial class CSharpEmitter
                     continue;
             }
             declarations.Add($"{ParameterType(p.Type)} {name}");
-            if (Lender(p.Type.Kind) is { } lender)
+            if (stored && p.Type.Kind == ValueKind.Stream)
+            {
+                call.Add($"StubValues.KeptStreamOf({name})");
+            }
+            else if (Lender(p.Type.Kind) is { } lender)
             {
                 prelude.Add($"var arg{i} = {lender}({name}, out var own{i});");
                 // a lent Python object stays the caller's: the adapter ends with the call (a file is flushed)
@@ -445,13 +451,16 @@ public static partial class CSharpEmitter
         return type.IsNullable ? plain + "?" : plain;
     }
 
+    /// <summary>The managed value of a wire value or record (pointers for records and nullables); what stubs and twins read.</summary>
+    internal static string FromWire(CarriedType type, string name) => Convert(type, name);
+
     private static string Convert(CarriedType type, string name)
     {
         if (type.IsNullable)
         {
             var value = type with { IsNullable = false };
             string inner = Convert(value, Record(value.Kind) is null ? $"{name}->Value" : $"&{name}->Value");
-            return $"({name}->HasValue != 0 ? ({ManagedType(type)}){inner} : null)";
+            return $"({name}->HasValue != 0 ? ({ManagedType(type)})({inner}) : null)";
         }
         return type.Kind switch
         {

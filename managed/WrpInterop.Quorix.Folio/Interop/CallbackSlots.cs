@@ -134,6 +134,7 @@ internal static class CallbackSlots
         internal const int IncRef = 1;
         internal const int DecRef = 2;
         internal const int Intern = 3;
+        internal const int ReleaseLater = 4;
     }
 
     internal static class Exception

@@ -1,15 +1,18 @@
 namespace Quorix.WrpGen.Interop;
 
 /// <summary>
-/// A managed stream over a borrowed Python binary file object, driven through the raw-I/O
-/// callbacks. It serves one managed call on the calling Python thread; disposing it leaves the
-/// Python file open, because the file belongs to the Python caller.
+/// A managed stream over a Python binary file object, driven through the raw-I/O callbacks.
+/// Lent for one call (<see cref="PyFileStream(IntPtr)"/>), it borrows the file, serves the calling
+/// thread only, and disposing it leaves the file open, because the file stays the caller's.
+/// Kept (<see cref="Keep"/>: a value stored in a property, a result of a Python implementation),
+/// it owns a reference, serves any thread (every callback takes the interpreter lock), and
+/// disposing it closes the file: managed code that disposes a stream it was given means to close it.
 /// </summary>
 public sealed unsafe class PyFileStream : Stream
 {
     private const int SlotWrite = CallbackSlots.RawIo.Write, SlotWriteByte = CallbackSlots.RawIo.WriteByte,
         SlotRead = CallbackSlots.RawIo.Read, SlotReadByte = CallbackSlots.RawIo.ReadByte, SlotSeek = CallbackSlots.RawIo.Seek,
-        SlotTruncate = CallbackSlots.RawIo.Truncate, SlotFlush = CallbackSlots.RawIo.Flush,
+        SlotTruncate = CallbackSlots.RawIo.Truncate, SlotFlush = CallbackSlots.RawIo.Flush, SlotClose = CallbackSlots.RawIo.Close,
         SlotReadable = CallbackSlots.RawIo.Readable, SlotWritable = CallbackSlots.RawIo.Writable,
         SlotSeekable = CallbackSlots.RawIo.Seekable, SlotTell = CallbackSlots.RawIo.Tell, SlotLength = CallbackSlots.RawIo.Length;
     private const int RawIoTable = CallbackSlots.Tables.RawIo;
@@ -17,9 +20,12 @@ public sealed unsafe class PyFileStream : Stream
     private readonly IntPtr _file;
     private readonly IntPtr* _table;
     private readonly int _thread;
+    private readonly bool _owned;
     private bool _disposed;
 
-    public PyFileStream(IntPtr file)
+    public PyFileStream(IntPtr file) : this(file, owned: false) { }
+
+    private PyFileStream(IntPtr file, bool owned)
     {
         if (file == IntPtr.Zero)
             throw new ArgumentNullException(nameof(file));
@@ -28,7 +34,20 @@ public sealed unsafe class PyFileStream : Stream
         _file = file;
         _table = (IntPtr*)PyRuntime.StaticCallbacks[RawIoTable];
         _thread = Environment.CurrentManagedThreadId;
+        _owned = owned;
+        if (owned)
+            PyRuntime.IncRef(file);
+        else
+            GC.SuppressFinalize(this);
     }
+
+    /// <summary>A stream that keeps the Python file for as long as managed code holds it.</summary>
+    public static PyFileStream Keep(IntPtr file) => new(file, owned: true);
+
+    /// <summary>The Python file (borrowed).</summary>
+    public IntPtr File => _file;
+
+    ~PyFileStream() => Dispose(false);
 
     public override bool CanRead => !_disposed && Ask(SlotReadable);
     public override bool CanWrite => !_disposed && Ask(SlotWritable);
@@ -200,22 +219,35 @@ public sealed unsafe class PyFileStream : Stream
 
     protected override void Dispose(bool disposing)
     {
+        if (_owned && !_disposed)
+        {
+            if (disposing)
+            {
+                ((delegate* unmanaged<IntPtr, void>)_table[SlotClose])(_file);
+                PyRuntime.DecRef(_file);
+            }
+            else
+            {
+                // the finalizer thread must not wait for the interpreter lock
+                PyRuntime.ReleaseLater(_file);
+            }
+        }
         _disposed = true;
         base.Dispose(disposing);
     }
 
-    // Python may only be entered from the thread that holds the interpreter lock for this call.
+    // A borrowed file may only be entered from the thread whose call lent it.
     private void Enter()
     {
         ObjectDisposedException.ThrowIf(_disposed, this);
-        if (Environment.CurrentManagedThreadId != _thread)
+        if (!_owned && Environment.CurrentManagedThreadId != _thread)
             throw new InvalidOperationException("a Python file can only be used on the thread that passed it");
     }
 
     // A capability question never throws: a failure answers false, and its Python error is dropped.
     private bool Ask(int slot)
     {
-        if (Environment.CurrentManagedThreadId != _thread)
+        if (!_owned && Environment.CurrentManagedThreadId != _thread)
             return false;
         int answer = ((delegate* unmanaged<IntPtr, int>)_table[slot])(_file);
         if (answer < 0)

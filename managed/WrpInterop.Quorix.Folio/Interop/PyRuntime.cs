@@ -123,6 +123,13 @@ public static unsafe class PyRuntime
         }
     }
 
+    public static void IncRef(IntPtr pyObject) =>
+        ((delegate* unmanaged<IntPtr, void>)ObjApiCallbacks[CallbackSlots.ObjApi.IncRef])(pyObject);
+
+    /// <summary>Hands a reference back from a thread that may not wait for the interpreter lock.</summary>
+    public static void ReleaseLater(IntPtr pyObject) =>
+        ((delegate* unmanaged<IntPtr, void>)ObjApiCallbacks[CallbackSlots.ObjApi.ReleaseLater])(pyObject);
+
     public static void DecRef(IntPtr pyObject)
     {
         if (pyObject != IntPtr.Zero && ObjApiCallbacks != null)

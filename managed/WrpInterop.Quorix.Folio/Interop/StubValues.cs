@@ -31,6 +31,18 @@ public static unsafe class StubValues
         }
     }
 
+    /// <summary>
+    /// The stream a value that managed code keeps designates (a property's new value, a Python
+    /// implementation's result): a managed stream by handle, or a <see cref="PyFileStream"/> that
+    /// owns its Python file.
+    /// </summary>
+    public static Stream? KeptStreamOf(VariantArg* arg) => arg->Tag switch
+    {
+        VariantArg.TagHandle => arg->Value == IntPtr.Zero ? null : Handles.TargetAs<Stream>(arg->Value),
+        VariantArg.TagPyObject => PyFileStream.Keep(arg->Value),
+        _ => throw new ArgumentException($"a value of variant kind {arg->Tag} is not a stream"),
+    };
+
     public static IntPtr None() => ((delegate* unmanaged<IntPtr>)PyRuntime.ObjApiCallbacks[CallbackSlots.ObjApi.None])();
 
     public static IntPtr StrOrNone(string? text) => text is null ? None() : PyRuntime.NewPyString(text);

@@ -147,7 +147,7 @@ public static unsafe class WrpCs_Stamp_B38C403D
         try
         {
             var target = (global::Quorix.Folio.Stamp)Handles.Target(self);
-            target.Printed = (@value->HasValue != 0 ? (global::System.DateTime?)PyValues.ToDateTime(&@value->Value) : null);
+            target.Printed = (@value->HasValue != 0 ? (global::System.DateTime?)(PyValues.ToDateTime(&@value->Value)) : null);
         }
         catch (Exception e)
         {
@@ -281,7 +281,7 @@ public static unsafe class WrpCs_Stamp_B38C403D
         try
         {
             var target = (global::Quorix.Folio.Stamp)Handles.Target(self);
-            target.Amount = (@value->HasValue != 0 ? (decimal?)PyValues.ToDecimal(&@value->Value) : null);
+            target.Amount = (@value->HasValue != 0 ? (decimal?)(PyValues.ToDecimal(&@value->Value)) : null);
         }
         catch (Exception e)
         {
