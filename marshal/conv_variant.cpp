@@ -75,10 +75,10 @@ fail_parbyref(PyObject* obj)
                                  obj);
 }
 
-}  // namespace
-
+// Classifies `obj` as fn_conv_py_variant_to_clr_variant does: 1 classified, 0 a kind it does
+// not know (no error set), -1 with an error.
 int
-fn_conv_py_variant_to_clr_variant(PyObject* obj, VariantArg* out)
+classify(PyObject* obj, VariantArg* out)
 {
     out->value = obj;
     if (obj == Py_None) {
@@ -110,7 +110,7 @@ fn_conv_py_variant_to_clr_variant(PyObject* obj, VariantArg* out)
     VariantTag tag;
     int imported = classify_imported_kinds(obj, &tag);
     if (imported < 0)
-        return 0;
+        return -1;
     if (imported > 0)
         return classified(out, tag);
 
@@ -137,7 +137,29 @@ fn_conv_py_variant_to_clr_variant(PyObject* obj, VariantArg* out)
     if (fn_conv_py_obj_to_clr_gen_not_null_handle(obj, out))
         return 1;
     out->value = nullptr;
-    return marshal_fail_text(PyExc_TypeError, "unknown variant type");
+    return PyErr_Occurred() ? -1 : 0;
+}
+
+}  // namespace
+
+int
+fn_conv_py_variant_to_clr_variant(PyObject* obj, VariantArg* out)
+{
+    int found = classify(obj, out);
+    if (found == 0)
+        return marshal_fail_text(PyExc_TypeError, "unknown variant type");
+    return found > 0 ? 1 : 0;
+}
+
+int
+fn_conv_py_anyobj_to_clr_variant(PyObject* obj, VariantArg* out)
+{
+    int found = classify(obj, out);
+    if (found != 0)
+        return found > 0 ? 1 : 0;
+    out->tag = VariantTag_PyRef;
+    out->value = obj;
+    return 1;
 }
 
 PyObject*

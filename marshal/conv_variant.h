@@ -11,6 +11,11 @@
 // (or the error of a failed import).
 int fn_conv_py_variant_to_clr_variant(PyObject* obj, VariantArg* out);
 
+// The same for a value a Python implementation gives managed code: an object of no kind the
+// classification knows crosses as itself (tag VariantTag_PyRef, borrowed; the managed side
+// takes its own reference). 1, or 0 with the error of a failed import.
+int fn_conv_py_anyobj_to_clr_variant(PyObject* obj, VariantArg* out);
+
 // A managed System.Object coming back: tag 2 is the Python object the value stands for
 // (borrowed; a new reference is returned); tags 0 and 1 are a handle (None when NULL) owned
 // from now on by a new quorix.pyintro.Object wrapper. NULL with an error (handle freed).

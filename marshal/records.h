@@ -52,6 +52,7 @@ enum VariantTag : int32_t {
     VariantTag_Uuid = 13,
     VariantTag_List = 14,
     VariantTag_Tuple = 15,
+    VariantTag_PyRef = 16,  // any other Python object, which managed code holds as itself
 };
 
 static_assert(sizeof(PyStringArg) == 16 && offsetof(PyStringArg, data) == 8, "PyStringArg layout");

@@ -156,6 +156,18 @@ PyObject* PyShTwin_OutList() {
     return list;
 }
 
+PyObject* PyShTwin_RefList(PyObject* item) {
+    if (item == nullptr)
+        return nullptr;
+    PyObject* list = PyList_New(1);
+    if (list == nullptr) {
+        Py_DECREF(item);
+        return nullptr;
+    }
+    PyList_SET_ITEM(list, 0, item);
+    return list;
+}
+
 int PyShTwin_InternNames(PyObject** ids, const char* const* names, int count) {
     for (int i = 0; i < count; ++i) {
         if (ids[i] == nullptr && (ids[i] = PyUnicode_InternFromString(names[i])) == nullptr)

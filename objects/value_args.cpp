@@ -9,9 +9,10 @@ namespace {
 
 constexpr int32_t kTagPythonObject = 2;
 
-// Releases what a result record holds: a Python object or a handle.
+}  // namespace
+
 void
-release_record(VariantArg& value)
+PyShBound_ReleaseObjectRecord(VariantArg& value)
 {
     if (value.tag == kTagPythonObject)
         Py_XDECREF(static_cast<PyObject*>(value.value));
@@ -21,13 +22,11 @@ release_record(VariantArg& value)
     value.value = nullptr;
 }
 
-}  // namespace
-
 PyObject*
 PyShBound_ObjectResult(VariantArg& value)
 {
     if (PyErr_Occurred()) {
-        release_record(value);
+        PyShBound_ReleaseObjectRecord(value);
         return nullptr;
     }
     if (value.tag == kTagPythonObject) {
@@ -44,7 +43,7 @@ PyShBound_ObjectResult(VariantArg& value)
 void
 PyShOutValue::drop()
 {
-    release_record(value_);
+    PyShBound_ReleaseObjectRecord(value_);
 }
 
 int

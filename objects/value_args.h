@@ -30,6 +30,8 @@ int PyShOptional_Conv(PyObject* obj, PyOptional<T>* out) {
 // returned, a handle wrapped as quorix.pyintro.Object; NULL when the stub raised or the
 // wrapping failed (whatever the record held is released).
 PyObject* PyShBound_ObjectResult(VariantArg& value);
+// Releases what such a record holds, unconverted: a Python object or a handle.
+void PyShBound_ReleaseObjectRecord(VariantArg& value);
 
 // How the value of one by-reference parameter becomes Python after the call.
 enum PyShOutForm : int32_t {

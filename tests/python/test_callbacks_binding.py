@@ -3,7 +3,9 @@ their subclasses, every shape of reverse call (arguments and results of each kin
 properties), errors crossing both ways, twins coming back as themselves, and lifetimes."""
 
 import ctypes
+import datetime
 import gc
+import io
 import os
 import sys
 import threading
@@ -153,6 +155,38 @@ class TestInterfaceTypes:
         kept = bt.Shapes.kept()
         assert kept.area() == 9.0 and kept.name == "square"
 
+    def test_interface_types_are_heap_types_named_after_their_module(self):
+        heap_type = 1 << 9
+        assert bt.IShape.__flags__ & heap_type and bt.IProbe.__flags__ & heap_type
+        assert (bt.IShape.__module__, bt.IShape.__qualname__) == ("qrx_bindtest", "IShape")
+        new = bt.IShape.__new__
+        # every instance holds its type, exact or a subclass, and gives it back when it goes
+        for cls, make in ((bt.IShape, lambda: new(bt.IShape)), (Tri, Tri)):
+            refs = sys.getrefcount(cls)
+            made = [make() for _ in range(10)]
+            assert sys.getrefcount(cls) == refs + 10
+            del made
+            assert sys.getrefcount(cls) == refs
+
+    def test_get_type_tells_the_managed_type_an_object_stands_for(self):
+        circle = bt.Shapes.circle(1.0)
+        assert type(circle) is bt.IShape and circle.name == "circle"
+        assert circle.get_type().full_name == "Quorix.BindTest.Circle"
+        # a Python implementation is known to managed code as the interface
+        assert Tri().get_type().full_name == "Quorix.BindTest.IShape"
+        assert Tri().get_type() == bt.IShape._type_of()
+        e = error_of(bt.IShape.__new__(bt.IShape).get_type)
+        assert type(e) is NotImplementedError
+        assert str(e) == "the method cannot be invoked on an object that is not bound to the clr object"
+
+    def test_the_casting_block_on_interface_types(self):
+        circle = bt.Shapes.circle(2.0)
+        assert bt.IShape._is_assignable(bt.Square(1.0)) and not bt.IShape._is_assignable(bt.Node())
+        assert type(bt.IShape._cast_as(bt.Square(1.0))) is bt.IShape
+        assert bt.IShape._cast_as(bt.Node()) is None
+        assert bt.Square._cast_as(circle) is None
+        assert bt.IShape._type_of().name == "IShape"
+
     def test_type_probes_and_the_binding_object(self):
         assert bt.IShape._qrxsc2p_asserttp() is Ellipsis
         assert Tri._qrxsc2p_asserttp() is False
@@ -264,6 +298,166 @@ class TestReverseCalls:
         assert type(e) is TypeError and str(e) == "can't build IProbe value from 'object'"
         e = error_of(bt.Shapes.area_of, Probe())
         assert type(e) is TypeError and "IShape" in str(e)
+
+
+class Kinds(bt.IKinds):
+    def __init__(self):
+        self.opened = []
+
+    def half(self, value):
+        return None if value is None else value // 2
+
+    def later(self, when, by):
+        return None if when is None else when + by
+
+    def flip(self, flag):
+        return None if flag is None else not flag
+
+    def twice(self, span):
+        return span * 2
+
+    def bump(self, counter, text):
+        counter[0] += 1
+        text[0] = None if text[0] == "drop" else (text[0] or "") + "!"
+
+    def open(self, name):
+        if name == "none":
+            return None
+        stream = io.BytesIO(name.encode() * 2)
+        self.opened.append(stream)
+        return stream
+
+    def keep(self, value):
+        # a marker stands for an object a forward call could not pass (any Python object)
+        return self.__dict__.pop("give", value) if value == "give" else value
+
+    def take_mixed(self, first, text, third, fourth):
+        # a managed object typed as object arrives as the generic wrapper, cast to its class
+        self.mixed = (first.name, text, bt.Node._cast_as(third).name, fourth.name)
+
+
+class TestMoreShapes:
+    def setup_method(self):
+        self.kinds = Kinds()
+        self.caller = bt.KindsCaller(self.kinds)
+
+    def test_nullable_values_both_ways(self):
+        assert [self.caller.half(v) for v in (9, None, -4)] == ["4", "none", "-2"]
+        assert [self.caller.flip(v) for v in (True, False, None)] == ["False", "True", "none"]
+        when = datetime.datetime(2026, 3, 4, 5, 6, 7)
+        assert self.caller.later(when, 90) == when + datetime.timedelta(minutes=90)
+        assert self.caller.later(None, 5) is None
+        assert self.caller.twice(datetime.timedelta(seconds=1.5)) == datetime.timedelta(seconds=3)
+
+    def test_a_wrong_nullable_result_is_refused_with_the_converters_text(self):
+        class Wrong(Kinds):
+            def half(self, value):
+                return "half"
+
+        e = error_of(bt.KindsCaller(Wrong()).half, 2)
+        assert type(e) is RuntimeError and "TypeError" in str(e).splitlines()[-1]
+
+    def test_ref_values_go_in_as_a_list_and_come_back_from_its_first_item(self):
+        assert self.caller.bump(1, "a") == "2:a!"
+        assert self.caller.bump(-1, None) == "0:!"
+        assert self.caller.bump(5, "drop") == "6:<null>"
+
+        class Seen(Kinds):
+            def bump(self, counter, text):
+                self.args = (type(counter), counter[:], type(text), text[:])
+
+        seen = Seen()
+        assert bt.KindsCaller(seen).bump(3, "x") == "3:x"
+        assert seen.args == (list, [3], list, ["x"])
+
+    def test_a_stream_from_python_is_read_and_closed_by_managed_code(self):
+        assert self.caller.read_all("ab") == "abab"
+        (stream,) = self.kinds.opened
+        assert stream.closed                      # managed code disposed it: the file is closed
+        assert self.caller.read_all("none") == "<none>"
+
+    @pytest.mark.parametrize("other_thread", [False, True])
+    def test_a_stream_managed_code_keeps_stays_usable_after_the_call(self, other_thread):
+        self.caller.hold("x")
+        (stream,) = self.kinds.opened
+        self.kinds.opened.clear()
+        self.caller.write_held("-tail", other_thread)
+        assert stream.getvalue() == b"-tail" and not stream.closed
+        self.caller.release(True)
+        assert stream.closed
+
+    def test_a_kept_stream_that_managed_code_only_drops_is_released_not_closed(self):
+        self.caller.hold("y")
+        stream = self.kinds.opened.pop()
+        ref = weakref.ref(stream)
+        del stream
+        gc.collect()
+        assert ref() is not None                  # managed code still holds it
+        self.caller.release(False)
+        _settle()
+        assert ref() is None
+
+    def test_python_objects_where_any_object_is_expected_come_back_as_themselves(self):
+        class Thing:
+            pass
+
+        thing = self.kinds.give = Thing()
+        assert self.caller.keep("give") == "PyObjectRef"
+        assert self.caller.kept() is thing
+        ref = weakref.ref(thing)
+        del thing
+        gc.collect()
+        assert ref() is not None                  # held by managed code
+        self.caller.forget()
+        _settle()
+        assert ref() is None
+
+    def test_values_managed_code_has_types_for_cross_as_those_types(self):
+        assert self.caller.keep(7) == "Int32" and self.caller.kept() == 7
+        assert self.caller.keep("s") == "String"
+        assert self.caller.keep(None) == "null" and self.caller.kept() is None
+        node = bt.Node("n")
+        assert self.caller.keep(node) == "Node" and bt.Node._cast_as(self.caller.kept()).name == "n"
+        tri = self.kinds.give = Tri()             # a Python implementation holds no other twin here
+        assert self.caller.keep("give") == "PyObjectRef" and self.caller.kept() is tri
+        self.kinds.give = b"\x00\x01"
+        assert self.caller.keep("give") == "Byte[]" and self.caller.kept() == b"\x00\x01"
+
+    def test_a_failing_argument_releases_the_later_object_handles_once(self):
+        self.caller.take_mixed("t")
+        assert self.kinds.mixed == ("1", "t", "3", "4")
+        _settle()
+        outstanding = _allocated() - _freed()
+        for _ in range(10):
+            e = error_of(self.caller.take_mixed_broken)
+            assert type(e) is RuntimeError and "LookupError" in str(e).splitlines()[-1]
+        _settle()
+        assert _allocated() - _freed() == outstanding
+
+    def test_many_calls_of_the_new_shapes_leak_nothing(self):
+        class Thing:
+            pass
+
+        for _ in range(100):
+            self.kinds.give = Thing()
+            self.caller.keep("give")
+            self.caller.bump(1, "a")
+        _settle()
+        twins, outstanding, before = _live_twins(), _allocated() - _freed(), sys_refs()
+        for i in range(20_000):
+            self.kinds.give = Thing()
+            self.caller.keep("give")
+            self.caller.bump(i, "a")
+            self.caller.half(i)
+            self.caller.later(None, 1)
+            if i % 100 == 0:
+                self.caller.read_all("z")
+        self.caller.forget()
+        self.kinds.opened.clear()
+        _settle()
+        assert _allocated() - _freed() == outstanding
+        assert _live_twins() == twins
+        assert sys_refs() - before < 50
 
 
 _wrap = ctypes.CDLL(str(runtime_dir() / "libquorix.embed.coreclrwrap.so"), mode=os.RTLD_NOLOAD | os.RTLD_NOW)

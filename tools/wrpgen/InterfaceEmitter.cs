@@ -65,8 +65,11 @@ public static class InterfaceEmitter
         w.Line("    static const char* const names[] = {" + string.Concat(members.Select(m => CppEmitter.Quote(m.PythonName) + ", ")) + "nullptr};");
         w.Line($"    if (PyShTwin_InternNames({NameIds(t)}, names, {members.Count}) < 0)");
         w.Line("        return -1;");
-        w.Line($"    PyShDerivl_DescribeType(&{type}, {CppEmitter.Quote(t.TpName)}, wrpPy_tymd_{id}, wrpPy_typd_{id}, wrpPy_tpsl_{id});");
-        w.Line($"    return PyShDerivl_RegisterType(module, &{type}, {CppEmitter.Quote(t.Name)});");
+        w.Line($"    if (PyShDerivl_CreateType(module, &{CppEmitter.TypePointer(t)}, {CppEmitter.Quote(t.TpName)}, wrpPy_tymd_{id}, wrpPy_typd_{id}, wrpPy_tpsl_{id},");
+        w.Line($"                              {CppEmitter.Quote(t.Name)}) < 0)");
+        w.Line("        return -1;");
+        w.Line($"    wrpPy_csop_{id}.target = {CppEmitter.TypePointer(t)};");
+        w.Line("    return 0;");
         w.Line("}");
         w.Line();
     }
@@ -80,17 +83,19 @@ public static class InterfaceEmitter
         {
             var p = m.Parameters[i];
             string v = "a" + i;
-            if (p.Type.Mode == PassMode.Out)
+            if (p.Type.Mode != PassMode.Out)
             {
-                var plan = ReverseMarshal.Out(p.Type.Element)!;
-                ps.Add($"{plan.CppSlot}* {v}");
-                outs.Add((plan, v, i));
-            }
-            else
-            {
-                var plan = ReverseMarshal.In(p.Type)!;
+                var plan = ReverseMarshal.In(p.Type.Element)!;
                 ps.AddRange(plan.Wire.Select(x => $"{x.Cpp} {v}{x.Suffix}"));
                 ins.Add((p, plan, v));
+            }
+            if (p.Type.Mode != PassMode.Value)
+            {
+                // an out value, or a ref value's way back: item 0 of the list Python got
+                var plan = ReverseMarshal.Out(p.Type.Element)!;
+                string slot = p.Type.Mode == PassMode.Ref ? v + "_out" : v;
+                ps.Add($"{plan.CppSlot}* {slot}");
+                outs.Add((plan, slot, i));
             }
         }
         var result = m.Result.Kind == ValueKind.Void ? null : ReverseMarshal.Out(m.Result);
@@ -112,7 +117,8 @@ public static class InterfaceEmitter
             var (_, plan, v) = ins.First(x => x.V == "a" + i);
             var frees = ins.Where(x => int.Parse(x.V[1..]) > i)
                 .Select(x => x.Plan.Free(x.V)).Where(f => f is not null).ToList();
-            w.Line($"if ((refs[{i}] = {plan.ToPy(v)}) == nullptr) {{");
+            string value = p.Type.Mode == PassMode.Ref ? $"PyShTwin_RefList({plan.ToPy(v)})" : plan.ToPy(v);
+            w.Line($"if ((refs[{i}] = {value}) == nullptr) {{");
             foreach (var f in frees)
                 w.Line("    " + f);
             w.Line("    return 0;");
@@ -224,12 +230,25 @@ public static class InterfaceEmitter
         w.Line();
     }
 
+    /// <summary>get_type, after the cast operations it falls back on.</summary>
+    internal static void EmitGetType(CppWriter w, TypeModel t)
+    {
+        string id = CppEmitter.Id(t);
+        w.Line($"PyObject* wrpPy_btfn_{id}_get_type(PyObject* self, PyObject*) {{");
+        w.Line($"    return PyShDerivl_GetType(self, &{CppEmitter.TypeObject(t)}, [] {{ return PyShCast_TypeOf({CppEmitter.CastOpsName(t)}); }});");
+        w.Line("}");
+        w.Line();
+    }
+
     /// <summary>Method-table entries of an interface type beyond its own methods and the casts.</summary>
     internal static IEnumerable<string> ExtraMethodDefs(TypeModel t)
     {
         string id = CppEmitter.Id(t);
         yield return $"{{\"_qrxsc2p_gettpextrabind\", wrpPy_btfn_{id}_gettpextrabind, METH_NOARGS | METH_STATIC, \"\"}}";
     }
+
+    internal static string GetTypeDef(TypeModel t) =>
+        $"{{\"get_type\", wrpPy_btfn_{CppEmitter.Id(t)}_get_type, METH_NOARGS, \"\"}}";
 
     internal static string AssertTpDef(TypeModel t) =>
         $"{{\"_qrxsc2p_asserttp\", wrpPy_btfn_{CppEmitter.Id(t)}_asserttp, METH_NOARGS | METH_CLASS, \"\"}}";
@@ -317,25 +336,28 @@ public static class InterfaceEmitter
             var p = m.Parameters[i];
             string e = m.Kind == "set" ? "value" : CSharpEmitter.ParamName(p.ManagedName);
             string v = "a" + i;
-            if (p.Type.Mode == PassMode.Out)
+            if (p.Type.Mode != PassMode.Out)
+            {
+                var inPlan = ReverseMarshal.In(p.Type.Element)!;
+                if (inPlan.CsPrelude(v, e) is { } prelude)
+                {
+                    if (prelude.StartsWith("fixed", StringComparison.Ordinal))
+                        fixeds.Add(prelude);
+                    else
+                        Line(prelude);
+                }
+                wireTypes.AddRange(inPlan.Wire.Select(x => x.Cs));
+                passes.AddRange(inPlan.CsPass(v, e));
+            }
+            if (p.Type.Mode != PassMode.Value)
             {
                 var plan = ReverseMarshal.Out(p.Type.Element)!;
-                Line($"{plan.CsSlot} {v} = default;");
+                string slot = p.Type.Mode == PassMode.Ref ? v + "_out" : v;
+                Line($"{plan.CsSlot} {slot} = default;");
                 wireTypes.Add(plan.CsSlot + "*");
-                passes.Add("&" + v);
-                reads.Add($"{e} = {plan.CsRead(v)};");
-                continue;
+                passes.Add("&" + slot);
+                reads.Add($"{e} = {plan.CsRead(slot)};");
             }
-            var inPlan = ReverseMarshal.In(p.Type)!;
-            if (inPlan.CsPrelude(v, e) is { } prelude)
-            {
-                if (prelude.StartsWith("fixed", StringComparison.Ordinal))
-                    fixeds.Add(prelude);
-                else
-                    Line(prelude);
-            }
-            wireTypes.AddRange(inPlan.Wire.Select(x => x.Cs));
-            passes.AddRange(inPlan.CsPass(v, e));
         }
         var result = m.Result.Kind == ValueKind.Void ? null : ReverseMarshal.Out(m.Result);
         if (result is not null)

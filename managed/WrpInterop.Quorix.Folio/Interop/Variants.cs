@@ -10,7 +10,7 @@ public static unsafe class Variants
 {
     // Tags of the native classification; 0 and 1 carry a handle (object, structure).
     public const int TagStr = 2, TagBytes = 3, TagBool = 4, TagInt = 5, TagFloat = 6, TagDecimal = 7, TagDecimalTuple = 8,
-        TagDateTime = 9, TagDate = 10, TagTime = 11, TagTimeDelta = 12, TagUuid = 13, TagList = 14, TagTuple = 15;
+        TagDateTime = 9, TagDate = 10, TagTime = 11, TagTimeDelta = 12, TagUuid = 13, TagList = 14, TagTuple = 15, TagPyRef = 16;
 
     // Tables and slots of the element readers and the collection callbacks.
     private const int ReadTable = CallbackSlots.Tables.Read, BufferTable = CallbackSlots.Tables.Buffer,
@@ -108,6 +108,8 @@ public static unsafe class Variants
                 return new List<object?>(ReadItems(obj, ListLength, OlistTable));
             case TagTuple:
                 return ReadItems(obj, SequenceLength, OseqTable);
+            case TagPyRef:
+                return new PyObjectRef(obj);
             default:
                 throw new ArgumentException($"unknown variant kind {tag}");
         }
@@ -198,6 +200,9 @@ public static unsafe class Variants
             Version v => PyValues.PyVersion(v),
             // arrays and lists are handed over, not shared: Python gets a list of their items' values
             System.Collections.IList list when IsCopiedList(list) => PySequences.ListOf(list),
+            // what came from Python goes back as itself
+            PyObjectRef held => NewRef(held.PyObject),
+            PyTwin twin => NewRef(twin.PyObject),
             _ => IntPtr.Zero,
         };
         if (py != IntPtr.Zero || value is null || IsPythonValue(value))
@@ -223,7 +228,13 @@ public static unsafe class Variants
 
     private static bool IsPythonValue(object value) => value is bool or int or short or sbyte or byte or ushort or uint
         or long or ulong or float or double or char or string or byte[] or decimal or DateTime or DateTimeOffset
-        or TimeSpan or Guid or Version || (value is System.Collections.IList list && IsCopiedList(list));
+        or TimeSpan or Guid or Version or PyObjectRef or PyTwin || (value is System.Collections.IList list && IsCopiedList(list));
+
+    private static IntPtr NewRef(IntPtr pyObject)
+    {
+        PyRuntime.IncRef(pyObject);
+        return pyObject;
+    }
 
     // One-dimensional arrays and List<T>: plain containers with nothing of their own to call.
     // Collections of the library are classes with members and stay wrapped.

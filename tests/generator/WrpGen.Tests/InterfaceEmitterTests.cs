@@ -82,10 +82,41 @@ public class InterfaceEmitterTests
     {
         var model = Fixture.Build();
         var t = Hyphenation(model);
-        t.Methods.Add(new MethodModel("When", "when", 0, "call_000_When", false, 0, [],
-            new CarriedType(ValueKind.DateTime)));
-        t.AbstractMembers.Add(new ManagedMember("When", false, "global::System.DateTime", [], false, false));
+        // a regular expression crosses only from Python into managed code
+        t.Methods.Add(new MethodModel("Pattern", "pattern", 0, "call_000_Pattern", false, 0,
+            [new("regex", "regex", new CarriedType(ValueKind.Regex))], new CarriedType(ValueKind.Void)));
+        t.AbstractMembers.Add(new ManagedMember("Pattern", false, "void", ["global::System.Text.RegularExpressions.Regex @regex"], false, false));
         Assert.Contains("nullptr,  // a kind that cannot cross yet", SectionOf(model, t));
-        Assert.Contains("throw new NotSupportedException(\"'when' of a Python implementation", InterfaceEmitter.EmitTwin(t));
+        Assert.Contains("throw new NotSupportedException(\"'pattern' of a Python implementation", InterfaceEmitter.EmitTwin(t));
+    }
+
+    [Fact]
+    public void RefNullableObjectAndStreamValuesCrossBothWays()
+    {
+        var model = Fixture.Build();
+        var t = Hyphenation(model);
+        t.Methods.Add(new MethodModel("Adjust", "adjust", 0, "call_000_Adjust", false, 0,
+            [new("count", "count", new CarriedType(ValueKind.Int32) { Mode = PassMode.Ref }),
+             new("when", "when", new CarriedType(ValueKind.DateTime) { IsNullable = true }),
+             new("tag", "tag", new CarriedType(ValueKind.Object))],
+            new CarriedType(ValueKind.Stream)));
+        t.AbstractMembers.Add(new ManagedMember("Adjust", false, "global::System.IO.Stream",
+            ["ref int @count", "global::System.DateTime? @when", "object @tag"], false, false));
+        string section = SectionOf(model, t);
+        int start = section.IndexOf("_000_adjust(PyObject* self", StringComparison.Ordinal);
+        string body = section[start..section.IndexOf("\n}\n", start, StringComparison.Ordinal)];
+        Assert.StartsWith("_000_adjust(PyObject* self, int32_t a0, int32_t* a0_out, PyOptional<PyDateTimeArg>* a1, VariantArg* a2, VariantArg* result, PyObject** refs)", body);
+        // the ref value goes in as a list; when it fails, the object record after it is released
+        Assert.Contains("refs[0] = PyShTwin_RefList(PyLong_FromLong(a0))) == nullptr) {\n        PyShBound_ReleaseObjectRecord(*a2);", body);
+        Assert.Contains("(a1->has_value ? fn_conv_clr_datetime_to_py_datetime(&a1->value) : Py_NewRef(Py_None))", body);
+        Assert.Contains("refs[2] = PyShBound_ObjectResult(*a2)", body);
+        // after the call: item 0 of the list back into the ref value, then the stream result
+        Assert.True(body.IndexOf("fn_conv_py_long_to_clr_int32(PyShTwin_OutItem(refs[0]), a0_out)", StringComparison.Ordinal)
+                    < body.IndexOf("return fn_conv_py_stream_to_clr_stream(refs[3], result);", StringComparison.Ordinal));
+        string twin = InterfaceEmitter.EmitTwin(t);
+        Assert.Contains("PyOptional<PyDateTimeArg> a1 = default; if (@when.HasValue) { a1.HasValue = 1; PyValues.Write(&a1.Value, @when.Value); }", twin);
+        Assert.Contains("VariantArg a2 = default; Variants.SetResult(&a2, @tag);", twin);
+        Assert.Contains("@count = a0_out;", twin);
+        Assert.Contains("return StubValues.KeptStreamOf(&r);", twin);
     }
 }
