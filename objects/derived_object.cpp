@@ -43,11 +43,16 @@ void wrapPyDerivlTp_tp_dealloc(PyObject* self, PyTypeObject* base) {
     if (derivl(self)->weaklist != nullptr)
         PyObject_ClearWeakRefs(self);
     type->tp_free(self);
-    if (type == base && PyType_HasFeature(base, Py_TPFLAGS_HEAPTYPE))
-        Py_DECREF(base);
+    // An instance holds a reference to its heap type: the exact type's goes here, and so does
+    // a subclass's, which the interpreter leaves to the dealloc of the first heap base.
+    if (PyType_HasFeature(base, Py_TPFLAGS_HEAPTYPE))
+        Py_DECREF(type);
 }
 
 int wrapPyDerivlTp_tp_traverse(PyObject* self, visitproc visit, void* arg) {
+    // the instance's reference to its heap type, which a subclass's traverse leaves to this one
+    if (PyType_HasFeature(Py_TYPE(self), Py_TPFLAGS_HEAPTYPE))
+        Py_VISIT(Py_TYPE(self));
     Py_VISIT(derivl(self)->dict);
     return 0;
 }
@@ -79,10 +84,7 @@ PyObject* wrapPyDerivlTp_tp_str(PyObject* self) {
 PyObject* PyShDerivl_New(PyTypeObject* type, PyTypeObject* base, bool (*invalidate)()) {
     if (type == base && invalidate())
         return nullptr;
-    PyObject* self = type->tp_alloc(type, 0);
-    if (self != nullptr && type == base && PyType_HasFeature(base, Py_TPFLAGS_HEAPTYPE))
-        Py_INCREF(base);  // an exact instance of a heap type holds its type, released by tp_dealloc
-    return self;
+    return type->tp_alloc(type, 0);  // takes the reference to a heap type that tp_dealloc releases
 }
 
 int PyShDerivl_Init(PyTypeObject* base, PyObject* self, PyObject* args, PyObject* kwargs) {
@@ -120,34 +122,43 @@ int PyShDerivl_Receiver(PyObject* self, PyTypeObject* base, const char* method, 
     return 0;
 }
 
-void PyShDerivl_DescribeType(PyTypeObject* type, const char* tp_name, PyMethodDef* methods, PyGetSetDef* getset,
-                             const PyShDerivlSlots& slots) {
-    type->tp_name = tp_name;
-    type->tp_basicsize = sizeof(PyDerivlTpObject);
-    type->tp_flags = Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE | Py_TPFLAGS_HAVE_GC;
-    type->tp_dictoffset = offsetof(PyDerivlTpObject, dict);
-    type->tp_weaklistoffset = offsetof(PyDerivlTpObject, weaklist);
-    type->tp_methods = methods;
-    type->tp_getset = getset;
-    type->tp_new = slots.tp_new;
-    type->tp_init = slots.tp_init;
-    type->tp_dealloc = slots.tp_dealloc;
-    type->tp_traverse = wrapPyDerivlTp_tp_traverse;
-    type->tp_clear = wrapPyDerivlTp_tp_clear;
-    type->tp_hash = slots.tp_hash;
-    type->tp_richcompare = slots.tp_richcompare;
-    type->tp_repr = slots.tp_repr;
-    type->tp_alloc = PyType_GenericAlloc;
-    type->tp_free = PyObject_GC_Del;
+PyObject* PyShDerivl_GetType(PyObject* self, PyTypeObject* base, PyObject* (*type_of)()) {
+    if (Py_TYPE(self) != base)
+        return type_of();
+    void* handle = nullptr;
+    return bound_handle(self, &handle) ? PyShWrp_GetTypeOf(handle) : nullptr;
 }
 
-int PyShDerivl_RegisterType(PyObject* module, PyTypeObject* type, const char* name) {
-    if (PyType_Ready(type) < 0)
-        return fail_registration(-1015, type->tp_name);
-    Py_INCREF(type);
-    if (PyModule_AddObject(module, name, reinterpret_cast<PyObject*>(type)) < 0) {
+int PyShDerivl_CreateType(PyObject* module, PyTypeObject** out, const char* tp_name, PyMethodDef* methods,
+                          PyGetSetDef* getset, const PyShDerivlSlots& slots, const char* name) {
+    PyType_Slot type_slots[] = {
+        {Py_tp_new, reinterpret_cast<void*>(slots.tp_new)},
+        {Py_tp_init, reinterpret_cast<void*>(slots.tp_init)},
+        {Py_tp_dealloc, reinterpret_cast<void*>(slots.tp_dealloc)},
+        {Py_tp_traverse, reinterpret_cast<void*>(wrapPyDerivlTp_tp_traverse)},
+        {Py_tp_clear, reinterpret_cast<void*>(wrapPyDerivlTp_tp_clear)},
+        {Py_tp_hash, reinterpret_cast<void*>(slots.tp_hash)},
+        {Py_tp_richcompare, reinterpret_cast<void*>(slots.tp_richcompare)},
+        {Py_tp_repr, reinterpret_cast<void*>(slots.tp_repr)},
+        {Py_tp_methods, methods},
+        {Py_tp_getset, getset},
+        {Py_tp_free, reinterpret_cast<void*>(PyObject_GC_Del)},
+        {0, nullptr},
+    };
+    // the name must outlive the type: callers pass a literal
+    PyType_Spec spec = {tp_name, sizeof(PyDerivlTpObject), 0,
+                        Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE | Py_TPFLAGS_HAVE_GC, type_slots};
+    PyObject* type = PyType_FromSpecWithBases(&spec, nullptr);
+    if (type == nullptr)
+        return fail_registration(-1015, tp_name);
+    *out = reinterpret_cast<PyTypeObject*>(type);
+    (*out)->tp_dictoffset = offsetof(PyDerivlTpObject, dict);
+    (*out)->tp_weaklistoffset = offsetof(PyDerivlTpObject, weaklist);
+    // the module takes the creation reference; the global stays a borrowed pointer
+    if (PyModule_AddObject(module, name, type) < 0) {
         Py_DECREF(type);
-        return fail_registration(-1014, PyModule_GetName(module), type->tp_name);
+        *out = nullptr;
+        return fail_registration(-1014, PyModule_GetName(module), tp_name);
     }
     return 0;
 }

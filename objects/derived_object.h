@@ -20,8 +20,8 @@ inline bool PyShDerivl_HasLayout(PyTypeObject* type) {
     return type->tp_dictoffset == offsetof(PyDerivlTpObject, dict);
 }
 
-// Shared slots. tp_dealloc releases one reference to `base` when the object is exactly of it
-// and it is a heap type.
+// Shared slots. When `base` is a heap type, tp_dealloc releases the instance's reference to
+// its type (the exact type's, or a subclass's that the interpreter leaves to it).
 void wrapPyDerivlTp_tp_dealloc(PyObject* self, PyTypeObject* base);
 int wrapPyDerivlTp_tp_traverse(PyObject* self, visitproc visit, void* arg);
 int wrapPyDerivlTp_tp_clear(PyObject* self);
@@ -46,6 +46,11 @@ int PyShDerivl_SetDict(PyTypeObject* base, PyObject* self, PyObject* value);
 // subclass that did not override it, or an exact instance bound to nothing.
 int PyShDerivl_Receiver(PyObject* self, PyTypeObject* base, const char* method, void** handle);
 
+// get_type of an interface type: a managed implementation's own managed type; for a Python
+// implementation, the interface's (what managed code knows it as, through `type_of`); an exact
+// instance bound to nothing raises the "not bound to the clr object" NotImplementedError.
+PyObject* PyShDerivl_GetType(PyObject* self, PyTypeObject* base, PyObject* (*type_of)());
+
 // The slots generated per interface type.
 struct PyShDerivlSlots {
     newfunc tp_new;
@@ -56,10 +61,9 @@ struct PyShDerivlSlots {
     reprfunc tp_repr;
 };
 
-// Fills an interface type before it is readied: subclassable, collected, with a dictionary
-// at byte 16 and weak references at byte 24.
-void PyShDerivl_DescribeType(PyTypeObject* type, const char* tp_name, PyMethodDef* methods, PyGetSetDef* getset,
-                             const PyShDerivlSlots& slots);
-
-// Readies an interface type and adds it to `module` under `name` (-1015, -1014).
-int PyShDerivl_RegisterType(PyObject* module, PyTypeObject* type, const char* name);
+// Creates an interface type from a specification (a heap type: subclassable, collected,
+// with a dictionary at byte 16 and weak references at byte 24), stores it in *out and adds it
+// to `module` under `name`. 0, or -1 with ImportError (-1015 creating, -1014 adding; *out
+// stays NULL). `tp_name` must live as long as the process.
+int PyShDerivl_CreateType(PyObject* module, PyTypeObject** out, const char* tp_name, PyMethodDef* methods,
+                          PyGetSetDef* getset, const PyShDerivlSlots& slots, const char* name);

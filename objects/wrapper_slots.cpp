@@ -113,11 +113,9 @@ PyObject* str(PyObject* self, const Flavour& f) {
     return str_of(self, seal(self)->handle, f);
 }
 
-PyObject* get_type(PyObject* self, const Flavour& f) {
-    if (check_usable(self) < 0)
-        return nullptr;
+PyObject* get_type_of(void* handle, const Flavour& f) {
     void* type_handle = nullptr;
-    if ((ObjectHost::get_instance().*f.get_type)(seal(self)->handle, &type_handle) != 1 || PyErr_Occurred()) {
+    if ((ObjectHost::get_instance().*f.get_type)(handle, &type_handle) != 1 || PyErr_Occurred()) {
         PyShWrp_FreeGcHandlePtr(type_handle);
         if (!PyErr_Occurred())
             PyErr_SetString(PyExc_RuntimeError, "the managed type of the object is not available");
@@ -130,6 +128,12 @@ PyObject* get_type(PyObject* self, const Flavour& f) {
         return nullptr;
     }
     return fn_conv_clr_sealtp_to_py_sealtp(type_handle, reinterpret_cast<PyTypeObject*>(type.get()));
+}
+
+PyObject* get_type(PyObject* self, const Flavour& f) {
+    if (check_usable(self) < 0)
+        return nullptr;
+    return get_type_of(seal(self)->handle, f);
 }
 
 }  // namespace
@@ -153,6 +157,7 @@ PyObject* wrapClrStruct_tp_str(PyObject* self) { return str(self, kStruct); }
 Py_hash_t PyShWrp_HashOf(void* handle) { return hash_of(handle, kObject); }
 PyObject* PyShWrp_RichCompareOf(void* handle, PyObject* other, int op) { return richcompare_of(handle, other, op, kObject); }
 PyObject* PyShWrp_StrOf(PyObject* self, void* handle) { return str_of(self, handle, kObject); }
+PyObject* PyShWrp_GetTypeOf(void* handle) { return get_type_of(handle, kObject); }
 
 PyObject* wrapClrObject_get_type(PyObject* self, PyObject*) { return get_type(self, kObject); }
 PyObject* wrapClrStruct_get_type(PyObject* self, PyObject*) { return get_type(self, kStruct); }

@@ -21,11 +21,12 @@ PyObject* wrapClrStruct_tp_richcompare(PyObject* self, PyObject* other, int op);
 PyObject* wrapClrObject_tp_str(PyObject* self);
 PyObject* wrapClrStruct_tp_str(PyObject* self);
 
-// The same three for a managed object whose handle is held elsewhere than inline (the
-// forked-child and unbound checks are the caller's); richcompare takes == and != only.
+// The same three, and get_type, for a managed object whose handle is held elsewhere than
+// inline (the forked-child and unbound checks are the caller's); richcompare takes == and != only.
 Py_hash_t PyShWrp_HashOf(void* handle);
 PyObject* PyShWrp_RichCompareOf(void* handle, PyObject* other, int op);
 PyObject* PyShWrp_StrOf(PyObject* self, void* handle);
+PyObject* PyShWrp_GetTypeOf(void* handle);
 
 // METH_NOARGS "get_type": the managed type of the object as a quorix.pyintro.Type.
 PyObject* wrapClrObject_get_type(PyObject* self, PyObject* unused);

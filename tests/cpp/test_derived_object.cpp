@@ -9,7 +9,7 @@
 
 namespace {
 
-PyTypeObject g_iface = {PyVarObject_HEAD_INIT(nullptr, 0)};
+PyTypeObject* g_iface = nullptr;
 bool g_invalid = false;
 
 bool invalidate() {
@@ -18,24 +18,24 @@ bool invalidate() {
     return g_invalid;
 }
 
-PyObject* tp_new(PyTypeObject* type, PyObject*, PyObject*) { return PyShDerivl_New(type, &g_iface, invalidate); }
-int tp_init(PyObject* self, PyObject* args, PyObject* kwargs) { return PyShDerivl_Init(&g_iface, self, args, kwargs); }
-void tp_dealloc(PyObject* self) { wrapPyDerivlTp_tp_dealloc(self, &g_iface); }
+PyObject* tp_new(PyTypeObject* type, PyObject*, PyObject*) { return PyShDerivl_New(type, g_iface, invalidate); }
+int tp_init(PyObject* self, PyObject* args, PyObject* kwargs) { return PyShDerivl_Init(g_iface, self, args, kwargs); }
+void tp_dealloc(PyObject* self) { wrapPyDerivlTp_tp_dealloc(self, g_iface); }
 Py_hash_t tp_hash(PyObject* self) {
-    return Py_TYPE(self) == &g_iface ? wrapPyDerivlTp_tp_hash(self) : PyShRightmostSuper_Hash(&g_iface, self);
+    return Py_TYPE(self) == g_iface ? wrapPyDerivlTp_tp_hash(self) : PyShRightmostSuper_Hash(g_iface, self);
 }
 PyObject* tp_richcompare(PyObject* self, PyObject* other, int op) {
-    return Py_TYPE(self) == &g_iface ? wrapPyDerivlTp_tp_richcompare(self, other, op)
-                                     : PyShRightmostSuper_RichCompare(&g_iface, self, other, op);
+    return Py_TYPE(self) == g_iface ? wrapPyDerivlTp_tp_richcompare(self, other, op)
+                                     : PyShRightmostSuper_RichCompare(g_iface, self, other, op);
 }
 PyObject* tp_repr(PyObject* self) {
-    return Py_TYPE(self) == &g_iface ? wrapPyDerivlTp_tp_str(self) : PyShRightmostSuper_Repr(&g_iface, self);
+    return Py_TYPE(self) == g_iface ? wrapPyDerivlTp_tp_str(self) : PyShRightmostSuper_Repr(g_iface, self);
 }
-int set_dict(PyObject* self, PyObject* value, void*) { return PyShDerivl_SetDict(&g_iface, self, value); }
+int set_dict(PyObject* self, PyObject* value, void*) { return PyShDerivl_SetDict(g_iface, self, value); }
 
 PyObject* forward(PyObject* self, PyObject*) {
     void* handle = nullptr;
-    if (PyShDerivl_Receiver(self, &g_iface, "work", &handle) < 0)
+    if (PyShDerivl_Receiver(self, g_iface, "work", &handle) < 0)
         return nullptr;
     Py_RETURN_NONE;
 }
@@ -47,12 +47,13 @@ const PyShDerivlSlots g_slots = {tp_new, tp_init, tp_dealloc, tp_hash, tp_richco
 class DerivedObject : public PyTest {
 protected:
     void SetUp() override {
-        if (g_iface.tp_name == nullptr) {
-            PyShDerivl_DescribeType(&g_iface, "tests.IWork", g_methods, g_getset, g_slots);
-            ASSERT_EQ(PyType_Ready(&g_iface), 0);
+        if (g_iface == nullptr) {
+            PyShRef module(PyModule_New("tests"));
+            ASSERT_EQ(PyShDerivl_CreateType(module.get(), &g_iface, "tests.IWork", g_methods, g_getset, g_slots, "IWork"), 0);
+            Py_INCREF(g_iface);  // outlives the module, as the process-wide globals do
         }
         ns_ = py_namespace();
-        ASSERT_EQ(PyDict_SetItemString(ns_.get(), "IWork", reinterpret_cast<PyObject*>(&g_iface)), 0);
+        ASSERT_EQ(PyDict_SetItemString(ns_.get(), "IWork", reinterpret_cast<PyObject*>(g_iface)), 0);
         ASSERT_TRUE(py_exec(ns_.get(),
                             "class Impl(IWork):\n"
                             "    def __init__(self, n): self.n = n\n"
@@ -67,11 +68,31 @@ protected:
 };
 
 TEST_F(DerivedObject, LayoutPutsTheDictionaryAndWeakReferencesAtFixedOffsets) {
-    EXPECT_EQ(g_iface.tp_dictoffset, 16);
-    EXPECT_EQ(g_iface.tp_weaklistoffset, 24);
-    EXPECT_TRUE(PyShDerivl_HasLayout(&g_iface));
+    EXPECT_EQ(g_iface->tp_dictoffset, 16);
+    EXPECT_EQ(g_iface->tp_weaklistoffset, 24);
+    EXPECT_TRUE(PyShDerivl_HasLayout(g_iface));
     EXPECT_EQ(py_str(PyShRef(py_eval(ns_.get(), "(lambda o: (o.n, __import__('weakref').ref(o)() is o))(Impl(3))")).get()),
               "(3, True)");
+}
+
+TEST_F(DerivedObject, ItIsAHeapTypeThatEveryInstanceHoldsForItsLifetime) {
+    EXPECT_TRUE(PyType_HasFeature(g_iface, Py_TPFLAGS_HEAPTYPE));
+    EXPECT_EQ(py_str(PyShRef(py_eval(ns_.get(), "(IWork.__module__, IWork.__name__)")).get()), "('tests', 'IWork')");
+    PyShRef impl(py_eval(ns_.get(), "Impl"));
+    Py_ssize_t base_refs = Py_REFCNT(g_iface), impl_refs = Py_REFCNT(impl.get());
+    {
+        PyShRef bare(py_eval(ns_.get(), "IWork.__new__(IWork)"));
+        PyShRef sub(py_eval(ns_.get(), "Impl(2)"));
+        EXPECT_EQ(Py_REFCNT(g_iface), base_refs + 1);
+        EXPECT_EQ(Py_REFCNT(impl.get()), impl_refs + 1);
+    }
+    EXPECT_EQ(Py_REFCNT(g_iface), base_refs);
+    EXPECT_EQ(Py_REFCNT(impl.get()), impl_refs);
+    // a cycle through a subclass instance's dictionary is collected
+    EXPECT_EQ(error_of("import gc, weakref\n"
+                       "o = Impl(1); o.me = o; r = weakref.ref(o); del o; gc.collect()\n"
+                       "assert r() is None\n"),
+              "<no error>");
 }
 
 TEST_F(DerivedObject, TheExactTypeRefusesConstructionAndDictAssignment) {

@@ -101,7 +101,12 @@ public static class CppEmitter
 
     internal static string Id(TypeModel t) => t.Hash + "_" + Ident(t.Name);
     internal static string Table(TypeModel t) => "PyHost_cs_" + Id(t);
-    internal static string TypeObject(TypeModel t) => "wrpPy_tyds_" + Id(t);
+    /// <summary>
+    /// The type object as an lvalue. An interface's is created from a specification at registration
+    /// (a heap type), so its global is a pointer, filled then and read only by code that runs later.
+    /// </summary>
+    internal static string TypeObject(TypeModel t) => t.Kind == TypeKind.Interface ? $"(*{TypePointer(t)})" : "wrpPy_tyds_" + Id(t);
+    internal static string TypePointer(TypeModel t) => "wrpPy_tyds_" + Id(t);
     private static string ToPy(TypeModel t) => "wrpPy_conv_clr_to_py_" + Id(t);
     private static string ToPyIndexed(TypeModel t) => "wrpPy_conv_clr_to_py_ix_" + Id(t);
     internal static string ToPyName(TypeModel t) => ToPy(t);
@@ -289,6 +294,10 @@ public static class CppEmitter
     /// <summary>The record of a value kind that crosses by pointer and its conversion to Python; null for other kinds.</summary>
     internal static (string Record, string ToPy)? RecordToPython(ValueKind kind) =>
         IsRecord(kind) ? (RecordOf(kind).Record, RecordOf(kind).ToPy) : null;
+
+    /// <summary>The record of a value kind that crosses by pointer and its conversion from Python; null for other kinds.</summary>
+    internal static (string Record, string ToClr)? RecordFromPython(ValueKind kind) =>
+        IsRecord(kind) ? (RecordOf(kind).Record, RecordOf(kind).ToClr) : null;
 
     private static bool IsRecord(ValueKind kind) =>
         kind is ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.Decimal or ValueKind.Guid or ValueKind.Version;
@@ -802,8 +811,7 @@ public static class CppEmitter
     private static string MethodDef(TypeModel t, MethodGroup g, bool inTable = true) =>
         $"{{{Quote(g.PythonName)}, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>({MethodFunction(t, g)})), {MethodFlags(g, inTable)}, \"\"}}";
 
-    // an interface type holds no inline handle: it has no get_type of its own
-    internal static bool HasBuiltinGetType(TypeModel t) => t.Kind is not (TypeKind.StaticClass or TypeKind.Interface);
+    internal static bool HasBuiltinGetType(TypeModel t) => t.Kind != TypeKind.StaticClass;
 
     /// <summary>
     /// A Python name with a static and an instance form. A method table keeps only the first entry
@@ -995,14 +1003,17 @@ public static class CppEmitter
     }
 
     private static string CastOps(TypeModel t) => "wrpPy_csop_" + Id(t);
+    internal static string CastOpsName(TypeModel t) => CastOps(t);
 
     private static void EmitCastOps(CppWriter w, TypeModel t)
     {
         bool has(string stub) => t.Builtins.Contains(stub);
         string fwd(string stub, string decl, string args) => has(stub)
             ? $"[]({decl}) {{ return {Table(t)}::get_instance().{stub}({args}); }}" : "nullptr";
-        w.Line($"const PyShCastOps {CastOps(t)} = {{");
-        w.Line($"    {Invalidate(t)}, &{TypeObject(t)}, {HandleKind(t)},");
+        // an interface's type exists only once registered, which fills the target in
+        bool created = t.Kind == TypeKind.Interface;
+        w.Line($"{(created ? "" : "const ")}PyShCastOps {CastOps(t)} = {{");
+        w.Line($"    {Invalidate(t)}, {(created ? "nullptr" : "&" + TypeObject(t))}, {HandleKind(t)},");
         w.Line($"    {fwd("btp_TypeOf", "void** o", "o")},");
         w.Line($"    {fwd("btp_CastTo", "void* h, void** o", "h, o")},");
         w.Line($"    {fwd("btp_CastAs", "void* h, void** o", "h, o")},");
@@ -1133,6 +1144,8 @@ public static class CppEmitter
         }
         EmitCastOps(w, t);
         var castDefs = EmitCastBlock(w, "wrpPy_btfn_" + id, CastOps(t));
+        if (implementable)
+            InterfaceEmitter.EmitGetType(w, t);
 
         string getType = options.HostStart is not null ? $"wrpPy_tpsb_{id}_get_type" : $"{SlotFamily(t)}_get_type";
         string builtinGetType = $"{{\"get_type\", {getType}, METH_NOARGS, \"\"}}";
@@ -1155,13 +1168,13 @@ public static class CppEmitter
         {
             if (implementable && def.StartsWith("{\"_qrxsc2p_asserttp\"", StringComparison.Ordinal))
             {
-                // an interface type holds no inline handle: no get_type; the type probe answers for the exact type only
+                // the type probe answers for the exact type only
                 w.Line($"    {InterfaceEmitter.AssertTpDef(t)},");
                 foreach (var more in InterfaceEmitter.ExtraMethodDefs(t))
                     w.Line($"    {more},");
             }
             else if (implementable && def.StartsWith("{\"get_type\"", StringComparison.Ordinal))
-                continue;
+                w.Line($"    {InterfaceEmitter.GetTypeDef(t)},");
             else if (def.StartsWith("{\"get_type\"", StringComparison.Ordinal))
             {
                 if (HasBuiltinGetType(t) && !mixedNames.Contains("get_type"))
@@ -1188,7 +1201,8 @@ public static class CppEmitter
         w.Line();
         w.Line("}  // namespace");
         w.Line();
-        w.Line($"PyTypeObject {TypeObject(t)} = {{PyVarObject_HEAD_INIT(nullptr, 0)}};");
+        w.Line(implementable ? $"PyTypeObject* {TypePointer(t)} = nullptr;"
+                             : $"PyTypeObject {TypeObject(t)} = {{PyVarObject_HEAD_INIT(nullptr, 0)}};");
         w.Line();
         if (HasPostCreation(t))
         {
@@ -1395,7 +1409,7 @@ public static class CppEmitter
             }
             else
             {
-                w.Line($"extern PyTypeObject {TypeObject(t)};");
+                w.Line(t.Kind == TypeKind.Interface ? $"extern PyTypeObject* {TypePointer(t)};" : $"extern PyTypeObject {TypeObject(t)};");
                 if (HasPostCreation(t))
                     w.Line($"int {Eypi(t)}();");
                 w.Line($"int {ToClr(t)}(PyObject* obj, void** out);");
