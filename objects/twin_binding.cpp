@@ -156,6 +156,21 @@ PyObject* PyShTwin_OutList() {
     return list;
 }
 
+int PyShTwin_SequenceResult(PyObject* obj, VariantArg* out) {
+    out->value = obj;
+    if (obj == Py_None) {
+        out->tag = VariantTag_Handle;
+        out->value = nullptr;
+        return 1;
+    }
+    if (PyUnicode_Check(obj) || PyBytes_Check(obj) || PyByteArray_Check(obj) || PyDict_Check(obj) || !PySequence_Check(obj)) {
+        PyErr_Format(PyExc_TypeError, "can't build an array from '%.200s'", Py_TYPE(obj)->tp_name);
+        return 0;
+    }
+    out->tag = PyList_CheckExact(obj) ? VariantTag_List : VariantTag_Tuple;
+    return 1;
+}
+
 PyObject* PyShTwin_RefList(PyObject* item) {
     if (item == nullptr)
         return nullptr;

@@ -89,6 +89,11 @@ struct PyTwinBlob {
 int PyShTwin_BytesResult(PyObject* obj, PyTwinBlob* out);
 // A fresh one-element list [None] that receives an out value.
 PyObject* PyShTwin_OutList();
+// A sequence result, lent to managed code for as long as the call's references live: None as a
+// NULL handle, an exact list as tag VariantTag_List, another sequence as VariantTag_Tuple (read
+// by index). Text, bytes, mappings and objects that are not sequences raise TypeError "can't
+// build an array from '%.200s'". 1, or 0 with the error.
+int PyShTwin_SequenceResult(PyObject* obj, VariantArg* out);
 // A one-element list around `item` (a new reference, consumed; NULL passes through) that
 // carries a `ref` value in and out.
 PyObject* PyShTwin_RefList(PyObject* item);

@@ -331,6 +331,15 @@ class Kinds(bt.IKinds):
         # a marker stands for an object a forward call could not pass (any Python object)
         return self.__dict__.pop("give", value) if value == "give" else value
 
+    def words(self, text):
+        return text.split() if text != "tuple" else ("a", "tuple")
+
+    def numbers(self, count):
+        return range(count)
+
+    def nodes(self, count):
+        return None if count < 0 else [bt.Node(str(i)) for i in range(count)]
+
     def take_mixed(self, first, text, third, fourth):
         # a managed object typed as object arrives as the generic wrapper, cast to its class
         self.mixed = (first.name, text, bt.Node._cast_as(third).name, fourth.name)
@@ -396,6 +405,23 @@ class TestMoreShapes:
         self.caller.release(False)
         _settle()
         assert ref() is None
+
+    def test_sequences_from_python_become_the_declared_managed_sequence(self):
+        assert self.caller.words("to be or") == "String[]:to|be|or"
+        assert self.caller.words("tuple") == "String[]:a|tuple"
+        assert self.caller.sum_numbers(101) == 5050          # any sequence, a range here
+        assert self.caller.node_names(3) == "0,1,2" and self.caller.node_names(-1) == "<null>"
+
+    def test_a_sequence_result_that_does_not_fit_is_refused_with_its_item(self):
+        class Wrong(Kinds):
+            def words(self, text):
+                return ["ok", 3] if text == "item" else text
+
+        caller = bt.KindsCaller(Wrong())
+        e = error_of(caller.words, "plain text")
+        assert type(e) is RuntimeError and str(e).rstrip().endswith("TypeError: can't build an array from 'str'")
+        e = error_of(caller.words, "item")
+        assert type(e) is RuntimeError and "item 1: Int32 is not String" in str(e)
 
     def test_python_objects_where_any_object_is_expected_come_back_as_themselves(self):
         class Thing:

@@ -302,7 +302,7 @@ public static class InterfaceEmitter
             var outs = abstractMember.Parameters.Where(p => p.StartsWith("out ", StringComparison.Ordinal))
                 .Select(p => p[(p.LastIndexOf(' ') + 1)..]).ToList();
             w.Append($"    public {abstractMember.Result} {abstractMember.Name}({string.Join(", ", abstractMember.Parameters)})\n    {{\n");
-            EmitTwinBody(w, bound, members.IndexOf(bound!), "        ", abstractMember.Name, outs);
+            EmitTwinBody(w, bound, members.IndexOf(bound!), "        ", abstractMember.Name, outs, abstractMember.Result);
             w.Append("    }\n");
         }
         w.Append("}\n");
@@ -313,7 +313,8 @@ public static class InterfaceEmitter
     /// The body of one twin member: a reverse call through slot <paramref name="index"/>, or, for a
     /// member that is not bound or whose values cannot cross, a refusal naming it.
     /// </summary>
-    private static void EmitTwinBody(StringBuilder w, Member? m, int index, string pad, string managedName, IReadOnlyList<string> outs)
+    private static void EmitTwinBody(StringBuilder w, Member? m, int index, string pad, string managedName, IReadOnlyList<string> outs,
+                                     string? declaredResult = null)
     {
         void Line(string s) => w.Append(pad).Append(s).Append('\n');
         if (m is null || !m.Supported)
@@ -380,7 +381,11 @@ public static class InterfaceEmitter
         foreach (var r in reads)
             Line("    " + r);
         if (result is not null)
-            Line($"    return {result.CsRead("r")};");
+        {
+            // a sequence comes back as a list, which serves every declared type but an array
+            bool array = ReverseMarshal.IsSequence(m.Result) && declaredResult?.EndsWith("[]", StringComparison.Ordinal) == true;
+            Line($"    return {result.CsRead("r")}{(array ? "?.ToArray()" : "")};");
+        }
         Line("}");
         Line("finally");
         Line("{");

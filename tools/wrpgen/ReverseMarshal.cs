@@ -171,16 +171,31 @@ internal static class ReverseMarshal
             ValueKind.Object => new("VariantArg", "fn_conv_py_anyobj_to_clr_variant", "VariantArg", r => $"Variants.ToManaged(&{r})"),
             // a Python file stays open for managed code, which then owns a reference to it
             ValueKind.Stream => new("VariantArg", "fn_conv_py_stream_to_clr_stream", "VariantArg", r => $"StubValues.KeptStreamOf(&{r})"),
+            // a list the twin makes an array of where the declared type is one
+            _ when ItemOf(type) is { } item =>
+                new("VariantArg", "PyShTwin_SequenceResult", "VariantArg", r => $"PySequences.FromPython<{item}>(&{r})"),
             _ => null,
         };
     }
+
+    /// <summary>The managed item type of a sequence kind a Python implementation may return; null for other kinds.</summary>
+    // items cross as variants, where an enumeration member is not an int: sequences of them stay refused
+    private static string? ItemOf(CarriedType type) => type.Kind switch
+    {
+        ValueKind.Sequence when type.Item!.Kind != ValueKind.Enum => CSharpEmitter.ManagedTypeName(type.Item!),
+        ValueKind.ArrayOf or ValueKind.ListOf or ValueKind.EnumerableOf => CSharpEmitter.ManagedName(type.Generic!.Element),
+        _ => null,
+    };
+
+    /// <summary>Whether a value comes back as a list the twin may still have to make an array of: results only.</summary>
+    public static bool IsSequence(CarriedType type) => ItemOf(type) is not null;
 
     /// <summary>Whether every parameter and the result of a member can cross.</summary>
     public static bool Supported(IEnumerable<ParameterModel> parameters, CarriedType result) =>
         parameters.All(p => p.Type.Mode switch
         {
-            PassMode.Out => Out(p.Type.Element) is not null,
-            PassMode.Ref => In(p.Type.Element) is not null && Out(p.Type.Element) is not null,
+            PassMode.Out => Out(p.Type.Element) is not null && !IsSequence(p.Type.Element),
+            PassMode.Ref => In(p.Type.Element) is not null && Out(p.Type.Element) is not null && !IsSequence(p.Type.Element),
             _ => In(p.Type) is not null,
         })
         && (result.Kind == ValueKind.Void || Out(result) is not null);

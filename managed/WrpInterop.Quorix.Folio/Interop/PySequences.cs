@@ -225,4 +225,29 @@ public static unsafe class PySequences
         if (status != 0)
             throw new PyErrorPendingException();
     }
+
+    /// <summary>
+    /// The items of a sequence a Python implementation returned (lent in the call's record:
+    /// null for None), each converted as its Python kind and then to <typeparamref name="T"/>.
+    /// </summary>
+    public static List<T>? FromPython<T>(VariantArg* result)
+    {
+        if (result->Tag == VariantArg.TagHandle && result->Value == IntPtr.Zero)
+            return null;
+        var items = (System.Collections.IList)Variants.ToManaged(result)!;
+        var list = new List<T>(items.Count);
+        for (int i = 0; i < items.Count; i++)
+            list.Add(Item<T>(items[i], i));
+        return list;
+    }
+
+    private static T Item<T>(object? value, int index) => value switch
+    {
+        T item => item,
+        null when default(T) is null => default!,
+        int or long or ulong when typeof(T).IsEnum => (T)Enum.ToObject(typeof(T), value),
+        IConvertible number when typeof(T).IsPrimitive && value is not string =>
+            (T)Convert.ChangeType(number, typeof(T), System.Globalization.CultureInfo.InvariantCulture),
+        _ => throw new InvalidCastException($"item {index}: {(value is null ? "None" : value.GetType().Name)} is not {typeof(T).Name}"),
+    };
 }
