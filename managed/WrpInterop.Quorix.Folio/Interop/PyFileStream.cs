@@ -44,9 +44,6 @@ public sealed unsafe class PyFileStream : Stream
     /// <summary>A stream that keeps the Python file for as long as managed code holds it.</summary>
     public static PyFileStream Keep(IntPtr file) => new(file, owned: true);
 
-    /// <summary>The Python file (borrowed).</summary>
-    public IntPtr File => _file;
-
     ~PyFileStream() => Dispose(false);
 
     public override bool CanRead => !_disposed && Ask(SlotReadable);
