@@ -298,7 +298,8 @@ class IHyphenationCallback:
     def request_dictionary(self, language: str) -> None: ...
     @property
     def name(self) -> str: ...
-    def get_type(self) -> quorix.pyintro.Type: ...
+    def get_type(self) -> quorix.pyintro.Type:
+        """The object's managed type, to inspect through quorix.pyintro."""
 
 
 class Cluster:
