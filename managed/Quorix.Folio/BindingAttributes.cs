@@ -19,3 +19,13 @@ internal sealed class NonNegativeAttribute : Attribute { }
 /// </summary>
 [AttributeUsage(AttributeTargets.Method | AttributeTargets.Constructor)]
 internal sealed class LongRunningAttribute : Attribute { }
+
+/// <summary>
+/// Objects of the class belong to the document the named internal property gives, as nodes belong
+/// to theirs: a host serialising its threads' use of a document covers calls on them too.
+/// </summary>
+[AttributeUsage(AttributeTargets.Class)]
+internal sealed class OfDocumentAttribute(string member) : Attribute
+{
+    public string Member { get; } = member;
+}

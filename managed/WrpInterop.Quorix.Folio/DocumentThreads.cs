@@ -4,9 +4,9 @@ using Quorix.Folio;
 namespace Quorix.WrpGen.Interop;
 
 /// <summary>
-/// How a Python thread waits for a document that another thread holds: without the interpreter
-/// lock, because the holder may be running a callback into Python that needs it. Installed once
-/// by quorix.folio at start-up.
+/// The interpreter lock as seen from managed code: letting go of it and taking it back, and how a
+/// Python thread waits for a document another thread holds (without the lock, because the holder
+/// may be running a callback into Python that needs it). Installed once by quorix.folio at start-up.
 /// </summary>
 public static unsafe class DocumentThreads
 {
@@ -25,16 +25,26 @@ public static unsafe class DocumentThreads
         DocumentGate.WaitHook = WaitUnlocked;
     }
 
+    /// <summary>Lets go of the interpreter lock if this thread holds it; what <see cref="Restore"/> takes.</summary>
+    internal static IntPtr Release() => releaseLock == null ? IntPtr.Zero : releaseLock();
+
+    /// <summary>Takes back the interpreter lock <see cref="Release"/> let go of (nothing for zero).</summary>
+    internal static void Restore(IntPtr saved)
+    {
+        if (saved != IntPtr.Zero)
+            restoreLock(saved);
+    }
+
     private static void WaitUnlocked(object gate)
     {
-        IntPtr saved = releaseLock();
+        IntPtr saved = Release();
         try
         {
             Monitor.Enter(gate);
         }
         finally
         {
-            restoreLock(saved);
+            Restore(saved);
         }
     }
 }

@@ -31,6 +31,26 @@ internal sealed class BindingRules(MetadataReader reader)
     /// <summary>A `params` array parameter: Python may also pass its items as trailing positional arguments.</summary>
     public bool IsParams(CustomAttributeHandleCollection attributes) => Has(reader, attributes, "ParamArrayAttribute");
 
+    /// <summary>
+    /// The member named by "OfDocumentAttribute" on a class (an internal property giving the document
+    /// its objects belong to), or null: the stubs hold that document for each call.
+    /// </summary>
+    public string? DocumentMember(CustomAttributeHandleCollection attributes)
+    {
+        foreach (var ah in attributes)
+        {
+            var attribute = reader.GetCustomAttribute(ah);
+            if (AttributeType(reader, attribute).Name != "OfDocumentAttribute")
+                continue;
+            // the value blob: prolog 0x0001, then the one string argument
+            var blob = reader.GetBlobReader(attribute.Value);
+            if (blob.ReadUInt16() != 1 || blob.ReadSerializedString() is not { Length: > 0 } member)
+                throw new GeneratorException("OfDocumentAttribute needs the name of a member");
+            return member;
+        }
+        return null;
+    }
+
     private static bool Has(MetadataReader reader, CustomAttributeHandleCollection attributes, string name) =>
         attributes.Any(ah => AttributeType(reader, reader.GetCustomAttribute(ah)).Name == name);
 

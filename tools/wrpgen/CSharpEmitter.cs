@@ -207,7 +207,7 @@ public static partial class CSharpEmitter
             declarations.Add(extra);
         string call = $"{receiver}.{m.ManagedName}({args.Call})";
         Stub(w, returnType, m.Stub, declarations, prelude, args.Flushes,
-             m.Result.Kind == ValueKind.Void ? call + ";" : $"var r = {call};", finish);
+             m.Result.Kind == ValueKind.Void ? call + ";" : $"var r = {call};", finish, Access(t, m.IsStatic, m.LongRunning));
     }
 
     private static void Getter(Writer w, TypeModel t, PropertyModel p)
@@ -216,7 +216,7 @@ public static partial class CSharpEmitter
         var declarations = new List<string> { "IntPtr self" };
         if (extra is not null)
             declarations.Add(extra);
-        Stub(w, returnType, p.Getter!, declarations, [Receiver(t)], [], $"var r = target.{p.ManagedName};", finish);
+        Stub(w, returnType, p.Getter!, declarations, [Receiver(t)], [], $"var r = target.{p.ManagedName};", finish, Access(t, false, false));
     }
 
     private static void Indexer(Writer w, TypeModel t, string stub, CarriedType key, CarriedType item)
@@ -227,14 +227,14 @@ public static partial class CSharpEmitter
         if (extra is not null)
             declarations.Add(extra);
         Stub(w, returnType, stub, declarations, [Receiver(t), .. args.Prelude], args.Flushes,
-             $"var r = target[{args.Call}];", finish);
+             $"var r = target[{args.Call}];", finish, Access(t, false, false));
     }
 
     private static void Setter(Writer w, TypeModel t, PropertyModel p)
     {
         var args = Arguments([new ParameterModel("value", "value", p.Type)], stored: true);
         Stub(w, "void", p.Setter!, ["IntPtr self", .. args.Declarations], [Receiver(t), .. args.Prelude], args.Flushes,
-             $"target.{p.ManagedName} = {args.Call};", null);
+             $"target.{p.ManagedName} = {args.Call};", null, Access(t, false, false));
     }
 
     private static void StaticGetter(Writer w, TypeModel t, StaticAttributeModel s) =>
@@ -546,15 +546,24 @@ public static partial class CSharpEmitter
         };
     }
 
+    /// <summary>
+    /// How a stub takes the document its receiver belongs to (DocumentAccess), or null: instance
+    /// members of a document's objects take it for the call, and long-running ones then let go of
+    /// the interpreter lock (other long-running members have the native side let go of it).
+    /// </summary>
+    private static string? Access(TypeModel t, bool isStatic, bool longRunning) =>
+        isStatic || t.DocumentOf is not { } member ? null
+        : longRunning ? $"DocumentAccess.EnterLong(target.{member})" : $"DocumentAccess.Enter(target.{member})";
+
     // Stub-local names the managed parameter names must not take.
-    [GeneratedRegex("^(self|result|target|r|e|(arg|own|out)[0-9]+)$")]
+    [GeneratedRegex("^(self|result|target|access|r|e|(arg|own|out)[0-9]+)$")]
     private static partial Regex Reserved();
 
     private static string Identifier(string managedName) =>
         "@" + (Reserved().IsMatch(managedName) ? managedName + "_" : managedName);
 
     private static void Stub(Writer w, string returnType, string name, IEnumerable<string> parameters, IEnumerable<string> prelude,
-                             IEnumerable<string> flushes, string call, string? finish)
+                             IEnumerable<string> flushes, string call, string? finish, string? access = null)
     {
         w.Line("[UnmanagedCallersOnly]");
         w.Line($"public static {returnType} {name}({string.Join(", ", parameters)})");
@@ -563,11 +572,25 @@ public static partial class CSharpEmitter
         w.Open();
         foreach (string line in prelude)
             w.Line(line);
+        if (access is not null)
+        {
+            w.Line($"var access = {access};");
+            w.Line("try");
+            w.Open();
+        }
         w.Lines(call);
         foreach (string line in flushes)
             w.Line(line);
         if (finish is not null)
             w.Lines(finish);
+        if (access is not null)
+        {
+            w.Close();
+            w.Line("finally");
+            w.Open();
+            w.Line("access.Exit();");
+            w.Close();
+        }
         w.Close();
         w.Line("catch (Exception e)");
         w.Open();

@@ -640,8 +640,14 @@ public static class CppEmitter
         $"table.{stub}(" + string.Join(", ", args);
 
     /// <summary>The call of <paramref name="m"/>'s stub with the receiver and arguments given, and its return.</summary>
-    internal static void EmitStubCall(CppWriter w, MethodModel m, List<string> args) =>
-        EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0, EmitOutValues(w, m.Parameters), m.LongRunning);
+    internal static void EmitStubCall(CppWriter w, TypeModel t, MethodModel m, List<string> args) =>
+        EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0, EmitOutValues(w, m.Parameters), UnlockedHere(t, m));
+
+    /// <summary>
+    /// Whether the binding lets go of the interpreter lock around a long-running member's stub: a
+    /// member of a document's object lets go of it in managed code once it holds the document.
+    /// </summary>
+    private static bool UnlockedHere(TypeModel t, MethodModel m) => m.LongRunning && (m.IsStatic || t.DocumentOf is null);
 
     internal static void EmitGetterCall(CppWriter w, PropertyModel p, string receiver) =>
         EmitCallAndReturn(w, p.Type, CallPrefix(p.Getter!, [receiver]), true);
@@ -653,7 +659,7 @@ public static class CppEmitter
             args.Add("PyShBound_Handle(self)");
         args.AddRange(passes);
         w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
-        EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0, EmitOutValues(w, m.Parameters), m.LongRunning);
+        EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, args), args.Count > 0, EmitOutValues(w, m.Parameters), UnlockedHere(t, m));
     }
 
     /// <summary>Declares the out-value of every ref/out parameter; the wrapper that delivers them with the result, or null.</summary>
@@ -745,7 +751,7 @@ public static class CppEmitter
             var passes = EmitParse(w, m.Parameters, true, "nullptr", data);
             w.Indent();
             w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
-            EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, new[] { "handle" }.Concat(passes)), true, EmitOutValues(w, m.Parameters), m.LongRunning);
+            EmitCallAndReturn(w, m.Result, CallPrefix(m.Stub, new[] { "handle" }.Concat(passes)), true, EmitOutValues(w, m.Parameters), UnlockedHere(t, m));
             w.Dedent();
             w.Line("}");
             w.Line("failures.keep();");

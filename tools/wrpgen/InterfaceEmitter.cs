@@ -188,7 +188,7 @@ public static class InterfaceEmitter
             w.Line("    return nullptr;");
             var passes = CppEmitter.EmitParseFor(w, m.Parameters, "nullptr");
             w.Line($"const {CppEmitter.Table(t)}& table = {CppEmitter.Table(t)}::get_instance();");
-            CppEmitter.EmitStubCall(w, m, new[] { "handle" }.Concat(passes).ToList());
+            CppEmitter.EmitStubCall(w, t, m, new[] { "handle" }.Concat(passes).ToList());
             w.Dedent();
             w.Line("}");
             w.Line();

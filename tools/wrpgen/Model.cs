@@ -261,6 +261,30 @@ public sealed class TypeModel
     public bool IsException { get; internal set; }
     public string Underlying { get; internal set; } = "";
 
+    /// <summary>The internal member an "OfDocumentAttribute" names, giving the document the objects belong to.</summary>
+    public string? DocumentMember { get; init; }
+
+    /// <summary>
+    /// How a stub reaches the document its receiver belongs to, which every call on it holds: a
+    /// readable Document property of a document class on the type or a bound base, or the member its
+    /// attribute names; null for objects of no document.
+    /// </summary>
+    public string? DocumentOf
+    {
+        get
+        {
+            for (var c = this; c is not null; c = c.Base)
+            {
+                if (c.DocumentMember is { } member)
+                    return member;
+                if (c.Kind == TypeKind.Class && c.Properties.Any(p => p.ManagedName == "Document" && p.Getter is not null
+                        && p.Type.Kind == ValueKind.Class && p.Type.Bound!.Name is "Document" or "DocumentBase"))
+                    return "Document";
+            }
+            return null;
+        }
+    }
+
     public List<ConstructorModel> Constructors { get; } = [];
     public List<MethodModel> Methods { get; } = [];
     public List<PropertyModel> Properties { get; } = [];

@@ -131,6 +131,7 @@ public sealed class ModelBuilder
                 Module = ModuleOf(ns),
                 Handle = handle,
                 Underlying = underlying,
+                DocumentMember = _rules.DocumentMember(def.GetCustomAttributes()),
             };
             _bound[handle] = type;
             _declared.Add(type);

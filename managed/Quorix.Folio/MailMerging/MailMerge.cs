@@ -5,8 +5,11 @@ namespace Quorix.Folio.MailMerging;
 
 /// <summary>Fills a document's merge fields ({{name}} tags too, when asked) from data: one record in
 /// place, many records as one copy of the document each, or regions that repeat per record.</summary>
+[OfDocument(nameof(OwnerDocument))]
 public sealed class MailMerge
 {
+    internal Document OwnerDocument => doc;
+
     private readonly Document doc;
 
     internal MailMerge(Document doc) { this.doc = doc; }

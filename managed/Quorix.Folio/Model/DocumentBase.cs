@@ -60,7 +60,7 @@ public abstract class DocumentBase : CompositeNode
     internal FormatCascade Cascade => cascade ??= new FormatCascade(this);
 
     /// <summary>Held by the long calls on this document (saving, building a loaded model), one thread at a time.</summary>
-    internal object Gate { get; } = new();
+    internal DocumentGate Gate { get; } = new();
 
     // Text edits leave the tree's shape (and so version) alone; laid-out pages still depend on them.
     internal int textVersion;

@@ -3,8 +3,11 @@ using System.Collections;
 namespace Quorix.Folio;
 
 /// <summary>A live view of the children or descendants of one type under a container.</summary>
+[OfDocument(nameof(OwnerDocument))]
 public class NodeCollection : IEnumerable<Node>
 {
+    internal DocumentBase? OwnerDocument => container.Document;
+
     private readonly CompositeNode container;
     private readonly NodeType type;
     private readonly bool deep;

@@ -5,8 +5,11 @@ using Quorix.Folio.Replacing;
 namespace Quorix.Folio;
 
 /// <summary>The text covered by a node, with find and replace over it.</summary>
+[OfDocument(nameof(OwnerDocument))]
 public sealed partial class Range
 {
+    internal DocumentBase? OwnerDocument => node.Document;
+
     private readonly Node node;
 
     internal Range(Node node) { this.node = node; }

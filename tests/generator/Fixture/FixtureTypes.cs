@@ -3,6 +3,8 @@ using System.Collections.Generic;
 using System.IO;
 
 [assembly: Quorix.Folio.RealsAreMeasures]
+// the stubs compiled by the generator's tests read the internal member OfDocument names
+[assembly: System.Runtime.CompilerServices.InternalsVisibleTo("StubCheck")]
 
 // Declared before their bases on purpose: the model must still place every class after its base.
 namespace Quorix.Folio.Saving
@@ -23,6 +25,7 @@ namespace Quorix.Folio
     {
         /// <summary>An empty document.</summary>
         public Document() { }
+        [LongRunning]
         public Document(string fileName) { }
         public Document(Stream stream) { }
         public Document(string fileName, LoadOptions loadOptions) { }
@@ -104,8 +107,10 @@ namespace Quorix.Folio
     }
 
     /// <summary>Item access by position and by name, iteration, an array and a read-only list.</summary>
+    [OfDocument(nameof(Owner))]
     public class NodeList : IEnumerable<Node>
     {
+        internal Document? Owner => null;
         public int Count => 0;
         public Node this[int index] => throw new ArgumentOutOfRangeException(nameof(index));
         public Run? this[string name] => null;
@@ -205,6 +210,12 @@ namespace Quorix.Folio
 
     [AttributeUsage(AttributeTargets.Method | AttributeTargets.Constructor)]
     internal sealed class LongRunningAttribute : Attribute { }
+
+    [AttributeUsage(AttributeTargets.Class)]
+    internal sealed class OfDocumentAttribute(string member) : Attribute
+    {
+        public string Member { get; } = member;
+    }
 
     public class Font
     {

@@ -147,6 +147,51 @@ public class CSharpEmitterTests
                      head.Groups["params"].Value);
     }
 
+    private static string StubBody(TypeModel t, string stub)
+    {
+        string text = CSharpEmitter.Emit(Fixture.Model).Single(f => f.FileName.EndsWith($"_{t.Hash}.cs", StringComparison.Ordinal)).Text;
+        int start = text.IndexOf($" {stub}(", StringComparison.Ordinal);
+        Assert.True(start > 0, stub);
+        int end = text.IndexOf("[UnmanagedCallersOnly]", start, StringComparison.Ordinal);
+        return end < 0 ? text[start..] : text[start..end];
+    }
+
+    [Fact]
+    public void MembersOfDocumentObjectsHoldTheirDocumentForTheCall()
+    {
+        var run = Fixture.Type("Quorix.Folio.Run");
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        Assert.Equal("Document", run.DocumentOf);          // Node's public property, inherited
+        Assert.Null(Fixture.Type("Quorix.Folio.Font").DocumentOf);
+        var list = Fixture.Type("Quorix.Folio.NodeList");
+        Assert.Equal("Owner", list.DocumentOf);            // the internal member its attribute names
+        Assert.Contains("var access = DocumentAccess.Enter(target.Owner);", StubBody(list, "get_Count"));
+        foreach (string stub in new[] { "get_Text", "set_Text", "call_000_Apply" })
+        {
+            string body = StubBody(run, stub);
+            Assert.Contains("var access = DocumentAccess.Enter(target.Document);", body);
+            // given back on every path, before the catch raises in Python
+            Assert.Matches(@"(?s)var access = .*try.*finally\s*\{\s*access\.Exit\(\);\s*\}.*catch \(Exception e\)", body);
+        }
+        // a static member has no receiver, and a type without a document takes none
+        Assert.DoesNotContain("DocumentAccess", StubBody(doc, "call_000_FromText"));
+        Assert.DoesNotContain("DocumentAccess", StubBody(Fixture.Type("Quorix.Folio.Font"), "get_Size"));
+    }
+
+    [Fact]
+    public void LongRunningMembersLetGoOfTheInterpreterLockOnlyOnceTheyHoldTheDocument()
+    {
+        var doc = Fixture.Type("Quorix.Folio.Document");
+        var save = doc.Methods.Single(m => m.Stub == "call_000_Save");
+        Assert.True(save.LongRunning);
+        Assert.Contains("var access = DocumentAccess.EnterLong(target.Document);", StubBody(doc, save.Stub));
+        var others = doc.Methods.Where(m => m.PythonName == "save" && !m.LongRunning).ToList();
+        Assert.NotEmpty(others);
+        Assert.All(others, m => Assert.Contains("DocumentAccess.Enter(target.Document);", StubBody(doc, m.Stub)));
+        // a load has no document yet: the native side lets go of the lock around it
+        Assert.All(doc.Constructors, c => Assert.DoesNotContain("DocumentAccess", StubBody(doc, c.Stub)));
+    }
+
     [Fact]
     public void RewritingLeavesUnchangedFilesAloneAndDropsStaleOnes()
     {
@@ -210,10 +255,21 @@ public class CSharpEmitterTests
                   </PropertyGroup>
                   <ItemGroup>
                     <Compile Include="gen/*.cs" />
+                    <Compile Include="DocumentAccess.cs" />
                     <Compile Include="{interop}/*.cs" />
                     <Reference Include="{Fixture.AssemblyPath}" />
                   </ItemGroup>
                 </Project>
+                """);
+            // the real DocumentAccess reads the engine's own gate; the fixture gets its signature only
+            File.WriteAllText(Path.Combine(dir, "DocumentAccess.cs"), """
+                namespace Quorix.WrpGen.Interop;
+                public struct DocumentAccess
+                {
+                    public static DocumentAccess Enter(Quorix.Folio.Node? document) => default;
+                    public static DocumentAccess EnterLong(Quorix.Folio.Node? document) => default;
+                    public void Exit() { }
+                }
                 """);
             File.Copy(Path.Combine(Fixture.GoldenFolder, "..", "NuGet.config"), Path.Combine(dir, "NuGet.config"));
             var start = new ProcessStartInfo("dotnet", ["build", "-nologo", "-v:q", "-m:1", "-c", "Release"])

@@ -78,8 +78,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Clone();
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Clone();
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -93,8 +101,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Save(@fileName->ToManaged());
-            *result = Handles.New(r);
+            var access = DocumentAccess.EnterLong(target.Document);
+            try
+            {
+                var r = target.Save(@fileName->ToManaged());
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -108,8 +124,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Save(@fileName->ToManaged(), (global::Quorix.Folio.SaveFormat)@saveFormat);
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Save(@fileName->ToManaged(), (global::Quorix.Folio.SaveFormat)@saveFormat);
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -124,9 +148,17 @@ public static unsafe class WrpCs_Document_42DC8423
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
             var arg0 = StubValues.StreamOf(@stream, out var own0);
-            var r = target.Save(arg0, (global::Quorix.Folio.SaveFormat)@saveFormat);
-            own0?.EndCall();
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Save(arg0, (global::Quorix.Folio.SaveFormat)@saveFormat);
+                own0?.EndCall();
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -140,8 +172,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Save(PySequences.Scalars<int>(@pages));
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Save(PySequences.Scalars<int>(@pages));
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -155,8 +195,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Save(@fileName->ToManaged(), (global::Quorix.Folio.SaveOptions)Handles.Target(@saveOptions));
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Save(@fileName->ToManaged(), (global::Quorix.Folio.SaveOptions)Handles.Target(@saveOptions));
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -170,8 +218,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.ToUTF8String();
-            return StubValues.StrOrNone(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.ToUTF8String();
+                return StubValues.StrOrNone(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -186,7 +242,15 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            target.Writeln(@text->ToManaged());
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                target.Writeln(@text->ToManaged());
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -200,7 +264,15 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            target.Writeln();
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                target.Writeln();
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -214,7 +286,15 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            target.Load((@data->Data == null ? null : @data->AsSpan().ToArray()));
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                target.Load((@data->Data == null ? null : @data->AsSpan().ToArray()));
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -228,8 +308,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.ToBytes();
-            return StubValues.BytesOrNone(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.ToBytes();
+                return StubValues.BytesOrNone(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -258,8 +346,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.ToStream();
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.ToStream();
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -273,7 +369,15 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            target.Import((global::Quorix.Folio.Node)Handles.Target(@node));
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                target.Import((global::Quorix.Folio.Node)Handles.Target(@node));
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -288,8 +392,16 @@ public static unsafe class WrpCs_Document_42DC8423
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
             int arg0 = @count;
-            target.Touch(ref arg0);
-            StubValues.SetPyValue(out0, StubValues.PyInt((int)arg0));
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                target.Touch(ref arg0);
+                StubValues.SetPyValue(out0, StubValues.PyInt((int)arg0));
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -303,8 +415,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Counts();
-            PySequences.PutValues(result, r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Counts();
+                PySequences.PutValues(result, r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -318,8 +438,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Numbers();
-            PySequences.PutValues(result, r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Numbers();
+                PySequences.PutValues(result, r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -333,8 +461,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Names(PySequences.Strings(@filter), PySequences.Objects(@values), PySequences.Targets<global::Quorix.Folio.Node>(@nodes));
-            PySequences.PutStrings(result, r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Names(PySequences.Strings(@filter), PySequences.Objects(@values), PySequences.Targets<global::Quorix.Folio.Node>(@nodes));
+                PySequences.PutStrings(result, r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -348,8 +484,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.NodeType;
-            return (int)r;
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.NodeType;
+                return (int)r;
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -364,8 +508,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.IsHTMLDocument;
-            return r ? 1 : 0;
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.IsHTMLDocument;
+                return r ? 1 : 0;
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -380,8 +532,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Variables;
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Variables;
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -395,8 +555,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Tag;
-            Variants.SetResult(result, r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Tag;
+                Variants.SetResult(result, r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -410,7 +578,15 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            target.Tag = Variants.ToManaged(@value);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                target.Tag = Variants.ToManaged(@value);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -424,8 +600,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.Title;
-            return StubValues.StrOrNone(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Title;
+                return StubValues.StrOrNone(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -440,8 +624,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target.DefaultStyle;
-            return (int)r;
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.DefaultStyle;
+                return (int)r;
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -456,7 +648,15 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            target.DefaultStyle = (global::Quorix.Folio.StyleIdentifier)@value;
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                target.DefaultStyle = (global::Quorix.Folio.StyleIdentifier)@value;
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -470,8 +670,16 @@ public static unsafe class WrpCs_Document_42DC8423
         try
         {
             var target = (global::Quorix.Folio.Document)Handles.Target(self);
-            var r = target[@key];
-            return StubValues.StrOrNone(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target[@key];
+                return StubValues.StrOrNone(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {

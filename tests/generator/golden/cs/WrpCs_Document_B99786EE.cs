@@ -16,8 +16,16 @@ public static unsafe class WrpCs_Document_B99786EE
         try
         {
             var target = (global::Quorix.Folio.DocumentBase)Handles.Target(self);
-            var r = target.GetText();
-            return StubValues.StrOrNone(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.GetText();
+                return StubValues.StrOrNone(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -32,8 +40,16 @@ public static unsafe class WrpCs_Document_B99786EE
         try
         {
             var target = (global::Quorix.Folio.DocumentBase)Handles.Target(self);
-            var r = target.DefaultFont;
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.DefaultFont;
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {

@@ -31,8 +31,16 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            var r = target.ToArray();
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                var r = target.ToArray();
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -46,8 +54,16 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            var r = target.GetEnumerator();
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                var r = target.GetEnumerator();
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -61,8 +77,16 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            var r = target.Count;
-            return r;
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                var r = target.Count;
+                return r;
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -77,8 +101,16 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            var r = target.Runs;
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                var r = target.Runs;
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -92,9 +124,17 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            var r = target[@key];
-            *result = Handles.New(r);
-            return TypeIndex.Of(r);
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                var r = target[@key];
+                *result = Handles.New(r);
+                return TypeIndex.Of(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -109,8 +149,16 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            var r = target[@key->ToManaged()];
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                var r = target[@key->ToManaged()];
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {

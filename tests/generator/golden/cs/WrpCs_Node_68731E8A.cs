@@ -16,9 +16,17 @@ public static unsafe class WrpCs_Node_68731E8A
         try
         {
             var target = (global::Quorix.Folio.Node)Handles.Target(self);
-            var r = target.Clone(@isCloneChildren != 0);
-            *result = Handles.New(r);
-            return TypeIndex.Of(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Clone(@isCloneChildren != 0);
+                *result = Handles.New(r);
+                return TypeIndex.Of(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -33,9 +41,17 @@ public static unsafe class WrpCs_Node_68731E8A
         try
         {
             var target = (global::Quorix.Folio.Node)Handles.Target(self);
-            var r = target.GetChildNodes((global::Quorix.Folio.NodeType)@nodeType, @isDeep != 0);
-            *result = Handles.New(r);
-            return TypeIndex.Of(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.GetChildNodes((global::Quorix.Folio.NodeType)@nodeType, @isDeep != 0);
+                *result = Handles.New(r);
+                return TypeIndex.Of(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -50,9 +66,17 @@ public static unsafe class WrpCs_Node_68731E8A
         try
         {
             var target = (global::Quorix.Folio.Node)Handles.Target(self);
-            var r = target.GetChildNodes();
-            *result = Handles.New(r);
-            return TypeIndex.Of(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.GetChildNodes();
+                *result = Handles.New(r);
+                return TypeIndex.Of(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -67,8 +91,16 @@ public static unsafe class WrpCs_Node_68731E8A
         try
         {
             var target = (global::Quorix.Folio.Node)Handles.Target(self);
-            var r = target.NodeType;
-            return (int)r;
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.NodeType;
+                return (int)r;
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -83,8 +115,16 @@ public static unsafe class WrpCs_Node_68731E8A
         try
         {
             var target = (global::Quorix.Folio.Node)Handles.Target(self);
-            var r = target.Document;
-            *result = Handles.New(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Document;
+                *result = Handles.New(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {

@@ -32,8 +32,16 @@ public static unsafe class WrpCs_Run_4784E4F7
         {
             var target = (global::Quorix.Folio.Run)Handles.Target(self);
             var arg4 = StubValues.StreamOf(@arg0_, out var own4);
-            target.Apply(@self_, @result_, @target_->ToManaged(), @e_ != 0, arg4);
-            own4?.EndCall();
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                target.Apply(@self_, @result_, @target_->ToManaged(), @e_ != 0, arg4);
+                own4?.EndCall();
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -47,8 +55,16 @@ public static unsafe class WrpCs_Run_4784E4F7
         try
         {
             var target = (global::Quorix.Folio.Run)Handles.Target(self);
-            var r = target.NodeType;
-            return (int)r;
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.NodeType;
+                return (int)r;
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -63,8 +79,16 @@ public static unsafe class WrpCs_Run_4784E4F7
         try
         {
             var target = (global::Quorix.Folio.Run)Handles.Target(self);
-            var r = target.Text;
-            return StubValues.StrOrNone(r);
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                var r = target.Text;
+                return StubValues.StrOrNone(r);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -79,7 +103,15 @@ public static unsafe class WrpCs_Run_4784E4F7
         try
         {
             var target = (global::Quorix.Folio.Run)Handles.Target(self);
-            target.Text = @value->ToManaged();
+            var access = DocumentAccess.Enter(target.Document);
+            try
+            {
+                target.Text = @value->ToManaged();
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
