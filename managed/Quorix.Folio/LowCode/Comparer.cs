@@ -6,14 +6,17 @@ namespace Quorix.Folio.LowCode;
 public static class Comparer
 {
     /// <summary>The changes are dated now.</summary>
+    [LongRunning]
     public static void Compare(string v1, string v2, string outputFile, string author) =>
         Compare(v1, v2, outputFile, author, DateTime.UtcNow, new CompareOptions());
 
     /// <summary>Saves outputFile as v1 with its differences from v2 marked as tracked changes by author at dateTime.</summary>
+    [LongRunning]
     public static void Compare(string v1, string v2, string outputFile, string author, DateTime dateTime) =>
         Compare(v1, v2, outputFile, author, dateTime, new CompareOptions());
 
     /// <summary>Saves outputFile as v1 with its differences from v2 marked as changes, compared as options say.</summary>
+    [LongRunning]
     public static void Compare(string v1, string v2, string outputFile, string author, DateTime dateTime, CompareOptions compareOptions)
     {
         ArgumentException.ThrowIfNullOrEmpty(outputFile);

@@ -17,6 +17,7 @@ public sealed partial class Document
     /// <summary>Computes every field's result again, nested fields first; returns how many were computed.
     /// Page numbers come from the layout of the updated text; where writing them moves text to other
     /// pages, they are computed again against the new layout, a bounded number of times.</summary>
+    [LongRunning]
     public int UpdateFields()
     {
         // One list for all stories, so progress counts the whole document's fields.
