@@ -127,7 +127,7 @@ public sealed class Shape : ShapeBase
     /// <summary>The text of the shape's text box; empty for a picture.</summary>
     public override string GetText() => TextBoxFrame != null ? base.GetText() : "";
 
-    internal override void AppendText(StringBuilder sb)
+    internal override void AppendText(TextSink sb)
     {
         if (TextBoxFrame != null) base.AppendText(sb);
     }

@@ -38,7 +38,7 @@ public abstract class InlineStory : CompositeNode, IRunFormatted
     /// <summary>The text of all its paragraphs, each ended by a paragraph mark.</summary>
     public override string GetText()
     {
-        var sb = new StringBuilder();
+        var sb = new TextSink();
         for (var n = first; n != null; n = n.next) n.AppendText(sb);
         return sb.ToString();
     }

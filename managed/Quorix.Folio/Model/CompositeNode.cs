@@ -93,12 +93,12 @@ public abstract class CompositeNode : Node, IEnumerable<Node>
     /// <summary>The text of every descendant, control characters included.</summary>
     public override string GetText()
     {
-        var sb = new StringBuilder();
+        var sb = new TextSink();
         AppendText(sb);
         return sb.ToString();
     }
 
-    internal override void AppendText(StringBuilder sb)
+    internal override void AppendText(TextSink sb)
     {
         for (var n = first; n != null; n = n.next) n.AppendText(sb);
     }

@@ -75,7 +75,7 @@ public sealed class Run : Inline
     /// <summary>The run's text.</summary>
     public override string GetText() => text;
 
-    internal override void AppendText(StringBuilder sb) => sb.Append(text);
+    internal override void AppendText(TextSink sb) => sb.Append(text);
 
     internal override Node CloneTo(DocumentBase? target, bool deep) => new Run(target, text, RPr.Clone()) { XAttrs = XAttrs };
 }
@@ -90,5 +90,5 @@ public abstract class SpecialChar : Inline
     /// <summary>The one character this node stands for.</summary>
     public override string GetText() => Char.ToString();
 
-    internal override void AppendText(StringBuilder sb) => sb.Append(Char);
+    internal override void AppendText(TextSink sb) => sb.Append(Char);
 }

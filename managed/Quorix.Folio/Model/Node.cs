@@ -59,7 +59,7 @@ public abstract class Node
     /// <summary>The node's text, control characters included.</summary>
     public abstract string GetText();
 
-    internal virtual void AppendText(StringBuilder sb) => sb.Append(GetText());
+    internal virtual void AppendText(TextSink sb) => sb.Append(GetText());
 
     /// <summary>The node's text, as get_text gives it.</summary>
     public override string ToString() => GetText();

@@ -53,7 +53,7 @@ internal sealed class OpaqueNode : Node
 
     public override string GetText() => ShowsText ? VisibleText : "";
 
-    internal override void AppendText(StringBuilder sb)
+    internal override void AppendText(TextSink sb)
     {
         if (ShowsText) sb.Append(VisibleText);
     }

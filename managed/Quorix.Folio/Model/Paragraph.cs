@@ -132,12 +132,12 @@ public sealed class Paragraph : CompositeNode, IParaFormatted
     /// <summary>The paragraph's text, fields' codes and results included, ended by its paragraph mark.</summary>
     public override string GetText()
     {
-        var sb = new StringBuilder();
+        var sb = new TextSink();
         AppendText(sb);
         return sb.ToString();
     }
 
-    internal override void AppendText(StringBuilder sb)
+    internal override void AppendText(TextSink sb)
     {
         for (var n = first; n != null; n = n.next)
             if (n is not InlineStory) n.AppendText(sb);

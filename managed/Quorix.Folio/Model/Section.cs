@@ -44,7 +44,7 @@ public sealed class Section : CompositeNode, IBlockFormatted
     internal override bool CanHold(Node child) => child is Body || child is HeaderFooter;
 
     // Header and footer text is not part of the section's running text.
-    internal override void AppendText(StringBuilder sb) => Body?.AppendText(sb);
+    internal override void AppendText(TextSink sb) => Body?.AppendText(sb);
 
     /// <summary>Empties the section's body down to one empty paragraph.</summary>
     public void ClearContent()

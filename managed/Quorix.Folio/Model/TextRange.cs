@@ -8,7 +8,7 @@ internal static class TextRange
     public static string Between(Node start, Node? end)
     {
         if (end == null) return "";
-        var sb = new StringBuilder();
+        var sb = new TextSink();
         var root = (Node?)start.Document ?? start;
         for (var n = start.NextPreOrder(root); n != null && n != end; n = n.NextPreOrder(root))
         {

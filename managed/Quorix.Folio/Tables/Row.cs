@@ -58,7 +58,7 @@ public sealed class Row : CompositeNode, IBlockFormatted
 
     internal override bool CanHold(Node child) => child is Cell || (child is OpaqueNode o && o.Kind == OpaqueKind.Block);
 
-    internal override void AppendText(StringBuilder sb)
+    internal override void AppendText(TextSink sb)
     {
         for (var n = first; n != null; n = n.next) n.AppendText(sb);
         sb.Append(ControlChar.CellChar);

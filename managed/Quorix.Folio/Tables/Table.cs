@@ -143,7 +143,7 @@ public sealed class Table : CompositeNode, IBlockFormatted
         Attrs = set.Without(FormatAttr.BorderStart).Without(FormatAttr.BorderEnd);
     }
 
-    internal override void AppendText(StringBuilder sb)
+    internal override void AppendText(TextSink sb)
     {
         for (var n = first; n != null; n = n.next) n.AppendText(sb);
     }
