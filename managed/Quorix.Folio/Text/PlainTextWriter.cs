@@ -27,8 +27,9 @@ internal sealed class PlainTextWriter : StoryVisitor
     {
         var w = new PlainTextWriter(doc, options);
         doc.Accept(w);
-        var bytes = new UTF8Encoding(false).GetBytes(w.sb.ToString());
-        output.Write(bytes);
+        // Encoded piece by piece: neither a copy of the whole text nor its bytes are made.
+        using var writer = new StreamWriter(output, new UTF8Encoding(false), 1 << 16, leaveOpen: true);
+        foreach (var chunk in w.sb.GetChunks()) writer.Write(chunk.Span);
     }
 
     public override VisitorAction VisitDocumentEnd(Document doc)
