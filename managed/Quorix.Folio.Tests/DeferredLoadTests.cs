@@ -203,6 +203,31 @@ public class DeferredLoadTests
     }
 
     [Fact]
+    public void DamageIsRefusedAsWellWhileOtherLoadsRun()
+    {
+        // Loads beside other loads check their packages on their own thread, not spread out.
+        var stored = Rezip(Source(), CompressionLevel.NoCompression);
+        var cases = new[] { ("word/media/", "IDAT"), ("word/document.xml", "original text") }.Select(c =>
+        {
+            var damaged = (byte[])stored.Clone();
+            damaged[damaged.AsSpan().IndexOf(Encoding.ASCII.GetBytes(c.Item2)) + 1] ^= 0x20;
+            return (Part: c.Item1, Data: damaged);
+        }).ToArray();
+        Parallel.For(0, 48, new ParallelOptions { MaxDegreeOfParallelism = 6 }, i =>
+        {
+            var (part, data) = cases[i % cases.Length];
+            if (i % 3 == 2)
+            {
+                Assert.Contains("original text", new Document(new MemoryStream(stored)).GetText());
+                return;
+            }
+            var e = Assert.IsType<FileCorruptedException>(Record.Exception(() => new Document(new MemoryStream(data))));
+            Assert.Contains(part, e.Message);
+            Assert.Contains("checksum", e.Message);
+        });
+    }
+
+    [Fact]
     public void LargeArchiveDirectoriesAreRead()
     {
         // The same entries, with every size and offset moved into the large-archive records.

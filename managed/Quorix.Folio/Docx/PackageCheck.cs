@@ -38,31 +38,46 @@ internal static class PackageCheck
 
         // The largest XML part (the main document, as a rule) is checked here, everything else
         // on another thread meanwhile: the rest of the XML, and entries that only have to inflate.
+        // Only a load that runs alone spreads out: beside other loads the cores are busy already,
+        // and handing work over would only add to it.
         var largest = xmlParts.Keys.MaxBy(p => pkg.Parts[p].Stored?.Size ?? 0)!;
         var others = pkg.Parts.Where(p => !xmlParts.ContainsKey(p.Key) && p.Value.Stored != null).Select(p => p.Value.Stored!).ToArray();
-        var background = Task.Run(() =>
-        {
-            foreach (var (part, root) in xmlParts)
-                if (part != largest) CheckXml(pkg.Parts[part], part, root);
-            foreach (var e in others) e.Verify();
-        });
+        bool alone = Interlocked.Increment(ref checksRunning) == 1;
         try
         {
-            CheckXml(pkg.Parts[largest], largest, xmlParts[largest]);
+            void CheckRest()
+            {
+                foreach (var (part, root) in xmlParts)
+                    if (part != largest) CheckXml(pkg.Parts[part], part, root, alone);
+                foreach (var e in others) e.Verify();
+            }
+            var background = alone ? Task.Run(CheckRest) : null;
+            try
+            {
+                CheckXml(pkg.Parts[largest], largest, xmlParts[largest], alone);
+            }
+            finally
+            {
+                // Damage found there is reported even when this part failed first.
+                if (background != null) background.GetAwaiter().GetResult();
+                else CheckRest();
+            }
         }
         finally
         {
-            // Damage found there is reported even when this part failed first.
-            background.GetAwaiter().GetResult();
+            Interlocked.Decrement(ref checksRunning);
         }
     }
 
-    private static void CheckXml(OpcPart part, string name, string? root)
+    // How many loads are checking their packages now.
+    private static int checksRunning;
+
+    private static void CheckXml(OpcPart part, string name, string? root, bool spread)
     {
         var stored = part.Stored;
         var bytes = stored != null ? stored.Inflate(checksum: false) : part.Bytes;
         var checksum = stored == null ? null
-            : bytes.Length >= ParallelChecksumFrom ? Task.Run(() => stored.CheckChecksum(bytes))
+            : spread && bytes.Length >= ParallelChecksumFrom ? Task.Run(() => stored.CheckChecksum(bytes))
             : null;
         if (stored != null && checksum == null) stored.CheckChecksum(bytes);
         RefuseDocumentType(bytes, name);
