@@ -31,6 +31,41 @@ public class ReaderTests
         Assert.NotSame(fromBytes.NameTable, fromText.NameTable);
     }
 
+    [Theory]
+    [InlineData(0)]
+    [InlineData(5)]
+    [InlineData(8191)]
+    [InlineData(8192)]
+    [InlineData(8193)]
+    [InlineData(100_000)]
+    public void TextValuesOfAnyLengthAreReadWhole(int length)
+    {
+        // entities, a surrogate pair and a CDATA section land on and across the chunk boundaries
+        string unit = "ab\u00e9 &amp;\ud834\udd1e<![CDATA[<x>]]>";
+        string decoded = "ab\u00e9 &\ud834\udd1e<x>";
+        var xml = new StringBuilder($"<w:t {W} xml:space=\"preserve\">");
+        var expected = new StringBuilder();
+        while (expected.Length < length)
+        {
+            xml.Append(unit);
+            expected.Append(decoded);
+        }
+        xml.Append("</w:t>");
+        using var r = XmlReader.Create(new StringReader(xml.ToString()), DocxReader.Settings);
+        r.MoveToContent();
+        r.Read();
+        var text = new TextBuffer();
+        while (r.NodeType != XmlNodeType.EndElement)
+        {
+            text.AppendValue(r);
+            r.Read();
+        }
+        Assert.Equal(expected.ToString(), text.Take());
+        // the buffer is empty and reusable afterwards
+        text.Append("next");
+        Assert.Equal("next", text.Take());
+    }
+
     [Fact]
     public void PropertyBagsKeepChildrenTextAndForeignMarkup()
     {

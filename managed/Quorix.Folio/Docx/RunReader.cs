@@ -22,7 +22,7 @@ internal static class RunReader
         {
             if (r.EOF) throw new XmlException("Unexpected end of run text.");
             if (r.NodeType is XmlNodeType.Text or XmlNodeType.CDATA or XmlNodeType.SignificantWhitespace or XmlNodeType.Whitespace)
-                text.Append(r.Value);
+                text.AppendValue(r);
             else if (r.NodeType == XmlNodeType.Element) { r.Skip(); continue; }
             r.Read();
         }

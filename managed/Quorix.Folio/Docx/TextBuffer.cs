@@ -1,4 +1,5 @@
 using System.Text;
+using System.Xml;
 
 namespace Quorix.Folio.Docx;
 
@@ -6,9 +7,13 @@ namespace Quorix.Folio.Docx;
 /// taken as it is; only runs with several pieces pay for concatenation.</summary>
 internal sealed class TextBuffer
 {
+    // A builder that held more than this is dropped rather than cleared: clearing keeps its storage.
+    private const int KeptCapacity = 1 << 16;
+
     private string? single;
-    private readonly StringBuilder many = new(256);
+    private StringBuilder many = new(256);
     private bool usingMany;
+    private readonly char[] chunk = new char[8192];
 
     public int Length => usingMany ? many.Length : single?.Length ?? 0;
 
@@ -26,6 +31,32 @@ internal sealed class TextBuffer
         many.Append(c);
     }
 
+    /// <summary>
+    /// Appends the value of the reader's current text node, read in chunks: a huge text node is
+    /// never held whole in the reader's buffer beside its copy here. A value that fits one chunk
+    /// becomes one string, as reading it whole would make.
+    /// </summary>
+    public void AppendValue(XmlReader r)
+    {
+        if (!r.CanReadValueChunk)
+        {
+            Append(r.Value);
+            return;
+        }
+        int filled = 0, n;
+        while (filled < chunk.Length && (n = r.ReadValueChunk(chunk, filled, chunk.Length - filled)) > 0)
+            filled += n;
+        if (filled < chunk.Length)
+        {
+            if (filled > 0) Append(new string(chunk, 0, filled));
+            return;
+        }
+        Spill();
+        many.Append(chunk, 0, filled);
+        while ((n = r.ReadValueChunk(chunk, 0, chunk.Length)) > 0)
+            many.Append(chunk, 0, n);
+    }
+
     private void Spill()
     {
         if (usingMany) return;
@@ -41,7 +72,8 @@ internal sealed class TextBuffer
         string s = usingMany ? many.ToString() : single ?? "";
         single = null;
         usingMany = false;
-        many.Clear();
+        if (many.Capacity > KeptCapacity) many = new StringBuilder(256);
+        else many.Clear();
         return s;
     }
 }
