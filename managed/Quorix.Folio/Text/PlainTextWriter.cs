@@ -1,3 +1,4 @@
+using System.Buffers;
 using System.Text;
 using Quorix.Folio.Notes;
 using Quorix.Folio.Saving;
@@ -10,26 +11,25 @@ namespace Quorix.Folio.Text;
 internal sealed class PlainTextWriter : StoryVisitor
 {
     private readonly TxtSaveOptions options;
-    private readonly StringBuilder sb = new();
+    // Written as the visit goes: a document's text is never held whole.
+    private readonly TextWriter output;
     private readonly ListLabeler labels;
     private readonly List<Footnote> notes = new();
     private readonly string br;
     private bool inTable, rowHasCell, cellHasText;
 
-    private PlainTextWriter(Document doc, TxtSaveOptions options) : base(options.ExportHeadersFootersMode)
+    private PlainTextWriter(Document doc, TxtSaveOptions options, TextWriter output) : base(options.ExportHeadersFootersMode)
     {
         this.options = options;
+        this.output = output;
         labels = new ListLabeler(doc);
         br = options.ParagraphBreak ?? ControlChar.CrLf;
     }
 
     public static void Save(Document doc, Stream output, TxtSaveOptions options)
     {
-        var w = new PlainTextWriter(doc, options);
-        doc.Accept(w);
-        // Encoded piece by piece: neither a copy of the whole text nor its bytes are made.
         using var writer = new StreamWriter(output, new UTF8Encoding(false), 1 << 16, leaveOpen: true);
-        foreach (var chunk in w.sb.GetChunks()) writer.Write(chunk.Span);
+        doc.Accept(new PlainTextWriter(doc, options, writer));
     }
 
     public override VisitorAction VisitDocumentEnd(Document doc)
@@ -39,10 +39,17 @@ internal sealed class PlainTextWriter : StoryVisitor
                 foreach (HeaderFooter hf in s.HeadersFooters) Show(hf);
         for (int i = 0; i < notes.Count; i++)
         {
-            sb.Append('[').Append(i + 1).Append("] ");
-            var inner = new StringBuilder();
-            foreach (Paragraph p in notes[i].Paragraphs) inner.Append(ParagraphText(p)).Append(' ');
-            sb.Append(inner.ToString().TrimEnd()).Append(br);
+            output.Write('[');
+            output.Write(i + 1);
+            output.Write("] ");
+            var inner = new StringWriter();
+            foreach (Paragraph p in notes[i].Paragraphs)
+            {
+                WriteParagraphText(inner, p);
+                inner.Write(' ');
+            }
+            output.Write(inner.ToString().TrimEnd());
+            output.Write(br);
         }
         return VisitorAction.Continue;
     }
@@ -53,8 +60,8 @@ internal sealed class PlainTextWriter : StoryVisitor
         if (!inTable) Paragraph(paragraph);
         else
         {
-            if (cellHasText) sb.Append(' ');
-            sb.Append(ParagraphText(paragraph));
+            if (cellHasText) output.Write(' ');
+            WriteParagraphText(output, paragraph);
             cellHasText = true;
         }
         return VisitorAction.SkipThisNode;
@@ -82,13 +89,13 @@ internal sealed class PlainTextWriter : StoryVisitor
 
     public override VisitorAction VisitRowEnd(Row row)
     {
-        sb.Append(br);
+        output.Write(br);
         return VisitorAction.Continue;
     }
 
     public override VisitorAction VisitCellStart(Cell cell)
     {
-        if (rowHasCell) sb.Append('\t');
+        if (rowHasCell) output.Write('\t');
         rowHasCell = true;
         cellHasText = false;
         return VisitorAction.Continue;
@@ -98,7 +105,11 @@ internal sealed class PlainTextWriter : StoryVisitor
     internal override VisitorAction VisitKept(OpaqueNode node)
     {
         if (node is { Kind: OpaqueKind.Block, ParentNode: Story, VisibleText.Length: > 0 })
-            foreach (var line in node.VisibleText.Split(ControlChar.ParagraphBreakChar)) sb.Append(line).Append(br);
+            foreach (var line in node.VisibleText.Split(ControlChar.ParagraphBreakChar))
+            {
+                output.Write(line);
+                output.Write(br);
+            }
         return VisitorAction.Continue;
     }
 
@@ -107,40 +118,45 @@ internal sealed class PlainTextWriter : StoryVisitor
         var label = labels.Next(p);
         if (label is { } l)
         {
-            sb.Append(' ', options.ListIndentationCount * l.Level);
-            sb.Append(options.SimplifyListLabels ? (l.IsBullet ? "*" : l.Number + ".") : l.Text).Append(' ');
+            output.Write(new string(' ', options.ListIndentationCount * l.Level));
+            output.Write(options.SimplifyListLabels ? (l.IsBullet ? "*" : l.Number + ".") : l.Text);
+            output.Write(' ');
         }
-        sb.Append(ParagraphText(p)).Append(br);
+        WriteParagraphText(output, p);
+        output.Write(br);
     }
 
-    private string ParagraphText(Paragraph p)
+    private void WriteParagraphText(TextWriter t, Paragraph p)
     {
-        var t = new StringBuilder();
         foreach (var piece in InlineText.Walk(p))
         {
-            if (piece.Kind == InlineText.Kind.Text) Append(t, piece.Text);
+            if (piece.Kind == InlineText.Kind.Text) Write(t, piece.Text);
             else if (piece.Kind == InlineText.Kind.Note)
             {
                 notes.Add((Footnote)piece.Node);
-                t.Append('[').Append(notes.Count).Append(']');
+                t.Write('[');
+                t.Write(notes.Count);
+                t.Write(']');
             }
         }
-        return t.ToString();
     }
 
-    private void Append(StringBuilder t, string text)
+    private static readonly SearchValues<char> Marks = SearchValues.Create(
+        [ControlChar.LineBreakChar, ControlChar.PageBreakChar, ControlChar.ColumnBreakChar, Docx.RunReader.NoBreakHyphen, Docx.RunReader.SoftHyphen]);
+
+    // The text between the characters that stand for breaks and hyphens is written as it is.
+    private void Write(TextWriter t, string text)
     {
-        foreach (var c in text)
+        var rest = text.AsSpan();
+        for (int at; (at = rest.IndexOfAny(Marks)) >= 0; rest = rest[(at + 1)..])
         {
-            switch (c)
+            t.Write(rest[..at]);
+            switch (rest[at])
             {
-                case ControlChar.LineBreakChar: t.Append(br); break;
-                case ControlChar.PageBreakChar: t.Append(br); break;
-                case ControlChar.ColumnBreakChar: break;
-                case Docx.RunReader.NoBreakHyphen: t.Append('-'); break;
-                case Docx.RunReader.SoftHyphen: break;
-                default: t.Append(c); break;
+                case ControlChar.LineBreakChar or ControlChar.PageBreakChar: t.Write(br); break;
+                case Docx.RunReader.NoBreakHyphen: t.Write('-'); break;
             }
         }
+        t.Write(rest);
     }
 }
