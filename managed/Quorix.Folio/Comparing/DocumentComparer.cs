@@ -222,7 +222,7 @@ internal sealed class DocumentComparer
                     if (!options.IgnoreTextboxes) Story(sb, box, '\u0001');
                     continue;
             }
-            if (fields == 0) n.AppendText(sb);
+            if (fields == 0) sb.Append(n.GetText());
         }
         sb.Append(ControlChar.ParagraphBreakChar);
     }
