@@ -48,6 +48,9 @@ public sealed partial class Range
     /// <summary>The fields in the range.</summary>
     public FieldCollection Fields => new(node);
 
+    /// <summary>The form fields in the range: text boxes, check boxes and drop-down lists.</summary>
+    public FormFieldCollection FormFields => new(node);
+
     /// <summary>Computes the results of the fields in this range, nested fields first.</summary>
     public int UpdateFields() => FieldUpdater.Update(FieldUpdater.Collect(node, node), new FieldUpdateContext(node.Document as Document));
 }
