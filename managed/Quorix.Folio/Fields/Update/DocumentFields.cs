@@ -32,7 +32,7 @@ public sealed partial class Document
             var fields = new List<Field>();
             foreach (Section s in Sections)
                 foreach (var story in s.ChildNodes)
-                    fields.AddRange(FieldUpdater.Collect(story, story).Where(f => f is FieldPage or FieldNumPages or FieldSectionPages or FieldPageRef or FieldNoteRef or FieldIndex));
+                    fields.AddRange(FieldUpdater.Collect(story, story).Where(f => f is FieldPage or FieldNumPages or FieldSectionPages or FieldPageRef or FieldNoteRef or FieldIndex or FieldToa));
             var before = fields.Select(f => f.Result).ToList();
             FieldUpdater.Update(fields, new FieldUpdateContext(this));
             bool moved = false;

@@ -90,6 +90,13 @@ public sealed class FieldOptions
     /// <summary>The file FILENAME and FILESIZE describe; the document's own when not set.</summary>
     public string? FileName { get; set; }
 
+    /// <summary>Decides how INCLUDEPICTURE fields get their pictures; without one they are read from
+    /// their paths, relative to the document's folder.</summary>
+    public Loading.IResourceLoadingCallback? ResourceLoadingCallback { get; set; }
+
+    /// <summary>The names of the categories of a table of authorities, which TOA fields show as headings.</summary>
+    public ToaCategories ToaCategories { get; set; } = new();
+
     /// <summary>Whether INCLUDETEXT and INCLUDEPICTURE may read local files.</summary>
     public bool AllowIncludes { get; set; } = true;
 
