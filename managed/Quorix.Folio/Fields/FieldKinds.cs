@@ -67,7 +67,7 @@ internal static class FieldKinds
         ["INCLUDEPICTURE"] = (FieldType.FieldIncludePicture, () => new FieldIncludePicture()), ["BARCODE"] = (FieldType.FieldBarcode, null),
         ["DISPLAYBARCODE"] = (FieldType.FieldDisplayBarcode, null), ["CITATION"] = (FieldType.FieldCitation, null),
         ["BIBLIOGRAPHY"] = (FieldType.FieldBibliography, null),
-        ["EQ"] = (FieldType.FieldEquation, null), ["ADVANCE"] = (FieldType.FieldAdvance, null),
+        ["EQ"] = (FieldType.FieldEquation, () => new FieldEQ()), ["ADVANCE"] = (FieldType.FieldAdvance, null),
         ["MACROBUTTON"] = (FieldType.FieldMacroButton, null), ["GOTOBUTTON"] = (FieldType.FieldGoToButton, null),
         ["LINK"] = (FieldType.FieldLink, null), ["EMBED"] = (FieldType.FieldEmbed, null),
         ["ADDRESSBLOCK"] = (FieldType.FieldAddressBlock, null), ["GREETINGLINE"] = (FieldType.FieldGreetingLine, null),
