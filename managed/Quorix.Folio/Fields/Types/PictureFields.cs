@@ -54,13 +54,14 @@ public sealed class FieldIncludePicture : Field
 
 public partial class Field
 {
-    /// <summary>Makes a picture the field's result: at the size of the picture the result showed
-    /// before, or else at the picture's own size at 96 dots per inch.</summary>
-    internal Shape WritePicture(byte[] bytes, ImageInfo info)
+    /// <summary>Makes a picture the field's result: with keepSize, at the size of the picture the
+    /// result showed before; else at the picture's own size at 96 dots per inch.</summary>
+    internal Shape WritePicture(byte[] bytes, ImageInfo info, bool keepSize = true)
     {
         Shape? old = null;
         for (Node? n = Separator?.NextSibling; n != null && n != End; n = n.NextSibling)
             if (n is Shape s && s.HasImage) { old = s; break; }
+        if (!keepSize) old = null;
         var shape = new Shape(Start.Document!) { RPr = (old?.RPr ?? End.RPr).Clone() };
         shape.ImageData.SetImage(bytes);
         shape.Width = old?.Width ?? (info.Width > 0 ? info.Width * 0.75 : 100);
