@@ -6,7 +6,6 @@ namespace Quorix.Folio.Bibliography;
 /// <summary>The kind of work a source is.</summary>
 public enum SourceType
 {
-    // Values in the order the bibliography sources part's schema lists its types.
     Book = 0, BookSection = 1, JournalArticle = 2, ArticleInAPeriodical = 3, ConferenceProceedings = 4, Report = 5,
     InternetSite = 6, DocumentFromInternetSite = 7, ElectronicSource = 8, Art = 9, SoundRecording = 10, Performance = 11,
     Film = 12, Interview = 13, Patent = 14, Case = 15, Misc = 16,
