@@ -395,7 +395,7 @@ public sealed class FormField
 }
 
 /// <summary>The items of a drop-down form field, in the order the list shows them.</summary>
-public sealed class DropDownItemCollection : IEnumerable<string>
+public sealed class DropDownItemCollection : IList<string>
 {
     // A drop-down list holds at most 25 items in the word processor.
     private const int MaxItems = 25;
@@ -467,6 +467,20 @@ public sealed class DropDownItemCollection : IEnumerable<string>
     public void Clear() => owner.RemoveEntries(_ => true);
 
     public IEnumerator<string> GetEnumerator() => owner.Entries().Select(e => e.Get("val") ?? "").GetEnumerator();
+
+    void ICollection<string>.Add(string item) => Add(item);
+
+    bool ICollection<string>.Remove(string item)
+    {
+        int i = IndexOf(item);
+        if (i < 0) return false;
+        RemoveAt(i);
+        return true;
+    }
+
+    bool ICollection<string>.IsReadOnly => false;
+
+    void ICollection<string>.CopyTo(string[] array, int arrayIndex) => this.ToList().CopyTo(array, arrayIndex);
 
     System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();
 }
