@@ -53,4 +53,13 @@ public class EquationFieldTests
         Assert.Equal("as drawn", result);
         Assert.Equal($"EQ field \"{code}\": {reason} Its result is kept.", Assert.Single(warnings));
     }
+
+    [Fact]
+    public void DeepNestingIsRefusedBeforeTheStackRunsOut()
+    {
+        var code = "EQ " + string.Concat(Enumerable.Repeat("\\b(", 100_000)) + "x";
+        var (result, warnings) = Update(code, "kept");
+        Assert.Equal("kept", result);
+        Assert.EndsWith("the equation nests more than 64 levels deep. Its result is kept.", Assert.Single(warnings));
+    }
 }

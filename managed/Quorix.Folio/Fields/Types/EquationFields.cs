@@ -31,8 +31,11 @@ public sealed class FieldEQ : Field
 /// <summary>Reads an EQ code's switches and writes the equation as one line of text.</summary>
 internal sealed class EquationText
 {
+    // Nesting is read by recursion: a hostile code must not run the stack out.
+    private const int MaxDepth = 64;
+
     private readonly string s;
-    private int i;
+    private int i, depth;
 
     public EquationText(string code) { s = code.Trim(); }
 
@@ -137,6 +140,7 @@ internal sealed class EquationText
     {
         while (i < s.Length && s[i] == ' ') i++;
         if (i >= s.Length || s[i] != '(') throw new FormatException("a switch is missing its parenthesised arguments.");
+        if (++depth > MaxDepth) throw new FormatException($"the equation nests more than {MaxDepth} levels deep.");
         i++;
         var list = new List<string>();
         while (true)
@@ -145,6 +149,7 @@ internal sealed class EquationText
             if (i >= s.Length) throw new FormatException("a parenthesis is not closed.");
             if (s[i++] == ')') break;
         }
+        depth--;
         if (list.Count < min || list.Count > max) throw new FormatException($"a switch has {list.Count} arguments where it takes {min} to {max}.");
         return list;
     }
