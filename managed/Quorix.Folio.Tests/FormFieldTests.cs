@@ -163,7 +163,7 @@ public class FormFieldTests
     public void WrongKindsAndLimitsAreRefused()
     {
         var b = new DocumentBuilder();
-        var text = b.InsertTextInput("T", TextFormFieldType.Regular, "", "x", 0);
+        var text = b.InsertTextInput("T", TextFormFieldType.Regular, "", "", 0);
         var box = b.InsertCheckBox("C", true, 0);
         var list = b.InsertComboBox("D", new[] { "a" }, 0);
 
@@ -178,6 +178,9 @@ public class FormFieldTests
         Assert.Throws<InvalidOperationException>(() => list.DropDownItems.Add("one too many"));
         Assert.Throws<ArgumentOutOfRangeException>(() => b.InsertComboBox("E", new[] { "a" }, 3));
         Assert.Throws<ArgumentOutOfRangeException>(() => box.CheckBoxSize = 0);
+        // A plain text box still says what it is, as word processors tell the kind by that element.
+        Assert.Contains("<w:ffData><w:name w:val=\"T\" /><w:enabled w:val=\"1\" /><w:textInput /></w:ffData>",
+            TestSupport.Part(TestSupport.ToBytes(b.Document), "word/document.xml"));
 
         // Removing the chosen item falls back to the first.
         list.DropDownSelectedIndex = 24;

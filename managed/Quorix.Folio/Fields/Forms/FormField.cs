@@ -74,7 +74,9 @@ public sealed class FormField
 
     private PropElement? Kind => Data?.Child(KindName);
 
-    private PropElement EnsureKind() => Ensure(EnsureData(), KindName, DataOrder);
+    /// <summary>The element of this kind of form field (textInput, checkBox, ddList), added when missing:
+    /// word processors tell the kind by it.</summary>
+    internal PropElement EnsureKind() => Ensure(EnsureData(), KindName, DataOrder);
 
     /// <summary>The child of that name, added in its place in the schema's order when missing.</summary>
     internal static PropElement Ensure(PropElement parent, string local, string[] order)

@@ -67,6 +67,7 @@ public sealed partial class DocumentBuilder
         if (name.Length > 0) StartBookmark(name);
         var field = InsertField(word, result);
         var form = new FormField(field) { Name = name, Enabled = true };
+        form.EnsureKind();
         if (name.Length > 0) EndBookmark(name);
         return form;
     }
