@@ -3,6 +3,7 @@ file we write and by LibreOffice from the same file, a barcode generator written
 the sources of a bibliography."""
 
 import io
+import re
 import shutil
 import struct
 import subprocess
@@ -38,7 +39,7 @@ def form_document():
     forms = doc.range.form_fields
     forms["Name"].set_text_input_value("ann berg-larsen")
     forms["Paid"].checked = True
-    forms["Via"].drop_down_items.append("Fax")
+    forms["Via"].drop_down_items.add("Fax")
     forms["Via"].drop_down_selected_index = 3
     return doc
 
@@ -79,13 +80,20 @@ def test_text_output_shows_what_the_form_shows(tmp_path):
 
 @pytest.mark.skipif(shutil.which("soffice") is None, reason="LibreOffice (soffice) is not installed")
 def test_libreoffice_reads_our_form_fields(tmp_path):
-    doc = form_document()
-    doc.save(str(tmp_path / "form.docx"))
-    subprocess.run(["soffice", f"-env:UserInstallation=file://{tmp_path / 'profile'}", "--headless", "--convert-to", "txt:Text (encoded):UTF8",
+    """LibreOffice opens the file we write and keeps each form field's kind and state in its own format."""
+    form_document().save(str(tmp_path / "form.docx"))
+    subprocess.run(["soffice", f"-env:UserInstallation=file://{tmp_path / 'profile'}", "--headless", "--convert-to", "odt",
                     "--outdir", str(tmp_path / "lo"), str(tmp_path / "form.docx")], check=True, capture_output=True, timeout=600)
-    text = (tmp_path / "lo" / "form.txt").read_text(encoding="utf-8-sig")
-    assert "ANN BERG-LAR" in text
-    assert "Fax" in text
+    with zipfile.ZipFile(tmp_path / "lo" / "form.odt") as odt:
+        content = odt.read("content.xml").decode("utf-8")
+    marks = re.findall(r'<field:fieldmark(?:-start)? [^>]*field:type="[^"]*\.(FORM\w+)"[^>]*>(.*?)</field:fieldmark', content)
+    assert [kind for kind, _ in marks] == ["FORMTEXT", "FORMCHECKBOX", "FORMDROPDOWN"]
+    params = [dict(re.findall(r'field:name="(\w+)" field:value="([^"]*)"', body)) for _, body in marks]
+    assert params[0]["Format"] == "UPPERCASE"
+    assert params[1]["Checkbox_Checked"] == "true"
+    assert re.findall(r'Dropdown_ListEntry" field:value="([^"]*)"', marks[2][1]) == ["Post", "Mail", "Phone", "Fax"]
+    assert params[2]["Dropdown_Selected"] == "3"
+    assert "ANN BERG-LAR" in content
 
 
 class Squares(IBarcodeGenerator):
