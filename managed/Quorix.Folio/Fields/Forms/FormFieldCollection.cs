@@ -44,6 +44,7 @@ public sealed class FormFieldCollection : IEnumerable<FormField>
         foreach (var f in Fresh()) f.RemoveField();
     }
 
+    /// <summary>The form fields in document order.</summary>
     public IEnumerator<FormField> GetEnumerator() => Fresh().GetEnumerator();
 
     System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();

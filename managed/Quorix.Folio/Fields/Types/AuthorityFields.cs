@@ -13,6 +13,9 @@ public sealed class ToaCategories
 
     private readonly string[] names = (string[])Defaults.Clone();
 
+    /// <summary>The categories named as a word processor names them before anyone renames them.</summary>
+    public ToaCategories() { }
+
     /// <summary>The categories as a word processor names them before anyone renames them.</summary>
     public static ToaCategories DefaultCategories => new();
 

@@ -44,6 +44,9 @@ public interface IBarcodeGenerator
 /// <summary>What a barcode field asks for, its switches as the field writes them.</summary>
 public sealed class BarcodeParameters
 {
+    /// <summary>Parameters with nothing set, for a generator's tests or the application's own drawing.</summary>
+    public BarcodeParameters() { }
+
     /// <summary>The kind of barcode, such as "QR" or "CODE128"; empty for the postal bar code of BARCODE.</summary>
     public string BarcodeType { get; set; } = "";
 
