@@ -6,9 +6,40 @@ namespace Quorix.Folio.Bibliography;
 /// <summary>The kind of work a source is.</summary>
 public enum SourceType
 {
-    Book = 0, BookSection = 1, JournalArticle = 2, ArticleInAPeriodical = 3, ConferenceProceedings = 4, Report = 5,
-    InternetSite = 6, DocumentFromInternetSite = 7, ElectronicSource = 8, Art = 9, SoundRecording = 10, Performance = 11,
-    Film = 12, Interview = 13, Patent = 14, Case = 15, Misc = 16,
+    /// <summary>A book.</summary>
+    Book = 0,
+    /// <summary>A chapter or section of a book.</summary>
+    BookSection = 1,
+    /// <summary>An article in a scholarly journal.</summary>
+    JournalArticle = 2,
+    /// <summary>An article in a magazine or newspaper.</summary>
+    ArticleInAPeriodical = 3,
+    /// <summary>A paper in a conference's proceedings.</summary>
+    ConferenceProceedings = 4,
+    /// <summary>A report.</summary>
+    Report = 5,
+    /// <summary>A web site.</summary>
+    InternetSite = 6,
+    /// <summary>A document from a web site.</summary>
+    DocumentFromInternetSite = 7,
+    /// <summary>An electronic source other than a web site.</summary>
+    ElectronicSource = 8,
+    /// <summary>A work of art.</summary>
+    Art = 9,
+    /// <summary>A sound recording.</summary>
+    SoundRecording = 10,
+    /// <summary>A performance.</summary>
+    Performance = 11,
+    /// <summary>A film.</summary>
+    Film = 12,
+    /// <summary>An interview.</summary>
+    Interview = 13,
+    /// <summary>A patent.</summary>
+    Patent = 14,
+    /// <summary>A court case.</summary>
+    Case = 15,
+    /// <summary>Any other kind of work.</summary>
+    Misc = 16,
 }
 
 /// <summary>A contributor to a source: a person or an organisation.</summary>
@@ -61,6 +92,7 @@ public sealed class PersonCollection : Contributor, IEnumerable<Person>
     /// <summary>A person by position.</summary>
     public Person this[int index] => people[index];
 
+    /// <summary>The people in the order the source lists them.</summary>
     public IEnumerator<Person> GetEnumerator() => people.GetEnumerator();
 
     System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();

@@ -468,6 +468,7 @@ public sealed class DropDownItemCollection : IList<string>
     /// <summary>Removes every item.</summary>
     public void Clear() => owner.RemoveEntries(_ => true);
 
+    /// <summary>The items' texts in the order the list shows them.</summary>
     public IEnumerator<string> GetEnumerator() => owner.Entries().Select(e => e.Get("val") ?? "").GetEnumerator();
 
     void ICollection<string>.Add(string item) => Add(item);
