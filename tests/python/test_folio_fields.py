@@ -1,8 +1,11 @@
 """Fields, mail merge and report templates driven from Python. Mail merge of {{ name }} tags is
-checked against docxtpl rendering the same template, both read back by python-docx."""
+checked against docxtpl rendering the same template, both read back by python-docx; document information
+fields against what LibreOffice computes when it opens the same file."""
 
 import io
 import json
+import shutil
+import subprocess
 
 import pytest
 
@@ -104,3 +107,31 @@ def test_report_errors_name_the_tag_or_are_written_inline(tmp_path):
     engine.options = ReportBuildOptions.INLINE_ERROR_MESSAGES
     assert engine.build_report(doc, JsonDataSource(str(tmp_path / "d.json")), "d") is False
     assert paragraphs(doc)[0].startswith("Sum 6 then Template tag [[d.items[9]]]")
+
+
+@pytest.mark.skipif(shutil.which("soffice") is None, reason="LibreOffice (soffice) is not installed")
+def test_document_information_fields_agree_with_libreoffice(tmp_path):
+    """The fields LibreOffice computes when it opens a DOCX, computed by us from the same file."""
+    doc = qf.Document()
+    props = doc.built_in_document_properties
+    props.title, props.subject, props.keywords, props.comments = "Quarterly figures", "Sales", "north, south", "Draft two"
+    b = qf.DocumentBuilder(doc)
+    codes = ["TITLE", "SUBJECT", "KEYWORDS", "COMMENTS", "DOCPROPERTY Title", "FILENAME", "NUMPAGES", "NUMWORDS"]
+    for i, code in enumerate(codes):
+        b.write(f"f{i}: ")
+        b.insert_field(code, "stale")
+        b.writeln()
+    b.insert_break(qf.BreakType.PAGE_BREAK)
+    b.writeln("The second page.")
+    source = tmp_path / "fields.docx"
+    doc.save(str(source))
+    subprocess.run(["soffice", f"-env:UserInstallation=file://{tmp_path / 'profile'}", "--headless", "--convert-to", "txt:Text (encoded):UTF8",
+                    "--outdir", str(tmp_path / "lo"), str(source)], check=True, capture_output=True, timeout=600)
+    theirs = dict(line.split(": ", 1) for line in (tmp_path / "lo" / "fields.txt").read_text(encoding="utf-8-sig").splitlines() if ": " in line)
+
+    ours = qf.Document(str(source))
+    ours.update_fields()
+    ours.save(str(tmp_path / "ours.txt"))
+    mine = dict(line.split(": ", 1) for line in (tmp_path / "ours.txt").read_text(encoding="utf-8-sig").splitlines() if ": " in line)
+    assert len(theirs) == len(codes) and "stale" not in theirs.values(), theirs
+    assert mine == theirs

@@ -51,6 +51,8 @@ EXPECT = {
     "detect_file_format": ["DOCX False"],
     "LANDSCAPE": ["LANDSCAPE Arial 11.0"],
     "insert_table_of_contents": ["7 fields computed", "FieldFormula = price * 2 \\* CardText -> eighty-four", "FieldToc", "eighty-four", "larger", "ANN BERG", "\n1\n", "\nII\n", "Scope"],
+    "insert_check_box": ["[('Name', 'ANN BERG'), ('Paid', '1'), ('Via', 'Phone')]", "1 barcode picture",
+                         "Name: ANN BERG Paid: \u2612 Via: Phone", "1/2 + x\u00b2"],
     "REMOVE_UNUSED_FIELDS": ["Dear ACME AS,", "Order 7: 1,234.50", "Order 8: 99.00"],
     "ReportingEngine().build_report": ["Orders for ACME AS", "1. Order 7: 1,234.50 (large)", "2. Order 8: 99.00", "Total: 1,333.50"],
     "MARKDOWN)\n": ["# Quarterly report"],

@@ -65,6 +65,7 @@ internal sealed class ParagraphLayout
 
     private sealed class FieldState
     {
+        public FieldStart? Start;
         public readonly StringBuilder Code = new();
         public bool InResult;
         public bool SkipResult;
@@ -99,8 +100,8 @@ internal sealed class ParagraphLayout
         {
             switch (n)
             {
-                case FieldStart:
-                    fields.Add(new FieldState());
+                case FieldStart start:
+                    fields.Add(new FieldState { Start = start });
                     break;
                 case FieldSeparator when fields.Count > 0:
                     BeginResult(fields[^1]);
@@ -189,7 +190,7 @@ internal sealed class ParagraphLayout
         var code = f.Code.ToString().Trim();
         var word = code.Split(' ', 2)[0].ToUpperInvariant();
         if (word == "HYPERLINK") f.Link = HyperlinkTarget(code);
-        if (ctx.PageFieldValue(word, code) is { } value)
+        if ((ctx.PageFieldValue(word, code) ?? FormField.Shown(f.Start!, word)) is { } value)
         {
             // Page numbers take the formatting of the text before them, or of the paragraph mark.
             f.SkipResult = true;

@@ -13,22 +13,30 @@ internal static class InlineText
     public static IEnumerable<Piece> Walk(Paragraph p)
     {
         // Per open field: whether we are in its code, its collected code, and whether it is a link.
-        var stack = new List<(bool InCode, StringBuilder Code, bool Link)>();
+        var stack = new List<(bool InCode, StringBuilder Code, bool Link, FieldStart? Start)>();
         foreach (var n in p.InlineNodes())
         {
             // Tracked deletions are shown as the document reads once they are accepted: gone.
             if (n.Rev?.Local is "del" or "moveFrom") continue;
             switch (n)
             {
-                case FieldStart:
-                    stack.Add((true, new StringBuilder(), false));
+                case FieldStart start:
+                    stack.Add((true, new StringBuilder(), false, start));
                     continue;
                 case FieldSeparator:
                     if (stack.Count > 0)
                     {
                         var top = stack[^1];
+                        // Check boxes and drop-down lists show their form data in place of the result.
+                        if (Shown(top) is { } form)
+                        {
+                            // Its result is skipped as code is; a null start marks it shown.
+                            stack[^1] = (true, top.Code, false, null);
+                            if (stack.Count(s => s.InCode) == 1) yield return new Piece(Kind.Text, n, form);
+                            continue;
+                        }
                         var link = stack.Count == 1 ? FieldPairing.Hyperlink(top.Code.ToString()) : null;
-                        stack[^1] = (false, top.Code, link != null);
+                        stack[^1] = (false, top.Code, link != null, top.Start);
                         if (link is { } l) yield return new Piece(Kind.LinkStart, n, "", l.Target, l.IsBookmark);
                     }
                     continue;
@@ -36,6 +44,8 @@ internal static class InlineText
                     if (stack.Count > 0)
                     {
                         var top = stack[^1];
+                        // A check box is often written without a result part.
+                        if (top.InCode && stack.Count(s => s.InCode) == 1 && Shown(top) is { } form) yield return new Piece(Kind.Text, n, form);
                         stack.RemoveAt(stack.Count - 1);
                         if (top.Link) yield return new Piece(Kind.LinkEnd, n, "");
                     }
@@ -67,4 +77,7 @@ internal static class InlineText
             }
         }
     }
+
+    private static string? Shown((bool InCode, StringBuilder Code, bool Link, FieldStart? Start) field) =>
+        field.InCode && field.Start != null ? FormField.Shown(field.Start, FieldKinds.FirstWord(field.Code.ToString())) : null;
 }

@@ -33,7 +33,7 @@ public sealed partial class Document
             var fields = new List<Field>();
             foreach (Section s in Sections)
                 foreach (var story in s.ChildNodes)
-                    fields.AddRange(FieldUpdater.Collect(story, story).Where(f => f is FieldPage or FieldNumPages or FieldSectionPages or FieldPageRef or FieldNoteRef or FieldIndex));
+                    fields.AddRange(FieldUpdater.Collect(story, story).Where(f => f is FieldPage or FieldNumPages or FieldSectionPages or FieldPageRef or FieldNoteRef or FieldIndex or FieldToa));
             var before = fields.Select(f => f.Result).ToList();
             FieldUpdater.Update(fields, new FieldUpdateContext(this));
             bool moved = false;
@@ -48,6 +48,9 @@ public sealed partial class Range
 {
     /// <summary>The fields in the range.</summary>
     public FieldCollection Fields => new(node);
+
+    /// <summary>The form fields in the range: text boxes, check boxes and drop-down lists.</summary>
+    public FormFieldCollection FormFields => new(node);
 
     /// <summary>Computes the results of the fields in this range, nested fields first.</summary>
     public int UpdateFields() => FieldUpdater.Update(FieldUpdater.Collect(node, node), new FieldUpdateContext(node.Document as Document));
