@@ -13,6 +13,7 @@ the ratio per page is printed beside ours.
 import argparse
 import json
 import os
+import resource
 import shutil
 import subprocess
 import sys
@@ -45,13 +46,13 @@ import json, resource, sys, time
 import quorix.folio as qf
 warm, src, out = sys.argv[1:4]
 qf.Document(warm).save(out + ".warm.pdf")
-t0 = time.perf_counter()
+t0, c0 = time.perf_counter(), time.process_time()
 doc = qf.Document(src)
 pages = doc.page_count
 t1 = time.perf_counter()
 doc.save(out)
-t2 = time.perf_counter()
-print(json.dumps({"pages": pages, "layout": t1 - t0, "total": t2 - t0,
+t2, c2 = time.perf_counter(), time.process_time()
+print(json.dumps({"pages": pages, "layout": t1 - t0, "total": t2 - t0, "cpu": c2 - c0,
                   "peak_mb": resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024}))
 """
 
@@ -68,15 +69,16 @@ def pdf_pages(path):
 
 
 def libreoffice(soffice, src, pages, work):
-    """Seconds per page of warm conversions: k copies converted by one soffice process, minus one
-    copy converted alone, over the pages of the k - 1 extra copies (start-up cancels out)."""
+    """Seconds per page of warm conversions, wall and processor time: k copies converted by one
+    soffice process, minus one copy converted alone, over the pages of the k - 1 extra copies
+    (start-up cancels out)."""
     def run(files):
         outdir = tempfile.mkdtemp(dir=work)
         profile = "file://" + tempfile.mkdtemp(dir=work)
-        t0 = time.perf_counter()
+        t0, c0 = time.perf_counter(), children_cpu()
         subprocess.run([soffice, f"-env:UserInstallation={profile}", "--headless", "--convert-to", "pdf", "--outdir", outdir, *files],
                        check=True, capture_output=True)
-        return time.perf_counter() - t0, outdir
+        return (time.perf_counter() - t0, children_cpu() - c0), outdir
     k = max(2, -(-200 // pages) + 1)  # at least 200 extra pages, so that start-up noise stays small
     copies = []
     for i in range(k - 1):
@@ -85,13 +87,20 @@ def libreoffice(soffice, src, pages, work):
     one, outdir = run([src])
     many, _ = run([src, *copies])
     lo_pages = pdf_pages(os.path.join(outdir, os.path.splitext(os.path.basename(src))[0] + ".pdf"))
-    return (many - one) / ((k - 1) * lo_pages), lo_pages
+    return [(m - o) / ((k - 1) * lo_pages) for m, o in zip(many, one)], lo_pages
+
+
+def children_cpu():
+    """Processor seconds of the finished child processes (soffice and the office process it waits for)."""
+    r = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return r.ru_utime + r.ru_stime
 
 
 def main():
     ap = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     ap.add_argument("--small", type=int, default=20, help="sections of the small document (about 10 pages)")
     ap.add_argument("--large", type=int, default=2000, help="sections of the large document (about 1,000 pages)")
+    ap.add_argument("--rounds", type=int, default=3, help="times the whole measurement is repeated; ranges are printed")
     ap.add_argument("--keep", help="directory to keep the generated files in")
     args = ap.parse_args()
 
@@ -102,25 +111,37 @@ def main():
     generate(large, args.large)
     generate(warm, 4)
 
-    s = ours(warm, small, os.path.join(work, "small.pdf"))
-    l = ours(warm, large, os.path.join(work, "large.pdf"))
-    for name, r, pdf in (("small", s, "small.pdf"), ("large", l, "large.pdf")):
-        assert pdf_pages(os.path.join(work, pdf)) == r["pages"], "pdfinfo disagrees with the page count"
-        print(f"{name:5}: {r['pages']:5} pages  layout {r['layout'] * 1000 / r['pages']:6.2f} ms/page  "
-              f"to PDF {r['total'] * 1000 / r['pages']:6.2f} ms/page  peak {r['peak_mb']:.0f} MB")
-    print(f"time per page, large / small: layout {l['layout'] / l['pages'] / (s['layout'] / s['pages']):.2f}x, "
-          f"to PDF {l['total'] / l['pages'] / (s['total'] / s['pages']):.2f}x")
-
     soffice = shutil.which("soffice") or shutil.which("libreoffice")
     if not soffice:
         print("LibreOffice (soffice) is not installed: the comparison with it is skipped")
-        return
-    for name, src, r in (("small", small, s), ("large", large, l)):
-        per_page, pages = libreoffice(soffice, src, r["pages"], work)
-        ours_per_page = r["total"] / r["pages"]
-        print(f"{name:5}: LibreOffice {per_page * 1000:6.2f} ms/page warm ({pages} pages), ours {ours_per_page * 1000:6.2f} ms/page: "
-              f"ours {per_page / ours_per_page:.1f}x faster per page")
-
+    ratios = {"linear": [], "small wall": [], "small cpu": [], "large wall": [], "large cpu": []}
+    for round_ in range(args.rounds):
+        print(f"-- round {round_ + 1} of {args.rounds}")
+        s = ours(warm, small, os.path.join(work, "small.pdf"))
+        l = ours(warm, large, os.path.join(work, "large.pdf"))
+        for name, r, pdf in (("small", s, "small.pdf"), ("large", l, "large.pdf")):
+            assert pdf_pages(os.path.join(work, pdf)) == r["pages"], "pdfinfo disagrees with the page count"
+            print(f"{name:5}: {r['pages']:5} pages  layout {r['layout'] * 1000 / r['pages']:6.2f} ms/page  "
+                  f"to PDF {r['total'] * 1000 / r['pages']:6.2f} ms/page (processor {r['cpu'] * 1000 / r['pages']:6.2f})  peak {r['peak_mb']:.0f} MB")
+        ratios["linear"].append(l['layout'] / l['pages'] / (s['layout'] / s['pages']))
+        print(f"time per page, large / small: layout {ratios['linear'][-1]:.2f}x, "
+              f"to PDF {l['total'] / l['pages'] / (s['total'] / s['pages']):.2f}x")
+        if not soffice:
+            continue
+        for name, src, r in (("small", small, s), ("large", large, l)):
+            (wall, cpu), pages = libreoffice(soffice, src, r["pages"], work)
+            ours_wall, ours_cpu = r["total"] / r["pages"], r["cpu"] / r["pages"]
+            ratios[name + " wall"].append(wall / ours_wall)
+            ratios[name + " cpu"].append(cpu / ours_cpu)
+            # Processor time is the steadier figure on a busy machine; wall time is what a user waits.
+            print(f"{name:5}: LibreOffice {wall * 1000:6.2f} ms/page warm ({pages} pages), ours {ours_wall * 1000:6.2f} ms/page: "
+                  f"ours {wall / ours_wall:.1f}x faster per page; processor time {cpu * 1000:6.2f} vs {ours_cpu * 1000:6.2f} ms/page: "
+                  f"{cpu / ours_cpu:.1f}x")
+    print("-- ranges over the rounds")
+    for name, values in ratios.items():
+        if values:
+            what = "layout time per page, large / small" if name == "linear" else f"{name}: times faster than LibreOffice"
+            print(f"{what}: {min(values):.2f} to {max(values):.2f}")
 
 if __name__ == "__main__":
     main()

@@ -37,6 +37,7 @@ internal sealed class FontFace
         Shaper = new HarfBuzzSharp.Font(face);
         Shaper.SetScale(UnitsPerEm, UnitsPerEm);
         Shaper.SetFunctionsOpenType();
+        Words = new Shaping.ShapeCache(Shaper);
         using var font = new SKFont(Typeface, 1000);
         var m = font.Metrics;
         Ascent = -m.Ascent / 1000.0;
@@ -44,7 +45,22 @@ internal sealed class FontFace
         LineGap = m.Leading / 1000.0;
     }
 
-    public bool Has(int codePoint) => Shaper.TryGetGlyph((uint)codePoint, out _);
+    /// <summary>Shaped words of this face, kept across layouts.</summary>
+    public readonly Shaping.ShapeCache Words;
+
+    // Whether the face has each character of the basic plane: 0 not asked yet, 1 yes, 2 no. Layout
+    // asks for every character of every run; the answer never changes.
+    private readonly byte[] coverage = new byte[0x10000];
+
+    public bool Has(int codePoint)
+    {
+        if (codePoint > 0xFFFF) return Shaper.TryGetGlyph((uint)codePoint, out _);
+        byte known = coverage[codePoint];
+        if (known != 0) return known == 1;
+        bool has = Shaper.TryGetGlyph((uint)codePoint, out _);
+        coverage[codePoint] = has ? (byte)1 : (byte)2;
+        return has;
+    }
 
     public override string ToString() => $"{Family}{(Bold ? " Bold" : "")}{(Italic ? " Italic" : "")}";
 }

@@ -80,7 +80,7 @@ internal sealed class DocumentLayout
             // Unequal columns are laid out at the narrowest one's width: no line runs into the next column.
             var columns = ps.TextColumns.Layout();
             double columnWidth = columns.Length == 1 ? bodyWidth : Math.Max(36, columns.Min(c => c.Width));
-            var blocks = s.Body is { } body ? ctx.Blocks(body, columnWidth) : new List<Block>();
+            var blocks = s.Body is { } body ? ctx.Flow(body, columnWidth) : Enumerable.Empty<Block>();
             var start = ps.SectionStart;
             var current = paginator.Current;
             bool continuous = si > 0 && start == SectionStart.Continuous && current != null && Math.Abs(current.Width - w) < 0.5 && Math.Abs(current.Height - h) < 0.5;

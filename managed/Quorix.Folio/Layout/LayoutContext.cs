@@ -23,11 +23,15 @@ internal sealed class LayoutContext
     public WarningLog? Warnings { get; init; }
 
     private HashSet<(string, bool, bool)>? substituted;
+    // Runs after runs ask for the same font, by the same string instance the formatting holds.
+    private (string Name, bool Bold, bool Italic, ResolvedFont Font)? lastFont;
 
     /// <summary>The face for a font name and style, reporting a substitution the first time it happens.</summary>
     public ResolvedFont Font(string name, bool bold, bool italic)
     {
+        if (lastFont is { } last && last.Bold == bold && last.Italic == italic && ReferenceEquals(last.Name, name)) return last.Font;
         var r = Fonts.Resolve(name, bold, italic);
+        lastFont = (name, bold, italic, r);
         if (r.Substitution is { } reason && Warnings != null && (substituted ??= new()).Add((name, bold, italic)))
             Warnings.Add(new FontSubstitutionWarningInfo(name, bold, italic, r.Face.Family, reason));
         return r;
@@ -63,19 +67,27 @@ internal sealed class LayoutContext
     }
 
     /// <summary>Blocks of a story or cell: its paragraphs and tables in order.</summary>
-    public List<Block> Blocks(CompositeNode container, double width)
+    public List<Block> Blocks(CompositeNode container, double width) => new(Flow(container, width));
+
+    /// <summary>The same blocks, laid out as they are asked for: the paginator lets each page's
+    /// blocks go before the next ones are made, which keeps long documents' layout small.</summary>
+    public IEnumerable<Block> Flow(CompositeNode container, double width)
     {
-        var blocks = new List<Block>();
         for (var n = container.FirstChild; n != null; n = n.NextSibling)
         {
             if (n is Paragraph cap && cap.ParagraphFormat.DropCapPosition != DropCapPosition.None && cap.NextSibling is Paragraph body)
             {
-                blocks.AddRange(DropCap.Lay(this, cap, body, width));
+                foreach (var b in DropCap.Lay(this, cap, body, width)) yield return b;
                 n = body;
             }
-            else if (n is Paragraph p) blocks.AddRange(ParagraphLayout.Lay(this, p, width));
-            else if (n is Table t) blocks.AddRange(TableLayout.Lay(this, t, width));
+            else if (n is Paragraph p)
+            {
+                foreach (var b in ParagraphLayout.Lay(this, p, width)) yield return b;
+            }
+            else if (n is Table t)
+            {
+                foreach (var b in TableLayout.Lay(this, t, width)) yield return b;
+            }
         }
-        return blocks;
     }
 }

@@ -125,17 +125,23 @@ internal sealed class Paginator
 
     public void Place(IEnumerable<Block> blocks)
     {
-        var queue = new List<Block>(blocks);
-        for (int i = 0; i < queue.Count; i++)
+        // Blocks handed back to be placed again (moved by a keep chain, the rest of a split row,
+        // repeated headings), the next one last; then the flow itself.
+        var again = new List<Block>();
+        using var flow = blocks.GetEnumerator();
+        while (again.Count > 0 || flow.MoveNext())
         {
-            var b = queue[i];
+            Block b;
+            if (again.Count > 0) { b = again[^1]; again.RemoveAt(again.Count - 1); }
+            else b = flow.Current;
             if (b.BreakBefore && onPage.Count > 0) NewPage(natural: false);
             else if (b.ColumnBreakBefore && !ColumnEmpty) Advance(natural: false);
             if (ColumnEmpty && b is TableRowBlock { IsHeader: false, Headers.Count: > 0 } row && !b.BreakBefore)
             {
                 // A table carried over to a new page shows its heading rows again.
-                queue.InsertRange(i, row.Headers!.Select(h => h.AsRepeat()));
-                b = queue[i];
+                again.Add(b);
+                for (int h = row.Headers!.Count - 1; h >= 0; h--) again.Add(row.Headers[h].AsRepeat());
+                continue;
             }
             double before = ColumnEmpty && naturalBreak ? 0 : b.SpaceBefore;
             before = Clear(y + before, b.Height) - y;
@@ -153,8 +159,8 @@ internal sealed class Paginator
                 onPage.RemoveRange(chain, onPage.Count - chain);
                 DropNotesOf(moved);
                 Advance(natural: true);
-                queue.InsertRange(i, moved);
-                i--;
+                again.Add(b);
+                for (int m = moved.Count - 1; m >= 0; m--) again.Add(moved[m]);
                 continue;
             }
             var (head, tail) = b.Split(Bottom - y - before - NotesNeed(b));
@@ -163,8 +169,7 @@ internal sealed class Paginator
                 Put(head, before);
                 Advance(natural: true);
                 tail!.SpaceBefore = 0;
-                queue[i] = tail;
-                i--;
+                again.Add(tail);
                 continue;
             }
             if (ColumnEmpty)
@@ -173,7 +178,7 @@ internal sealed class Paginator
                 continue;
             }
             Advance(natural: true);
-            i--;
+            again.Add(b);
         }
     }
 

@@ -1,5 +1,4 @@
 using System.Text;
-using HarfBuzzSharp;
 using Quorix.Folio.Drawing;
 using Quorix.Folio.Fields;
 using Quorix.Folio.Fonts;
@@ -37,6 +36,8 @@ internal sealed class ParagraphLayout
     // The leader drawn across each tab, set when the tab's stop is chosen.
     private char[] leaders = Array.Empty<char>();
     private TextStyle markStyle = null!;
+    // Each line's character positions, reused from line to line.
+    private double[] linePos = new double[64];
     // A right-to-left paragraph: lines are laid out from the left and mirrored in their box.
     private bool rtl;
     // The axis a right-to-left line is mirrored about: twice its box's centre.
@@ -250,7 +251,7 @@ internal sealed class ParagraphLayout
                 }
                 // Spaces after right-to-left words belong to the left-to-right text around them.
                 if (dir == 1 && strongEnd > i && !rtl) j = strongEnd;
-                ShapeRange(i, j, piece.Style, font, rtl && dir == 0);
+                ShapeRange(i, j, piece.Style, font, rtl && dir == 0, dir != 1 && !(rtl && dir == 0));
                 i = j;
             }
         }
@@ -273,36 +274,53 @@ internal sealed class ParagraphLayout
         return other == null ? font : new ResolvedFont(other, font.FakeBold && !other.Bold, font.FakeItalic && !other.Italic, font.RequestedName);
     }
 
-    // Word sets text without standard ligatures unless a run asks for them; with them widths and
-    // line breaks would differ, and a ligature glyph has no text of its own in a PDF. Kerning stays
-    // as the font has it.
-    private static readonly Feature[] WordFeatures = { Feature.Parse("liga=0"), Feature.Parse("clig=0") };
+    // Shaped pieces of the range being shaped, with where each starts in the paragraph's text.
+    private readonly List<(int At, Shaping.ShapedText Shaped)> shapedPieces = new();
 
-    private void ShapeRange(int start, int end, TextStyle style, ResolvedFont font, bool neutralRightToLeft)
+    /// <summary>Shapes text[start..end) in one face. Left-to-right text is shaped word by word (each
+    /// with the spaces after it) through the face's cache: words repeat, and no font we lay out with
+    /// kerns across a space. Right-to-left text is shaped whole, as its visual order spans words.</summary>
+    private void ShapeRange(int start, int end, TextStyle style, ResolvedFont font, bool neutralRightToLeft, bool byWords)
     {
-        using var buffer = new HarfBuzzSharp.Buffer();
-        buffer.AddUtf16(text.AsSpan(start, end - start));
-        // Right-to-left runs are shaped and shown in their visual order; runs keep their logical order
-        // on the line, which a right-to-left paragraph mirrors. Neutrals take the paragraph's direction.
-        buffer.GuessSegmentProperties();
-        if (neutralRightToLeft) buffer.Direction = Direction.RightToLeft;
-        font.Face.Shaper.Shape(buffer, WordFeatures);
-        var infos = buffer.GetGlyphInfoSpan();
-        var positions = buffer.GetGlyphPositionSpan();
+        var cache = font.Face.Words;
+        shapedPieces.Clear();
+        int n = 0;
+        if (byWords)
+        {
+            for (int k = start; k < end;)
+            {
+                int m = k;
+                while (m < end && text[m] != ' ') m++;
+                while (m < end && text[m] == ' ') m++;
+                var shaped = cache.Get(text.AsSpan(k, m - k), false);
+                shapedPieces.Add((k, shaped));
+                n += shaped.Glyphs.Length;
+                k = m;
+            }
+        }
+        else
+        {
+            var shaped = cache.Get(text.AsSpan(start, end - start), neutralRightToLeft);
+            shapedPieces.Add((start, shaped));
+            n = shaped.Glyphs.Length;
+        }
         double scale = style.Size / font.Face.UnitsPerEm;
-        int n = infos.Length;
         var seg = new Segment(start, end, style, font, new ushort[n], new int[n], new float[n], new float[n], new float[n])
         {
-            RightToLeft = buffer.Direction == Direction.RightToLeft,
+            RightToLeft = !byWords && shapedPieces[0].Shaped.RightToLeft,
         };
-        for (int g = 0; g < n; g++)
+        int g = 0;
+        foreach (var (at, shaped) in shapedPieces)
         {
-            seg.Glyphs[g] = (ushort)infos[g].Codepoint;
-            seg.Clusters[g] = start + (int)infos[g].Cluster;
-            seg.Advances[g] = (float)(positions[g].XAdvance * scale);
-            seg.OffsetsX[g] = (float)(positions[g].XOffset * scale);
-            seg.OffsetsY[g] = (float)(positions[g].YOffset * scale);
-            advance[seg.Clusters[g]] += seg.Advances[g];
+            for (int i = 0; i < shaped.Glyphs.Length; i++, g++)
+            {
+                seg.Glyphs[g] = shaped.Glyphs[i];
+                seg.Clusters[g] = at + shaped.Clusters[i];
+                seg.Advances[g] = (float)(shaped.Advances[i] * scale);
+                seg.OffsetsX[g] = (float)(shaped.OffsetsX[i] * scale);
+                seg.OffsetsY[g] = (float)(shaped.OffsetsY[i] * scale);
+                advance[seg.Clusters[g]] += seg.Advances[g];
+            }
         }
         segments.Add(seg);
     }
@@ -489,7 +507,8 @@ internal sealed class ParagraphLayout
                 if (spaces > 0) perSpace = free / spaces;
                 break;
         }
-        var pos = new double[end - start + 1];
+        if (linePos.Length < end - start + 1) linePos = new double[Math.Max(end - start + 1, 2 * linePos.Length)];
+        var pos = linePos;
         double extra = 0;
         int justifyFrom = perSpace > 0 ? Math.Max(start, text.LastIndexOf('\t', Math.Max(start, visibleEnd - 1), Math.Max(0, visibleEnd - start)) + 1) : int.MaxValue;
         for (int i = start; i < end; i++)
@@ -524,10 +543,14 @@ internal sealed class ParagraphLayout
         foreach (var s in segments)
         {
             if (s.End <= start || s.Start >= end) continue;
-            var glyphs = new List<ushort>();
-            var xs = new List<float>();
+            int count = 0;
+            foreach (int c in s.Clusters)
+                if (c >= start && c < end) count++;
+            if (count == 0) continue;
+            var glyphs = new ushort[count];
+            var xs = new float[count];
             double yOff = 0;
-            int lastCluster = -1;
+            int lastCluster = -1, k = 0;
             double inCluster = 0;
             int a = Math.Max(s.Start, start), b = Math.Min(s.End, end);
             // Visual-order glyphs fill the run's span on the line from its left edge; left-to-right
@@ -538,17 +561,23 @@ internal sealed class ParagraphLayout
                 int c = s.Clusters[g];
                 if (c < start || c >= end) continue;
                 if (c != lastCluster) { inCluster = 0; lastCluster = c; }
-                glyphs.Add(s.Glyphs[g]);
-                xs.Add((float)((s.RightToLeft ? pen : left + pos[c - start] - pos[a - start] + inCluster) + s.OffsetsX[g]));
+                glyphs[k] = s.Glyphs[g];
+                xs[k++] = (float)((s.RightToLeft ? pen : left + pos[c - start] - pos[a - start] + inCluster) + s.OffsetsX[g]);
                 inCluster += s.Advances[g];
                 pen += s.Advances[g];
                 yOff = s.OffsetsY[g];
             }
-            if (glyphs.Count == 0) continue;
-            block.Items.Add(new GlyphRun(s.Font, s.Style.Size, glyphs.ToArray(), xs.ToArray(), 0, baseline - s.Style.Rise - yOff, s.Style.Color, text[a..b]));
-            Node? node = pieces.FirstOrDefault(p => p.Start <= s.Start && s.Start < p.End)?.Node;
-            if (node != null && !block.Nodes.Contains(node)) block.Nodes.Add(node);
+            block.Items.Add(new GlyphRun(s.Font, s.Style.Size, glyphs, xs, 0, baseline - s.Style.Rise - yOff, s.Style.Color, text[a..b]));
+            if (NodeAt(s.Start) is { } node && !block.Nodes.Contains(node)) block.Nodes.Add(node);
         }
+    }
+
+    /// <summary>The model node of the piece holding text offset <paramref name="at"/>, or null.</summary>
+    private Node? NodeAt(int at)
+    {
+        foreach (var p in pieces)
+            if (p.Start <= at && at < p.End) return p.Node;
+        return null;
     }
 
     /// <summary>Leader characters across the gap of each tab that has them, on a grid of their own

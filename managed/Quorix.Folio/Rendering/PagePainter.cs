@@ -23,9 +23,10 @@ internal static class PagePainter
 
     private static void PaintItems(SKCanvas canvas, LayoutPage page, bool withLinks, SKPaint paint, Dictionary<(Fonts.FontFace, double, bool, bool), SKFont> fonts)
     {
-        foreach (var item in page.Items)
+        var items = page.Items;
+        for (int k = 0; k < items.Count; k++)
         {
-            switch (item)
+            switch (items[k])
             {
                 case FillItem f:
                     paint.Style = SKPaintStyle.Fill;
@@ -33,7 +34,7 @@ internal static class PagePainter
                     canvas.DrawRect((float)f.X, (float)f.Y, (float)f.Width, (float)f.Height, paint);
                     break;
                 case GlyphRun g:
-                    DrawGlyphs(canvas, g, paint, FontFor(g, fonts));
+                    k = DrawGlyphs(canvas, items, k, paint, fonts) - 1;
                     break;
                 case LineItem l:
                     paint.Style = SKPaintStyle.Stroke;
@@ -86,21 +87,31 @@ internal static class PagePainter
         return font;
     }
 
-    private static void DrawGlyphs(SKCanvas canvas, GlyphRun g, SKPaint paint, SKFont font)
+    /// <summary>Draws the glyph runs of one colour that follow each other from <paramref name="first"/>
+    /// as one text blob (a line's runs, usually several lines); returns the index after the last.</summary>
+    private static int DrawGlyphs(SKCanvas canvas, List<PageItem> items, int first, SKPaint paint, Dictionary<(Fonts.FontFace, double, bool, bool), SKFont> fonts)
     {
+        uint color = ((GlyphRun)items[first]).Color;
         using var builder = new SKTextBlobBuilder();
-        var run = builder.AllocatePositionedRun(font, g.Glyphs.Length);
-        var glyphs = run.Glyphs;
-        var points = run.Positions;
-        for (int i = 0; i < g.Glyphs.Length; i++)
+        int end = first;
+        for (; end < items.Count && items[end] is GlyphRun g && g.Color == color; end++)
         {
-            glyphs[i] = g.Glyphs[i];
-            points[i] = new SKPoint(g.Xs[i], 0);
+            if (g.Glyphs.Length == 0) continue;
+            var run = builder.AllocatePositionedRun(FontFor(g, fonts), g.Glyphs.Length);
+            var glyphs = run.Glyphs;
+            var points = run.Positions;
+            float x = (float)g.X, y = (float)g.Y;
+            for (int i = 0; i < g.Glyphs.Length; i++)
+            {
+                glyphs[i] = g.Glyphs[i];
+                points[i] = new SKPoint(x + g.Xs[i], y);
+            }
         }
         using var blob = builder.Build();
-        if (blob == null) return;
+        if (blob == null) return end;
         paint.Style = SKPaintStyle.Fill;
-        paint.Color = new SKColor(g.Color);
-        canvas.DrawText(blob, (float)g.X, (float)g.Y, paint);
+        paint.Color = new SKColor(color);
+        canvas.DrawText(blob, 0, 0, paint);
+        return end;
     }
 }
