@@ -11,13 +11,13 @@ public class FloatingPictureTests
 {
     /// <summary>A document whose second paragraph anchors a 100 x 80 point picture, positioned and
     /// wrapped as given (the drawing written inline, then turned into an anchored one).</summary>
-    private static Document Anchored(string positionH, string positionV, string wrap)
+    private static Document Anchored(string positionH, string positionV, string wrap, string anchorText = "text of the anchor")
     {
         var b = new DocumentBuilder();
         b.Writeln("first paragraph above");
         b.Write("anchor paragraph ");
         b.InsertImage(TestSupport.Png(10, 8), 100, 80);
-        b.Writeln("text of the anchor");
+        b.Writeln(anchorText);
         for (int i = 0; i < 5; i++) b.Writeln($"after{i} paragraph");
         var ms = new MemoryStream();
         b.Document.Save(ms, SaveFormat.Docx);
@@ -126,5 +126,91 @@ public class FloatingPictureTests
         Assert.Equal(new[] { 300.0, 450.0 }, new[] { outline.Min(l => Math.Min(l.X1, l.X2)), outline.Max(l => Math.Max(l.X1, l.X2)) });
         // The box takes no room from the body: its text lines stay where they were.
         Assert.Equal(LayoutProbe.Lines(b.Document, 0)[1].Y, lines.Single(l => l.Text.StartsWith("body text after")).Y, 1);
+    }
+
+    // Enough words to run down beside a 100 x 80 point picture and past it.
+    private static readonly string LongText = string.Join(" ", Enumerable.Range(0, 160).Select(i => $"w{i}"));
+
+    private static Document Square(string positionH, string wrap) => Anchored(positionH,
+        "<wp:positionV relativeFrom=\"paragraph\"><wp:posOffset>0</wp:posOffset></wp:positionV>", wrap, LongText);
+
+    /// <summary>The page's glyph runs of the anchor paragraph's words, as (left, right, y) spans of text.</summary>
+    private static List<(double Left, double Right, double Y)> WordRuns(Document doc) =>
+        doc.PageLayout.Pages[0].Items.OfType<GlyphRun>().Where(r => r.Text.Contains('w'))
+            .Select(r => (r.X + r.Xs[0], r.X + r.Xs[^1], r.Y)).ToList();
+
+    [Fact]
+    public void LinesBesideASquareWrappedPictureAreShortenedByItsRectangleAndDistance()
+    {
+        // 9 points of distance on the right of a picture at the margin's left edge.
+        var doc = Square("<wp:positionH relativeFrom=\"margin\"><wp:align>left</wp:align></wp:positionH>",
+            "<wp:wrapSquare wrapText=\"bothSides\" distR=\"114300\"/>");
+        var ps = doc.FirstSection!.PageSetup;
+        var pic = Picture(doc);
+        Assert.Equal(ps.LeftMargin, pic.X, 1);
+        var lines = LayoutProbe.Lines(doc, 0);
+        var anchor = lines.Single(l => l.Text.StartsWith("anchor paragraph"));
+        // The anchor's first line sits beside the picture, not below it.
+        Assert.InRange(anchor.Y, pic.Y, pic.Y + pic.Height);
+        var beside = lines.Where(l => l.Y - 8 < pic.Y + pic.Height && l.Y > pic.Y && l.Text.Contains('w')).ToList();
+        var below = lines.Where(l => l.Y - 12 > pic.Y + pic.Height && l.Text.Contains('w')).ToList();
+        Assert.True(beside.Count >= 3, $"{beside.Count} lines beside the picture");
+        Assert.NotEmpty(below);
+        Assert.All(beside.Append(anchor), l => Assert.Equal(pic.X + 100 + 9, l.Left, 1));
+        Assert.All(beside, l => Assert.InRange(l.Right, ps.PageWidth - ps.RightMargin - 40, ps.PageWidth - ps.RightMargin + 0.5));
+        // Below the picture lines use the column's whole width again.
+        Assert.All(below, l => Assert.Equal(ps.LeftMargin, l.Left, 1));
+        Assert.True(below[0].Right > ps.PageWidth - ps.RightMargin - 40);
+        // No text runs under the picture.
+        Assert.DoesNotContain(WordRuns(doc), r => r.Left < pic.X + 100 && r.Y > pic.Y && r.Y - 10 < pic.Y + pic.Height);
+    }
+
+    [Fact]
+    public void ACentredPictureTakesTextOnBothSidesOrOnTheSideItsWrapTextNames()
+    {
+        const string centre = "<wp:positionH relativeFrom=\"margin\"><wp:align>center</wp:align></wp:positionH>";
+        var both = Square(centre, "<wp:wrapSquare wrapText=\"bothSides\"/>");
+        var pic = Picture(both);
+        var runs = WordRuns(both).Where(r => r.Y > pic.Y + 12 && r.Y < pic.Y + pic.Height).ToList();
+        Assert.NotEmpty(runs);
+        // Each line beside the picture has a piece on its left and a piece on its right, none across it.
+        foreach (var y in runs.Select(r => r.Y).Distinct())
+        {
+            Assert.Contains(runs, r => r.Y == y && r.Right < pic.X);
+            Assert.Contains(runs, r => r.Y == y && r.Left >= pic.X + pic.Width - 0.5);
+        }
+        Assert.DoesNotContain(runs, r => r.Right > pic.X && r.Left < pic.X + pic.Width);
+
+        var right = Square(centre, "<wp:wrapSquare wrapText=\"right\"/>");
+        var rightRuns = WordRuns(right).Where(r => r.Y > pic.Y + 12 && r.Y < pic.Y + pic.Height).ToList();
+        Assert.NotEmpty(rightRuns);
+        Assert.All(rightRuns, r => Assert.True(r.Left >= pic.X + pic.Width - 0.5));
+        var left = Square(centre, "<wp:wrapSquare wrapText=\"left\"/>");
+        var leftRuns = WordRuns(left).Where(r => r.Y > pic.Y + 12 && r.Y < pic.Y + pic.Height).ToList();
+        Assert.NotEmpty(leftRuns);
+        Assert.All(leftRuns, r => Assert.True(r.Right < pic.X));
+    }
+
+    [Fact]
+    public void LargestSideTightWrappingAndAPictureWithNoRoomBesideIt()
+    {
+        // 50 points from the margin: the right side is the larger one.
+        var largest = Square("<wp:positionH relativeFrom=\"margin\"><wp:posOffset>635000</wp:posOffset></wp:positionH>",
+            "<wp:wrapSquare wrapText=\"largest\"/>");
+        var pic = Picture(largest);
+        var runs = WordRuns(largest).Where(r => r.Y > pic.Y + 12 && r.Y < pic.Y + pic.Height).ToList();
+        Assert.NotEmpty(runs);
+        Assert.All(runs, r => Assert.True(r.Left >= pic.X + pic.Width - 0.5));
+        // Tight wrapping follows the bounding box: the same lines as square.
+        var square = Square("<wp:positionH relativeFrom=\"margin\"><wp:align>right</wp:align></wp:positionH>", "<wp:wrapSquare wrapText=\"bothSides\"/>");
+        var tight = Square("<wp:positionH relativeFrom=\"margin\"><wp:align>right</wp:align></wp:positionH>", "<wp:wrapTight wrapText=\"bothSides\"/>");
+        Assert.Equal(LayoutProbe.Lines(square, 0), LayoutProbe.Lines(tight, 0));
+        var sq = Picture(square);
+        Assert.All(WordRuns(square).Where(r => r.Y > sq.Y + 12 && r.Y < sq.Y + sq.Height), r => Assert.True(r.Right < sq.X));
+        // A picture as wide as the column leaves no room beside it: text goes below, as with top and bottom.
+        var wide = Square("<wp:positionH relativeFrom=\"page\"><wp:posOffset>0</wp:posOffset></wp:positionH>",
+            "<wp:wrapSquare wrapText=\"bothSides\" distR=\"6350000\"/>");
+        var w = Picture(wide);
+        Assert.All(WordRuns(wide), r => Assert.True(r.Y > w.Y + w.Height || r.Y < w.Y));
     }
 }

@@ -34,6 +34,10 @@ internal abstract class Block
 internal sealed class ItemsBlock : Block
 {
     public readonly List<PageItem> Items = new();
+    /// <summary>The paragraph line this block is, for laying it out again beside a floating shape; null for other blocks.</summary>
+    public ParagraphLayout.LineOrigin? Origin;
+    /// <summary>Laid out again where it is placed: the paginator takes it as it is.</summary>
+    public bool Relaid;
 
     public override void Emit(List<PageItem> page, double x, double y)
     {

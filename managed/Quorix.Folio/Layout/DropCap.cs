@@ -30,6 +30,8 @@ internal static class DropCap
         first.Items.AddRange(capItems.Where(i => i is not LineBox).Select(i => i.Moved(dx, dy)));
         first.Nodes.AddRange(capLines[0].Nodes);
         blocks[0].SpaceBefore = Math.Max(blocks[0].SpaceBefore, capLines[0].SpaceBefore);
+        // Laid again beside a shape, the lines would lose the capital: they stay as they are.
+        foreach (var b in blocks) ((ItemsBlock)b).Origin = null;
         return blocks;
     }
 

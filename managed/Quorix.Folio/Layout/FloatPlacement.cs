@@ -4,18 +4,39 @@ using Quorix.Folio.Formatting;
 
 namespace Quorix.Folio.Layout;
 
-/// <summary>Where an anchored (floating) picture goes, as its drawing says: an offset or an alignment
-/// relative to the page, the margins, the column or the paragraph, and whether text keeps clear of
-/// it. Square and tight wrapping are taken as top-and-bottom: text resumes below the picture.</summary>
-internal sealed record FloatPlacement(string FromH, string? AlignH, double OffsetH, string FromV, string? AlignV, double OffsetV,
-    bool Wraps, double DistanceTop, double DistanceBottom, double Width, double Height)
+/// <summary>How text goes around a floating shape.</summary>
+internal enum FloatWrap
 {
+    /// <summary>Text runs over or under the shape.</summary>
+    None,
+    /// <summary>No text beside the shape: text resumes below it.</summary>
+    TopAndBottom,
+    /// <summary>Lines beside the shape are shortened to keep clear of its rectangle and distances.</summary>
+    Square,
+}
+
+/// <summary>Which sides of a square-wrapped shape text may go.</summary>
+internal enum WrapSides { Both, Left, Right, Largest }
+
+/// <summary>Where an anchored (floating) picture goes, as its drawing says: an offset or an alignment
+/// relative to the page, the margins, the column or the paragraph, and how text keeps clear of it.
+/// Tight and through wrapping follow the shape's bounding box, as square wrapping does: the layout
+/// does not trace wrap polygons.</summary>
+internal sealed record FloatPlacement(string FromH, string? AlignH, double OffsetH, string FromV, string? AlignV, double OffsetV,
+    FloatWrap Wrap, double DistanceTop, double DistanceBottom, double Width, double Height)
+{
+    public double DistanceLeft { get; init; }
+    public double DistanceRight { get; init; }
+    public WrapSides Sides { get; init; }
+
+    public bool Wraps => Wrap != FloatWrap.None;
+
     private const double EmuPerPoint = 12700;
     private const string WordDrawing = "http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing";
 
     /// <summary>Centred on the page's text area, with text running over it: where watermarks go.</summary>
     public static FloatPlacement Centred(double width, double height) =>
-        new("margin", "center", 0, "margin", "center", 0, false, 0, 0, width, height);
+        new("margin", "center", 0, "margin", "center", 0, FloatWrap.None, 0, 0, width, height);
 
     /// <summary>The float's size: its content's box, or its picture's.</summary>
     public (double Width, double Height) SizeOf(Node node, List<PageItem>? content) =>
@@ -36,8 +57,10 @@ internal sealed record FloatPlacement(string FromH, string? AlignH, double Offse
         if (xml == null || !xml.Contains("anchor", StringComparison.Ordinal)) return null;
         string fromH = "column", fromV = "paragraph";
         string? alignH = null, alignV = null, axis = null;
-        double offH = 0, offV = 0, distT = 0, distB = 0, cx = 0, cy = 0;
-        bool anchored = false, wraps = false;
+        double offH = 0, offV = 0, distT = 0, distB = 0, distL = 0, distR = 0, cx = 0, cy = 0;
+        bool anchored = false;
+        var wrap = FloatWrap.None;
+        var sides = WrapSides.Both;
         try
         {
             using var r = Reader(xml);
@@ -50,6 +73,8 @@ internal sealed record FloatPlacement(string FromH, string? AlignH, double Offse
                         anchored = true;
                         distT = (Units.ParseLong(r.GetAttribute("distT")) ?? 0) / EmuPerPoint;
                         distB = (Units.ParseLong(r.GetAttribute("distB")) ?? 0) / EmuPerPoint;
+                        distL = (Units.ParseLong(r.GetAttribute("distL")) ?? 0) / EmuPerPoint;
+                        distR = (Units.ParseLong(r.GetAttribute("distR")) ?? 0) / EmuPerPoint;
                         break;
                     case "positionH":
                         axis = "h";
@@ -71,8 +96,25 @@ internal sealed record FloatPlacement(string FromH, string? AlignH, double Offse
                         cx = (Units.ParseLong(r.GetAttribute("cx")) ?? 0) / EmuPerPoint;
                         cy = (Units.ParseLong(r.GetAttribute("cy")) ?? 0) / EmuPerPoint;
                         break;
-                    case "wrapSquare" or "wrapTopAndBottom" or "wrapTight" or "wrapThrough":
-                        wraps = true;
+                    case "wrapTopAndBottom":
+                        wrap = FloatWrap.TopAndBottom;
+                        distT = (Units.ParseLong(r.GetAttribute("distT")) ?? (long)(distT * EmuPerPoint)) / EmuPerPoint;
+                        distB = (Units.ParseLong(r.GetAttribute("distB")) ?? (long)(distB * EmuPerPoint)) / EmuPerPoint;
+                        break;
+                    case "wrapSquare" or "wrapTight" or "wrapThrough":
+                        wrap = FloatWrap.Square;
+                        // The wrap element's own distances, where it has them, are the ones that count.
+                        distL = (Units.ParseLong(r.GetAttribute("distL")) ?? (long)(distL * EmuPerPoint)) / EmuPerPoint;
+                        distR = (Units.ParseLong(r.GetAttribute("distR")) ?? (long)(distR * EmuPerPoint)) / EmuPerPoint;
+                        distT = (Units.ParseLong(r.GetAttribute("distT")) ?? (long)(distT * EmuPerPoint)) / EmuPerPoint;
+                        distB = (Units.ParseLong(r.GetAttribute("distB")) ?? (long)(distB * EmuPerPoint)) / EmuPerPoint;
+                        sides = r.GetAttribute("wrapText") switch
+                        {
+                            "left" => WrapSides.Left,
+                            "right" => WrapSides.Right,
+                            "largest" => WrapSides.Largest,
+                            _ => WrapSides.Both,
+                        };
                         break;
                 }
             }
@@ -81,7 +123,9 @@ internal sealed record FloatPlacement(string FromH, string? AlignH, double Offse
         {
             return null; // a drawing we cannot read stays in the line, as an inline picture
         }
-        return anchored ? new FloatPlacement(fromH, alignH, offH, fromV, alignV, offV, wraps, distT, distB, cx, cy) : null;
+        return anchored
+            ? new FloatPlacement(fromH, alignH, offH, fromV, alignV, offV, wrap, distT, distB, cx, cy) { DistanceLeft = distL, DistanceRight = distR, Sides = sides }
+            : null;
     }
 
     /// <summary>A reader over a kept drawing, whose namespace declarations may have stayed on the

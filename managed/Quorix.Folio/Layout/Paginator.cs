@@ -36,7 +36,9 @@ internal sealed class Paginator
     private double columnTop;
     private double regionBottom;
     // Floating pictures on the current page, with the block that anchors them and the band text keeps clear of.
-    private readonly List<(Block Owner, List<PageItem> Items, double Top, double Bottom, bool Wraps)> floats = new();
+    // Floating shapes on the current page: the block that anchors each, what it draws, and the
+    // rectangle text keeps clear of (its own grown by its wrap distances).
+    private readonly List<(Block Owner, List<PageItem> Items, double Top, double Bottom, double Left, double Right, FloatPlacement Placement)> floats = new();
 
     /// <summary>A paginator filling <paramref name="pages"/>; <paramref name="noteLines"/> gives a footnote's
     /// laid-out lines, <paramref name="separatorHeight"/> the room the rule above a page's notes takes.</summary>
@@ -144,7 +146,23 @@ internal sealed class Paginator
                 continue;
             }
             double before = ColumnEmpty && naturalBreak ? 0 : b.SpaceBefore;
-            before = Clear(y + before, b.Height) - y;
+            if (b.Floats != null && !floats.Exists(f => f.Owner == b)) AddFloats(b, y + before);
+            before = Clear(y + before, b.Height, b is ItemsBlock { Origin: not null }) - y;
+            if (b is ItemsBlock { Origin: { } origin, Relaid: false } line)
+            {
+                // A line beside a floating shape other than the one it was laid beside: the paragraph's
+                // lines are laid again from here, each clear of the shapes where it will sit.
+                double top = y + before;
+                if (!SameSpans(Beside(top, b.Height), origin.Beside))
+                {
+                    var fresh = origin.Paragraph.Relay(line, (offset, height) => Beside(top + offset, height));
+                    DropRestOf(origin.Paragraph, again, flow);
+                    for (int f = 0; f < floats.Count; f++)
+                        if (floats[f].Owner == b) floats[f] = floats[f] with { Owner = fresh[0] };
+                    for (int k = fresh.Count - 1; k >= 0; k--) again.Add(fresh[k]);
+                    continue;
+                }
+            }
             if (y + before + b.Height + NotesNeed(b) <= Bottom + 0.01 || ColumnEmpty && !CanSplit(b))
             {
                 Put(b, before);
@@ -157,10 +175,12 @@ internal sealed class Paginator
             {
                 var moved = onPage.GetRange(chain, onPage.Count - chain).Select(p => p.Block).ToList();
                 onPage.RemoveRange(chain, onPage.Count - chain);
+                moved.Add(b);
                 DropNotesOf(moved);
+                moved.RemoveAt(moved.Count - 1);
                 Advance(natural: true);
-                again.Add(b);
-                for (int m = moved.Count - 1; m >= 0; m--) again.Add(moved[m]);
+                Requeue(again, b);
+                for (int m = moved.Count - 1; m >= 0; m--) Requeue(again, moved[m]);
                 continue;
             }
             var (head, tail) = b.Split(Bottom - y - before - NotesNeed(b));
@@ -177,17 +197,94 @@ internal sealed class Paginator
                 Put(b, before); // taller than a page and unsplittable: it overflows rather than vanishes
                 continue;
             }
+            floats.RemoveAll(f => f.Owner == b);
             Advance(natural: true);
-            again.Add(b);
+            Requeue(again, b);
         }
+    }
+
+    /// <summary>Hands a block back to be placed again elsewhere, where its lines are checked against
+    /// the shapes there.</summary>
+    private static void Requeue(List<Block> again, Block b)
+    {
+        if (b is ItemsBlock line) line.Relaid = false;
+        again.Add(b);
+    }
+
+    /// <summary>Drops the lines of a paragraph that follow the one being laid again, from the blocks
+    /// handed back and from the flow.</summary>
+    private static void DropRestOf(ParagraphLayout paragraph, List<Block> again, IEnumerator<Block> flow)
+    {
+        while (again.Count > 0 && again[^1] is ItemsBlock { Origin: { } o } && o.Paragraph == paragraph) again.RemoveAt(again.Count - 1);
+        if (again.Count > 0) return;
+        while (flow.MoveNext())
+        {
+            if (flow.Current is ItemsBlock { Origin: { } o } && o.Paragraph == paragraph) continue;
+            again.Add(flow.Current);
+            return;
+        }
+    }
+
+    /// <summary>The spans of the current column a line from <paramref name="top"/> of the given height
+    /// keeps clear of the square-wrapped shapes beside it, as sorted x1, x2 pairs from the column's
+    /// left edge; null when none is beside it.</summary>
+    private double[]? Beside(double top, double height)
+    {
+        List<(double A, double B)>? spans = null;
+        double columnLeft = frame.Left + columnX[column], width = columnWidth[column];
+        foreach (var f in floats)
+        {
+            if (f.Placement.Wrap != FloatWrap.Square || top >= f.Bottom - 0.01 || top + height <= f.Top + 0.01) continue;
+            double a = f.Left - columnLeft, b = f.Right - columnLeft;
+            if (b <= 0 || a >= width) continue;
+            switch (f.Placement.Sides)
+            {
+                case WrapSides.Left: b = width; break;
+                case WrapSides.Right: a = 0; break;
+                case WrapSides.Largest when a >= width - b: b = width; break;
+                case WrapSides.Largest: a = 0; break;
+            }
+            (spans ??= new()).Add((Math.Max(0, a), Math.Min(width, b)));
+        }
+        if (spans == null) return null;
+        spans.Sort();
+        var merged = new List<double>();
+        foreach (var (a, b) in spans)
+        {
+            if (merged.Count > 0 && a <= merged[^1]) merged[^1] = Math.Max(merged[^1], b);
+            else { merged.Add(a); merged.Add(b); }
+        }
+        return merged.ToArray();
+    }
+
+    private static bool SameSpans(double[]? a, double[]? b)
+    {
+        if (a == null || b == null) return a == b;
+        if (a.Length != b.Length) return false;
+        for (int i = 0; i < a.Length; i++)
+            if (Math.Abs(a[i] - b[i]) > 0.01) return false;
+        return true;
+    }
+
+    /// <summary>Whether the shapes beside a line leave no piece of the column wide enough for text.</summary>
+    private bool NoRoomBeside(double top, double height)
+    {
+        var clear = Beside(top, height);
+        if (clear == null) return false;
+        double at = 0, width = columnWidth[column];
+        for (int i = 0; i < clear.Length; i += 2)
+        {
+            if (clear[i] - at >= ParagraphLayout.MinLineSpan) return false;
+            at = clear[i + 1];
+        }
+        return width - at < ParagraphLayout.MinLineSpan;
     }
 
     private static bool CanSplit(Block b) => b is TableRowBlock;
 
     private void Put(Block b, double before)
     {
-        if (b.Floats != null) AddFloats(b, y + before);
-        double top = Clear(y + before, b.Height);
+        double top = Clear(y + before, b.Height, b is ItemsBlock { Origin: not null });
         onPage.Add(new Placed(b, frame.Left + columnX[column], top));
         y = top + b.Height + b.SpaceAfter;
         regionBottom = Math.Max(regionBottom, y - b.SpaceAfter);
@@ -219,20 +316,27 @@ internal sealed class Paginator
             var (w, h) = placement.SizeOf(node, content);
             var (x, fy) = placement.Locate(page!.Width, page.Height, (frame.Left + columnX[column], columnWidth[column]),
                 (frame.Left, frame.Top, frame.Right, frame.Bottom), top, w, h);
-            floats.Add((b, FloatPlacement.Draw(node, content, x, fy, w, h), fy - placement.DistanceTop, fy + h + placement.DistanceBottom, placement.Wraps));
+            floats.Add((b, FloatPlacement.Draw(node, content, x, fy, w, h), fy - placement.DistanceTop, fy + h + placement.DistanceBottom,
+                x - placement.DistanceLeft, x + w + placement.DistanceRight, placement));
             b.Nodes.Add(node);
         }
     }
 
     /// <summary>The first top at or below <paramref name="top"/> where a block of the height clears
-    /// every picture text wraps around.</summary>
-    private double Clear(double top, double height)
+    /// every shape text wraps around: paragraph lines (<paramref name="line"/>) may sit beside a
+    /// square-wrapped one that leaves them room, other blocks go below it.</summary>
+    private double Clear(double top, double height, bool line)
     {
         for (bool moved = true; moved;)
         {
             moved = false;
             foreach (var f in floats)
-                if (f.Wraps && top < f.Bottom && top + height > f.Top) { top = f.Bottom; moved = true; }
+            {
+                if (!f.Placement.Wraps || top >= f.Bottom || top + height <= f.Top) continue;
+                if (f.Placement.Wrap == FloatWrap.Square && line && !NoRoomBeside(top, height)) continue;
+                top = f.Bottom;
+                moved = true;
+            }
         }
         return top;
     }

@@ -329,7 +329,42 @@ internal sealed class ParagraphLayout
 
     private enum LineEnd { Wrap, Paragraph, Line, Page, Column }
 
+    /// <summary>Where a line of this paragraph was laid, so that the paginator can lay the rest again
+    /// beside a floating shape: its paragraph, first character, index, and the column's spans kept
+    /// clear when it was laid (x1, x2 pairs from the column's left edge; null for none).</summary>
+    internal sealed record LineOrigin(ParagraphLayout Paragraph, int Start, int Index, double[]? Beside);
+
+    /// <summary>Gives the spans of the column to keep clear for a line at <c>offset</c> below the
+    /// first line laid again, of the given height.</summary>
+    internal delegate double[]? BesideAt(double offset, double height);
+
+    // The narrowest piece of a line text is set in beside a floating shape; a narrower gap stays empty.
+    internal const double MinLineSpan = 18;
+
+    private double width;
+
     private List<Block> Lines(double width)
+    {
+        this.width = width;
+        var blocks = Lines(0, 0, para.ParagraphFormat.PageBreakBefore, false, 0, null);
+        blocks[0].SpaceBefore = CellParagraphSpacing.Of(para, para.ParagraphFormat).Before;
+        blocks[0].Floats = floats;
+        return blocks;
+    }
+
+    /// <summary>The paragraph's lines again from <paramref name="from"/>'s line, each kept clear of what
+    /// <paramref name="beside"/> gives for it; the first takes the replaced line's place and spacing.</summary>
+    internal List<Block> Relay(ItemsBlock from, BesideAt beside)
+    {
+        var origin = from.Origin!;
+        var blocks = Lines(origin.Start, origin.Index, from.BreakBefore, from.ColumnBreakBefore, from.Height, beside);
+        blocks[0].SpaceBefore = from.SpaceBefore;
+        blocks[0].Floats = from.Floats;
+        ((ItemsBlock)blocks[0]).Relaid = true;
+        return blocks;
+    }
+
+    private List<Block> Lines(int start, int index, bool breakBefore, bool columnBreak, double heightHint, BesideAt? beside)
     {
         var pf = para.ParagraphFormat;
         double left = pf.LeftIndent, right = pf.RightIndent, firstLine = pf.FirstLineIndent;
@@ -340,46 +375,87 @@ internal sealed class ParagraphLayout
             firstLine = level.NumberPosition - level.TextPosition;
         }
         var align = pf.Alignment;
-        var (spaceBefore, spaceAfter, rule, spacing) = CellParagraphSpacing.Of(para, pf);
+        var (_, spaceAfter, rule, spacing) = CellParagraphSpacing.Of(para, pf);
         var blocks = new List<Block>();
         var x = new double[text.Length + 1];
-        int start = 0;
-        bool breakBefore = pf.PageBreakBefore, columnBreak = false;
+        double offset = 0;
         do
         {
             bool first = start == 0;
-            double indent = left + (first ? firstLine : 0) + (blocks.Count < dropLines ? dropIndent : 0);
-            double avail = Math.Max(1, width - indent - right);
-            var (end, kind) = Fill(start, indent, avail, left, first && firstLine < 0, x);
-            int next = kind == LineEnd.Wrap || kind == LineEnd.Paragraph ? end : end + 1;
-            var block = Line(start, end, kind, indent, avail, align, rule, spacing, x);
+            double indent = left + (first ? firstLine : 0) + (index + blocks.Count < dropLines ? dropIndent : 0);
+            var clear = beside?.Invoke(offset, blocks.Count > 0 ? blocks[^1].Height : heightHint);
+            var spans = Spans(indent, width - right, clear);
+            ItemsBlock? block = null;
+            LineEnd kind;
+            int next, lineFirst = start, s = 0;
+            do
+            {
+                var (spanLeft, spanWidth) = spans[s];
+                var (end, k) = Fill(start, spanLeft, spanWidth, left, first && firstLine < 0 && s == 0, x);
+                kind = k;
+                next = kind == LineEnd.Wrap || kind == LineEnd.Paragraph ? end : end + 1;
+                var part = Line(start, end, kind, spanLeft, spanWidth, align, rule, spacing, x);
+                block = block == null ? part : Beside(block, part);
+                start = next;
+            } while (kind == LineEnd.Wrap && ++s < spans.Count);
+            block.Origin = new LineOrigin(this, lineFirst, index + blocks.Count, clear);
             block.BreakBefore = breakBefore;
             block.ColumnBreakBefore = columnBreak;
             breakBefore = kind == LineEnd.Page;
             columnBreak = kind == LineEnd.Column;
             blocks.Add(block);
-            start = next;
+            offset += block.Height;
             if (kind == LineEnd.Paragraph) break;
         } while (true);
 
-        blocks[0].SpaceBefore = spaceBefore;
-        blocks[0].Floats = floats;
         blocks[^1].SpaceAfter = spaceAfter;
         // Keep rules: lines of a kept-together paragraph, no single first or last line on a page,
         // and the last line of a keep-with-next paragraph with what follows.
         if (pf.KeepTogether) for (int i = 0; i < blocks.Count - 1; i++) blocks[i].KeepWithNext = true;
-        if (pf.WidowControl && blocks.Count >= 2)
+        if (pf.WidowControl && index + blocks.Count >= 2)
         {
-            blocks[0].KeepWithNext = true;
-            blocks[^2].KeepWithNext = true;
+            if (index == 0) blocks[0].KeepWithNext = true;
+            if (blocks.Count >= 2) blocks[^2].KeepWithNext = true;
         }
         if (pf.KeepWithNext) blocks[^1].KeepWithNext = true;
-        Frame(blocks, left, Math.Max(1, width - left - right));
+        Frame(blocks, left, Math.Max(1, width - left - right), index == 0);
         return blocks;
     }
 
+    /// <summary>The pieces of the span from <paramref name="from"/> to <paramref name="to"/> (from the
+    /// column's left edge) outside the spans kept clear, at most two, none narrower than
+    /// <see cref="MinLineSpan"/>; the whole span when nothing is kept clear or no piece is wide enough
+    /// (the paginator then moves the line below what is in the way).</summary>
+    private static List<(double Left, double Width)> Spans(double from, double to, double[]? clear)
+    {
+        var whole = new List<(double, double)> { (from, Math.Max(1, to - from)) };
+        if (clear == null) return whole;
+        var pieces = new List<(double Left, double Width)>();
+        double at = from;
+        for (int i = 0; i + 1 < clear.Length && at < to; i += 2)
+        {
+            if (clear[i] > at) pieces.Add((at, Math.Min(clear[i], to) - at));
+            at = Math.Max(at, clear[i + 1]);
+        }
+        if (at < to) pieces.Add((at, to - at));
+        pieces.RemoveAll(p => p.Width < MinLineSpan);
+        if (pieces.Count > 2) pieces.RemoveRange(2, pieces.Count - 2);
+        return pieces.Count == 0 ? whole : pieces;
+    }
+
+    /// <summary>One line of two pieces either side of a shape: the second's items join the first's.</summary>
+    private static ItemsBlock Beside(ItemsBlock block, ItemsBlock part)
+    {
+        block.Items.AddRange(part.Items);
+        block.Height = Math.Max(block.Height, part.Height);
+        foreach (var n in part.Nodes)
+            if (!block.Nodes.Contains(n)) block.Nodes.Add(n);
+        if (part.Notes != null) (block.Notes ??= new List<Footnote>()).AddRange(part.Notes);
+        return block;
+    }
+
     /// <summary>Paragraph shading behind the lines and borders around them, between the indents.</summary>
-    private void Frame(List<Block> blocks, double x, double w)
+    private void Frame(List<Block> blocks, double x, double w, bool withTop)
     {
         var pf = para.ParagraphFormat;
         var fill = pf.Shading.BackgroundPatternColorHex;
@@ -391,7 +467,7 @@ internal sealed class ParagraphLayout
             var items = ((ItemsBlock)blocks[i]).Items;
             double h = blocks[i].Height;
             if (fill is not (null or "auto")) items.Insert(0, new FillItem(x, 0, w, h, TextStyle.ParseColor(fill)));
-            if (i == 0 && top is { } t) items.Add(new LineItem(x, 0, x + w, 0, t.Width, t.Color));
+            if (i == 0 && withTop && top is { } t) items.Add(new LineItem(x, 0, x + w, 0, t.Width, t.Color));
             if (i == blocks.Count - 1 && bottom is { } b) items.Add(new LineItem(x, h, x + w, h, b.Width, b.Color));
             if (l is { } le) items.Add(new LineItem(x, 0, x, h, le.Width, le.Color));
             if (r is { } ri) items.Add(new LineItem(x + w, 0, x + w, h, ri.Width, ri.Color));
