@@ -1,8 +1,10 @@
 """Page counts against LibreOffice: documents generated with python-docx across fonts, sizes,
-spacing, alignment, headings, lists, tables, page and section breaks and headers, laid out by us
+spacing, alignment, headings, lists, tables, page and section breaks, headers and pictures that
+text wraps around, laid out by us
 and converted by LibreOffice headless in one process. Most must agree exactly, nearly all within
 one page."""
 
+import io
 import os
 import shutil
 import subprocess
@@ -25,7 +27,46 @@ KINDS = [
     ((0, 10, 1.5), WD_ALIGN_PARAGRAPH.CENTER, ("lists", "header")),
     ((3, 3, 2.0), WD_ALIGN_PARAGRAPH.JUSTIFY, ("breaks", "headings", "tables")),
     ((0, 8, None), WD_ALIGN_PARAGRAPH.LEFT, ("sections", "header", "lists")),
+    ((0, 8, 1.15), WD_ALIGN_PARAGRAPH.JUSTIFY, ("floats",)),
 ]
+
+
+def png(width, height):
+    """A grey PNG of the given size, written with zlib alone."""
+    import struct
+    import zlib
+
+    def chunk(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+    rows = b"".join(b"\0" + b"\x80" * width for _ in range(height))
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
+
+
+def float_picture(paragraph, picture, i):
+    """Adds a 2 x 1.5 inch picture to the paragraph, anchored at its top on the column's left or
+    right, text wrapping square around it with a tenth of an inch to spare."""
+    from docx.oxml.ns import qn
+    from docx.shared import Inches
+    from lxml import etree
+    paragraph.add_run().add_picture(io.BytesIO(picture), width=Inches(2), height=Inches(1.5))
+    inline = paragraph._p.xpath(".//wp:inline")[-1]
+    wp = "http://schemas.openxmlformats.org/drawingml/2006/wordprocessingDrawing"
+    anchor = etree.Element(qn("wp:anchor"), distT="0", distB="0", distL="91440", distR="91440", simplePos="0",
+                           relativeHeight=str(i + 2), behindDoc="0", locked="0", layoutInCell="1", allowOverlap="1")
+    etree.SubElement(anchor, qn("wp:simplePos"), x="0", y="0")
+    h = etree.SubElement(anchor, qn("wp:positionH"), relativeFrom="column")
+    etree.SubElement(h, qn("wp:align")).text = "left" if i % 2 else "right"
+    v = etree.SubElement(anchor, qn("wp:positionV"), relativeFrom="paragraph")
+    etree.SubElement(v, qn("wp:posOffset")).text = "0"
+    anchor.append(inline.find(f"{{{wp}}}extent"))
+    etree.SubElement(anchor, qn("wp:effectExtent"), l="0", t="0", r="0", b="0")
+    etree.SubElement(anchor, qn("wp:wrapSquare"), wrapText="bothSides")
+    for tag in ("docPr", "cNvGraphicFramePr"):
+        if (e := inline.find(f"{{{wp}}}{tag}")) is not None:
+            anchor.append(e)
+    anchor.append(inline.find("{http://schemas.openxmlformats.org/drawingml/2006/main}graphic"))
+    inline.getparent().replace(inline, anchor)
 
 
 def text(n, seed):
@@ -40,6 +81,7 @@ def build(path, font, size, spacing, align, paras, features, seed):
     pf.space_before, pf.space_after = Pt(spacing[0]), Pt(spacing[1])
     if spacing[2]:
         pf.line_spacing = spacing[2]
+    picture = png(40, 30)
     for i in range(paras):
         if "headings" in features and i % 6 == 0:
             d.add_heading(f"Heading {i}", level=1 + i % 2)
@@ -54,6 +96,8 @@ def build(path, font, size, spacing, align, paras, features, seed):
             for r, row in enumerate(table.rows):
                 for c, cell in enumerate(row.cells):
                     cell.text = text(3 + (r * c + i) % 15, r + c)
+        if "floats" in features and i % 5 == 2:
+            float_picture(p, picture, i)
         if "breaks" in features and i % 15 == 7:
             p.add_run().add_break(WD_BREAK.PAGE)
         if "sections" in features and i % 20 == 10:
