@@ -119,6 +119,15 @@ public class ColumnTests
         double left = saved.FirstSection.PageSetup.LeftMargin;
         Assert.All(lines.Where(l => l.Left < left + 130), l => Assert.True(l.Right <= left + 120 + 10, $"{l.Left}-{l.Right} {l.Text}"));
         Assert.Contains(lines, l => Math.Abs(l.Left - (left + 140)) < 1);
+        // The wide column's lines are laid at its own width: they run well past the narrow width and stay inside.
+        var wide = lines.Where(l => l.Left >= left + 139).ToList();
+        Assert.All(wide, l => Assert.True(l.Right <= left + 140 + 300 + 10, $"{l.Left}-{l.Right} {l.Text}"));
+        Assert.True(wide.Count(l => l.Right - l.Left > 250) >= wide.Count / 2, "lines of the wide column fill it");
+        // Its text continues where the narrow column stopped, nothing lost or repeated.
+        var words = string.Join(" ", lines.Select(l => l.Text.Trim())).Split(' ', StringSplitOptions.RemoveEmptyEntries);
+        var expected = string.Join(" ", Enumerable.Range(0, 80).Select(i => $"f{i} column text that wraps over more than one line in a narrow column"))
+            .Split(' ').Take(words.Length);
+        Assert.Equal(expected, words);
         Assert.Throws<ArgumentOutOfRangeException>(() => cols.SetCount(0));
     }
 }

@@ -77,7 +77,8 @@ internal sealed class DocumentLayout
             double bodyWidth = Math.Max(36, w - left - ps.RightMargin);
             noteWidth = bodyWidth;
             paginator.NotesBeneathText = ps.FootnoteOptions.Position == FootnotePosition.BeneathText;
-            // Unequal columns are laid out at the narrowest one's width: no line runs into the next column.
+            // Blocks are made at the narrowest column's width, so that no table runs into the next column;
+            // the paginator lays lines again at the width of the column they land in.
             var columns = ps.TextColumns.Layout();
             double columnWidth = columns.Length == 1 ? bodyWidth : Math.Max(36, columns.Min(c => c.Width));
             var blocks = s.Body is { } body ? ctx.Flow(body, columnWidth) : Enumerable.Empty<Block>();

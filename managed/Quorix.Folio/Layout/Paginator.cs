@@ -150,12 +150,13 @@ internal sealed class Paginator
             before = Clear(y + before, b.Height, b is ItemsBlock { Origin: not null }) - y;
             if (b is ItemsBlock { Origin: { } origin, Relaid: false } line)
             {
-                // A line beside a floating shape other than the one it was laid beside: the paragraph's
-                // lines are laid again from here, each clear of the shapes where it will sit.
+                // A line beside a floating shape other than the one it was laid beside, or in a column
+                // of another width: the paragraph's lines are laid again from here, each clear of the
+                // shapes where it will sit.
                 double top = y + before;
-                if (!SameSpans(Beside(top, b.Height), origin.Beside))
+                if (!SameSpans(Beside(top, b.Height), origin.Beside) || Math.Abs(origin.Width - columnWidth[column]) > 0.01)
                 {
-                    var fresh = origin.Paragraph.Relay(line, (offset, height) => Beside(top + offset, height));
+                    var fresh = origin.Paragraph.Relay(line, columnWidth[column], (offset, height) => Beside(top + offset, height));
                     DropRestOf(origin.Paragraph, again, flow);
                     for (int f = 0; f < floats.Count; f++)
                         if (floats[f].Owner == b) floats[f] = floats[f] with { Owner = fresh[0] };

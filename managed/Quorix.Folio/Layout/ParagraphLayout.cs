@@ -330,9 +330,10 @@ internal sealed class ParagraphLayout
     private enum LineEnd { Wrap, Paragraph, Line, Page, Column }
 
     /// <summary>Where a line of this paragraph was laid, so that the paginator can lay the rest again
-    /// beside a floating shape: its paragraph, first character, index, and the column's spans kept
-    /// clear when it was laid (x1, x2 pairs from the column's left edge; null for none).</summary>
-    internal sealed record LineOrigin(ParagraphLayout Paragraph, int Start, int Index, double[]? Beside);
+    /// beside a floating shape or in a column of another width: its paragraph, first character,
+    /// index, the width it was laid at and the column's spans kept clear when it was laid (x1, x2
+    /// pairs from the column's left edge; null for none).</summary>
+    internal sealed record LineOrigin(ParagraphLayout Paragraph, int Start, int Index, double Width, double[]? Beside);
 
     /// <summary>Gives the spans of the column to keep clear for a line at <c>offset</c> below the
     /// first line laid again, of the given height.</summary>
@@ -352,11 +353,13 @@ internal sealed class ParagraphLayout
         return blocks;
     }
 
-    /// <summary>The paragraph's lines again from <paramref name="from"/>'s line, each kept clear of what
-    /// <paramref name="beside"/> gives for it; the first takes the replaced line's place and spacing.</summary>
-    internal List<Block> Relay(ItemsBlock from, BesideAt beside)
+    /// <summary>The paragraph's lines again from <paramref name="from"/>'s line at the given width, each
+    /// kept clear of what <paramref name="beside"/> gives for it; the first takes the replaced line's
+    /// place and spacing.</summary>
+    internal List<Block> Relay(ItemsBlock from, double width, BesideAt beside)
     {
         var origin = from.Origin!;
+        this.width = width;
         var blocks = Lines(origin.Start, origin.Index, from.BreakBefore, from.ColumnBreakBefore, from.Height, beside);
         blocks[0].SpaceBefore = from.SpaceBefore;
         blocks[0].Floats = from.Floats;
@@ -398,7 +401,7 @@ internal sealed class ParagraphLayout
                 block = block == null ? part : Beside(block, part);
                 start = next;
             } while (kind == LineEnd.Wrap && ++s < spans.Count);
-            block.Origin = new LineOrigin(this, lineFirst, index + blocks.Count, clear);
+            block.Origin = new LineOrigin(this, lineFirst, index + blocks.Count, width, clear);
             block.BreakBefore = breakBefore;
             block.ColumnBreakBefore = columnBreak;
             breakBefore = kind == LineEnd.Page;
