@@ -3,12 +3,13 @@
 set -euo pipefail
 # Fonts: metric-compatible free faces for the common office fonts, so that pages lay out as
 # the author saw them; poppler-utils and qpdf check the PDFs we write, zbar-tools reads back the
-# barcodes we draw; LibreOffice (large) is the reference our page counts are compared with and the
+# barcodes we draw, python3-pil and libtiff-tools the page pictures; LibreOffice (large) is the
+# reference our page counts are compared with and the
 # benchmark measures against.
 pkgs=(python3-dev python3-pytest python3-hypothesis python3-docx python3-msoffcrypto-tool pandoc cmake g++ make rsync libgtest-dev
       python3-mypy python3-venv zip libreoffice-writer-nogui python3-openpyxl python3-docxtpl
       fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea fonts-dejavu-core poppler-utils qpdf
-      python3-distributed zbar-tools)
+      python3-distributed zbar-tools python3-pil libtiff-tools)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -1,5 +1,5 @@
-"""Pages from Python: DOCX written by python-docx laid out and saved as PDF, PNG and SVG,
-checked with poppler's and qpdf's tools."""
+"""Pages from Python: DOCX written by python-docx laid out and saved as PDF, PNG, BMP, TIFF and SVG,
+checked with poppler's, qpdf's and libtiff's tools and Pillow."""
 
 import struct
 import subprocess
@@ -75,6 +75,53 @@ def test_png_at_a_resolution_and_svg(report, tmp_path):
     doc.save(str(tmp_path / "page.svg"))
     svg = (tmp_path / "page.svg").read_text(encoding="utf-8")
     assert "<svg" in svg and "<path" in svg
+
+
+def test_bmp_and_multi_page_tiff_read_by_other_tools(report, tmp_path):
+    Image = pytest.importorskip("PIL.Image")
+    doc = qf.Document(str(report))
+    opts = qf.saving.ImageSaveOptions(qf.SaveFormat.TIFF)
+    opts.resolution = 36.0
+    opts.page_set = qf.saving.PageSet(qf.saving.PageRange(1, 3))
+    doc.save(str(tmp_path / "pages.tif"), opts)
+    info = doc.get_page_info(1)
+    size = (round(info.width_in_points / 2), round(info.height_in_points / 2))
+    with Image.open(tmp_path / "pages.tif") as tif:
+        assert tif.n_frames == 3
+        for frame in range(3):
+            tif.seek(frame)
+            assert tif.size == size and tif.mode == "RGB"
+            assert min(tif.convert("L").getdata()) < 100, "the page has text"
+    listing = tool("tiffinfo", str(tmp_path / "pages.tif"))
+    assert listing.count("TIFF Directory") == 3 and "LZW" in listing
+    opts.tiff_compression = qf.saving.TiffCompression.CCITT_4
+    doc.save(str(tmp_path / "fax.tif"), opts)
+    with Image.open(tmp_path / "fax.tif") as fax:
+        assert fax.n_frames == 3 and fax.mode == "1"
+    doc.save(str(tmp_path / "page.bmp"))
+    assert "PC bitmap" in tool("file", str(tmp_path / "page.bmp"))
+    with Image.open(tmp_path / "page.bmp") as bmp:
+        first = doc.get_page_info(0)
+        assert bmp.size == (round(first.width_in_points * 96 / 72), round(first.height_in_points * 96 / 72))
+
+
+def test_further_png_pages_through_a_page_saving_callback(report, tmp_path):
+    doc = qf.Document(str(report))
+    seen = []
+
+    class Pages(qf.saving.IPageSavingCallback):
+        def page_saving(self, args):
+            seen.append((args.page_index, args.page_file_name))
+            args.page_file_name = f"p{args.page_index}.png"
+
+    opts = qf.saving.ImageSaveOptions(qf.SaveFormat.PNG)
+    opts.resolution = 20.0
+    opts.page_set = qf.saving.PageSet(0, 2, 4)
+    opts.page_saving_callback = Pages()
+    doc.save(str(tmp_path / "first.png"), opts)
+    assert seen == [(2, "first_2.png"), (4, "first_4.png")]
+    assert sorted(p.name for p in tmp_path.iterdir()) == ["first.png", "p2.png", "p4.png"]
+    assert all(p.read_bytes()[:8] == b"\x89PNG\r\n\x1a\n" for p in tmp_path.iterdir())
 
 
 def test_options_the_pdf_backend_cannot_honour_are_refused(report, tmp_path):

@@ -113,7 +113,7 @@ public class OutputOptionTests
     public void ImageFormatsWithoutAnEncoderAreRefused()
     {
         Assert.Throws<UnsupportedFileFormatException>(() => new ImageSaveOptions(SaveFormat.Docx));
-        Assert.Throws<UnsupportedFileFormatException>(() => ThreePages().Save("x.tiff"));
+        Assert.Throws<UnsupportedFileFormatException>(() => ThreePages().Save("x.webp"));
     }
 }
 

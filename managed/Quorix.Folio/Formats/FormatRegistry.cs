@@ -40,6 +40,8 @@ internal static class FormatRegistry
         SaveFormat.Pdf => new Rendering.PdfDocumentWriter(),
         SaveFormat.Png => new Rendering.ImageDocumentWriter(SaveFormat.Png),
         SaveFormat.Jpeg => new Rendering.ImageDocumentWriter(SaveFormat.Jpeg),
+        SaveFormat.Bmp => new Rendering.ImageDocumentWriter(SaveFormat.Bmp),
+        SaveFormat.Tiff => new Rendering.TiffDocumentWriter(),
         SaveFormat.Svg => new Rendering.SvgDocumentWriter(),
         _ => null,
     };

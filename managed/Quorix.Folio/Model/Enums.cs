@@ -239,8 +239,12 @@ public enum SaveFormat
     Markdown = 73,
     /// <summary>A spreadsheet: paragraphs as rows, tables as cells.</summary>
     Xlsx = 74,
+    /// <summary>One TIFF holding pictures of the laid-out pages, a page per directory.</summary>
+    Tiff = 100,
     /// <summary>PNG pictures of the laid-out pages.</summary>
     Png = 101,
+    /// <summary>BMP pictures of the laid-out pages.</summary>
+    Bmp = 102,
     /// <summary>JPEG pictures of the laid-out pages.</summary>
     Jpeg = 104,
 }

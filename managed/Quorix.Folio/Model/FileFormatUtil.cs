@@ -74,7 +74,10 @@ public static class FileFormatUtil
             "svg" => SaveFormat.Svg,
             "png" => SaveFormat.Png,
             "jpg" or "jpeg" => SaveFormat.Jpeg,
-            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .html, .mht, .epub, .rtf, .odt, .xml (flat OPC), .xlsx, .txt, .md, .pdf, .svg, .png or .jpg, or give the format."),
+            "bmp" => SaveFormat.Bmp,
+            "tif" or "tiff" => SaveFormat.Tiff,
+            "xps" => throw new UnsupportedFileFormatException("Saving as XPS is not supported: use .pdf for fixed pages."),
+            _ => throw new UnsupportedFileFormatException($"Cannot save to a file with the extension '{extension}': use .docx, .html, .mht, .epub, .rtf, .odt, .xml (flat OPC), .xlsx, .txt, .md, .pdf, .svg, .png, .jpg, .bmp or .tif, or give the format."),
         };
     }
 
@@ -95,6 +98,8 @@ public static class FileFormatUtil
         SaveFormat.Svg => ".svg",
         SaveFormat.Png => ".png",
         SaveFormat.Jpeg => ".jpg",
+        SaveFormat.Bmp => ".bmp",
+        SaveFormat.Tiff => ".tif",
         _ => throw new ArgumentException($"{saveFormat} has no file extension.", nameof(saveFormat)),
     };
 

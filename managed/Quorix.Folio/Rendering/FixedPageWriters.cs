@@ -10,12 +10,19 @@ internal static class FixedPages
 {
     public static List<LayoutPage> Select(Document document, FixedPageSaveOptions options)
     {
-        if (options.UpdatePageLayout) document.UpdatePageLayout();
         var pages = document.PageLayout.Pages;
-        var chosen = options.PageSet.Resolve(pages.Count);
+        return SelectIndexes(document, options).Select(i => pages[i]).ToList();
+    }
+
+    /// <summary>The indexes of the pages the options choose, in order; never empty.</summary>
+    public static List<int> SelectIndexes(Document document, FixedPageSaveOptions options)
+    {
+        if (options.UpdatePageLayout) document.UpdatePageLayout();
+        int count = document.PageLayout.Pages.Count;
+        var chosen = options.PageSet.Resolve(count);
         if (chosen.Count == 0)
-            throw new ArgumentException($"The page set selects none of the document's {pages.Count} pages.", nameof(options));
-        return chosen.Select(i => pages[i]).ToList();
+            throw new ArgumentException($"The page set selects none of the document's {count} pages.", nameof(options));
+        return chosen;
     }
 }
 
@@ -74,41 +81,6 @@ internal sealed class PdfDocumentWriter : IDocumentWriter
             throw new NotSupportedException("Embedding whole fonts (EmbedFullFonts) is not supported: fonts are embedded as subsets.");
         if (o.FontEmbeddingMode != PdfFontEmbeddingMode.EmbedAll)
             throw new NotSupportedException($"Font embedding mode {o.FontEmbeddingMode} is not supported: every font is embedded.");
-    }
-}
-
-/// <summary>One page as a PNG or JPEG picture: the first page of the page set.</summary>
-internal sealed class ImageDocumentWriter : IDocumentWriter
-{
-    public ImageDocumentWriter(SaveFormat format) { Format = format; }
-
-    public SaveFormat Format { get; }
-
-    public SaveOutputParameters Write(Document document, Stream output, SaveOptions options, string? path)
-    {
-        var o = options as ImageSaveOptions ?? new ImageSaveOptions(Format);
-        var page = FixedPages.Select(document, o)[0];
-        using var bitmap = Render(page, o);
-        using var image = SKImage.FromBitmap(bitmap);
-        var (format, mime) = Format == SaveFormat.Jpeg ? (SKEncodedImageFormat.Jpeg, "image/jpeg") : (SKEncodedImageFormat.Png, "image/png");
-        using var data = image.Encode(format, Format == SaveFormat.Jpeg ? o.JpegQuality : 100)
-            ?? throw new InvalidOperationException($"The page could not be encoded as {Format}.");
-        data.SaveTo(output);
-        return new SaveOutputParameters(mime);
-    }
-
-    internal static SKBitmap Render(LayoutPage page, ImageSaveOptions o)
-    {
-        float sx = o.HorizontalResolution / 72f * o.Scale, sy = o.VerticalResolution / 72f * o.Scale;
-        int w = Math.Max(1, (int)Math.Round(page.Width * sx)), h = Math.Max(1, (int)Math.Round(page.Height * sy));
-        if ((long)w * h > 400_000_000) throw new ArgumentException($"A {w}x{h} pixel page is too large; lower the resolution or scale.");
-        var bitmap = new SKBitmap(new SKImageInfo(w, h, SKColorType.Rgba8888, SKAlphaType.Premul));
-        using var canvas = new SKCanvas(bitmap);
-        canvas.Clear(new SKColor(o.PaperColor));
-        canvas.Scale(sx, sy);
-        PagePainter.Paint(canvas, page, withLinks: false);
-        canvas.Flush();
-        return bitmap;
     }
 }
 

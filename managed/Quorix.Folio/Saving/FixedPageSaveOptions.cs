@@ -199,21 +199,59 @@ public sealed class PdfSaveOptions : FixedPageSaveOptions
     public string Title { get; set; } = "";
 }
 
-/// <summary>Options of saving a laid-out page as a PNG or JPEG picture.</summary>
+/// <summary>How the pages of a TIFF are compressed.</summary>
+public enum TiffCompression
+{
+    /// <summary>Not compressed.</summary>
+    None = 0,
+    /// <summary>CCITT modified Huffman run lengths; pages are written black and white.</summary>
+    Rle = 1,
+    /// <summary>Lempel-Ziv-Welch, lossless, in colour.</summary>
+    Lzw = 2,
+    /// <summary>CCITT Group 3 fax; pages are written black and white.</summary>
+    Ccitt3 = 3,
+    /// <summary>CCITT Group 4 fax; pages are written black and white.</summary>
+    Ccitt4 = 4,
+}
+
+/// <summary>The colours a page picture keeps.</summary>
+public enum ImageColorMode
+{
+    /// <summary>The page's own colours.</summary>
+    None = 0,
+    /// <summary>Shades of grey.</summary>
+    Grayscale = 1,
+    /// <summary>Black and white only, split at half brightness.</summary>
+    BlackAndWhite = 2,
+}
+
+/// <summary>Options of saving laid-out pages as pictures: one page as PNG, JPEG or BMP (further pages
+/// through <see cref="PageSavingCallback"/>), or every page of the page set in one TIFF.</summary>
 public sealed class ImageSaveOptions : FixedPageSaveOptions
 {
     private SaveFormat format;
 
-    /// <summary>Options for pictures of the given format, Png or Jpeg.</summary>
+    /// <summary>Options for pictures of the given format: Png, Jpeg, Bmp or Tiff.</summary>
     public ImageSaveOptions(SaveFormat saveFormat) { SaveFormat = saveFormat; }
 
-    /// <summary>PNG or JPEG; one page per file.</summary>
+    /// <summary>Png, Jpeg or Bmp, a page per file; or Tiff, every page of the page set in one file.</summary>
     public override SaveFormat SaveFormat
     {
         get => format;
-        set => format = value is SaveFormat.Png or SaveFormat.Jpeg ? value
-            : throw new UnsupportedFileFormatException($"Saving pages as {value} images is not supported; use Png or Jpeg.");
+        set => format = value is SaveFormat.Png or SaveFormat.Jpeg or SaveFormat.Bmp or SaveFormat.Tiff ? value
+            : throw new UnsupportedFileFormatException($"Saving pages as {value} images is not supported; use Png, Jpeg, Bmp or Tiff.");
     }
+
+    /// <summary>How a TIFF's pages are compressed; Lzw unless set. The fax compressions write black and white pages.</summary>
+    public TiffCompression TiffCompression { get; set; } = TiffCompression.Lzw;
+
+    /// <summary>The colours the pictures keep; all of them unless set.</summary>
+    public ImageColorMode ImageColorMode { get; set; }
+
+    /// <summary>Where the pages after the first of the page set go, for the formats of a page per file:
+    /// called once for each, before it is written. The first page goes to the save's own output.
+    /// Without it those formats write the page set's first page only.</summary>
+    public IPageSavingCallback? PageSavingCallback { get; set; }
 
     /// <summary>Dots per inch, both directions.</summary>
     public float Resolution

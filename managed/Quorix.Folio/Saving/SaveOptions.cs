@@ -92,7 +92,7 @@ public abstract class SaveOptions
         SaveFormat.Xlsx => new XlsxSaveOptions(),
         SaveFormat.Pdf => new PdfSaveOptions(),
         SaveFormat.Svg => new SvgSaveOptions(),
-        SaveFormat.Png or SaveFormat.Jpeg => new ImageSaveOptions(saveFormat),
+        SaveFormat.Png or SaveFormat.Jpeg or SaveFormat.Bmp or SaveFormat.Tiff => new ImageSaveOptions(saveFormat),
         _ => throw new UnsupportedFileFormatException($"Saving to {saveFormat} is not supported."),
     };
 

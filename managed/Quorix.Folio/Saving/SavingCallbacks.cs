@@ -255,8 +255,8 @@ public sealed class PageSavingArgs
     public bool KeepPageStreamOpen { get; set; }
 }
 
-/// <summary>Decides where each page of a page-per-file save goes. The engine's page formats write one
-/// output per save, so nothing calls it yet.</summary>
+/// <summary>Decides where each page after the first of a page-per-file save (PNG, JPEG, BMP) goes; set
+/// on <see cref="ImageSaveOptions.PageSavingCallback"/>. The first page goes to the save's own output.</summary>
 public interface IPageSavingCallback
 {
     /// <summary>Called once for each page, before it is written.</summary>
