@@ -51,11 +51,12 @@ internal sealed class PdfDocumentWriter : IDocumentWriter
             // Laying out the pages is about half the work, drawing them the other half.
             var progress = document.SaveProgress;
             progress?.Report(0.5);
+            using var painter = new PagePainter();
             for (int i = 0; i < pages.Count; i++)
             {
                 var page = pages[i];
                 var canvas = pdf.BeginPage((float)page.Width, (float)page.Height);
-                PagePainter.Paint(canvas, page, withLinks: true);
+                painter.Paint(canvas, page, withLinks: true);
                 pdf.EndPage();
                 progress?.Report(0.5 + 0.5 * (i + 1) / pages.Count);
             }
@@ -95,7 +96,8 @@ internal sealed class SvgDocumentWriter : IDocumentWriter
         var page = FixedPages.Select(document, o)[0];
         using (var wstream = new SKManagedWStream(output))
         using (var canvas = SKSvgCanvas.Create(SKRect.Create((float)page.Width, (float)page.Height), wstream))
-            PagePainter.Paint(canvas, page, withLinks: false);
+        using (var painter = new PagePainter())
+            painter.Paint(canvas, page, withLinks: false);
         return new SaveOutputParameters("image/svg+xml");
     }
 }

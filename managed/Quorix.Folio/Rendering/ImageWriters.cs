@@ -151,7 +151,8 @@ internal static class PageRaster
         {
             canvas.Clear(new SKColor(o.PaperColor));
             canvas.Scale(sx, sy);
-            PagePainter.Paint(canvas, page, withLinks: false);
+            using var painter = new PagePainter();
+            painter.Paint(canvas, page, withLinks: false);
             canvas.Flush();
         }
         if (o.ImageColorMode != ImageColorMode.None) Recolour(bitmap, o.ImageColorMode);

@@ -3,25 +3,22 @@ using SkiaSharp;
 
 namespace Quorix.Folio.Rendering;
 
-/// <summary>Draws a laid-out page on any Skia canvas: the PDF, raster and SVG outputs share it.</summary>
-internal static class PagePainter
+/// <summary>Draws laid-out pages on any Skia canvas: the PDF, raster and SVG outputs share it. One
+/// painter serves all the pages of a save, keeping its fonts from page to page.</summary>
+internal sealed class PagePainter : IDisposable
 {
-    public static void Paint(SKCanvas canvas, LayoutPage page, bool withLinks)
+    private readonly SKPaint paint = new() { IsAntialias = true };
+    // Pages repeat a few faces and sizes many times over.
+    private readonly Dictionary<(Fonts.FontFace, double, bool, bool), SKFont> fonts = new();
+
+    public void Dispose()
     {
-        using var paint = new SKPaint { IsAntialias = true };
-        // Pages repeat a few faces and sizes many times over.
-        var fonts = new Dictionary<(Fonts.FontFace, double, bool, bool), SKFont>();
-        try
-        {
-            PaintItems(canvas, page, withLinks, paint, fonts);
-        }
-        finally
-        {
-            foreach (var f in fonts.Values) f.Dispose();
-        }
+        foreach (var f in fonts.Values) f.Dispose();
+        fonts.Clear();
+        paint.Dispose();
     }
 
-    private static void PaintItems(SKCanvas canvas, LayoutPage page, bool withLinks, SKPaint paint, Dictionary<(Fonts.FontFace, double, bool, bool), SKFont> fonts)
+    public void Paint(SKCanvas canvas, LayoutPage page, bool withLinks)
     {
         var items = page.Items;
         for (int k = 0; k < items.Count; k++)
@@ -34,7 +31,7 @@ internal static class PagePainter
                     canvas.DrawRect((float)f.X, (float)f.Y, (float)f.Width, (float)f.Height, paint);
                     break;
                 case GlyphRun g:
-                    k = DrawGlyphs(canvas, items, k, paint, fonts) - 1;
+                    k = DrawGlyphs(canvas, items, k) - 1;
                     break;
                 case LineItem l:
                     paint.Style = SKPaintStyle.Stroke;
@@ -71,7 +68,7 @@ internal static class PagePainter
         }
     }
 
-    private static SKFont FontFor(GlyphRun g, Dictionary<(Fonts.FontFace, double, bool, bool), SKFont> fonts)
+    private SKFont FontFor(GlyphRun g)
     {
         var key = (g.Font.Face, g.Size, g.Font.FakeBold, g.Font.FakeItalic);
         if (!fonts.TryGetValue(key, out var font))
@@ -89,7 +86,7 @@ internal static class PagePainter
 
     /// <summary>Draws the glyph runs of one colour that follow each other from <paramref name="first"/>
     /// as one text blob (a line's runs, usually several lines); returns the index after the last.</summary>
-    private static int DrawGlyphs(SKCanvas canvas, List<PageItem> items, int first, SKPaint paint, Dictionary<(Fonts.FontFace, double, bool, bool), SKFont> fonts)
+    private int DrawGlyphs(SKCanvas canvas, List<PageItem> items, int first)
     {
         uint color = ((GlyphRun)items[first]).Color;
         using var builder = new SKTextBlobBuilder();
@@ -97,15 +94,12 @@ internal static class PagePainter
         for (; end < items.Count && items[end] is GlyphRun g && g.Color == color; end++)
         {
             if (g.Glyphs.Length == 0) continue;
-            var run = builder.AllocatePositionedRun(FontFor(g, fonts), g.Glyphs.Length);
-            var glyphs = run.Glyphs;
-            var points = run.Positions;
-            float x = (float)g.X, y = (float)g.Y;
-            for (int i = 0; i < g.Glyphs.Length; i++)
-            {
-                glyphs[i] = g.Glyphs[i];
-                points[i] = new SKPoint(x + g.Xs[i], y);
-            }
+            // A run's glyphs share its baseline: horizontal positions are all the backend needs.
+            var run = builder.AllocateHorizontalRun(FontFor(g), g.Glyphs.Length, (float)g.Y);
+            g.Glyphs.AsSpan().CopyTo(run.Glyphs);
+            var xs = run.Positions;
+            float x = (float)g.X;
+            for (int i = 0; i < g.Glyphs.Length; i++) xs[i] = x + g.Xs[i];
         }
         using var blob = builder.Build();
         if (blob == null) return end;
