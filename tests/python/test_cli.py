@@ -99,6 +99,10 @@ def test_convert_pages_to_pictures_writes_a_file_a_page(pages, tmp_path):
     assert (tmp_path / "p-2.png").read_bytes() != (tmp_path / "p-3.png").read_bytes()
     assert run("convert", pages, tmp_path / "one.svg", "--pages", "4") == (0, "", "")
     assert (tmp_path / "one.svg").read_bytes().lstrip().startswith(b"<?xml")
+    # a TIFF holds all the pages it is given, with or without --pages
+    assert run("convert", pages, tmp_path / "all.tif", "--pages", "2-3") == (0, "", "")
+    assert (tmp_path / "all.tif").exists() and not (tmp_path / "all-2.tif").exists()
+    assert run("convert", pages, tmp_path / "every.tif") == (0, "", "")
     # without --pages a picture holds the first page, and the user is told of the others
     code, _, err = run("convert", pages, tmp_path / "first.png")
     assert code == 0 and err == f"note: '{tmp_path / 'first.png'}' holds page 1 of 4; --pages 1-4 writes each page to a file\n"
@@ -128,7 +132,7 @@ def test_info_and_text(sample):
     (("convert", "{bad}", "{dir}/o.md"), 1, "cannot read '{bad}': "),
     (("convert", "{sample}", "{dir}/o.xps"), 2, "cannot tell the format of '{dir}/o.xps' from its extension"),
     (("convert", "{sample}", "{dir}/o.md", "--format", "xps"), 2,
-     "unknown format 'xps'; known: docx, word_ml, flat_opc, rtf, pdf, svg, html, mhtml, epub, odt, text, markdown, xlsx, png, jpeg"),
+     "unknown format 'xps'; known: docx, word_ml, flat_opc, rtf, pdf, svg, html, mhtml, epub, odt, text, markdown, xlsx, tiff, png, bmp, jpeg"),
     (("convert", "{sample}", "{dir}/none/o.md"), 3, "cannot write '{dir}/none/o.md': no such folder"),
     (("info", "{dir}"), 3, "cannot read '{dir}': not a readable file"),
     (("text", "{bad}"), 1, "(UnsupportedFileFormatException)"),
@@ -139,7 +143,7 @@ def test_info_and_text(sample):
     (("convert", "{sample}", "{dir}/o.pdf", "--pages", "2-"), 2,
      "cannot write '{dir}/o.pdf': --pages 2- starts past the last page of '{sample}', which has 1"),
     (("convert", "{sample}", "{dir}/o.md", "--pages", "1"), 2,
-     "--pages is for the formats that write laid-out pages (pdf, svg, png, jpeg), not markdown"),
+     "--pages is for the formats that write laid-out pages (pdf, svg, tiff, png, bmp, jpeg), not markdown"),
 ])
 def test_failures_name_the_file_and_cause(sample, tmp_path, argv, code, message):
     bad = tmp_path / "bad.docx"

@@ -111,7 +111,7 @@ def _writable(path: str) -> None:
         raise Failure(EXIT_FILE, f"cannot write '{path}': not a writable file")
 
 
-# Formats whose files hold one page each: several pages become several files.
+# Formats whose files hold one page each (a TIFF holds them all): several pages become several files.
 _ONE_PAGE_A_FILE = (saving.ImageSaveOptions, saving.SvgSaveOptions)
 
 
@@ -153,7 +153,7 @@ def convert(source: str, target: str, fmt_name: str | None, pages: str | None, e
         progress.step(f"writing {os.path.basename(target)}")
         saved = _guard(target, "write", lambda: document.save(target, fmt))
         progress.finish()
-        if saved.content_type.startswith("image/") and (count := document.page_count) > 1:
+        if saved.content_type.startswith("image/") and fmt != qf.SaveFormat.TIFF and (count := document.page_count) > 1:
             err.write(f"note: '{target}' holds page 1 of {count}; --pages 1-{count} writes each page to a file\n")
         return 0
     count = _guard(source, "lay out", lambda: document.page_count)
@@ -164,7 +164,7 @@ def convert(source: str, target: str, fmt_name: str | None, pages: str | None, e
     # one file for the range, or one a page where a file holds a single page
     paged: saving.FixedPageSaveOptions = options  # the closures below see no narrowing of options
     outputs = [(target, first, last)]
-    if isinstance(paged, _ONE_PAGE_A_FILE) and last > first:
+    if isinstance(paged, _ONE_PAGE_A_FILE) and paged.save_format != qf.SaveFormat.TIFF and last > first:
         outputs = [(_page_file(target, page), page, page) for page in range(first, last + 1)]
     progress.steps = 1 + len(outputs)
     for path, start, end in outputs:
