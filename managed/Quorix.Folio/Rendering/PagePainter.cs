@@ -52,8 +52,8 @@ internal sealed class PagePainter : IDisposable
                     canvas.Save();
                     canvas.Translate((float)t.X, (float)t.Y);
                     canvas.RotateDegrees((float)t.Degrees);
-                    foreach (var inner in t.Items)
-                        if (inner is GlyphRun g) DrawGlyphs(canvas, g, paint, FontFor(g, fonts));
+                    for (int j = 0; j < t.Items.Count;)
+                        j = t.Items[j] is GlyphRun ? DrawGlyphs(canvas, t.Items, j) : j + 1;
                     canvas.Restore();
                     break;
                 case LinkItem link when withLinks:
@@ -86,7 +86,7 @@ internal sealed class PagePainter : IDisposable
 
     /// <summary>Draws the glyph runs of one colour that follow each other from <paramref name="first"/>
     /// as one text blob (a line's runs, usually several lines); returns the index after the last.</summary>
-    private int DrawGlyphs(SKCanvas canvas, List<PageItem> items, int first)
+    private int DrawGlyphs(SKCanvas canvas, IReadOnlyList<PageItem> items, int first)
     {
         uint color = ((GlyphRun)items[first]).Color;
         using var builder = new SKTextBlobBuilder();
