@@ -10,19 +10,20 @@ internal static class FixedPages
 {
     public static List<LayoutPage> Select(Document document, FixedPageSaveOptions options)
     {
-        var pages = document.PageLayout.Pages;
-        return SelectIndexes(document, options).Select(i => pages[i]).ToList();
+        var (pages, indexes) = SelectIndexes(document, options);
+        return indexes.Select(i => pages[i]).ToList();
     }
 
-    /// <summary>The indexes of the pages the options choose, in order; never empty.</summary>
-    public static List<int> SelectIndexes(Document document, FixedPageSaveOptions options)
+    /// <summary>The document's pages, laid out once for the whole save, and the indexes of those the
+    /// options choose, in order; never empty.</summary>
+    public static (List<LayoutPage> Pages, List<int> Indexes) SelectIndexes(Document document, FixedPageSaveOptions options)
     {
         if (options.UpdatePageLayout) document.UpdatePageLayout();
-        int count = document.PageLayout.Pages.Count;
-        var chosen = options.PageSet.Resolve(count);
+        var pages = document.PageLayout.Pages;
+        var chosen = options.PageSet.Resolve(pages.Count);
         if (chosen.Count == 0)
-            throw new ArgumentException($"The page set selects none of the document's {count} pages.", nameof(options));
-        return chosen;
+            throw new ArgumentException($"The page set selects none of the document's {pages.Count} pages.", nameof(options));
+        return (pages, chosen);
     }
 }
 

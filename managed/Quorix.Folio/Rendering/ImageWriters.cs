@@ -17,8 +17,7 @@ internal sealed class ImageDocumentWriter : IDocumentWriter
     public SaveOutputParameters Write(Document document, Stream output, SaveOptions options, string? path)
     {
         var o = options as ImageSaveOptions ?? new ImageSaveOptions(Format);
-        var indexes = FixedPages.SelectIndexes(document, o);
-        var pages = document.PageLayout.Pages;
+        var (pages, indexes) = FixedPages.SelectIndexes(document, o);
         var mime = WritePage(pages[indexes[0]], o, output);
         if (o.PageSavingCallback is not { } callback) return new SaveOutputParameters(mime);
         string ext = FileFormatUtil.SaveFormatToExtension(Format);
@@ -67,8 +66,7 @@ internal sealed class TiffDocumentWriter : IDocumentWriter
     public SaveOutputParameters Write(Document document, Stream output, SaveOptions options, string? path)
     {
         var o = options as ImageSaveOptions ?? new ImageSaveOptions(SaveFormat.Tiff);
-        var indexes = FixedPages.SelectIndexes(document, o);
-        var pages = document.PageLayout.Pages;
+        var (pages, indexes) = FixedPages.SelectIndexes(document, o);
         bool fax = o.TiffCompression is TiffCompression.Rle or TiffCompression.Ccitt3 or TiffCompression.Ccitt4;
         var mode = fax ? ImageColorMode.BlackAndWhite : o.ImageColorMode;
         // The TIFF library seeks back to link directories; the save's output need not seek.
