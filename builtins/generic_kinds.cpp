@@ -310,9 +310,21 @@ PyObject* PyGn_IterableIter(PyObject* self, const PyGnOps& ops) {
 PyObject* PyGn_Wrap(void* handle, PyGnTypeObject* type) { return fn_conv_clr_sealtp_to_py_sealtp(handle, &type->type); }
 
 PyObject* PyGn_ElementToPy(const PyGnOps& ops, void* handle, int32_t index) {
+    if (ops.element_to_py != nullptr)
+        return ops.element_to_py(handle, index);
     if (ops.element_kind == HandleKind_Struct)
         return PyShBound_ConvClrToPy(handle, ops.element_type, HandleKind_Struct);
     return PyShBound_ConvClrToPyIndexed(handle, index, ops.element_type, ops.index_table, ops.index_count);
+}
+
+PyObject* PyGn_PairFromList(PyObject* list) {
+    PyShRef owned(list);
+    if (list == nullptr || !PyList_CheckExact(list) || PyList_GET_SIZE(list) != 2) {
+        if (!PyErr_Occurred())
+            PyErr_SetString(PyExc_SystemError, "a pair crossed as something other than a list of two");
+        return nullptr;
+    }
+    return PyList_AsTuple(list);
 }
 
 PyObject* PyGn_Index(PyObject* self, PyObject* args) {

@@ -19,6 +19,9 @@ struct PyGnOps {
     PyTypeObject* const* index_table;
     int32_t index_count;
     int (*element_to_clr)(PyObject* obj, void** out);
+    // elements that are no bound objects (enumerations only): what MoveNext handed back, as a
+    // new Python value, or NULL with an error (what it held released); NULL for bound elements
+    PyObject* (*element_to_py)(void* item, int32_t index);
 
     // iteration: the enumerable's GetEnumerator wraps into iter_type, whose MoveNext yields elements
     int32_t (*get_enumerator)(void* self, void** out);
@@ -77,6 +80,9 @@ PyObject* PyGn_Wrap(void* handle, PyGnTypeObject* type);
 
 // An element handed back by a stub: its wrapper, None for NULL, or NULL (handle freed).
 PyObject* PyGn_ElementToPy(const PyGnOps& ops, void* handle, int32_t index);
+
+// A (key, value) tuple made of a two-item list, which it consumes; NULL with an error.
+PyObject* PyGn_PairFromList(PyObject* list);
 
 // The methods of the indexed kinds, for the generated method tables (with the casting block).
 PyObject* PyGn_Index(PyObject* self, PyObject* args);
