@@ -244,7 +244,8 @@ class TestEnumerationsOfValues:
         known.add(qf.SaveFormat._type_of())
         known.add(qf.Document)  # the set keeps one of each
         types = list(known)
-        assert all(type(t) is pi.Type for t in types)
+        assert len(known) == 2 and all(type(t) is pi.Type for t in types) and types[0] in known
+        assert qf.Document not in known  # membership asks the items, which are types, not classes
         assert [t.full_name for t in types] == ["Quorix.Folio.Document", "Quorix.Folio.SaveFormat"]
         known.remove(qf.Document)
         assert [t.full_name for t in known] == ["Quorix.Folio.SaveFormat"]
@@ -252,6 +253,38 @@ class TestEnumerationsOfValues:
             known.add(int)
         with pytest.raises(RuntimeError, match="ArgumentNullException"):
             known.add(None)
+
+
+class TestNamedFrameworkValues:
+    """Text encodings and cultures cross as their names, both ways."""
+
+    def test_an_encoding_is_its_codec_name(self, tmp_path):
+        from quorix.folio.loading import LoadOptions
+
+        options = LoadOptions()
+        assert options.encoding is None
+        options.encoding = "utf_16"  # as Python spells it
+        assert options.encoding == "utf-16"
+        options.encoding = "latin-1"
+        assert options.encoding == "iso-8859-1"
+        text = tmp_path / "latin.txt"
+        text.write_bytes("Caf\u00e9 cr\u00e8me".encode("latin-1"))
+        assert qf.Document(str(text), options).get_text().strip() == "Caf\u00e9 cr\u00e8me"
+        with pytest.raises(RuntimeError, match="ArgumentException"):
+            options.encoding = "no-such-codec"
+        options.encoding = None
+        assert options.encoding is None
+
+    def test_a_culture_is_its_name(self):
+        options = qf.Document().field_options
+        options.field_update_culture = ""
+        assert options.field_update_culture == ""  # the invariant culture
+        with pytest.raises(RuntimeError, match="CultureNotFoundException"):
+            options.field_update_culture = "not a culture!"
+        options.field_update_culture = None
+        assert options.field_update_culture is None
+        with pytest.raises(TypeError):
+            options.field_update_culture = 7
 
 
 @pytest.fixture

@@ -269,6 +269,7 @@ public static partial class CSharpEmitter
             ValueKind.UInt64 => $"StubValues.SetPyValue({record}, StubValues.PyInt((ulong){value}));",
             ValueKind.Single or ValueKind.Double => $"StubValues.SetPyValue({record}, StubValues.PyFloat({value}));",
             ValueKind.Char => $"StubValues.SetPyValue({record}, StubValues.PyChar({value}));",
+            ValueKind.String when type.NamedBy is not null => $"StubValues.SetPyValue({record}, StubValues.StrOrNone(StubValues.NameOf({value})));",
             ValueKind.String => $"StubValues.SetPyValue({record}, StubValues.StrOrNone({value}));",
             ValueKind.Bytes => $"StubValues.SetPyValue({record}, StubValues.BytesOrNone({value}));",
             ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.TimeSpan or ValueKind.Decimal or ValueKind.Guid
@@ -455,6 +456,7 @@ public static partial class CSharpEmitter
             ValueKind.UInt64 => "ulong",
             ValueKind.Single => "float",
             ValueKind.Double => "double",
+            ValueKind.String when type.NamedBy is { } named => "global::" + named,
             ValueKind.String => "string",
             ValueKind.Bytes => "byte[]",
             ValueKind.Object => "object",
@@ -487,6 +489,7 @@ public static partial class CSharpEmitter
         {
             ValueKind.Bool => $"{name} != 0",
             ValueKind.Char => $"(char){name}",
+            ValueKind.String when type.NamedBy is { } named => $"StubValues.ByName<global::{named}>({name}->ToManaged())",
             ValueKind.String => $"{name}->ToManaged()",
             ValueKind.Bytes => $"({name}->Data == null ? null : {name}->AsSpan().ToArray())",
             ValueKind.Enum => $"({Managed(type.Bound!)}){name}",
@@ -549,6 +552,7 @@ public static partial class CSharpEmitter
             ValueKind.Void => ("void", null, null),
             ValueKind.Bool => ("int", null, "return r ? 1 : 0;"),
             ValueKind.Char => ("ushort", null, "return (ushort)r;"),
+            ValueKind.String when type.NamedBy is not null => ("IntPtr", null, "return StubValues.StrOrNone(StubValues.NameOf(r));"),
             ValueKind.String => ("IntPtr", null, "return StubValues.StrOrNone(r);"),
             ValueKind.Bytes => ("IntPtr", null, "return StubValues.BytesOrNone(r);"),
             ValueKind.Enum => ("int", null, "return (int)r;"),

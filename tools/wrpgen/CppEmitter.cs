@@ -1042,6 +1042,9 @@ public static class CppEmitter
 
     private static string SeqLength(TypeModel owner) => "wrpPy_sqln_" + Id(owner);
 
+    internal static bool HasLengthOnly(TypeModel t) =>
+        t.Sequence is { CountOwner: not null, Iterable: not null } && !HasItemAccess(t);
+
     internal static bool HasItemAccess(TypeModel t) =>
         t.Sequence is { CountOwner: not null } q && (q.IntIndexer is not null || q.KeyIndexers.Count > 0);
 
@@ -1090,7 +1093,12 @@ public static class CppEmitter
             w.Line();
         }
         if (!HasItemAccess(t))
+        {
+            // a counted enumeration without positions or keys: len(), and `in` by iteration
+            if (HasLengthOnly(t))
+                w.Line($"PySequenceMethods wrpPy_tysd_{id} = {{{SeqLength(q.CountOwner!)}, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr}};");
             return;
+        }
         w.Line($"const PySeqAccess wrpPy_sqac_{id} = {{{SeqLength(q.CountOwner!)}, " +
                $"{(q.IntIndexer is null ? "nullptr" : "wrpPy_sqix_" + id)}, {(q.KeyIndexers.Count == 0 ? "nullptr" : "wrpPy_sqky_" + id)}}};");
         w.Line();
@@ -1372,6 +1380,10 @@ public static class CppEmitter
             {
                 w.Line($"    {TypeObject(t)}.tp_as_sequence = &wrpPy_tysd_{id};");
                 w.Line($"    {TypeObject(t)}.tp_as_mapping = &wrpPy_tymp_{id};");
+            }
+            else if (HasLengthOnly(t))
+            {
+                w.Line($"    {TypeObject(t)}.tp_as_sequence = &wrpPy_tysd_{id};");
             }
             if (sq.Iterable is not null)
                 w.Line($"    {TypeObject(t)}.tp_iter = {CppGenericEmitter.IterableIter(sq.Iterable)};");

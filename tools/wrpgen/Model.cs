@@ -42,6 +42,12 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
 
     public static CarriedType SequenceOf(CarriedType item) => new(ValueKind.Sequence) { Item = item };
 
+    /// <summary>
+    /// The framework type a <see cref="ValueKind.String"/> stands for by its name (an Encoding by
+    /// its codec name, a CultureInfo by its culture name); null for a plain string.
+    /// </summary>
+    public string? NamedBy { get; init; }
+
     /// <summary>A Nullable&lt;T&gt; of a value kind: None crosses as no value.</summary>
     public bool IsNullable { get; init; }
     public PassMode Mode { get; init; }
@@ -77,7 +83,7 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
         ValueKind.UInt64 => "uint64",
         ValueKind.Single => "float32",
         ValueKind.Double => "float64",
-        ValueKind.String => "string",
+        ValueKind.String => NamedBy is null ? "string" : $"string:{NamedBy}",
         ValueKind.Bytes => "bytes",
         ValueKind.Stream => "stream",
         ValueKind.Class => "class:" + Bound!.FullName,

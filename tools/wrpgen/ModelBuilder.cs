@@ -854,7 +854,7 @@ public sealed class ModelBuilder
         var item = Carry(element, isResult: true, out string itemWhy);
         if (item is null)
             return Fail(out why, $"{t}: {itemWhy}");
-        if (item.IsNullable || item.IsSequence || item.Kind is ValueKind.Sequence or ValueKind.Void or ValueKind.Bytes
+        if (item.IsNullable || item.IsSequence || item.NamedBy is not null || item.Kind is ValueKind.Sequence or ValueKind.Void or ValueKind.Bytes
             || ParameterOnly.Contains(item.Kind))
             return Fail(out why, $"{t}: sequences of {item} are not carried");
         if (isParameter && !CopiedIn.Contains(item.Kind))
@@ -954,6 +954,10 @@ public sealed class ModelBuilder
         ["System.Collections.ReadOnlyCollectionBase"] = ValueKind.ReadOnlyCollectionBase,
         ["System.Type"] = ValueKind.SystemType,
     };
+
+    // Framework types that a name stands for both ways: a text encoding, a culture.
+    private static readonly HashSet<string> NamedByText = new(StringComparer.Ordinal)
+        { "System.Text.Encoding", "System.Globalization.CultureInfo" };
 
     // Kinds that Python values stand in for only while a call runs: there is no way back.
     private static readonly HashSet<ValueKind> ParameterOnly = [ValueKind.Regex];
@@ -1074,6 +1078,9 @@ public sealed class ModelBuilder
                 if (ParameterOnly.Contains(framework) && !isParameter)
                     return Fail(out why, $"{t.FullName} crosses only as a parameter");
                 return new CarriedType(framework);
+            case SigKind.Named when NamedByText.Contains(t.FullName):
+                // the framework looks these up by name: Python passes and reads the name
+                return new CarriedType(ValueKind.String) { NamedBy = t.FullName };
             case SigKind.Named when t.FullName == StreamType:
                 // any stream crosses: a managed one by handle, a Python file object through the raw-I/O callbacks
                 return new CarriedType(ValueKind.Stream);

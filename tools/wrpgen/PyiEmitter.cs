@@ -210,6 +210,8 @@ public static class PyiEmitter
                 if (deletes.Count > 0)
                     Def([], "__delitem__", $"self, key: {string.Join(" | ", deletes)}", "None", null);
             }
+            if (CppEmitter.HasLengthOnly(t))
+                Def([], "__len__", "self", "int", null);
             if (q.Iterable is { } g)
                 Def([], "__iter__", "self", $"{Typing("Iterator")}[{ElementType(g)}]", null);
         }

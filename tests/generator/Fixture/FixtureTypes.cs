@@ -201,6 +201,8 @@ namespace Quorix.Folio
         public LoadOptions() { }
         public LoadOptions(string password) { }
         public string? Password { get; set; }
+        public System.Text.Encoding? Encoding { get; set; }
+        public System.Globalization.CultureInfo Culture { get; set; } = System.Globalization.CultureInfo.InvariantCulture;
     }
 
     // The value rules are read by simple name; internal, so never bound themselves.
@@ -342,6 +344,7 @@ namespace Quorix.Folio.Values
 
     public sealed class TypeSet : IEnumerable<Type>
     {
+        public int Count => 0;
         public void Add(Type type) { }
         public Type? Find(string name) => null;
         public IEnumerator<Type> GetEnumerator() => new List<Type>().GetEnumerator();

@@ -71,6 +71,66 @@ public static unsafe class WrpCs_LoadOpti_DEB9FA70
     }
 
     [UnmanagedCallersOnly]
+    public static IntPtr get_Encoding(IntPtr self)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            var r = target.Encoding;
+            return StubValues.StrOrNone(StubValues.NameOf(r));
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void set_Encoding(IntPtr self, PyStringArg* @value)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            target.Encoding = StubValues.ByName<global::System.Text.Encoding>(@value->ToManaged());
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static IntPtr get_Culture(IntPtr self)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            var r = target.Culture;
+            return StubValues.StrOrNone(StubValues.NameOf(r));
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void set_Culture(IntPtr self, PyStringArg* @value)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            target.Culture = StubValues.ByName<global::System.Globalization.CultureInfo>(@value->ToManaged());
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void btp_TypeOf(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.LoadOptions>.TypeOf(result);
 
     [UnmanagedCallersOnly]

@@ -70,6 +70,22 @@ public static unsafe class WrpCs_TypeSet_D343D5A6
     }
 
     [UnmanagedCallersOnly]
+    public static int get_Count(IntPtr self)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.Values.TypeSet)Handles.Target(self);
+            var r = target.Count;
+            return r;
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void btp_TypeOf(IntPtr* result) => BuiltinStubs<global::Quorix.Folio.Values.TypeSet>.TypeOf(result);
 
     [UnmanagedCallersOnly]
