@@ -317,16 +317,6 @@ PyObject* PyGn_ElementToPy(const PyGnOps& ops, void* handle, int32_t index) {
     return PyShBound_ConvClrToPyIndexed(handle, index, ops.element_type, ops.index_table, ops.index_count);
 }
 
-PyObject* PyGn_PairFromList(PyObject* list) {
-    PyShRef owned(list);
-    if (list == nullptr || !PyList_CheckExact(list) || PyList_GET_SIZE(list) != 2) {
-        if (!PyErr_Occurred())
-            PyErr_SetString(PyExc_SystemError, "a pair crossed as something other than a list of two");
-        return nullptr;
-    }
-    return PyList_AsTuple(list);
-}
-
 PyObject* PyGn_Index(PyObject* self, PyObject* args) {
     if (PyShBound_Unbound(self))
         return nullptr;

@@ -81,9 +81,6 @@ PyObject* PyGn_Wrap(void* handle, PyGnTypeObject* type);
 // An element handed back by a stub: its wrapper, None for NULL, or NULL (handle freed).
 PyObject* PyGn_ElementToPy(const PyGnOps& ops, void* handle, int32_t index);
 
-// A (key, value) tuple made of a two-item list, which it consumes; NULL with an error.
-PyObject* PyGn_PairFromList(PyObject* list);
-
 // The methods of the indexed kinds, for the generated method tables (with the casting block).
 PyObject* PyGn_Index(PyObject* self, PyObject* args);
 PyObject* PyGn_Count(PyObject* self, PyObject* value);

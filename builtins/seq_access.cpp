@@ -136,6 +136,17 @@ PyObject* PySeq_Subscript(PyObject* self, PyObject* key, const PySeqAccess& acce
     return list.release();
 }
 
+PyObject* PySeq_TupleFromList(PyObject* list) {
+    PyShRef owned(list);
+    if (list == nullptr)
+        return nullptr;
+    if (!PyList_CheckExact(list)) {
+        PyErr_Format(PyExc_SystemError, "a tuple crossed as a '%.200s', not a list", Py_TYPE(list)->tp_name);
+        return nullptr;
+    }
+    return PyList_AsTuple(list);
+}
+
 PyObject* PySeq_Repeat(PyObject* self, Py_ssize_t n, const PySeqAccess& access) { return repeated(self, n, access); }
 
 PyObject* PySeq_Concat(PyObject* self, PyObject* other, const PySeqAccess& access) {

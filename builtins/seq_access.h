@@ -31,6 +31,9 @@ int PySeq_CheckIndex(Py_ssize_t i);
 PyObject* PySeq_Subscript(PyObject* self, PyObject* key, const PySeqAccess& access);
 // sq_item: i already adjusted by the interpreter; IndexError outside [0, length).
 PyObject* PySeq_Item(PyObject* self, Py_ssize_t i, const PySeqAccess& access);
+// The items of `list` (consumed; NULL passes an error through) as a new tuple; NULL with an error.
+PyObject* PySeq_TupleFromList(PyObject* list);
+
 // x + other, x * n and copy(): new Python lists of the items.
 PyObject* PySeq_Concat(PyObject* self, PyObject* other, const PySeqAccess& access);
 PyObject* PySeq_Repeat(PyObject* self, Py_ssize_t n, const PySeqAccess& access);

@@ -287,6 +287,18 @@ class TestNamedFrameworkValues:
             options.field_update_culture = 7
 
 
+def test_geometry_structures_read_as_tuples_of_their_fields(doc):
+    info = doc.get_page_info(0)
+    size = info.get_size_in_pixels(1.0, 72.0)
+    assert type(size) is tuple and size == (round(info.width_in_points), round(info.height_in_points))
+    assert info.get_size_in_pixels(2.0, 96.0) == (round(info.width_in_points * 8 / 3), round(info.height_in_points * 8 / 3))
+    from quorix.folio.layout import LayoutEnumerator
+
+    page = LayoutEnumerator(doc).rectangle
+    assert type(page) is tuple and len(page) == 4 and all(type(v) is float for v in page)
+    assert page[:2] == (0.0, 0.0) and page[2:] == (pytest.approx(info.width_in_points), pytest.approx(info.height_in_points))
+
+
 @pytest.fixture
 def arr(doc):
     return doc.first_section.body.paragraphs.to_array()

@@ -468,6 +468,7 @@ public static partial class CSharpEmitter
             ValueKind.Guid => "global::System.Guid",
             ValueKind.Version => "global::System.Version",
             ValueKind.SystemType => "global::System.Type",
+            ValueKind.Fields => "global::" + type.Fields!.FullName,
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Enum => Managed(type.Bound!),
             _ => throw new GeneratorException($"no managed spelling for {type}"),
         };
@@ -553,6 +554,9 @@ public static partial class CSharpEmitter
             ValueKind.Bool => ("int", null, "return r ? 1 : 0;"),
             ValueKind.Char => ("ushort", null, "return (ushort)r;"),
             ValueKind.String when type.NamedBy is not null => ("IntPtr", null, "return StubValues.StrOrNone(StubValues.NameOf(r));"),
+            // a new Python list of the fields; the native side makes it a tuple
+            ValueKind.Fields => ("IntPtr", null,
+                $"return PySequences.ListOf(new object[] {{ {string.Join(", ", type.Fields!.Names.Select(n => "r." + n))} }});"),
             ValueKind.String => ("IntPtr", null, "return StubValues.StrOrNone(r);"),
             ValueKind.Bytes => ("IntPtr", null, "return StubValues.BytesOrNone(r);"),
             ValueKind.Enum => ("int", null, "return (int)r;"),

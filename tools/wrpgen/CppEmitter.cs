@@ -382,7 +382,7 @@ public static class CppEmitter
         _ when ReturnsIndexedHandle(t) => "int32_t",
         _ when ResultRecord(t) is not null => "void",
         ValueKind.Void or ValueKind.Sequence => "void",
-        ValueKind.String or ValueKind.Bytes => "PyObject*",
+        ValueKind.String or ValueKind.Bytes or ValueKind.Fields => "PyObject*",
         ValueKind.Enum => "int32_t",
         ValueKind.TimeSpan => "int64_t",
         _ when ReturnsHandle(t) => "void",
@@ -447,6 +447,9 @@ public static class CppEmitter
                 return;
             case ValueKind.String or ValueKind.Bytes:
                 w.Line($"return {finish($"PyShBound_PassResult({Invoke(call + ")")})")};");
+                return;
+            case ValueKind.Fields:
+                w.Line($"return {finish($"PySeq_TupleFromList(PyShBound_PassResult({Invoke(call + ")")}))")};");
                 return;
             case var _ when ReturnsIndexedHandle(result):
                 w.Line("void* result = nullptr;");

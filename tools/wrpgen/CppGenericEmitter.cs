@@ -98,6 +98,7 @@ internal static class CppGenericEmitter
         w.Line($"#include \"{CppEmitter.BindingsHeader}\"");
         w.Line();
         w.Line("#include \"builtins/generic_kinds.h\"");
+        w.Line("#include \"builtins/seq_access.h\"");
         w.Line("#include \"host/managed_binding.h\"");
         w.Line("#include \"objects/bound_registration.h\"");
         w.Line("#include \"objects/casting.h\"");
@@ -218,7 +219,7 @@ internal static class CppGenericEmitter
     {
         ValueKind.Enum => $"[](void*, int32_t value) {{ return {CppEmitter.ToPyName(item.Bound!)}(value); }}",
         ValueKind.SystemType => "[](void* handle, int32_t) { return wrpPye_conv_clr_to_py_FFFFFFF_Type(handle); }",
-        ValueKind.StringPair => "[](void* list, int32_t) { return PyGn_PairFromList(static_cast<PyObject*>(list)); }",
+        ValueKind.StringPair => "[](void* list, int32_t) { return PySeq_TupleFromList(static_cast<PyObject*>(list)); }",
         _ => throw new GeneratorException($"no element conversion for {item}"),
     };
 

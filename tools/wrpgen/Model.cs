@@ -29,6 +29,8 @@ public enum ValueKind
     SystemType,
     /// <summary>A KeyValuePair&lt;string, string&gt; element of an enumeration: a (key, value) tuple, as dict.items() gives.</summary>
     StringPair,
+    /// <summary>A geometry structure of System.Drawing (a size, point or rectangle) read as a tuple of its fields.</summary>
+    Fields,
 }
 
 /// <summary>How a parameter passes: by value, or from Python as a one-element list (ref, out).</summary>
@@ -47,6 +49,9 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
     /// its codec name, a CultureInfo by its culture name); null for a plain string.
     /// </summary>
     public string? NamedBy { get; init; }
+
+    /// <summary>The framework structure a <see cref="ValueKind.Fields"/> value reads; its fields in tuple order.</summary>
+    public FrameworkFields? Fields { get; init; }
 
     /// <summary>A Nullable&lt;T&gt; of a value kind: None crosses as no value.</summary>
     public bool IsNullable { get; init; }
@@ -114,8 +119,24 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
         ValueKind.StringMap => "mapping:string,string",
         ValueKind.SystemType => "type",
         ValueKind.StringPair => "pair:string,string",
+        ValueKind.Fields => $"tuple:{Fields!.FullName}",
         _ => "?",
     };
+}
+
+/// <summary>A framework structure read as a tuple: its full name, its fields in order and whether they are real numbers.</summary>
+public sealed record FrameworkFields(string FullName, IReadOnlyList<string> Names, bool Real)
+{
+    public static readonly IReadOnlyDictionary<string, FrameworkFields> Known =
+        new[]
+        {
+            new FrameworkFields("System.Drawing.Size", ["Width", "Height"], false),
+            new FrameworkFields("System.Drawing.SizeF", ["Width", "Height"], true),
+            new FrameworkFields("System.Drawing.Point", ["X", "Y"], false),
+            new FrameworkFields("System.Drawing.PointF", ["X", "Y"], true),
+            new FrameworkFields("System.Drawing.Rectangle", ["X", "Y", "Width", "Height"], false),
+            new FrameworkFields("System.Drawing.RectangleF", ["X", "Y", "Width", "Height"], true),
+        }.ToDictionary(f => f.FullName, StringComparer.Ordinal);
 }
 
 /// <summary>

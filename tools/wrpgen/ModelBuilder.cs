@@ -637,6 +637,11 @@ public sealed class ModelBuilder
                 Skip(type.FullName, name, reason);
             return;
         }
+        if (setter is not null && carried!.Kind == ValueKind.Fields)
+        {
+            Skip(type.FullName, name + " (setter)", $"{carried.Fields!.FullName} crosses only as a result (a tuple of its fields)");
+            setter = null;
+        }
         if (setter is not null && (carried!.IsSequence || carried.IsUntypedKind || carried is { Kind: ValueKind.Sequence } && !CopiedIn.Contains(carried.Item!.Kind)))
         {
             Skip(type.FullName, name + " (setter)", "Python sequences as managed collections are not carried yet");
@@ -854,7 +859,7 @@ public sealed class ModelBuilder
         var item = Carry(element, isResult: true, out string itemWhy);
         if (item is null)
             return Fail(out why, $"{t}: {itemWhy}");
-        if (item.IsNullable || item.IsSequence || item.NamedBy is not null || item.Kind is ValueKind.Sequence or ValueKind.Void or ValueKind.Bytes
+        if (item.IsNullable || item.IsSequence || item.NamedBy is not null || item.Kind == ValueKind.Fields || item.Kind is ValueKind.Sequence or ValueKind.Void or ValueKind.Bytes
             || ParameterOnly.Contains(item.Kind))
             return Fail(out why, $"{t}: sequences of {item} are not carried");
         if (isParameter && !CopiedIn.Contains(item.Kind))
@@ -1078,6 +1083,11 @@ public sealed class ModelBuilder
                 if (ParameterOnly.Contains(framework) && !isParameter)
                     return Fail(out why, $"{t.FullName} crosses only as a parameter");
                 return new CarriedType(framework);
+            case SigKind.Named when FrameworkFields.Known.TryGetValue(t.FullName, out var fields):
+                // a tuple has no way back into a structure the callee would keep
+                return isParameter
+                    ? Fail(out why, $"{t.FullName} crosses only as a result (a tuple of its fields)")
+                    : new CarriedType(ValueKind.Fields) { Fields = fields };
             case SigKind.Named when NamedByText.Contains(t.FullName):
                 // the framework looks these up by name: Python passes and reads the name
                 return new CarriedType(ValueKind.String) { NamedBy = t.FullName };

@@ -164,6 +164,7 @@ public static class PyiEmitter
             ValueKind.Stream => Typing("BinaryIO"),
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Enum => Ref(c.Bound!),
             ValueKind.SystemType => Ref(TypeModule, "Type"),
+            ValueKind.Fields => $"tuple[{string.Join(", ", c.Fields!.Names.Select(_ => c.Fields.Real ? "float" : "int"))}]",
             ValueKind.EnumeratorOf => $"{Typing("Iterator")}[{ElementType(c.Generic!)}]",
             ValueKind.EnumerableOf => $"{Typing("Iterable")}[{ElementType(c.Generic!)}]",
             ValueKind.ArrayOf or ValueKind.ListOf => $"{Typing("Sequence")}[{ElementType(c.Generic!)}]",

@@ -203,6 +203,9 @@ namespace Quorix.Folio
         public string? Password { get; set; }
         public System.Text.Encoding? Encoding { get; set; }
         public System.Globalization.CultureInfo Culture { get; set; } = System.Globalization.CultureInfo.InvariantCulture;
+        public System.Drawing.Size GetSize(float scale) => default;
+        public System.Drawing.RectangleF Bounds { get; set; }
+        public void MoveTo(System.Drawing.Point point) { }
     }
 
     // The value rules are read by simple name; internal, so never bound themselves.

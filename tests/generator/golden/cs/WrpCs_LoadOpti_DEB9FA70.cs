@@ -41,6 +41,22 @@ public static unsafe class WrpCs_LoadOpti_DEB9FA70
     }
 
     [UnmanagedCallersOnly]
+    public static IntPtr call_000_GetSize(IntPtr self, float @scale)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            var r = target.GetSize(@scale);
+            return PySequences.ListOf(new object[] { r.Width, r.Height });
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static IntPtr get_Password(IntPtr self)
     {
         try
@@ -127,6 +143,22 @@ public static unsafe class WrpCs_LoadOpti_DEB9FA70
         catch (Exception e)
         {
             PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static IntPtr get_Bounds(IntPtr self)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            var r = target.Bounds;
+            return PySequences.ListOf(new object[] { r.X, r.Y, r.Width, r.Height });
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
         }
     }
 
