@@ -310,6 +310,8 @@ PyObject* PyGn_IterableIter(PyObject* self, const PyGnOps& ops) {
 PyObject* PyGn_Wrap(void* handle, PyGnTypeObject* type) { return fn_conv_clr_sealtp_to_py_sealtp(handle, &type->type); }
 
 PyObject* PyGn_ElementToPy(const PyGnOps& ops, void* handle, int32_t index) {
+    if (ops.element_to_py != nullptr)
+        return ops.element_to_py(handle, index);
     if (ops.element_kind == HandleKind_Struct)
         return PyShBound_ConvClrToPy(handle, ops.element_type, HandleKind_Struct);
     return PyShBound_ConvClrToPyIndexed(handle, index, ops.element_type, ops.index_table, ops.index_count);

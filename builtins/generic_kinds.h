@@ -19,6 +19,9 @@ struct PyGnOps {
     PyTypeObject* const* index_table;
     int32_t index_count;
     int (*element_to_clr)(PyObject* obj, void** out);
+    // elements that are no bound objects (enumerations only): what MoveNext handed back, as a
+    // new Python value, or NULL with an error (what it held released); NULL for bound elements
+    PyObject* (*element_to_py)(void* item, int32_t index);
 
     // iteration: the enumerable's GetEnumerator wraps into iter_type, whose MoveNext yields elements
     int32_t (*get_enumerator)(void* self, void** out);

@@ -79,6 +79,11 @@ PyObject* PySeq_RefuseKey(PyObject* key) {
     return nullptr;
 }
 
+int PySeq_RefuseDelete(PyObject* self) {
+    PyErr_Format(PyExc_TypeError, "'%.200s' object doesn't support item deletion", Py_TYPE(self)->tp_name);
+    return -1;
+}
+
 int PySeq_CheckIndex(Py_ssize_t i) {
     if (i < INT32_MIN || i > INT32_MAX) {
         PyErr_Format(PyExc_OverflowError, "the index (%zi) is out of the INT32 range", i);
@@ -131,6 +136,17 @@ PyObject* PySeq_Subscript(PyObject* self, PyObject* key, const PySeqAccess& acce
     return list.release();
 }
 
+PyObject* PySeq_TupleFromList(PyObject* list) {
+    PyShRef owned(list);
+    if (list == nullptr)
+        return nullptr;
+    if (!PyList_CheckExact(list)) {
+        PyErr_Format(PyExc_SystemError, "a tuple crossed as a '%.200s', not a list", Py_TYPE(list)->tp_name);
+        return nullptr;
+    }
+    return PyList_AsTuple(list);
+}
+
 PyObject* PySeq_Repeat(PyObject* self, Py_ssize_t n, const PySeqAccess& access) { return repeated(self, n, access); }
 
 PyObject* PySeq_Concat(PyObject* self, PyObject* other, const PySeqAccess& access) {
@@ -174,6 +190,21 @@ PyObject* PySeq_Concat(PyObject* self, PyObject* other, const PySeqAccess& acces
             return nullptr;
     }
     return PyErr_Occurred() ? nullptr : list.release();
+}
+
+int PySeq_DelItem(PyObject* self, PyObject* key, const PySeqAccess& access,
+                  int (*remove_at)(PyObject* self, Py_ssize_t i)) {
+    if (!PyIndex_Check(key)) {
+        if (!PySlice_Check(key))
+            PySeq_RefuseKey(key);
+        else
+            PyErr_SetString(PyExc_ValueError, "elements removing not supported");
+        return -1;
+    }
+    Py_ssize_t i;
+    if (absolute_index(self, key, access, &i) < 0)
+        return -1;
+    return remove_at(self, i);
 }
 
 int PySeq_AssSubscript(PyObject* self, PyObject* key, PyObject* value, const PySeqAccess& access,

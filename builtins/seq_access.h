@@ -18,6 +18,9 @@ struct PySeqAccess {
     PyObject* (*by_key)(PyObject* self, PyObject* key);
 };
 
+// -1 with TypeError "'<type>' object doesn't support item deletion", as Python's own types say it.
+[[gnu::cold, gnu::noinline]] int PySeq_RefuseDelete(PyObject* self);
+
 // 0, or -1 with OverflowError "the index (%zi) is out of the INT32 range".
 int PySeq_CheckIndex(Py_ssize_t i);
 
@@ -28,6 +31,9 @@ int PySeq_CheckIndex(Py_ssize_t i);
 PyObject* PySeq_Subscript(PyObject* self, PyObject* key, const PySeqAccess& access);
 // sq_item: i already adjusted by the interpreter; IndexError outside [0, length).
 PyObject* PySeq_Item(PyObject* self, Py_ssize_t i, const PySeqAccess& access);
+// The items of `list` (consumed; NULL passes an error through) as a new tuple; NULL with an error.
+PyObject* PySeq_TupleFromList(PyObject* list);
+
 // x + other, x * n and copy(): new Python lists of the items.
 PyObject* PySeq_Concat(PyObject* self, PyObject* other, const PySeqAccess& access);
 PyObject* PySeq_Repeat(PyObject* self, Py_ssize_t n, const PySeqAccess& access);
@@ -43,3 +49,8 @@ struct PySeqStore {
 // x[key] = value and del x[key] on a fixed-size sequence (deletion refused).
 int PySeq_AssSubscript(PyObject* self, PyObject* key, PyObject* value, const PySeqAccess& access,
                        const PySeqStore& store);
+
+// del x[i] through remove_at (which returns -1 with an error): an integer key only, negative
+// counting from the end; a slice is refused as in PySeq_AssSubscript.
+int PySeq_DelItem(PyObject* self, PyObject* key, const PySeqAccess& access,
+                  int (*remove_at)(PyObject* self, Py_ssize_t i));

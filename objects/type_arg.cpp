@@ -3,7 +3,9 @@
 #include "module/ids.h"
 #include "module/pysh.h"
 #include "module/pysh_ref.h"
+#include "objects/handle_release.h"
 #include "objects/seal_object.h"
+#include "objects/wrap_handle.h"
 
 namespace {
 
@@ -28,11 +30,24 @@ PyObject* type_of_class(PyObject* cls) {
     return type;
 }
 
+PyObject* import_type_class() {
+    PyObject* const names[] = {PyWrpIdUcsO_Module_quorix_pyintro, PyWrpIdUcsO_Type_Type, nullptr};
+    return PyShImport_ImportTypeEx(names);
+}
+
 }  // namespace
 
+PyObject* wrpPye_conv_clr_to_py_FFFFFFF_Type(void* handle) {
+    PyShRef type_class(import_type_class());
+    if (!type_class) {
+        PyShWrp_FreeGcHandlePtr(handle);
+        return nullptr;
+    }
+    return fn_conv_clr_sealtp_to_py_sealtp(handle, reinterpret_cast<PyTypeObject*>(type_class.get()));
+}
+
 int wrpPye_conv_py_to_clr_FFFFFFF_Type(PyObject* obj, PyEphObjArg* out) {
-    PyObject* const names[] = {PyWrpIdUcsO_Module_quorix_pyintro, PyWrpIdUcsO_Type_Type, nullptr};
-    PyShRef type_class(PyShImport_ImportTypeEx(names));
+    PyShRef type_class(import_type_class());
     if (!type_class)
         return 0;
     auto* type = reinterpret_cast<PyTypeObject*>(type_class.get());

@@ -23,3 +23,7 @@ struct PyShEphObjHolder {
 // O& conversion to a managed Type: 1, or 0 with TypeError "can't build Type value from '%s'"
 // (or the import's error). A class whose probe says it is no managed type is refused as well.
 int wrpPye_conv_py_to_clr_FFFFFFF_Type(PyObject* obj, PyEphObjArg* out);
+
+// A managed Type as a new quorix.pyintro.Type owning `handle` (None for NULL), or NULL with an
+// error (the import's, or the wrapping's) and the handle freed.
+PyObject* wrpPye_conv_clr_to_py_FFFFFFF_Type(void* handle);

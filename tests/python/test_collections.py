@@ -141,6 +141,164 @@ class TestCollectionClasses:
         assert paras[1] in paras and doc.sections[0] not in paras and 1 not in paras
 
 
+class TestStoringIndexers:
+    """Indexers with setters take item assignment; deletion goes to the class's own RemoveAt or Remove."""
+
+    @pytest.fixture(scope="class")
+    def bt(self):
+        from binding_support import load_bindtest
+
+        return load_bindtest()
+
+    def test_positions_store_delete_and_keep_the_sequence_rules(self, bt):
+        shelf = bt.Shelf("a,b,c")
+        shelf[0] = bt.Node("A")
+        shelf[-1] = bt.Node("C")
+        assert [n.name for n in shelf[:]] == ["A", "b", "C"]
+        shelf[1:3] = [bt.Node("B"), bt.Node("Z")]
+        assert [n.name for n in shelf[:]] == ["A", "B", "Z"]
+        with pytest.raises(ValueError, match="^attempt to assign sequence of size 1 to extended slice of size 2$"):
+            shelf[0:2] = [bt.Node()]
+        with pytest.raises(IndexError, match="^list index out of range$"):
+            shelf[3] = bt.Node()
+        with pytest.raises(TypeError, match="^can't build Node value from 'int'$"):
+            shelf[0] = 5
+        with pytest.raises(RuntimeError, match="ArgumentNullException"):
+            shelf[0] = None
+        del shelf[-3]
+        assert len(shelf) == 2 and shelf[0].name == "B"
+        with pytest.raises(IndexError, match="^list index out of range$"):
+            del shelf[2]
+        with pytest.raises(ValueError, match="^elements removing not supported$"):
+            del shelf[0:1]
+        with pytest.raises(OverflowError, match=r"^the index \(2147483648\) is out of the INT32 range$"):
+            shelf[2**31] = bt.Node()
+        assert len(shelf) == 2
+
+    def test_names_store_and_delete_through_the_string_indexer(self, bt):
+        shelf = bt.Shelf("")
+        shelf["b"] = "2"
+        shelf["a"] = "1"
+        shelf["a"] = "one"
+        assert shelf["a"] == "one" and shelf.labels == "a=one,b=2"
+        del shelf["b"]
+        assert shelf.labels == "a=one"
+        with pytest.raises(RuntimeError, match="no label 'b'"):
+            del shelf["b"]
+        with pytest.raises(TypeError):
+            shelf["c"] = 3
+        assert shelf.labels == "a=one"
+
+    def test_a_class_that_cannot_remove_refuses_deletion(self, bt):
+        board = bt.Board()
+        board["x"] = bt.Node("abc")
+        assert len(board) == 1 and board["x"].name == "x=3"
+        with pytest.raises(TypeError, match="^'qrx_bindtest.Board' object doesn't support item deletion$"):
+            del board["x"]
+        with pytest.raises(TypeError, match="^list indices must be integers or slices, not int$"):
+            board[0] = bt.Node()
+        assert len(board) == 1
+
+    def test_mapped_data_fields_take_assignment_and_deletion(self):
+        fields = qf.Document().mail_merge.mapped_data_fields
+        fields["Name"] = "FullName"
+        fields["name"] = "GivenName"  # the engine compares field names without case
+        assert len(fields) == 1 and fields["NAME"] == "GivenName"
+        del fields["Name"]
+        assert len(fields) == 0 and not fields.contains_key("Name")
+
+
+class TestEnumerationsOfValues:
+    """Collections of enumeration members, managed types and string pairs iterate through their
+    managed enumerator and yield Python values of their own."""
+
+    def test_general_formats_yield_enumeration_members(self):
+        from quorix.folio.fields import GeneralFormat
+
+        field = qf.DocumentBuilder(qf.Document()).insert_field("MERGEFIELD name \\* Upper \\* MERGEFORMAT")
+        formats = field.format.general_formats
+        it = iter(formats)
+        assert type(it).__name__.startswith("_IterWrapper_")
+        items = list(it)
+        assert items == [GeneralFormat.UPPER, GeneralFormat.MERGE_FORMAT]
+        assert all(type(f) is GeneralFormat for f in items) and list(formats.get_enumerator()) == items
+        formats.remove(GeneralFormat.UPPER)
+        assert list(formats) == [GeneralFormat.MERGE_FORMAT]
+
+    def test_mapped_fields_yield_pairs_as_dict_items_do(self):
+        fields = qf.Document().mail_merge.mapped_data_fields
+        fields.add("Name", "FullName")
+        fields["City"] = "Town"
+        assert sorted(fields) == [("City", "Town"), ("Name", "FullName")]
+        assert dict(fields) == {"Name": "FullName", "City": "Town"}
+        assert all(type(p) is tuple for p in fields.get_enumerator())
+        fields.clear()
+        assert list(fields) == []
+
+    def test_known_types_take_classes_and_yield_managed_types(self):
+        pi = pytest.importorskip("quorix.pyintro")
+        from quorix.folio.reporting import ReportingEngine
+
+        known = ReportingEngine().known_types
+        known.add(qf.Document)
+        known.add(qf.SaveFormat._type_of())
+        known.add(qf.Document)  # the set keeps one of each
+        types = list(known)
+        assert len(known) == 2 and all(type(t) is pi.Type for t in types) and types[0] in known
+        assert qf.Document not in known  # membership asks the items, which are types, not classes
+        assert [t.full_name for t in types] == ["Quorix.Folio.Document", "Quorix.Folio.SaveFormat"]
+        known.remove(qf.Document)
+        assert [t.full_name for t in known] == ["Quorix.Folio.SaveFormat"]
+        with pytest.raises(TypeError, match="^can't build Type value from 'type'$"):
+            known.add(int)
+        with pytest.raises(RuntimeError, match="ArgumentNullException"):
+            known.add(None)
+
+
+class TestNamedFrameworkValues:
+    """Text encodings and cultures cross as their names, both ways."""
+
+    def test_an_encoding_is_its_codec_name(self, tmp_path):
+        from quorix.folio.loading import LoadOptions
+
+        options = LoadOptions()
+        assert options.encoding is None
+        options.encoding = "utf_16"  # as Python spells it
+        assert options.encoding == "utf-16"
+        options.encoding = "latin-1"
+        assert options.encoding == "iso-8859-1"
+        text = tmp_path / "latin.txt"
+        text.write_bytes("Caf\u00e9 cr\u00e8me".encode("latin-1"))
+        assert qf.Document(str(text), options).get_text().strip() == "Caf\u00e9 cr\u00e8me"
+        with pytest.raises(RuntimeError, match="ArgumentException"):
+            options.encoding = "no-such-codec"
+        options.encoding = None
+        assert options.encoding is None
+
+    def test_a_culture_is_its_name(self):
+        options = qf.Document().field_options
+        options.field_update_culture = ""
+        assert options.field_update_culture == ""  # the invariant culture
+        with pytest.raises(RuntimeError, match="CultureNotFoundException"):
+            options.field_update_culture = "not a culture!"
+        options.field_update_culture = None
+        assert options.field_update_culture is None
+        with pytest.raises(TypeError):
+            options.field_update_culture = 7
+
+
+def test_geometry_structures_read_as_tuples_of_their_fields(doc):
+    info = doc.get_page_info(0)
+    size = info.get_size_in_pixels(1.0, 72.0)
+    assert type(size) is tuple and size == (round(info.width_in_points), round(info.height_in_points))
+    assert info.get_size_in_pixels(2.0, 96.0) == (round(info.width_in_points * 8 / 3), round(info.height_in_points * 8 / 3))
+    from quorix.folio.layout import LayoutEnumerator
+
+    page = LayoutEnumerator(doc).rectangle
+    assert type(page) is tuple and len(page) == 4 and all(type(v) is float for v in page)
+    assert page[:2] == (0.0, 0.0) and page[2:] == (pytest.approx(info.width_in_points), pytest.approx(info.height_in_points))
+
+
 @pytest.fixture
 def arr(doc):
     return doc.first_section.body.paragraphs.to_array()

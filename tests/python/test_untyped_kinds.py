@@ -267,6 +267,23 @@ class TestConversions:
         assert U.describe(U.counter(3)) == "0,1,2"
         assert error_of(U.describe, [1]) == (TypeError, "can't build IEnumerator value from 'list'")
 
+    def test_object_array_parameters_take_the_array_wrapper_itself(self):
+        qf = sys.modules["quorix.folio"]
+
+        def merged(values):
+            doc = qf.Document()
+            b = qf.DocumentBuilder(doc)
+            b.insert_field("MERGEFIELD a")
+            b.write(" ")
+            b.insert_field("MERGEFIELD b")
+            doc.mail_merge.execute(["a", "b", "c"][:len(values)], values)
+            return doc.get_text().strip()
+
+        arr = as_array(["x", "y", 3])
+        assert merged(arr) == "x y" and merged(arr[1:]) == "y 3"
+        assert merged(["p", "q"]) == "p q"
+        assert error_of(qf.Document().mail_merge.execute, ["a"], 5)[0] is TypeError
+
     def test_casting_between_kinds(self):
         lst = U.numbers(2)
         cast = interop._IListWrapper._cast_to(lst)

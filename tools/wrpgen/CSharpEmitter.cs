@@ -26,7 +26,7 @@ public static partial class CSharpEmitter
     {
         var w = new Writer();
         w.Line(Header);
-        w.Line("// generic instantiations over " + g.Element.FullName);
+        w.Line("// generic instantiations over " + g.ElementName);
         w.Line("#nullable disable");
         w.Line("using System;");
         w.Line("using System.Collections.Generic;");
@@ -34,7 +34,9 @@ public static partial class CSharpEmitter
         w.Line("using Quorix.WrpGen.Interop;");
         w.Line("");
         w.Line("namespace Quorix.WrpGen.Generic;");
-        string element = Managed(g.Element);
+        string element = g.Item.Kind == ValueKind.StringPair
+            ? "KeyValuePair<string, string>"
+            : ManagedType(g.Item);
         foreach (var kind in g.Kinds())
         {
             w.Line("");
@@ -164,9 +166,17 @@ public static partial class CSharpEmitter
                 stubs.Add(() => StaticSetter(w, t, s));
         }
         if (t.Sequence?.IntIndexer is { } item)
+        {
             stubs.Add(() => Indexer(w, t, SequenceModel.IntIndexerStub, new CarriedType(ValueKind.Int32), item));
+            if (t.Sequence.IntIndexerStores)
+                stubs.Add(() => IndexerStore(w, t, SequenceModel.IntStoreStub, new CarriedType(ValueKind.Int32), item));
+        }
         foreach (var k in t.Sequence?.KeyIndexers ?? [])
+        {
             stubs.Add(() => Indexer(w, t, k.Stub, k.Key, k.Item));
+            if (k.Stores)
+                stubs.Add(() => IndexerStore(w, t, k.StoreStub, k.Key, k.Item));
+        }
         foreach (string b in t.Builtins)
             stubs.Add(() => Builtin(w, t, b));
         for (int i = 0; i < stubs.Count; i++)
@@ -230,6 +240,13 @@ public static partial class CSharpEmitter
              $"var r = target[{args.Call}];", finish, Access(t, false, false));
     }
 
+    private static void IndexerStore(Writer w, TypeModel t, string stub, CarriedType key, CarriedType item)
+    {
+        var args = Arguments([new ParameterModel("key", "key", key), new ParameterModel("value", "value", item)]);
+        Stub(w, "void", stub, ["IntPtr self", .. args.Declarations], [Receiver(t), .. args.Prelude], args.Flushes,
+             $"target[{args.Values[0]}] = {args.Values[1]};", null);
+    }
+
     private static void Setter(Writer w, TypeModel t, PropertyModel p)
     {
         var args = Arguments([new ParameterModel("value", "value", p.Type)], stored: true);
@@ -252,6 +269,7 @@ public static partial class CSharpEmitter
             ValueKind.UInt64 => $"StubValues.SetPyValue({record}, StubValues.PyInt((ulong){value}));",
             ValueKind.Single or ValueKind.Double => $"StubValues.SetPyValue({record}, StubValues.PyFloat({value}));",
             ValueKind.Char => $"StubValues.SetPyValue({record}, StubValues.PyChar({value}));",
+            ValueKind.String when type.NamedBy is not null => $"StubValues.SetPyValue({record}, StubValues.StrOrNone(StubValues.NameOf({value})));",
             ValueKind.String => $"StubValues.SetPyValue({record}, StubValues.StrOrNone({value}));",
             ValueKind.Bytes => $"StubValues.SetPyValue({record}, StubValues.BytesOrNone({value}));",
             ValueKind.DateTime or ValueKind.DateTimeOffset or ValueKind.TimeSpan or ValueKind.Decimal or ValueKind.Guid
@@ -316,7 +334,10 @@ public static partial class CSharpEmitter
         ? $"ref var target = ref Unsafe.Unbox<{Managed(t)}>(Handles.Target(self));"
         : $"var target = ({Managed(t)})Handles.Target(self);";
 
-    private sealed record Args(List<string> Declarations, List<string> Prelude, List<string> Flushes, string Call);
+    private sealed record Args(List<string> Declarations, List<string> Prelude, List<string> Flushes, List<string> Values)
+    {
+        public string Call => string.Join(", ", Values);
+    }
 
     /// <param name="stored">Whether the callee keeps the values (a property setter): a Python file then
     /// becomes a stream that owns it, not one lent for the call.</param>
@@ -364,7 +385,7 @@ public static partial class CSharpEmitter
                 call.Add(Convert(p.Type, name));
             }
         }
-        return new Args(declarations, prelude, flushes, string.Join(", ", call));
+        return new Args(declarations, prelude, flushes, call);
     }
 
     /// <summary>The function that turns a lent Python object into its managed adapter, for the kinds passed that way.</summary>
@@ -409,7 +430,7 @@ public static partial class CSharpEmitter
         ValueKind.Double => "double",
         ValueKind.String => "PyStringArg*",
         ValueKind.Bytes => "PyBytesArg*",
-        ValueKind.Class or ValueKind.Struct or ValueKind.Interface => "IntPtr",
+        ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.SystemType => "IntPtr",
         ValueKind.Stream or ValueKind.Object => "VariantArg*",
         _ when type.IsUntypedKind => "VariantArg*",
         ValueKind.Regex => "PyRegexArg*",
@@ -435,6 +456,7 @@ public static partial class CSharpEmitter
             ValueKind.UInt64 => "ulong",
             ValueKind.Single => "float",
             ValueKind.Double => "double",
+            ValueKind.String when type.NamedBy is { } named => "global::" + named,
             ValueKind.String => "string",
             ValueKind.Bytes => "byte[]",
             ValueKind.Object => "object",
@@ -445,6 +467,8 @@ public static partial class CSharpEmitter
             ValueKind.Decimal => "decimal",
             ValueKind.Guid => "global::System.Guid",
             ValueKind.Version => "global::System.Version",
+            ValueKind.SystemType => "global::System.Type",
+            ValueKind.Fields => "global::" + type.Fields!.FullName,
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Enum => Managed(type.Bound!),
             _ => throw new GeneratorException($"no managed spelling for {type}"),
         };
@@ -466,10 +490,12 @@ public static partial class CSharpEmitter
         {
             ValueKind.Bool => $"{name} != 0",
             ValueKind.Char => $"(char){name}",
+            ValueKind.String when type.NamedBy is { } named => $"StubValues.ByName<global::{named}>({name}->ToManaged())",
             ValueKind.String => $"{name}->ToManaged()",
             ValueKind.Bytes => $"({name}->Data == null ? null : {name}->AsSpan().ToArray())",
             ValueKind.Enum => $"({Managed(type.Bound!)}){name}",
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface => $"({Managed(type.Bound!)})Handles.Target({name})",
+            ValueKind.SystemType => $"(global::System.Type)Handles.Target({name})",
             ValueKind.DateTime => $"PyValues.ToDateTime({name})",
             ValueKind.DateTimeOffset => $"PyValues.ToDateTimeOffset({name})",
             ValueKind.TimeSpan => $"new global::System.TimeSpan({name})",
@@ -527,6 +553,10 @@ public static partial class CSharpEmitter
             ValueKind.Void => ("void", null, null),
             ValueKind.Bool => ("int", null, "return r ? 1 : 0;"),
             ValueKind.Char => ("ushort", null, "return (ushort)r;"),
+            ValueKind.String when type.NamedBy is not null => ("IntPtr", null, "return StubValues.StrOrNone(StubValues.NameOf(r));"),
+            // a new Python list of the fields; the native side makes it a tuple
+            ValueKind.Fields => ("IntPtr", null,
+                $"return PySequences.ListOf(new object[] {{ {string.Join(", ", type.Fields!.Names.Select(n => "r." + n))} }});"),
             ValueKind.String => ("IntPtr", null, "return StubValues.StrOrNone(r);"),
             ValueKind.Bytes => ("IntPtr", null, "return StubValues.BytesOrNone(r);"),
             ValueKind.Enum => ("int", null, "return (int)r;"),
@@ -536,7 +566,7 @@ public static partial class CSharpEmitter
             ValueKind.Class when type.Bound!.IsPolymorphic =>
                 ("int", "IntPtr* result", "*result = Handles.New(r);\nreturn TypeIndex.Of(r);"),
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream or ValueKind.StringMap
-                or ValueKind.EnumeratorOf or ValueKind.EnumerableOf or ValueKind.ArrayOf or ValueKind.ListOf =>
+                or ValueKind.SystemType or ValueKind.EnumeratorOf or ValueKind.EnumerableOf or ValueKind.ArrayOf or ValueKind.ListOf =>
                 ("void", "IntPtr* result", "*result = Handles.New(r);"),
             _ when type.IsUntypedKind => ("void", "IntPtr* result", "*result = Handles.New(r);"),
             ValueKind.Object => ("void", "VariantArg* result", "Variants.SetResult(result, r);"),

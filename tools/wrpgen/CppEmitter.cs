@@ -222,7 +222,7 @@ public static class CppEmitter
                 RecordArg(type.Kind, v),
             ValueKind.Enum => new("int32_t", $"int32_t {v} = 0;", ToClr(type.Bound!), $"&{v}", v),
             // a managed Type also comes from a class (its _type_of) or None
-            ValueKind.Class when type.Bound!.FullName == "System.Type" =>
+            _ when type.Kind == ValueKind.SystemType || type is { Kind: ValueKind.Class, Bound.FullName: "System.Type" } =>
                 new("void*", $"PyShEphObjHolder {v};", "wrpPye_conv_py_to_clr_FFFFFFF_Type", $"&{v}.arg", $"{v}.get()"),
             ValueKind.Struct => new("void*", $"void* {v} = nullptr;", ToClr(type.Bound!), $"&{v}", v),
             ValueKind.Interface =>
@@ -345,7 +345,7 @@ public static class CppEmitter
 
     private static bool ReturnsHandle(CarriedType t) =>
         !t.IsNullable && (t.Kind is ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Stream
-                          or ValueKind.StringMap || t.IsSequence
+                          or ValueKind.StringMap or ValueKind.SystemType || t.IsSequence
                           || t.IsUntypedKind);
 
     /// <summary>The runtime's name of an untyped built-in kind, in its converters' names (builtins/untyped_kinds.h).</summary>
@@ -367,6 +367,7 @@ public static class CppEmitter
     {
         { Kind: ValueKind.Stream } => "PyStreamWrapper_FromHandle(result)",
         { Kind: ValueKind.StringMap } => "PyStrDict_FromHandle(result)",
+        { Kind: ValueKind.SystemType } => "wrpPye_conv_clr_to_py_FFFFFFF_Type(result)",
         { IsSequence: true } => $"PyGn_Wrap(result, &{CppGenericEmitter.ResultType(result)})",
         { IsUntypedKind: true } => $"wrpPye_conv_clr_to_py_{UntypedCode(result.Kind)}(result)",
         _ => $"{ToPy(result.Bound!)}(result)",
@@ -381,7 +382,7 @@ public static class CppEmitter
         _ when ReturnsIndexedHandle(t) => "int32_t",
         _ when ResultRecord(t) is not null => "void",
         ValueKind.Void or ValueKind.Sequence => "void",
-        ValueKind.String or ValueKind.Bytes => "PyObject*",
+        ValueKind.String or ValueKind.Bytes or ValueKind.Fields => "PyObject*",
         ValueKind.Enum => "int32_t",
         ValueKind.TimeSpan => "int64_t",
         _ when ReturnsHandle(t) => "void",
@@ -447,6 +448,9 @@ public static class CppEmitter
             case ValueKind.String or ValueKind.Bytes:
                 w.Line($"return {finish($"PyShBound_PassResult({Invoke(call + ")")})")};");
                 return;
+            case ValueKind.Fields:
+                w.Line($"return {finish($"PySeq_TupleFromList(PyShBound_PassResult({Invoke(call + ")")}))")};");
+                return;
             case var _ when ReturnsIndexedHandle(result):
                 w.Line("void* result = nullptr;");
                 w.Line($"int32_t index = {call}{sep}&result);");
@@ -504,9 +508,17 @@ public static class CppEmitter
                 yield return new(s.Setter, "void", [Arg(s.Type, "value", "").CppType]);
         }
         if (t.Sequence?.IntIndexer is { } item)
+        {
             yield return new(SequenceModel.IntIndexerStub, StubReturn(item), ["void*", "int32_t", .. ResultSlots(item)]);
+            if (t.Sequence.IntIndexerStores)
+                yield return new(SequenceModel.IntStoreStub, "void", ["void*", "int32_t", Arg(item, "value", "").CppType]);
+        }
         foreach (var k in t.Sequence?.KeyIndexers ?? [])
+        {
             yield return new(k.Stub, StubReturn(k.Item), ["void*", Arg(k.Key, "key", "").CppType, .. ResultSlots(k.Item)]);
+            if (k.Stores)
+                yield return new(k.StoreStub, "void", ["void*", Arg(k.Key, "key", "").CppType, Arg(k.Item, "value", "").CppType]);
+        }
         foreach (var b in t.Builtins)
             yield return b switch
             {
@@ -1033,6 +1045,9 @@ public static class CppEmitter
 
     private static string SeqLength(TypeModel owner) => "wrpPy_sqln_" + Id(owner);
 
+    internal static bool HasLengthOnly(TypeModel t) =>
+        t.Sequence is { CountOwner: not null, Iterable: not null } && !HasItemAccess(t);
+
     internal static bool HasItemAccess(TypeModel t) =>
         t.Sequence is { CountOwner: not null } q && (q.IntIndexer is not null || q.KeyIndexers.Count > 0);
 
@@ -1081,7 +1096,12 @@ public static class CppEmitter
             w.Line();
         }
         if (!HasItemAccess(t))
+        {
+            // a counted enumeration without positions or keys: len(), and `in` by iteration
+            if (HasLengthOnly(t))
+                w.Line($"PySequenceMethods wrpPy_tysd_{id} = {{{SeqLength(q.CountOwner!)}, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr}};");
             return;
+        }
         w.Line($"const PySeqAccess wrpPy_sqac_{id} = {{{SeqLength(q.CountOwner!)}, " +
                $"{(q.IntIndexer is null ? "nullptr" : "wrpPy_sqix_" + id)}, {(q.KeyIndexers.Count == 0 ? "nullptr" : "wrpPy_sqky_" + id)}}};");
         w.Line();
@@ -1089,8 +1109,96 @@ public static class CppEmitter
         if (q.IntIndexer is not null)
             w.Line($"PyObject* wrpPy_sqit_{id}(PyObject* self, Py_ssize_t i) {{ return PySeq_Item(self, i, wrpPy_sqac_{id}); }}");
         w.Line();
+        if (q.Stores)
+            EmitStores(w, t);
         w.Line($"PySequenceMethods wrpPy_tysd_{id} = {{{SeqLength(q.CountOwner!)}, nullptr, nullptr, {(q.IntIndexer is null ? "nullptr" : "wrpPy_sqit_" + id)}, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr}};");
-        w.Line($"PyMappingMethods wrpPy_tymp_{id} = {{{SeqLength(q.CountOwner!)}, wrpPy_mpsb_{id}, nullptr}};");
+        w.Line($"PyMappingMethods wrpPy_tymp_{id} = {{{SeqLength(q.CountOwner!)}, wrpPy_mpsb_{id}, {(q.Stores ? "wrpPy_mpas_" + id : "nullptr")}}};");
+        w.Line();
+    }
+
+    // x[key] = value and del x[key] of a class whose indexer stores: keys of a storing key
+    // indexer first, then positions (slices included) through the runtime's sequence rules.
+    private static void EmitStores(CppWriter w, TypeModel t)
+    {
+        var q = t.Sequence!;
+        string id = Id(t);
+        string handle = "PyShBound_Handle(self)";
+        if (q.IntIndexerStores)
+        {
+            // Reached after the length, whose entry check stands for these too.
+            var value = Arg(q.IntIndexer!, "value", "v");
+            w.Line($"int wrpPy_sqst_{id}(PyObject* self, Py_ssize_t i, PyObject* value) {{");
+            w.Indent();
+            w.Line(value.Decl);
+            w.Line($"if (!{value.Converter}(value, {value.Target}))");
+            w.Line("    return -1;");
+            w.Line($"{Table(t)}::get_instance().{SequenceModel.IntStoreStub}({handle}, static_cast<int32_t>(i), {value.Pass});");
+            w.Line("return PyErr_Occurred() ? -1 : 0;");
+            w.Dedent();
+            w.Line("}");
+            w.Line();
+            w.Line($"const PySeqStore wrpPy_sqso_{id} = {{wrpPy_sqst_{id}, nullptr}};");
+            w.Line();
+            if (q.RemoveAt is { } at)
+            {
+                w.Line($"int wrpPy_sqrm_{id}(PyObject* self, Py_ssize_t i) {{");
+                w.Line($"    {Table(t)}::get_instance().{at.Stub}({handle}, static_cast<int32_t>(i));");
+                w.Line("    return PyErr_Occurred() ? -1 : 0;");
+                w.Line("}");
+                w.Line();
+            }
+        }
+        w.Line($"int wrpPy_mpas_{id}(PyObject* self, PyObject* key, PyObject* value) {{");
+        w.Indent();
+        w.Line($"if ({EntryCheck(t, true)})");
+        w.Line("    return -1;");
+        var keyed = q.KeyIndexers.Where(k => k.Stores).ToList();
+        if (keyed.Count > 0)
+            w.Line($"const {Table(t)}& table = {Table(t)}::get_instance();");
+        for (int n = 0; n < keyed.Count; n++)
+        {
+            var k = keyed[n];
+            string test = k.Key.Kind == ValueKind.String
+                ? "PyUnicode_Check(key)"
+                : $"PyObject_TypeCheck(key, reinterpret_cast<PyTypeObject*>({TypeObject(k.Key.Bound!)}))";
+            var key = Arg(k.Key, "key", "k" + n);
+            var value = Arg(k.Item, "value", "v" + n);
+            w.Line($"if ({test}) {{");
+            w.Indent();
+            w.Line(key.Decl);
+            w.Line($"if (!{key.Converter}(key, {key.Target}))");
+            w.Line("    return -1;");
+            w.Line("if (value == nullptr) {");
+            w.Line(k.Remove is { } remove
+                ? $"    table.{remove.Stub}({handle}, {key.Pass});"
+                : "    return PySeq_RefuseDelete(self);");
+            if (k.Remove is not null)
+                w.Line("    return PyErr_Occurred() ? -1 : 0;");
+            w.Line("}");
+            w.Line(value.Decl);
+            w.Line($"if (!{value.Converter}(value, {value.Target}))");
+            w.Line("    return -1;");
+            w.Line($"table.{k.StoreStub}({handle}, {key.Pass}, {value.Pass});");
+            w.Line("return PyErr_Occurred() ? -1 : 0;");
+            w.Dedent();
+            w.Line("}");
+        }
+        if (q.IntIndexerStores)
+        {
+            if (q.RemoveAt is not null)
+            {
+                w.Line("if (value == nullptr)");
+                w.Line($"    return PySeq_DelItem(self, key, wrpPy_sqac_{id}, wrpPy_sqrm_{id});");
+            }
+            w.Line($"return PySeq_AssSubscript(self, key, value, wrpPy_sqac_{id}, wrpPy_sqso_{id});");
+        }
+        else
+        {
+            w.Line("PySeq_RefuseKey(key);");
+            w.Line("return -1;");
+        }
+        w.Dedent();
+        w.Line("}");
         w.Line();
     }
 
@@ -1275,6 +1383,10 @@ public static class CppEmitter
             {
                 w.Line($"    {TypeObject(t)}.tp_as_sequence = &wrpPy_tysd_{id};");
                 w.Line($"    {TypeObject(t)}.tp_as_mapping = &wrpPy_tymp_{id};");
+            }
+            else if (HasLengthOnly(t))
+            {
+                w.Line($"    {TypeObject(t)}.tp_as_sequence = &wrpPy_tysd_{id};");
             }
             if (sq.Iterable is not null)
                 w.Line($"    {TypeObject(t)}.tp_iter = {CppGenericEmitter.IterableIter(sq.Iterable)};");

@@ -81,7 +81,7 @@ internal static class CppGenericEmitter
         w.Line();
         foreach (var g in model.Generics)
         {
-            w.Line($"// over {g.Element.FullName}");
+            w.Line($"// over {g.ElementName}");
             foreach (var k in PyKinds(g))
                 w.Line($"extern PyGnTypeObject {TypeObject(g, k.Code)};");
             foreach (var kind in g.Kinds())
@@ -98,11 +98,13 @@ internal static class CppGenericEmitter
         w.Line($"#include \"{CppEmitter.BindingsHeader}\"");
         w.Line();
         w.Line("#include \"builtins/generic_kinds.h\"");
+        w.Line("#include \"builtins/seq_access.h\"");
         w.Line("#include \"host/managed_binding.h\"");
         w.Line("#include \"objects/bound_registration.h\"");
         w.Line("#include \"objects/casting.h\"");
         w.Line("#include \"objects/host_table.h\"");
         w.Line("#include \"objects/seal_object.h\"");
+        w.Line("#include \"objects/type_arg.h\"");
         w.Line("#include \"objects/wrapper_slots.h\"");
         w.Line();
         foreach (var g in model.Generics)
@@ -111,7 +113,7 @@ internal static class CppGenericEmitter
 
     private static void EmitInstance(CppWriter w, AssemblyModel model, GenericInstance g)
     {
-        w.Line($"// ---- over {g.Element.FullName}");
+        w.Line($"// ---- over {g.ElementName}");
         w.Line();
         w.Line("namespace {");
         w.Line();
@@ -211,9 +213,18 @@ internal static class CppGenericEmitter
         return $"[]({decl}) {{ return {Table(g, kind)}::get_instance().{s.Forwarder}({args}); }}";
     }
 
+    // How an element that is no bound object leaves MoveNext: an enumeration's value in the
+    // index slot, a Type's handle, a pair as a new Python list of its two strings.
+    private static string ValueToPy(CarriedType item) => item.Kind switch
+    {
+        ValueKind.Enum => $"[](void*, int32_t value) {{ return {CppEmitter.ToPyName(item.Bound!)}(value); }}",
+        ValueKind.SystemType => "[](void* handle, int32_t) { return wrpPye_conv_clr_to_py_FFFFFFF_Type(handle); }",
+        ValueKind.StringPair => "[](void* list, int32_t) { return PySeq_TupleFromList(static_cast<PyObject*>(list)); }",
+        _ => throw new GeneratorException($"no element conversion for {item}"),
+    };
+
     private static void EmitOps(CppWriter w, AssemblyModel model, GenericInstance g, PyKind k)
     {
-        var e = g.Element;
         // The kinds that serve this Python type: its own table, then those it reads through.
         GenericKind own = k == IterType ? GenericKind.Iter : k == IterableType ? GenericKind.Iterable
             : k == ArrayType ? GenericKind.Array : GenericKind.IList;
@@ -225,11 +236,19 @@ internal static class CppGenericEmitter
         w.Line("PyGnOps o = {};");
         w.Line($"o.kind_name = {CppEmitter.Quote(k.KindName)};");
         w.Line($"o.invalidate = {Invalidate(g, own)};");
-        w.Line($"o.element_type = &{CppEmitter.TypeObject(e)};");
-        w.Line($"o.element_kind = {CppEmitter.HandleKind(e)};");
-        w.Line($"o.index_table = {CppEmitter.IndexTable(model)};");
-        w.Line($"o.index_count = {CppEmitter.IndexTable(model)}_count;");
-        w.Line($"o.element_to_clr = {CppEmitter.ToClr(e)};");
+        if (g.IsObject)
+        {
+            var e = g.Element!;
+            w.Line($"o.element_type = &{CppEmitter.TypeObject(e)};");
+            w.Line($"o.element_kind = {CppEmitter.HandleKind(e)};");
+            w.Line($"o.index_table = {CppEmitter.IndexTable(model)};");
+            w.Line($"o.index_count = {CppEmitter.IndexTable(model)}_count;");
+            w.Line($"o.element_to_clr = {CppEmitter.ToClr(e)};");
+        }
+        else
+        {
+            w.Line($"o.element_to_py = {ValueToPy(g.Item)};");
+        }
         w.Line($"o.get_enumerator = {Forward(g, GenericKind.Iterable, "GetEnumerator")};");
         w.Line($"o.iter_type = &{TypeObject(g, IterType.Code)}.type;");
         if (own == GenericKind.Iter)

@@ -22,6 +22,15 @@ public enum ValueKind
     Sequence,
     /// <summary>A managed IDictionary&lt;string, string&gt; result: a live Python mapping of str to str.</summary>
     StringMap,
+    /// <summary>
+    /// A System.Type of an assembly that does not bind it: quorix.pyintro.Type out; in, also a
+    /// bound class (its managed type) or None.
+    /// </summary>
+    SystemType,
+    /// <summary>A KeyValuePair&lt;string, string&gt; element of an enumeration: a (key, value) tuple, as dict.items() gives.</summary>
+    StringPair,
+    /// <summary>A geometry structure of System.Drawing (a size, point or rectangle) read as a tuple of its fields.</summary>
+    Fields,
 }
 
 /// <summary>How a parameter passes: by value, or from Python as a one-element list (ref, out).</summary>
@@ -34,6 +43,15 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
     public CarriedType? Item { get; init; }
 
     public static CarriedType SequenceOf(CarriedType item) => new(ValueKind.Sequence) { Item = item };
+
+    /// <summary>
+    /// The framework type a <see cref="ValueKind.String"/> stands for by its name (an Encoding by
+    /// its codec name, a CultureInfo by its culture name); null for a plain string.
+    /// </summary>
+    public string? NamedBy { get; init; }
+
+    /// <summary>The framework structure a <see cref="ValueKind.Fields"/> value reads; its fields in tuple order.</summary>
+    public FrameworkFields? Fields { get; init; }
 
     /// <summary>A Nullable&lt;T&gt; of a value kind: None crosses as no value.</summary>
     public bool IsNullable { get; init; }
@@ -70,7 +88,7 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
         ValueKind.UInt64 => "uint64",
         ValueKind.Single => "float32",
         ValueKind.Double => "float64",
-        ValueKind.String => "string",
+        ValueKind.String => NamedBy is null ? "string" : $"string:{NamedBy}",
         ValueKind.Bytes => "bytes",
         ValueKind.Stream => "stream",
         ValueKind.Class => "class:" + Bound!.FullName,
@@ -93,24 +111,61 @@ public sealed record CarriedType(ValueKind Kind, TypeModel? Bound = null, Generi
         ValueKind.ArrayList => "arraylist",
         ValueKind.CollectionBase => "collectionbase",
         ValueKind.ReadOnlyCollectionBase => "readonlycollectionbase",
-        ValueKind.EnumeratorOf => "enumerator:" + Generic!.Element.FullName,
-        ValueKind.EnumerableOf => "enumerable:" + Generic!.Element.FullName,
-        ValueKind.ArrayOf => "array:" + Generic!.Element.FullName,
-        ValueKind.ListOf => "list:" + Generic!.Element.FullName,
+        ValueKind.EnumeratorOf => "enumerator:" + Generic!.ElementName,
+        ValueKind.EnumerableOf => "enumerable:" + Generic!.ElementName,
+        ValueKind.ArrayOf => "array:" + Generic!.ElementName,
+        ValueKind.ListOf => "list:" + Generic!.ElementName,
         ValueKind.Sequence => "sequence:" + Item,
         ValueKind.StringMap => "mapping:string,string",
+        ValueKind.SystemType => "type",
+        ValueKind.StringPair => "pair:string,string",
+        ValueKind.Fields => $"tuple:{Fields!.FullName}",
         _ => "?",
     };
 }
 
+/// <summary>A framework structure read as a tuple: its full name, its fields in order and whether they are real numbers.</summary>
+public sealed record FrameworkFields(string FullName, IReadOnlyList<string> Names, bool Real)
+{
+    public static readonly IReadOnlyDictionary<string, FrameworkFields> Known =
+        new[]
+        {
+            new FrameworkFields("System.Drawing.Size", ["Width", "Height"], false),
+            new FrameworkFields("System.Drawing.SizeF", ["Width", "Height"], true),
+            new FrameworkFields("System.Drawing.Point", ["X", "Y"], false),
+            new FrameworkFields("System.Drawing.PointF", ["X", "Y"], true),
+            new FrameworkFields("System.Drawing.Rectangle", ["X", "Y", "Width", "Height"], false),
+            new FrameworkFields("System.Drawing.RectangleF", ["X", "Y", "Width", "Height"], true),
+        }.ToDictionary(f => f.FullName, StringComparer.Ordinal);
+}
+
 /// <summary>
-/// The generic collection kinds instantiated over one bound element type. Every kind of one element
+/// The generic collection kinds instantiated over one element type: a bound object type, or (for
+/// enumerations only) an enumeration, System.Type or a pair of strings. Every kind of one element
 /// shares <see cref="Hash"/>, which names its method tables, managed classes and Python types.
 /// </summary>
-public sealed class GenericInstance(TypeModel element)
+public sealed class GenericInstance
 {
-    public TypeModel Element { get; } = element;
-    public string Hash { get; } = TypeHash.Of("System.Collections.Generic.IEnumerable`1[[" + element.FullName + "]]");
+    public GenericInstance(CarriedType item)
+    {
+        Item = item;
+        ElementName = item.Kind switch
+        {
+            ValueKind.SystemType => "System.Type",
+            ValueKind.StringPair => "System.Collections.Generic.KeyValuePair`2[System.String,System.String]",
+            _ => item.Bound!.FullName,
+        };
+        Hash = TypeHash.Of("System.Collections.Generic.IEnumerable`1[[" + ElementName + "]]");
+    }
+
+    /// <summary>The element as it crosses.</summary>
+    public CarriedType Item { get; }
+    /// <summary>The element's bound type; null for System.Type and pairs.</summary>
+    public TypeModel? Element => Item.Bound;
+    public string ElementName { get; }
+    /// <summary>Elements are objects with handles of their own, so the indexed kinds can hold them.</summary>
+    public bool IsObject => Item.Kind is ValueKind.Class or ValueKind.Interface or ValueKind.Struct;
+    public string Hash { get; }
     public bool HasArray { get; internal set; }
     public bool HasList { get; internal set; }
 
@@ -137,6 +192,10 @@ public sealed class SequenceModel
 {
     public PropertyModel? Count { get; internal set; }
     public CarriedType? IntIndexer { get; internal set; }
+    /// <summary>The integer indexer also stores: item assignment by position.</summary>
+    public bool IntIndexerStores { get; internal set; }
+    /// <summary>The RemoveAt(int) that `del x[i]` calls, where the class stores by position.</summary>
+    public MethodModel? RemoveAt { get; internal set; }
     /// <summary>Indexers by a string or an enumeration: subscription with such a key, tried in this order.</summary>
     public List<KeyIndexer> KeyIndexers { get; } = [];
     public GenericInstance? Iterable { get; internal set; }
@@ -145,12 +204,23 @@ public sealed class SequenceModel
     public TypeModel? CountOwner { get; internal set; }
 
     public const string IntIndexerStub = "btp_SqGetItem";
+    public const string IntStoreStub = "btp_SqSetItem";
+
+    /// <summary>Whether some indexer stores: the class then takes item assignment (and deletion where it can remove).</summary>
+    public bool Stores => IntIndexerStores || KeyIndexers.Any(k => k.Stores);
 }
 
 /// <summary>An indexer by a key that is not a position; its stub is "btp_MpGetItemBy" + the key's type name.</summary>
 public sealed record KeyIndexer(CarriedType Key, CarriedType Item)
 {
-    public string Stub => "btp_MpGetItemBy" + (Key.Kind == ValueKind.String ? "String" : Key.Bound!.Name);
+    public string Stub => "btp_MpGetItemBy" + KeyName;
+    /// <summary>The stub of the indexer's setter, where it has one.</summary>
+    public string StoreStub => "btp_MpSetItemBy" + KeyName;
+    public bool Stores { get; init; }
+    /// <summary>The Remove(key) that `del x[key]` calls, where the class stores by this key.</summary>
+    public MethodModel? Remove { get; internal set; }
+
+    private string KeyName => Key.Kind == ValueKind.String ? "String" : Key.Bound!.Name;
 }
 
 /// <summary>
@@ -318,9 +388,17 @@ public sealed class TypeModel
                 yield return s.Setter;
         }
         if (Sequence?.IntIndexer is not null)
+        {
             yield return SequenceModel.IntIndexerStub;
+            if (Sequence.IntIndexerStores)
+                yield return SequenceModel.IntStoreStub;
+        }
         foreach (var k in Sequence?.KeyIndexers ?? [])
+        {
             yield return k.Stub;
+            if (k.Stores)
+                yield return k.StoreStub;
+        }
         foreach (var b in Builtins)
             yield return b;
     }

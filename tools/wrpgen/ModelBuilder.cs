@@ -27,7 +27,7 @@ public sealed class ModelBuilder
     private readonly List<TypeModel> _declared = [];
     private readonly HashSet<string>? _selected;
     private TypeModel? _object;
-    private readonly Dictionary<TypeModel, GenericInstance> _generics = [];
+    private readonly Dictionary<string, GenericInstance> _generics = new(StringComparer.Ordinal);
 
     private ModelBuilder(MetadataReader reader, ReferenceResolver resolver, AssemblyModel model, HashSet<string>? selected)
     {
@@ -92,7 +92,7 @@ public sealed class ModelBuilder
             builder.CollectMembers(type);
         builder.OrderTypes();
         builder.LinkSequences();
-        model.Generics.AddRange(builder._generics.Values.OrderBy(g => g.Element.FullName, StringComparer.Ordinal));
+        model.Generics.AddRange(builder._generics.Values.OrderBy(g => g.ElementName, StringComparer.Ordinal));
         foreach (var type in model.Types)
             MarkHiddenOverloads(type);
         MarkPolymorphic(model);
@@ -637,6 +637,11 @@ public sealed class ModelBuilder
                 Skip(type.FullName, name, reason);
             return;
         }
+        if (setter is not null && carried!.Kind == ValueKind.Fields)
+        {
+            Skip(type.FullName, name + " (setter)", $"{carried.Fields!.FullName} crosses only as a result (a tuple of its fields)");
+            setter = null;
+        }
         if (setter is not null && (carried!.IsSequence || carried.IsUntypedKind || carried is { Kind: ValueKind.Sequence } && !CopiedIn.Contains(carried.Item!.Kind)))
         {
             Skip(type.FullName, name + " (setter)", "Python sequences as managed collections are not carried yet");
@@ -677,11 +682,9 @@ public sealed class ModelBuilder
             return "indexer items: " + (carried is null ? why : $"{carried} is not an object, enumeration or string type");
         type.Sequence ??= new SequenceModel();
         if (byInt)
-            type.Sequence.IntIndexer = carried;
+            (type.Sequence.IntIndexer, type.Sequence.IntIndexerStores) = (carried, setter is not null);
         else
-            type.Sequence.KeyIndexers.Add(new KeyIndexer(key!, carried));
-        if (setter is not null)
-            Skip(type.FullName, name + " (setter)", "indexers that store items are not bound yet");
+            type.Sequence.KeyIndexers.Add(new KeyIndexer(key!, carried) { Stores = setter is not null });
         return "";
     }
 
@@ -697,8 +700,19 @@ public sealed class ModelBuilder
                 type.Sequence ??= new SequenceModel();
                 type.Sequence.Iterable = Instance(element);
             }
+            else
+            {
+                // enumerations of values that are no bound objects iterate by value
+                var values = IterableValues(type);
+                if (values is not null)
+                {
+                    type.Sequence ??= new SequenceModel();
+                    type.Sequence.Iterable = Instance(values);
+                }
+            }
             if (type.Sequence is null)
                 continue;
+            LinkRemovals(type, type.Sequence);
             for (var t = type; t is not null && type.Sequence.CountOwner is null; t = t.Base)
             {
                 var count = t.Properties.FirstOrDefault(p => p.ManagedName == "Count" && p.Type.Kind == ValueKind.Int32);
@@ -708,24 +722,55 @@ public sealed class ModelBuilder
         }
     }
 
-    private TypeModel? IterableElement(TypeModel type)
+    // `del x[key]` of a class whose indexer stores goes to its own RemoveAt(int) or Remove(key).
+    private static void LinkRemovals(TypeModel type, SequenceModel q)
+    {
+        MethodModel? Find(string name, CarriedType key) => type.Methods.FirstOrDefault(m =>
+            !m.IsStatic && m.ManagedName == name && m.Parameters.Count == 1 && m.Parameters[0].Type == key
+            && m.Result.Kind is ValueKind.Void or ValueKind.Bool);
+        if (q.IntIndexerStores)
+            q.RemoveAt = Find("RemoveAt", new CarriedType(ValueKind.Int32));
+        foreach (var k in q.KeyIndexers.Where(k => k.Stores))
+            k.Remove = Find("Remove", k.Key);
+    }
+
+    // The element of an IEnumerable<T> the class implements over values that are no bound objects.
+    private CarriedType? IterableValues(TypeModel type)
     {
         if (_selected is not null)
             return null;
-        TypeModel? best = null;
+        foreach (var sig in EnumerableInterfaces(type))
+            if (CarryElement(sig.Arguments[0], out _) is { Kind: ValueKind.Enum or ValueKind.SystemType or ValueKind.StringPair } values)
+                return values;
+        return null;
+    }
+
+    private IEnumerable<TypeSig> EnumerableInterfaces(TypeModel type)
+    {
         foreach (var ih in _reader.GetTypeDefinition(type.Handle).GetInterfaceImplementations())
         {
             var iface = _reader.GetInterfaceImplementation(ih).Interface;
             if (iface.Kind != HandleKind.TypeSpecification)
                 continue;
             var sig = _reader.GetTypeSpecification((TypeSpecificationHandle)iface).DecodeSignature(TypeSigProvider.Instance, null);
-            if (sig.Kind != SigKind.GenericInstance || sig.Element!.FullName != "System.Collections.Generic.IEnumerable`1")
-                continue;
-            if (Carry(sig.Arguments[0], isResult: true, out _) is not { Bound: { } element } ||
+            if (sig.Kind == SigKind.GenericInstance && sig.Element!.FullName == "System.Collections.Generic.IEnumerable`1")
+                yield return sig;
+        }
+    }
+
+    // The most derived bound object type T of the IEnumerable<T> the class implements.
+    private CarriedType? IterableElement(TypeModel type)
+    {
+        if (_selected is not null)
+            return null;
+        CarriedType? best = null;
+        foreach (var sig in EnumerableInterfaces(type))
+        {
+            if (Carry(sig.Arguments[0], isResult: true, out _) is not { Bound: { } element } carried ||
                 element.Kind is not (TypeKind.Class or TypeKind.Interface or TypeKind.Struct))
                 continue;
-            if (best is null || Depth(element) > Depth(best))
-                best = element;
+            if (best is null || Depth(element) > Depth(best.Bound!))
+                best = carried;
         }
         return best;
     }
@@ -738,11 +783,28 @@ public sealed class ModelBuilder
         return depth;
     }
 
-    private GenericInstance Instance(TypeModel element)
+    private GenericInstance Instance(CarriedType element)
     {
-        if (!_generics.TryGetValue(element, out var g))
-            _generics[element] = g = new GenericInstance(element);
-        return g;
+        var g = new GenericInstance(element);
+        if (!_generics.TryGetValue(g.ElementName, out var known))
+            _generics[g.ElementName] = known = g;
+        return known;
+    }
+
+    // An element of an enumeration: any bound type, an enumeration, System.Type or a pair of strings.
+    private CarriedType? CarryElement(TypeSig element, out string why)
+    {
+        var t = element.Unmodified;
+        if (t.Kind == SigKind.GenericInstance && t.Element!.FullName == "System.Collections.Generic.KeyValuePair`2"
+            && t.Arguments.All(a => a.Unmodified.IsPrimitive(PrimitiveTypeCode.String)))
+        {
+            why = "";
+            return new CarriedType(ValueKind.StringPair);
+        }
+        var carried = Carry(element, isResult: true, out why);
+        return carried is { Kind: ValueKind.Class or ValueKind.Interface or ValueKind.Struct or ValueKind.Enum or ValueKind.SystemType }
+            ? carried
+            : Fail(out why, carried is null ? why : $"sequences of {carried} are not carried yet");
     }
 
     private static readonly Dictionary<string, ValueKind> GenericKinds = new(StringComparer.Ordinal)
@@ -759,10 +821,13 @@ public sealed class ModelBuilder
         why = "";
         if (_selected is not null)
             return Fail(out why, $"{t}: generic instantiations belong to the full binding, not to a type selection");
-        var carried = Carry(element, isResult: true, out string elementWhy);
-        if (carried is not { Kind: ValueKind.Class or ValueKind.Interface or ValueKind.Struct })
-            return Fail(out why, $"{t}: sequences of {(carried is null ? elementWhy : carried.ToString())} are not carried yet (only of bound objects)");
-        var g = Instance(carried.Bound!);
+        // values other than objects only leave through an enumerator: no index or store holds them
+        var carried = kind == ValueKind.EnumeratorOf ? CarryElement(element, out string elementWhy) : Carry(element, isResult: true, out elementWhy);
+        if (carried is null)
+            return Fail(out why, $"{t}: {elementWhy}");
+        if (kind != ValueKind.EnumeratorOf && carried is not { Kind: ValueKind.Class or ValueKind.Interface or ValueKind.Struct })
+            return Fail(out why, $"{t}: sequences of {carried} are not carried yet (only of bound objects)");
+        var g = Instance(carried);
         if (kind == ValueKind.ArrayOf)
             g.HasArray = true;
         if (kind == ValueKind.ListOf)
@@ -794,7 +859,7 @@ public sealed class ModelBuilder
         var item = Carry(element, isResult: true, out string itemWhy);
         if (item is null)
             return Fail(out why, $"{t}: {itemWhy}");
-        if (item.IsNullable || item.IsSequence || item.Kind is ValueKind.Sequence or ValueKind.Void or ValueKind.Bytes
+        if (item.IsNullable || item.IsSequence || item.NamedBy is not null || item.Kind == ValueKind.Fields || item.Kind is ValueKind.Sequence or ValueKind.Void or ValueKind.Bytes
             || ParameterOnly.Contains(item.Kind))
             return Fail(out why, $"{t}: sequences of {item} are not carried");
         if (isParameter && !CopiedIn.Contains(item.Kind))
@@ -892,7 +957,12 @@ public sealed class ModelBuilder
         ["System.Collections.ArrayList"] = ValueKind.ArrayList,
         ["System.Collections.CollectionBase"] = ValueKind.CollectionBase,
         ["System.Collections.ReadOnlyCollectionBase"] = ValueKind.ReadOnlyCollectionBase,
+        ["System.Type"] = ValueKind.SystemType,
     };
+
+    // Framework types that a name stands for both ways: a text encoding, a culture.
+    private static readonly HashSet<string> NamedByText = new(StringComparer.Ordinal)
+        { "System.Text.Encoding", "System.Globalization.CultureInfo" };
 
     // Kinds that Python values stand in for only while a call runs: there is no way back.
     private static readonly HashSet<ValueKind> ParameterOnly = [ValueKind.Regex];
@@ -969,7 +1039,7 @@ public sealed class ModelBuilder
                 why = $"{t}: of nullable values only {string.Join(", ", NullableKinds.Order())} are carried";
                 return null;
             case SigKind.GenericInstance when t.Arguments.Length == 1 && GenericKinds.TryGetValue(t.Element!.FullName, out var sequenceKind):
-                if (!isParameter && IsBoundObject(t.Arguments[0]))
+                if (!isParameter && (IsBoundObject(t.Arguments[0]) || sequenceKind == ValueKind.EnumeratorOf))
                     return CarrySequence(t, sequenceKind, t.Arguments[0], out why);
                 // read-only views are snapshots: a copy serves them both ways
                 if (CopiedShapes.Contains(t.Element!.FullName))
@@ -1013,6 +1083,14 @@ public sealed class ModelBuilder
                 if (ParameterOnly.Contains(framework) && !isParameter)
                     return Fail(out why, $"{t.FullName} crosses only as a parameter");
                 return new CarriedType(framework);
+            case SigKind.Named when FrameworkFields.Known.TryGetValue(t.FullName, out var fields):
+                // a tuple has no way back into a structure the callee would keep
+                return isParameter
+                    ? Fail(out why, $"{t.FullName} crosses only as a result (a tuple of its fields)")
+                    : new CarriedType(ValueKind.Fields) { Fields = fields };
+            case SigKind.Named when NamedByText.Contains(t.FullName):
+                // the framework looks these up by name: Python passes and reads the name
+                return new CarriedType(ValueKind.String) { NamedBy = t.FullName };
             case SigKind.Named when t.FullName == StreamType:
                 // any stream crosses: a managed one by handle, a Python file object through the raw-I/O callbacks
                 return new CarriedType(ValueKind.Stream);

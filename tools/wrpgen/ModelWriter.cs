@@ -22,7 +22,7 @@ public static class ModelWriter
         foreach (var t in model.Types)
             WriteType(w, t);
         foreach (var g in model.Generics)
-            Line(w, $"generic {g.Hash} {g.Element.FullName} iter iterable{(g.HasArray ? " array" : "")}{(g.HasList ? " list" : "")}");
+            Line(w, $"generic {g.Hash} {g.ElementName} iter iterable{(g.HasArray ? " array" : "")}{(g.HasList ? " list" : "")}");
         return w.ToString();
     }
 
@@ -58,8 +58,12 @@ public static class ModelWriter
         {
             Line(w, $"  sequence count={(q.CountOwner is null ? "-" : q.CountOwner.FullName + "." + q.Count!.Getter)} " +
                     $"item={(q.IntIndexer is null ? "-" : SequenceModel.IntIndexerStub + ":" + q.IntIndexer)} " +
+                    (q.IntIndexerStores ? $"store={SequenceModel.IntStoreStub} " : "") +
+                    (q.RemoveAt is { } at ? $"delete={at.Stub} " : "") +
                     $"iterable={(q.Iterable is null ? "-" : q.Iterable.Hash)}" +
-                    string.Concat(q.KeyIndexers.Select(k => $" key={k.Stub}:{k.Key}->{k.Item}")));
+                    string.Concat(q.KeyIndexers.Select(k => $" key={k.Stub}:{k.Key}->{k.Item}" +
+                                                            (k.Stores ? " store=" + k.StoreStub : "") +
+                                                            (k.Remove is { } r ? " delete=" + r.Stub : ""))));
         }
         foreach (var s in t.StaticAttributes)
             Line(w, $"  static {s.PythonName} {s.Getter} {s.Setter ?? "-"} {s.Type} {(s.IsField ? "field" : "property")}");

@@ -109,7 +109,7 @@ public static class PyiEmitter
 
         private static bool IsReference(ValueKind kind) =>
             kind is ValueKind.Class or ValueKind.Interface or ValueKind.String or ValueKind.Stream or ValueKind.Bytes
-                or ValueKind.Sequence;
+                or ValueKind.Sequence or ValueKind.SystemType;
 
         // Objects convert from None for any parameter; the annotations narrow that where the
         // managed side refuses null, and widen strings and buffers where it accepts it.
@@ -118,7 +118,13 @@ public static class PyiEmitter
             bool none = c.Kind is ValueKind.Class or ValueKind.Interface ? state != NullState.NotNull
                 : IsReference(c.Kind) && state == NullState.MayBeNull;
             // any iterable converts item by item; what comes back is a list
-            string type = c is { Kind: ValueKind.Sequence, Mode: PassMode.Value } ? $"{Typing("Iterable")}[{ValueType(c.Item!)}]" : ValueType(c);
+            string type = c switch
+            {
+                { Kind: ValueKind.Sequence, Mode: PassMode.Value } => $"{Typing("Iterable")}[{ValueType(c.Item!)}]",
+                // a bound class stands for its managed type
+                { Kind: ValueKind.SystemType, Mode: PassMode.Value } => ValueType(c) + " | type",
+                _ => ValueType(c),
+            };
             return type + (none ? " | None" : "");
         }
 
@@ -133,6 +139,8 @@ public static class PyiEmitter
             string plain = PlainType(c);
             return c.IsNullable ? plain + " | None" : plain;
         }
+
+        private string ElementType(GenericInstance g) => g.Item.Kind == ValueKind.StringPair ? "tuple[str, str]" : PlainType(g.Item);
 
         private string PlainType(CarriedType c) => c.Kind switch
         {
@@ -155,9 +163,11 @@ public static class PyiEmitter
             ValueKind.Bytes => "bytes",
             ValueKind.Stream => Typing("BinaryIO"),
             ValueKind.Class or ValueKind.Struct or ValueKind.Interface or ValueKind.Enum => Ref(c.Bound!),
-            ValueKind.EnumeratorOf => $"{Typing("Iterator")}[{Ref(c.Generic!.Element)}]",
-            ValueKind.EnumerableOf => $"{Typing("Iterable")}[{Ref(c.Generic!.Element)}]",
-            ValueKind.ArrayOf or ValueKind.ListOf => $"{Typing("Sequence")}[{Ref(c.Generic!.Element)}]",
+            ValueKind.SystemType => Ref(TypeModule, "Type"),
+            ValueKind.Fields => $"tuple[{string.Join(", ", c.Fields!.Names.Select(_ => c.Fields.Real ? "float" : "int"))}]",
+            ValueKind.EnumeratorOf => $"{Typing("Iterator")}[{ElementType(c.Generic!)}]",
+            ValueKind.EnumerableOf => $"{Typing("Iterable")}[{ElementType(c.Generic!)}]",
+            ValueKind.ArrayOf or ValueKind.ListOf => $"{Typing("Sequence")}[{ElementType(c.Generic!)}]",
             ValueKind.Sequence => $"list[{ValueType(c.Item!)}]",
             ValueKind.StringMap => $"{Typing("MutableMapping")}[str, str]",
             _ => "int",
@@ -181,9 +191,30 @@ public static class PyiEmitter
                 forms.AddRange(q.KeyIndexers.Where(k => k.Key.Kind != ValueKind.Enum).Select(k => (ValueType(k.Key), ValueType(k.Item) + " | None")));
                 foreach (var (key, result) in forms)
                     Def(forms.Count > 1 ? [Typing("overload")] : [], "__getitem__", $"self, key: {key}", result, null);
+                var stores = new List<(string Key, string Value)>();
+                var deletes = new List<string>();
+                if (q.IntIndexerStores)
+                {
+                    stores.Add(("int", ValueType(q.IntIndexer!)));
+                    stores.Add(("slice", $"{Typing("Iterable")}[{ValueType(q.IntIndexer!)}]"));
+                    if (q.RemoveAt is not null)
+                        deletes.Add("int");
+                }
+                foreach (var k in q.KeyIndexers.Where(k => k.Stores && k.Key.Kind != ValueKind.Enum))
+                {
+                    stores.Add((ValueType(k.Key), ValueType(k.Item)));
+                    if (k.Remove is not null)
+                        deletes.Add(ValueType(k.Key));
+                }
+                foreach (var (key, value) in stores)
+                    Def(stores.Count > 1 ? [Typing("overload")] : [], "__setitem__", $"self, key: {key}, value: {value}", "None", null);
+                if (deletes.Count > 0)
+                    Def([], "__delitem__", $"self, key: {string.Join(" | ", deletes)}", "None", null);
             }
+            if (CppEmitter.HasLengthOnly(t))
+                Def([], "__len__", "self", "int", null);
             if (q.Iterable is { } g)
-                Def([], "__iter__", "self", $"{Typing("Iterator")}[{Ref(g.Element)}]", null);
+                Def([], "__iter__", "self", $"{Typing("Iterator")}[{ElementType(g)}]", null);
         }
 
         private void Doc(int depth, string? id, bool asBody) => DocText(depth, id is null ? null : docs.Summary(id), asBody);

@@ -21,6 +21,22 @@ public static unsafe class SequenceStubs<T>
 
     private static void Hand(T value, IntPtr* item, int* index)
     {
+        // values that are no objects of their own leave as what Python makes of them
+        if (typeof(T).IsEnum)
+        {
+            *item = IntPtr.Zero;
+            *index = Convert.ToInt32(value, System.Globalization.CultureInfo.InvariantCulture);
+            return;
+        }
+        if (typeof(T) == typeof(KeyValuePair<string, string>))
+        {
+            var pair = (KeyValuePair<string, string>)(object)value!;
+            *item = PySequences.ListOf(new[] { pair.Key, pair.Value });
+            *index = -1;
+            if (*item == IntPtr.Zero)
+                throw new PyErrorPendingException();
+            return;
+        }
         *item = Handles.New(value);
         *index = TypeIndex.Of(value);
     }

@@ -47,6 +47,44 @@ public static unsafe class StubValues
 
     public static IntPtr StrOrNone(string? text) => text is null ? None() : PyRuntime.NewPyString(text);
 
+    /// <summary>
+    /// The encoding or culture a Python name stands for (null for None). Codec names are taken as
+    /// Python writes them too ("utf_8", "latin_1"); the culture "" is the invariant one.
+    /// </summary>
+    public static T? ByName<T>(string? name) where T : class
+    {
+        if (name is null)
+            return null;
+        if (typeof(T) == typeof(System.Text.Encoding))
+            return (T)(object)EncodingNamed(name);
+        if (typeof(T) == typeof(System.Globalization.CultureInfo))
+            return (T)(object)System.Globalization.CultureInfo.GetCultureInfo(name);
+        throw new NotSupportedException($"no {typeof(T).Name} is named by text");
+    }
+
+    // Python writes "utf_8" and "latin-1" where the framework knows "utf-8" and "latin1".
+    private static System.Text.Encoding EncodingNamed(string name)
+    {
+        string dashed = name.Replace('_', '-');
+        try
+        {
+            return System.Text.Encoding.GetEncoding(dashed);
+        }
+        catch (ArgumentException) when (dashed.Contains('-'))
+        {
+            return System.Text.Encoding.GetEncoding(dashed.Replace("-", ""));
+        }
+    }
+
+    /// <summary>The name Python reads for an encoding (its codec name) or a culture; null for null.</summary>
+    public static string? NameOf(object? value) => value switch
+    {
+        null => null,
+        System.Text.Encoding e => e.WebName,
+        System.Globalization.CultureInfo c => c.Name,
+        _ => throw new NotSupportedException($"a {value.GetType().Name} has no name of its own"),
+    };
+
     public static IntPtr BytesOrNone(byte[]? bytes) => bytes is null ? None() : PyRuntime.NewPyBytes(bytes);
 
     public static IntPtr PyBool(bool value) => ((delegate* unmanaged<int, IntPtr>)Write(WriteBool))(value ? 1 : 0);

@@ -112,8 +112,10 @@ namespace Quorix.Folio
     {
         internal Document? Owner => null;
         public int Count => 0;
-        public Node this[int index] => throw new ArgumentOutOfRangeException(nameof(index));
-        public Run? this[string name] => null;
+        public Node this[int index] { get => throw new ArgumentOutOfRangeException(nameof(index)); set { } }
+        public Run? this[string name] { get => null; set { } }
+        public void RemoveAt(int index) { }
+        public bool Remove(string name) => false;
         public Node this[int row, int column] => throw new NotSupportedException();
         public Node[] ToArray() => Array.Empty<Node>();
         public IReadOnlyList<Run> Runs => Array.Empty<Run>();
@@ -199,6 +201,11 @@ namespace Quorix.Folio
         public LoadOptions() { }
         public LoadOptions(string password) { }
         public string? Password { get; set; }
+        public System.Text.Encoding? Encoding { get; set; }
+        public System.Globalization.CultureInfo Culture { get; set; } = System.Globalization.CultureInfo.InvariantCulture;
+        public System.Drawing.Size GetSize(float scale) => default;
+        public System.Drawing.RectangleF Bounds { get; set; }
+        public void MoveTo(System.Drawing.Point point) { }
     }
 
     // The value rules are read by simple name; internal, so never bound themselves.
@@ -323,4 +330,35 @@ namespace Quorix.Folio.Drawing.Charts
 namespace Quorix.Other
 {
     public class Attachment { }
+}
+
+namespace Quorix.Folio.Values
+{
+    using System.Collections.Generic;
+
+    /// <summary>Enumerations of values that are no bound objects: enumeration members, types, string pairs.</summary>
+    public sealed class StyleSet : IEnumerable<StyleIdentifier>
+    {
+        public int Count => 0;
+        public StyleIdentifier this[int index] => StyleIdentifier.Normal;
+        public IEnumerator<StyleIdentifier> GetEnumerator() => new List<StyleIdentifier>().GetEnumerator();
+        System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();
+    }
+
+    public sealed class TypeSet : IEnumerable<Type>
+    {
+        public int Count => 0;
+        public void Add(Type type) { }
+        public Type? Find(string name) => null;
+        public IEnumerator<Type> GetEnumerator() => new List<Type>().GetEnumerator();
+        System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();
+    }
+
+    public sealed class NameMap : IEnumerable<KeyValuePair<string, string>>
+    {
+        public int Count => 0;
+        public string this[string name] { get => name; set { } }
+        public IEnumerator<KeyValuePair<string, string>> GetEnumerator() => new Dictionary<string, string>().GetEnumerator();
+        System.Collections.IEnumerator System.Collections.IEnumerable.GetEnumerator() => GetEnumerator();
+    }
 }

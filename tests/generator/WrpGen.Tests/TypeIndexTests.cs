@@ -109,15 +109,43 @@ public class SequenceTests
     [Fact]
     public void ArraysListsAndEnumeratorsShareOneInstantiationPerElement()
     {
-        var node = Fixture.Model.Generics.Single(g => g.Element.FullName == "Quorix.Folio.Node");
-        var run = Fixture.Model.Generics.Single(g => g.Element.FullName == "Quorix.Folio.Run");
+        var node = Fixture.Model.Generics.Single(g => g.ElementName == "Quorix.Folio.Node");
+        var run = Fixture.Model.Generics.Single(g => g.ElementName == "Quorix.Folio.Run");
         Assert.True(node.HasArray && !node.HasList);
         Assert.True(run.HasList && !run.HasArray);
         Assert.NotEqual(node.Hash, run.Hash);
-        Assert.NotEqual(node.Hash, node.Element.Hash);
+        Assert.NotEqual(node.Hash, node.Element!.Hash);
         var toArray = NodeList.Methods.Single(m => m.ManagedName == "ToArray");
         Assert.Same(node, toArray.Result.Generic);
         Assert.Equal(ValueKind.ListOf, NodeList.Properties.Single(p => p.ManagedName == "Runs").Type.Kind);
+    }
+
+    [Fact]
+    public void EnumerationsOfValuesAreIteratedByValueOnly()
+    {
+        var byName = Fixture.Model.Generics.ToDictionary(g => g.ElementName);
+        var values = new[]
+        {
+            ("Quorix.Folio.StyleIdentifier", ValueKind.Enum), ("System.Type", ValueKind.SystemType),
+            ("System.Collections.Generic.KeyValuePair`2[System.String,System.String]", ValueKind.StringPair),
+        };
+        foreach (var (name, kind) in values)
+        {
+            var g = byName[name];
+            Assert.Equal(kind, g.Item.Kind);
+            Assert.False(g.IsObject || g.HasArray || g.HasList);
+            Assert.Equal([GenericKind.Iterable, GenericKind.Iter], g.Kinds());
+        }
+        foreach (var (cls, element) in new[] { ("StyleSet", values[0].Item1), ("TypeSet", values[1].Item1), ("NameMap", values[2].Item1) })
+        {
+            var t = Fixture.Model.Types.Single(t => t.FullName == "Quorix.Folio.Values." + cls);
+            Assert.Same(byName[element], t.Sequence!.Iterable);
+            Assert.Same(byName[element], t.Methods.Single(m => m.ManagedName == "GetEnumerator").Result.Generic);
+        }
+        var typeSet = Fixture.Model.Types.Single(t => t.FullName == "Quorix.Folio.Values.TypeSet");
+        Assert.Equal(ValueKind.SystemType, typeSet.Methods.Single(m => m.ManagedName == "Add").Parameters[0].Type.Kind);
+        Assert.Equal(ValueKind.SystemType, typeSet.Methods.Single(m => m.ManagedName == "Find").Result.Kind);
+        Assert.True(Fixture.Model.Types.Single(t => t.FullName == "Quorix.Folio.Values.NameMap").Sequence!.KeyIndexers.Single().Stores);
     }
 
     // The managed classes and the native tables of every generic kind bind the same names in the same order.

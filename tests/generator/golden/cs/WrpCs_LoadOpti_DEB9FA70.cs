@@ -41,6 +41,22 @@ public static unsafe class WrpCs_LoadOpti_DEB9FA70
     }
 
     [UnmanagedCallersOnly]
+    public static IntPtr call_000_GetSize(IntPtr self, float @scale)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            var r = target.GetSize(@scale);
+            return PySequences.ListOf(new object[] { r.Width, r.Height });
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static IntPtr get_Password(IntPtr self)
     {
         try
@@ -67,6 +83,82 @@ public static unsafe class WrpCs_LoadOpti_DEB9FA70
         catch (Exception e)
         {
             PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static IntPtr get_Encoding(IntPtr self)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            var r = target.Encoding;
+            return StubValues.StrOrNone(StubValues.NameOf(r));
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void set_Encoding(IntPtr self, PyStringArg* @value)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            target.Encoding = StubValues.ByName<global::System.Text.Encoding>(@value->ToManaged());
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static IntPtr get_Culture(IntPtr self)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            var r = target.Culture;
+            return StubValues.StrOrNone(StubValues.NameOf(r));
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void set_Culture(IntPtr self, PyStringArg* @value)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            target.Culture = StubValues.ByName<global::System.Globalization.CultureInfo>(@value->ToManaged());
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static IntPtr get_Bounds(IntPtr self)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.LoadOptions)Handles.Target(self);
+            var r = target.Bounds;
+            return PySequences.ListOf(new object[] { r.X, r.Y, r.Width, r.Height });
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
         }
     }
 

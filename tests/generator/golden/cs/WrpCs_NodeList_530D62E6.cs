@@ -26,6 +26,36 @@ public static unsafe class WrpCs_NodeList_530D62E6
     }
 
     [UnmanagedCallersOnly]
+    public static void call_000_RemoveAt(IntPtr self, int @index)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
+            target.RemoveAt(@index);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static int call_000_Remove(IntPtr self, PyStringArg* @name)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
+            var r = target.Remove(@name->ToManaged());
+            return r ? 1 : 0;
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+            return default;
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void call_000_ToArray(IntPtr self, IntPtr* result)
     {
         try
@@ -144,6 +174,20 @@ public static unsafe class WrpCs_NodeList_530D62E6
     }
 
     [UnmanagedCallersOnly]
+    public static void btp_SqSetItem(IntPtr self, int @key, IntPtr @value)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
+            target[@key] = (global::Quorix.Folio.Node)Handles.Target(@value);
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
     public static void btp_MpGetItemByString(IntPtr self, PyStringArg* @key, IntPtr* result)
     {
         try
@@ -159,6 +203,20 @@ public static unsafe class WrpCs_NodeList_530D62E6
             {
                 access.Exit();
             }
+        }
+        catch (Exception e)
+        {
+            PyRuntime.Raise(e);
+        }
+    }
+
+    [UnmanagedCallersOnly]
+    public static void btp_MpSetItemByString(IntPtr self, PyStringArg* @key, IntPtr @value)
+    {
+        try
+        {
+            var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
+            target[@key->ToManaged()] = (global::Quorix.Folio.Run)Handles.Target(@value);
         }
         catch (Exception e)
         {

@@ -24,6 +24,9 @@ internal static class WrpTypeIndex
         typeof(global::Quorix.Folio.Style),
         typeof(global::Quorix.Folio.FolioException),
         typeof(global::Quorix.Folio.Stamp),
+        typeof(global::Quorix.Folio.Values.StyleSet),
+        typeof(global::Quorix.Folio.Values.TypeSet),
+        typeof(global::Quorix.Folio.Values.NameMap),
         typeof(global::Quorix.Folio.Drawing.Charts.Chart),
         typeof(global::Quorix.Folio.Saving.PdfSaveOptions),
     }
