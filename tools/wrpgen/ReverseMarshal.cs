@@ -183,7 +183,8 @@ internal static class ReverseMarshal
     private static string? ItemOf(CarriedType type) => type.Kind switch
     {
         ValueKind.Sequence when type.Item!.Kind != ValueKind.Enum => CSharpEmitter.ManagedTypeName(type.Item!),
-        ValueKind.ArrayOf or ValueKind.ListOf or ValueKind.EnumerableOf => CSharpEmitter.ManagedName(type.Generic!.Element),
+        ValueKind.ArrayOf or ValueKind.ListOf or ValueKind.EnumerableOf when type.Generic!.Element is { } element =>
+            CSharpEmitter.ManagedName(element),
         _ => null,
     };
 
