@@ -60,31 +60,36 @@ public struct DocumentAccess
         int owner = gate.Owner;
         if (owner == me)
             return null;
-        if (owner != 0)
-            WaitForOwner(gate, me);
+        // Waiters are served first come, first served: a thread that gives the document back and
+        // asks again at once (a loop of saves) would otherwise win every time and starve them.
+        if (owner != 0 || gate.Waiters != 0)
+            WaitForTurn(gate, me);
         gate.Owner = me;
         return gate;
     }
 
-    // Waits without the interpreter lock until no other thread owns the gate; returns holding the
-    // lock with the gate free. Owners give the gate back holding the lock, then wake the waiters
-    // under the monitor, so a wake-up between letting go of the lock and waiting is not lost.
+    // Waits without the interpreter lock until the gate is free and this thread's ticket is the
+    // one served; returns holding the lock. Tickets are drawn and served only under the lock.
+    // Owners give the gate back holding the lock, then wake the waiters under the monitor, so a
+    // wake-up between letting go of the lock and waiting is not lost.
     [MethodImpl(MethodImplOptions.NoInlining)]
-    private static void WaitForOwner(DocumentGate gate, int me)
+    private static void WaitForTurn(DocumentGate gate, int me)
     {
+        long ticket = gate.NextTicket++;
         gate.Waiters++;
         try
         {
-            do
+            while (gate.Owner != 0 || gate.Serving != ticket)
             {
                 IntPtr saved = DocumentThreads.Release();
                 lock (gate.WaitRoom)
                 {
-                    while (Volatile.Read(ref gate.Owner) is int owner && owner != 0 && owner != me)
+                    while (Volatile.Read(ref gate.Owner) != 0 || Volatile.Read(ref gate.Serving) != ticket)
                         Monitor.Wait(gate.WaitRoom);
                 }
                 DocumentThreads.Restore(saved);
-            } while (gate.Owner != 0);
+            }
+            gate.Serving++;
         }
         finally
         {

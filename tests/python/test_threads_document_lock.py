@@ -58,7 +58,7 @@ saved = []
 def edit():
     body = doc.first_section.body
     anchor = body.paragraphs[1500]
-    for k in range(400):
+    for k in range(40):
         para = qf.Paragraph(doc)
         para.append_child(qf.Run(doc, f"edit {k}"))
         body.insert_after(para, anchor)

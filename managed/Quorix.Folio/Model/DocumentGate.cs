@@ -14,6 +14,9 @@ internal sealed class DocumentGate
     /// <summary>How many of a host's threads wait for <see cref="Owner"/> to let go.</summary>
     internal int Waiters;
 
+    /// <summary>The ticket the next waiter draws, and the one whose turn comes next: waiters take the document in order.</summary>
+    internal long NextTicket, Serving;
+
     /// <summary>The monitor those waiters sleep on, apart from the gate's own, which a long call may hold throughout.</summary>
     internal readonly object WaitRoom = new();
 
