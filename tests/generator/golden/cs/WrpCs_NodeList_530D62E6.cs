@@ -31,7 +31,15 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            target.RemoveAt(@index);
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                target.RemoveAt(@index);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -45,8 +53,16 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            var r = target.Remove(@name->ToManaged());
-            return r ? 1 : 0;
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                var r = target.Remove(@name->ToManaged());
+                return r ? 1 : 0;
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
