@@ -61,7 +61,7 @@ struct PyShDerivlSlots {
     reprfunc tp_repr;
 };
 
-// Creates an interface type from a specification (a heap type: subclassable, collected,
+// Creates an interface type from a PyType_Spec (a heap type: subclassable, collected,
 // with a dictionary at byte 16 and weak references at byte 24), stores it in *out and adds it
 // to `module` under `name`. 0, or -1 with ImportError (-1015 creating, -1014 adding; *out
 // stays NULL). `tp_name` must live as long as the process.

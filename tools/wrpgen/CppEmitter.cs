@@ -102,7 +102,7 @@ public static class CppEmitter
     internal static string Id(TypeModel t) => t.Hash + "_" + Ident(t.Name);
     internal static string Table(TypeModel t) => "PyHost_cs_" + Id(t);
     /// <summary>
-    /// The type object as an lvalue. An interface's is created from a specification at registration
+    /// The type object as an lvalue. An interface's is created from a PyType_Spec at registration
     /// (a heap type), so its global is a pointer, filled then and read only by code that runs later.
     /// </summary>
     internal static string TypeObject(TypeModel t) => t.Kind == TypeKind.Interface ? $"(*{TypePointer(t)})" : "wrpPy_tyds_" + Id(t);
