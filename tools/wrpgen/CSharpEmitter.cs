@@ -244,7 +244,7 @@ public static partial class CSharpEmitter
     {
         var args = Arguments([new ParameterModel("key", "key", key), new ParameterModel("value", "value", item)]);
         Stub(w, "void", stub, ["IntPtr self", .. args.Declarations], [Receiver(t), .. args.Prelude], args.Flushes,
-             $"target[{args.Values[0]}] = {args.Values[1]};", null);
+             $"target[{args.Values[0]}] = {args.Values[1]};", null, Access(t, false, false));
     }
 
     private static void Setter(Writer w, TypeModel t, PropertyModel p)

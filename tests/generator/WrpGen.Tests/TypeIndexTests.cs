@@ -98,7 +98,7 @@ public class SequenceTests
         Assert.Same(NodeList, q.CountOwner);
         Assert.Equal("class:Quorix.Folio.Node", q.IntIndexer!.ToString());
         Assert.Equal("btp_MpGetItemByString", Assert.Single(q.KeyIndexers).Stub);
-        Assert.Equal("Quorix.Folio.Node", q.Iterable!.Element.FullName);
+        Assert.Equal("Quorix.Folio.Node", q.Iterable!.ElementName);
         Assert.Contains(Fixture.Model.Skipped, s => s.Type == "Quorix.Folio.NodeList" && s.Member == "Item"
                         && s.Reason.StartsWith("indexed properties other than", StringComparison.Ordinal));
         var order = NodeList.BindingOrder().ToList();

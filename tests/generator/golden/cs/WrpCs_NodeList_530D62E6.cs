@@ -195,7 +195,15 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            target[@key] = (global::Quorix.Folio.Node)Handles.Target(@value);
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                target[@key] = (global::Quorix.Folio.Node)Handles.Target(@value);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
@@ -232,7 +240,15 @@ public static unsafe class WrpCs_NodeList_530D62E6
         try
         {
             var target = (global::Quorix.Folio.NodeList)Handles.Target(self);
-            target[@key->ToManaged()] = (global::Quorix.Folio.Run)Handles.Target(@value);
+            var access = DocumentAccess.Enter(target.Owner);
+            try
+            {
+                target[@key->ToManaged()] = (global::Quorix.Folio.Run)Handles.Target(@value);
+            }
+            finally
+            {
+                access.Exit();
+            }
         }
         catch (Exception e)
         {
