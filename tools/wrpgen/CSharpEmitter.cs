@@ -195,7 +195,7 @@ public static partial class CSharpEmitter
     {
         var args = Arguments(c.Parameters);
         Stub(w, "IntPtr", c.Stub, args.Declarations, args.Prelude, args.Flushes,
-             $"var r = new {Managed(t)}({args.Call});", "return Handles.New(r);");
+             $"var r = new {Managed(t)}({args.Call});", "return Handles.New(r);", NoReceiver);
     }
 
     private static void Method(Writer w, TypeModel t, MethodModel m)
@@ -255,7 +255,7 @@ public static partial class CSharpEmitter
     }
 
     private static void StaticGetter(Writer w, TypeModel t, StaticAttributeModel s) =>
-        Stub(w, "void", s.Getter, ["VariantArg* result"], [], [], $"var r = {Managed(t)}.{s.ManagedName};", Fill(s.Type, "r", "result"));
+        Stub(w, "void", s.Getter, ["VariantArg* result"], [], [], $"var r = {Managed(t)}.{s.ManagedName};", Fill(s.Type, "r", "result"), NoReceiver);
 
     /// <summary>Fills a result record from a managed value: a finished Python value, or a handle the native side wraps.</summary>
     private static string Fill(CarriedType type, string value, string record) => type.IsNullable
@@ -281,7 +281,7 @@ public static partial class CSharpEmitter
     {
         var args = Arguments([new ParameterModel("value", "value", s.Type)], stored: true);
         Stub(w, "void", s.Setter!, args.Declarations, args.Prelude, args.Flushes,
-             $"{Managed(t)}.{s.ManagedName} = {args.Call};", null);
+             $"{Managed(t)}.{s.ManagedName} = {args.Call};", null, NoReceiver);
     }
 
     // The bodies live once in the interop runtime (BuiltinStubs); each type only forwards to them.
@@ -306,7 +306,7 @@ public static partial class CSharpEmitter
                 Forward(w, "int", name, "IntPtr obj", $"{typed}.IsAssignable(obj)");
                 break;
             case "btp_AsUniEnum":
-                Stub(w, "int", name, ["int value", "IntPtr* result"], [], [], $"*result = Handles.New(({type})value);", "return 1;");
+                Stub(w, "int", name, ["int value", "IntPtr* result"], [], [], $"*result = Handles.New(({type})value);", "return 1;", NoReceiver);
                 break;
             case "btp_GetTpExtraBind":
                 Forward(w, "int", name, "PyTwinTable* table, IntPtr* result", $"{InterfaceEmitter.TwinClass(t)}.Bind(table, result)");
@@ -592,8 +592,12 @@ public static partial class CSharpEmitter
     private static string Identifier(string managedName) =>
         "@" + (Reserved().IsMatch(managedName) ? managedName + "_" : managedName);
 
+    // What a stub without a receiver takes for the document: nothing, since no document's object is touched.
+    private const string? NoReceiver = null;
+
+    // access is required, not defaulted, so that a new stub on a receiver cannot silently skip its document.
     private static void Stub(Writer w, string returnType, string name, IEnumerable<string> parameters, IEnumerable<string> prelude,
-                             IEnumerable<string> flushes, string call, string? finish, string? access = null)
+                             IEnumerable<string> flushes, string call, string? finish, string? access)
     {
         w.Line("[UnmanagedCallersOnly]");
         w.Line($"public static {returnType} {name}({string.Join(", ", parameters)})");
